@@ -1,0 +1,46 @@
+# One folder is one room: a static library with an explicit source list. A room's headers are reached as
+# "room/Header.h" through an include folder that holds links to that room's headers and nothing else, so a room
+# that does not list another in LINK cannot include it.
+
+function(veloria_common_options target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+  if(VELORIA_SANITIZE)
+    target_compile_options(${target} PUBLIC -fsanitize=${VELORIA_SANITIZE} -fno-sanitize-recover=undefined
+                                            -fno-omit-frame-pointer)
+    target_link_options(${target} PUBLIC -fsanitize=${VELORIA_SANITIZE})
+  endif()
+endfunction()
+
+# veloria_room(<name> PATH <path below src> SOURCES <files, headers included> [LINK <targets>] [PRIVATE_LINK <targets>])
+function(veloria_room name)
+  cmake_parse_arguments(ROOM "" "PATH" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
+  set(target veloria_${name})
+  set(links ${CMAKE_BINARY_DIR}/rooms/${name})
+  file(REMOVE_RECURSE ${links})
+  file(MAKE_DIRECTORY ${links}/${ROOM_PATH})
+  foreach(source IN LISTS ROOM_SOURCES)
+    if(source MATCHES "\\.h$")
+      get_filename_component(header ${source} NAME)
+      file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${source} ${links}/${ROOM_PATH}/${header} SYMBOLIC)
+    endif()
+  endforeach()
+  add_library(${target} STATIC ${ROOM_SOURCES})
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+  target_include_directories(${target} PUBLIC ${links})
+  target_link_libraries(${target} PUBLIC ${ROOM_LINK} PRIVATE ${ROOM_PRIVATE_LINK})
+  veloria_common_options(${target})
+endfunction()
+
+# veloria_test(<name> SOURCES <files> LINK <targets> [LABELS <labels>] [ENVIRONMENT <VAR=value>...]): a GoogleTest
+# program, run as one CTest entry.
+function(veloria_test name)
+  cmake_parse_arguments(TEST "" "" "SOURCES;LINK;LABELS;ENVIRONMENT" ${ARGN})
+  add_executable(${name} ${TEST_SOURCES})
+  target_link_libraries(${name} PRIVATE ${TEST_LINK} GTest::gmock GTest::gtest_main)
+  target_compile_definitions(${name} PRIVATE
+    VELORIA_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}"
+    VELORIA_SHADER_LIBRARY="${VELORIA_SHADER_LIBRARY}")
+  veloria_common_options(${name})
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES LABELS "${TEST_LABELS}" ENVIRONMENT "${TEST_ENVIRONMENT}")
+endfunction()

@@ -1,0 +1,10 @@
+# The shader library: build.sh is the one place that knows how it is made.
+set(VELORIA_SHADER_LIBRARY ${CMAKE_BINARY_DIR}/default.spv)
+file(GLOB shader_sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/render/shaders/*)
+add_custom_command(
+  OUTPUT ${VELORIA_SHADER_LIBRARY}
+  COMMAND ${CMAKE_SOURCE_DIR}/build.sh ${CMAKE_BINARY_DIR}
+  DEPENDS ${shader_sources} ${CMAKE_SOURCE_DIR}/build.sh
+  COMMENT "Compiling the shader library"
+  VERBATIM)
+add_custom_target(shaders ALL DEPENDS ${VELORIA_SHADER_LIBRARY})

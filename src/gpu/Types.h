@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace veloria::gpu {
+
+/// Pixel formats. The numbers appear in diagnostics and are those of the command-buffer model that this interface
+/// follows, on every back end.
+enum class PixelFormat : std::uint32_t {
+  invalid = 0,
+  r16Float = 25,
+  rg16Float = 65,
+  rgba8Unorm = 70,
+  bgra8Unorm = 80,
+  bgra8UnormSrgb = 81,
+  rgba16Float = 115,
+};
+
+/// Bytes of one pixel; 0 for `invalid`.
+std::size_t bytesPerPixel(PixelFormat format);
+
+/// The format's name, for messages ("rgba16Float").
+const char* pixelFormatName(PixelFormat format);
+
+/// A size in pixels.
+struct Size {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  bool operator==(const Size&) const = default;
+};
+
+/// What a texture may be used for; a set of bits.
+enum class TextureUsage : std::uint32_t { shaderRead = 1, shaderWrite = 2, renderTarget = 4 };
+constexpr TextureUsage operator|(TextureUsage a, TextureUsage b) {
+  return static_cast<TextureUsage>(static_cast<std::uint32_t>(a) | static_cast<std::uint32_t>(b));
+}
+constexpr bool contains(TextureUsage set, TextureUsage bit) {
+  return (static_cast<std::uint32_t>(set) & static_cast<std::uint32_t>(bit)) != 0;
+}
+
+/// Where a texture lives. `Texture::read` and `write` work on both; a private texture is copied on the way.
+enum class StorageMode : std::uint8_t { gpuPrivate, shared };
+
+struct TextureDescriptor {
+  PixelFormat format = PixelFormat::invalid;
+  Size size;  ///< 1 to 16384 in each direction
+  TextureUsage usage = TextureUsage::shaderRead;
+  StorageMode storage = StorageMode::gpuPrivate;
+  std::string label;  ///< for debuggers and messages
+};
+
+/// A caller broke the contract of this interface (a programming error, found by the checks in front of the back ends).
+class PreconditionError : public std::logic_error {
+ public:
+  using std::logic_error::logic_error;
+};
+
+/// The GPU or its driver refused something; the text says what was asked and what came back.
+class DeviceError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The device is gone (reset, unplugged, driver crash). Everything made from it is dead; make a new one.
+class DeviceLostError : public DeviceError {
+ public:
+  using DeviceError::DeviceError;
+};
+
+}  // namespace veloria::gpu

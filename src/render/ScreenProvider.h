@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Geometry.h"
+
+namespace veloria {
+
+/// One screen as the system reports it. Rectangles are in points, in global coordinates: y grows upwards from the
+/// bottom left corner of the first screen.
+struct Screen {
+  std::uint32_t number = 0;  ///< stable for one output, over reconnects and restarts; 0 when unknown
+  std::string name;          ///< the output's name, for people
+  Rect frame;
+  Rect visibleFrame;          ///< frame without what panels have reserved
+  double safeAreaTop = 0;     ///< height of a camera housing's row at the top; 0 without one
+  std::optional<Rect> auxiliaryTopLeft;   ///< the usable parts of that row beside the housing
+  std::optional<Rect> auxiliaryTopRight;
+  double backingScale = 1;    ///< pixels per point, above 0
+  double statusBarThickness = 24;  ///< the lowest height of a menu bar, points
+  bool operator==(const Screen&) const = default;
+};
+
+/// Port: the screens. Main thread.
+class ScreenProvider {
+ public:
+  virtual ~ScreenProvider() = default;
+  /// All screens now, the one with the menu bar first; empty when there are none. What the display server says is
+  /// checked before it gets here: no screen without a size, none larger than 65535 pixels.
+  virtual std::vector<Screen> screens() = 0;
+  /// Called after the list has changed, once for a burst of changes.
+  virtual void setChangeHandler(std::function<void()> handler) = 0;
+};
+
+}  // namespace veloria
