@@ -1,0 +1,13 @@
+# Everything that is bought rather than built here. script/bootstrap installs it.
+find_package(nlohmann_json REQUIRED)
+find_package(ICU REQUIRED COMPONENTS uc)
+find_package(Vulkan REQUIRED)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-randr xcb-shape xcb-ewmh xcb-icccm xcb-composite xcb-xfixes)
+pkg_check_modules(SPIRV_CROSS REQUIRED IMPORTED_TARGET spirv-cross-c-shared)
+
+if(VELORIA_TESTS)
+  find_package(GTest REQUIRED)
+  find_package(benchmark REQUIRED)
+endif()
