@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string_view>
+
+namespace veloria {
+
+/// The words that differ between systems in texts that people read.
+#ifdef __APPLE__
+inline constexpr std::string_view gpuSystemName = "Metal";
+inline constexpr std::string_view gpuSystemNameInLines = "metal";  ///< in diagnostics
+inline constexpr std::string_view machineName = "Mac";
+inline constexpr std::string_view shaderLibraryFile = "default.metallib";
+#else
+inline constexpr std::string_view gpuSystemName = "Vulkan";
+inline constexpr std::string_view gpuSystemNameInLines = "vulkan";  ///< in diagnostics
+inline constexpr std::string_view machineName = "computer";
+inline constexpr std::string_view shaderLibraryFile = "default.spv";
+#endif
+
+}  // namespace veloria
