@@ -1,0 +1,59 @@
+#include "settings/NimbraConfig.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <string_view>
+
+namespace veloria {
+
+namespace {
+
+enum class FieldGroup { placement, drive, text, notch, palette, look, resolution, fluid, pointer };
+
+constexpr bool belongsToLook(FieldGroup group) {
+  return group == FieldGroup::look || group == FieldGroup::fluid;
+}
+
+constexpr std::string_view fieldNames[] = {
+#define VELORIA_FIELD(type, name, initial, group) #name,
+#include "settings/NimbraConfigFields.h"
+};
+static_assert(std::size(fieldNames) == 79, "the stored record has exactly these fields; a change needs a new key");
+
+/// Like std::clamp, with NaN becoming the lower bound.
+double bounded(double value, double low, double high) {
+  return value > low ? std::min(value, high) : low;
+}
+
+}  // namespace
+
+const Palette& NimbraConfig::palette() const {
+  if (customPalette) return *customPalette;
+  const auto& presets = Palette::presets();
+  const auto found = std::ranges::find(presets, paletteName, &Palette::name);
+  return found != presets.end() ? *found : presets.front();
+}
+
+NimbraConfig NimbraConfig::resettingLook() const {
+  const NimbraConfig defaults;
+  NimbraConfig result = *this;
+#define VELORIA_FIELD(type, name, initial, group) \
+  if constexpr (belongsToLook(FieldGroup::group)) result.name = defaults.name;
+#include "settings/NimbraConfigFields.h"
+  return result;
+}
+
+NimbraConfig NimbraConfig::applyingTempo() const {
+  const double t = bounded(tempo, 0.15, 2.5);
+  if (std::abs(t - 1) <= 0.001) return *this;
+  NimbraConfig result = *this;
+  result.timeScale = bounded(t * timeScale, 0.02, 4.0);
+  result.flowShear = bounded((0.4 * t + 0.6) * flowShear, 0, 8);
+  result.vorticity = bounded((0.35 * t + 0.65) * vorticity, 0, 6);
+  result.curlStrength = bounded((0.45 * t + 0.55) * curlStrength, 0, 10);
+  result.shimmer = bounded(t * shimmer, 0, 2);
+  return result;
+}
+
+}  // namespace veloria
