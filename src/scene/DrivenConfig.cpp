@@ -1,0 +1,87 @@
+#include "scene/DrivenConfig.h"
+
+#include <algorithm>
+#include <array>
+
+namespace veloria {
+
+namespace {
+
+/// What the pace reads and writes.
+constexpr std::array<double NimbraConfig::*, 6> paceFields{
+    &NimbraConfig::tempo,     &NimbraConfig::timeScale,    &NimbraConfig::flowShear,
+    &NimbraConfig::vorticity, &NimbraConfig::curlStrength, &NimbraConfig::shimmer,
+};
+
+void copyPaceFields(const NimbraConfig& from, NimbraConfig& to) {
+  for (const auto field : paceFields) to.*field = from.*field;
+}
+
+}  // namespace
+
+void setCustomPalette(NimbraConfig& config, std::span<const ColorStop> stops) {
+  Palette& palette = config.customPalette ? *config.customPalette : config.customPalette.emplace();
+  palette.name = "Custom";
+  palette.stops.assign(stops.begin(), stops.end());
+}
+
+std::span<const ColorStop> chosenStops(const NimbraScript& script, const std::optional<Palette>& wallpaper,
+                                       std::span<const ColorStop> agentPalette) {
+  if (!agentPalette.empty()) return agentPalette;
+  if (script.paletteFromWallpaper && wallpaper) return wallpaper->stops;
+  if (script.paletteStops) return *script.paletteStops;
+  return {};
+}
+
+void assignParameters(NimbraConfig& config, const NimbraScript& script, const ChannelValues& channels) {
+  for (const auto& [param, value] : script.constants) assign(config, param, value);
+  for (const auto& [param, expression] : script.bindings) assign(config, param, expression.eval(channels));
+}
+
+NimbraConfig applying(const NimbraConfig& config, const NimbraScript& script, const ChannelValues& channels,
+                      const std::optional<Palette>& wallpaper, std::span<const ColorStop> agentPalette) {
+  NimbraConfig result = config;
+  const auto stops = chosenStops(script, wallpaper, agentPalette);
+  if (!stops.empty()) setCustomPalette(result, stops);
+  assignParameters(result, script, channels);
+  return result;
+}
+
+// The rule of the pace is the record's own; it is asked about a record that holds nothing but numbers.
+void applyTempo(NimbraConfig& config) {
+  NimbraConfig motion;
+  copyPaceFields(config, motion);
+  copyPaceFields(motion.applyingTempo(), config);
+}
+
+double alertEnvelope(double alertUntil, double alertFor, double nowWallClock) {
+  const double remaining = alertUntil - nowWallClock;
+  if (!(alertUntil > 0 && remaining > 0)) return 0;
+  const double x = std::min(1.0, remaining / alertFor);
+  return x > 0.001 ? x * x * (3 - 2 * x) : 0;
+}
+
+void applyAlert(NimbraConfig& config, double alertUntil, double alertFor, std::span<const ColorStop> alertPalette,
+                double nowWallClock) {
+  const double s = alertEnvelope(alertUntil, alertFor, nowWallClock);
+  if (s <= 0) return;
+  if (!alertPalette.empty()) {
+    setCustomPalette(config, alertPalette);
+    config.hueSpread *= 1 - 0.8 * s;
+  }
+  config.exposure += 1.5 * s;
+  config.glowAmount += 1.2 * s;
+  config.emitRate += 1.4 * s;
+  config.timeScale = std::min(4.0, (1 + 2.5 * s) * config.timeScale);
+  config.curlStrength = std::min(10.0, config.curlStrength + 2.5 * s);
+  config.rayIntensity = std::min(1.0, config.rayIntensity + 0.3 * s);
+  config.saturation = std::min(3.0, config.saturation + 0.4 * s);
+}
+
+NimbraConfig applyingAlert(NimbraConfig config, double alertUntil, double alertFor,
+                           std::span<const ColorStop> alertPalette, double nowWallClock) {
+  applyAlert(config, alertUntil, alertFor, alertPalette, nowWallClock);
+  return config;
+}
+
+}  // namespace veloria

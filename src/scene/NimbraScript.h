@@ -1,0 +1,35 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "scene/ColorStops.h"
+#include "scene/Expr.h"
+#include "scene/ScriptParam.h"
+
+namespace veloria {
+
+/// A parsed scene script. A plain value. LanguageCard.h shows the language.
+struct NimbraScript {
+  std::optional<FourStops> paletteStops;               ///< of the last `palette` line with colours
+  bool paletteFromWallpaper = false;                   ///< a `palette wallpaper` line was there
+  std::map<ScriptParam, double> constants;             ///< the `set` values as written, not held to a range
+  std::vector<std::pair<ScriptParam, Expr>> bindings;  ///< one for each `bind` line, in order
+  std::vector<std::string> warnings;                   ///< always empty
+
+  bool operator==(const NimbraScript&) const = default;
+
+  /// The script without any line.
+  static const NimbraScript& empty();
+
+  /// Parses UTF-8 text; bytes that are none count as U+FFFD. Stops at the first line that is wrong and throws its
+  /// ScriptError. Takes time in proportion to the text; whoever reads a script from outside refuses it above
+  /// `maxScriptBytes` first (ScriptReport.h). Any thread.
+  static NimbraScript parse(std::string_view text);
+};
+
+}  // namespace veloria
