@@ -15,9 +15,9 @@ namespace veloria::gpu {
 class Drawable;
 
 /// Limits of one pass.
-inline constexpr std::uint32_t maxTextureIndex = 3;   ///< texture indices are 0 to 3
-inline constexpr std::size_t maxInlineBytes = 4096;   ///< as `setBytes` takes them
-inline constexpr std::uint32_t bufferIndex = 0;       ///< the only buffer index
+inline constexpr std::uint32_t maxTextureIndex = 3;  ///< texture indices are 0 to 3
+inline constexpr std::size_t maxInlineBytes = 4096;  ///< as `setBytes` takes them
+inline constexpr std::uint32_t bufferIndex = 0;      ///< the only buffer index
 
 /// Encodes compute dispatches. Textures and bytes stay bound from one dispatch to the next. Every dispatch sees what
 /// the ones before it wrote (in this encoder, in earlier encoders and in earlier command buffers).
@@ -99,8 +99,8 @@ struct PassTime {
 struct Completion {
   double gpuStart = 0;
   double gpuEnd = 0;
-  bool failed = false;                    ///< the device was lost; nothing the buffer should have written can be trusted
-  std::span<const PassTime> passes;       ///< empty unless the queue profiles; valid during the call only
+  bool failed = false;               ///< the device was lost; nothing the buffer should have written can be trusted
+  std::span<const PassTime> passes;  ///< empty unless the queue profiles; valid during the call only
 };
 
 using CompletedHandler = std::function<void(const Completion&)>;

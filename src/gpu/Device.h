@@ -53,7 +53,8 @@ class Device {
   std::shared_ptr<Texture> makeTexture(const TextureDescriptor& descriptor);
   /// The functions must be in the library. Throws DeviceError when the driver refuses them.
   std::unique_ptr<ComputePipeline> makeComputePipeline(const Library& library, const std::string& function);
-  std::unique_ptr<RenderPipeline> makeRenderPipeline(const Library& library, const RenderPipelineDescriptor& descriptor);
+  std::unique_ptr<RenderPipeline> makeRenderPipeline(const Library& library,
+                                                     const RenderPipelineDescriptor& descriptor);
 
  protected:
   Device() = default;

@@ -42,6 +42,8 @@ struct RenderPipelineDescriptor {
   std::string fragmentFunction;
   PixelFormat format = PixelFormat::invalid;  ///< of colour attachment 0
   std::string label;
+  /// Specialisation constant 3 of the fragment function: parts of it that most pipelines do without.
+  std::uint32_t variant = 0;
 };
 
 class RenderPipeline {

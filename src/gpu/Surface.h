@@ -13,6 +13,20 @@ class Drawable {
  public:
   virtual ~Drawable() = default;
   virtual const Texture& texture() const = 0;
+  /// False for one that belongs to no surface: presenting it does nothing.
+  virtual bool onScreen() const { return true; }
+};
+
+/// A texture in a drawable's place, for drawing without a display.
+class OffscreenDrawable final : public Drawable {
+ public:
+  /// The texture needs the usage renderTarget.
+  explicit OffscreenDrawable(std::shared_ptr<Texture> texture) : texture_(std::move(texture)) {}
+  const Texture& texture() const override { return *texture_; }
+  bool onScreen() const override { return false; }
+
+ private:
+  std::shared_ptr<Texture> texture_;
 };
 
 /// A native window that can be drawn into. Main thread only. Nothing here ever blocks on the display server.

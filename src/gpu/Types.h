@@ -32,6 +32,9 @@ struct Size {
   bool operator==(const Size&) const = default;
 };
 
+/// The largest width and height of a texture and of a grid.
+inline constexpr std::uint32_t maxTextureLength = 16384;
+
 /// What a texture may be used for; a set of bits.
 enum class TextureUsage : std::uint32_t { shaderRead = 1, shaderWrite = 2, renderTarget = 4 };
 constexpr TextureUsage operator|(TextureUsage a, TextureUsage b) {
@@ -66,6 +69,12 @@ class DeviceError : public std::runtime_error {
 
 /// The device is gone (reset, unplugged, driver crash). Everything made from it is dead; make a new one.
 class DeviceLostError : public DeviceError {
+ public:
+  using DeviceError::DeviceError;
+};
+
+/// There is no GPU that could be used, or none that matches the wish.
+class NoDeviceError : public DeviceError {
  public:
   using DeviceError::DeviceError;
 };

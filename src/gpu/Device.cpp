@@ -1,0 +1,49 @@
+#include "gpu/Device.h"
+
+#include "gpu/Precondition.h"
+
+namespace veloria::gpu {
+
+namespace {
+
+bool inRange(std::uint32_t length) {
+  return length >= 1 && length <= maxTextureLength;
+}
+
+void requireFunction(const Library& library, const std::string& function) {
+  if (!library.contains(function)) throw PreconditionError("the library has no function \"" + function + "\"");
+}
+
+}  // namespace
+
+std::unique_ptr<Library> Device::makeLibrary(std::span<const std::byte> bytes) {
+  return doMakeLibrary(bytes);
+}
+
+std::unique_ptr<CommandQueue> Device::makeCommandQueue() {
+  return doMakeCommandQueue();
+}
+
+std::shared_ptr<Texture> Device::makeTexture(const TextureDescriptor& descriptor) {
+  require(descriptor.format != PixelFormat::invalid, "Device::makeTexture: the format is invalid");
+  require(inRange(descriptor.size.width) && inRange(descriptor.size.height),
+          "Device::makeTexture: the size is not 1 to 16384 in each direction");
+  require(static_cast<std::uint32_t>(descriptor.usage) >= 1 && static_cast<std::uint32_t>(descriptor.usage) <= 7,
+          "Device::makeTexture: the usage has no bit, or one that does not exist");
+  return doMakeTexture(descriptor);
+}
+
+std::unique_ptr<ComputePipeline> Device::makeComputePipeline(const Library& library, const std::string& function) {
+  requireFunction(library, function);
+  return doMakeComputePipeline(library, function);
+}
+
+std::unique_ptr<RenderPipeline> Device::makeRenderPipeline(const Library& library,
+                                                           const RenderPipelineDescriptor& descriptor) {
+  require(descriptor.format != PixelFormat::invalid, "Device::makeRenderPipeline: the format is invalid");
+  requireFunction(library, descriptor.vertexFunction);
+  requireFunction(library, descriptor.fragmentFunction);
+  return doMakeRenderPipeline(library, descriptor);
+}
+
+}  // namespace veloria::gpu

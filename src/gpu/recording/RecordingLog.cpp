@@ -1,0 +1,81 @@
+#include "gpu/recording/RecordingLog.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+namespace veloria::gpu::recording {
+
+const char* callKindName(CallKind kind) {
+  switch (kind) {
+    case CallKind::makeTexture:
+      return "makeTexture";
+    case CallKind::makeComputePipeline:
+      return "makeComputePipeline";
+    case CallKind::makeRenderPipeline:
+      return "makeRenderPipeline";
+    case CallKind::writeTexture:
+      return "writeTexture";
+    case CallKind::readTexture:
+      return "readTexture";
+    case CallKind::commandBuffer:
+      return "commandBuffer";
+    case CallKind::setLabel:
+      return "setLabel";
+    case CallKind::addCompletedHandler:
+      return "addCompletedHandler";
+    case CallKind::computeEncoder:
+      return "computeEncoder";
+    case CallKind::renderEncoder:
+      return "renderEncoder";
+    case CallKind::dispatch:
+      return "dispatch";
+    case CallKind::draw:
+      return "draw";
+    case CallKind::endEncoding:
+      return "endEncoding";
+    case CallKind::present:
+      return "present";
+    case CallKind::commit:
+      return "commit";
+    case CallKind::wait:
+      return "wait";
+    case CallKind::discard:
+      return "discard";
+  }
+  return "?";
+}
+
+const Texture* Call::texture(std::uint32_t index) const {
+  const auto found =
+      std::find_if(textures.begin(), textures.end(), [&](const BoundTexture& bound) { return bound.index == index; });
+  return found == textures.end() ? nullptr : found->texture;
+}
+
+void Call::requireByteCount(std::size_t count) const {
+  if (bytes.size() == count) return;
+  throw std::length_error(function + " was given " + std::to_string(bytes.size()) + " bytes, not " +
+                          std::to_string(count));
+}
+
+std::vector<Call> RecordingLog::ofKind(CallKind kind) const {
+  std::vector<Call> found;
+  std::copy_if(calls_.begin(), calls_.end(), std::back_inserter(found),
+               [&](const Call& call) { return call.kind == kind; });
+  return found;
+}
+
+std::size_t RecordingLog::count(CallKind kind) const {
+  return static_cast<std::size_t>(
+      std::count_if(calls_.begin(), calls_.end(), [&](const Call& call) { return call.kind == kind; }));
+}
+
+std::vector<std::string> RecordingLog::functions() const {
+  std::vector<std::string> functions;
+  for (const Call& call : calls_) {
+    if (call.kind == CallKind::dispatch || call.kind == CallKind::draw) functions.push_back(call.function);
+  }
+  return functions;
+}
+
+}  // namespace veloria::gpu::recording

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "gpu/Surface.h"
+
+namespace veloria::gpu::recording {
+
+class RecordingDevice;
+class RecordingSurface;
+
+class RecordingDrawable final : public Drawable {
+ public:
+  RecordingDrawable(RecordingSurface& surface, std::shared_ptr<Texture> texture)
+      : surface_(surface), texture_(std::move(texture)) {}
+  const Texture& texture() const override { return *texture_; }
+  void presented();
+
+ private:
+  RecordingSurface& surface_;
+  std::shared_ptr<Texture> texture_;
+};
+
+/// A window that exists only in the test: one drawable at a time, taken until it is presented.
+class RecordingSurface final : public Surface {
+ public:
+  explicit RecordingSurface(RecordingDevice& device);
+  ~RecordingSurface() override;
+
+  void configure(Size size, PixelFormat wanted) override;
+  PixelFormat format() const override;
+  Size size() const override { return size_; }
+  Drawable* nextDrawable() override;
+
+  /// Without images nextDrawable() gives nullptr.
+  void setAvailable(bool on) { available_ = on; }
+  /// Whether rgba16Float can be had; bgra8Unorm stands in for it otherwise.
+  void setExtended(bool on) { extended_ = on; }
+  /// A surface that can't be used has no format and no drawables.
+  void setUsable(bool on) { usable_ = on; }
+
+  std::size_t configureCount() const { return configureCount_; }
+  std::size_t presentCount() const { return presentCount_; }
+  PixelFormat wanted() const { return wanted_; }
+
+ private:
+  friend class RecordingDrawable;
+
+  RecordingDevice& device_;
+  std::unique_ptr<RecordingDrawable> drawable_;
+  bool taken_ = false;
+  Size size_;
+  PixelFormat wanted_ = PixelFormat::invalid;
+  bool available_ = true;
+  bool extended_ = true;
+  bool usable_ = true;
+  std::size_t configureCount_ = 0;
+  std::size_t presentCount_ = 0;
+};
+
+}  // namespace veloria::gpu::recording

@@ -1,0 +1,207 @@
+#include "gpu/vulkan/VulkanCompletion.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <utility>
+
+#include "gpu/vulkan/VulkanError.h"
+
+namespace veloria::gpu::vulkan {
+
+namespace {
+
+constexpr std::size_t maxSemaphores = 5;
+// Three command buffers of a good number of queues; more than that only costs an allocation.
+constexpr std::size_t expectedEntries = 64;
+// How long a wait goes on before it looks whether the device was lost meanwhile.
+constexpr std::uint64_t lossCheckNanoseconds = 250'000'000;
+
+SemaphoreOwner makeTimelineSemaphore(const VulkanContext& context) {
+  VkSemaphoreTypeCreateInfo type{};
+  type.sType = VK_STRUCTURE_TYPE_SEMAPHORE_TYPE_CREATE_INFO;
+  type.semaphoreType = VK_SEMAPHORE_TYPE_TIMELINE;
+  VkSemaphoreCreateInfo info{};
+  info.sType = VK_STRUCTURE_TYPE_SEMAPHORE_CREATE_INFO;
+  info.pNext = &type;
+  VkSemaphore semaphore = VK_NULL_HANDLE;
+  check(vkCreateSemaphore(context.device(), &info, nullptr, &semaphore), "vkCreateSemaphore (timeline)");
+  return {context.device(), semaphore};
+}
+
+}  // namespace
+
+VulkanTimeline::VulkanTimeline(VulkanContext& context)
+    : context_(context), semaphore_(makeTimelineSemaphore(context)) {}
+
+std::uint64_t VulkanTimeline::submit(const Submission& submission) {
+  context_.requireAlive();
+  const std::uint64_t number = submitted_ + 1;
+  // The values of binary semaphores are ignored, but must be there.
+  const std::array<std::uint64_t, maxSemaphores> values{number};
+  std::array<VkPipelineStageFlags, maxSemaphores> stages{};
+  stages.fill(VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT);
+  const std::array<VkSemaphore, 2> signals{semaphore_.get(), submission.signal};
+  const std::uint32_t signalCount = submission.signal == VK_NULL_HANDLE ? 1 : 2;
+  const auto waitCount = static_cast<std::uint32_t>(std::min(submission.waits.size(), maxSemaphores));
+
+  VkTimelineSemaphoreSubmitInfo timeline{};
+  timeline.sType = VK_STRUCTURE_TYPE_TIMELINE_SEMAPHORE_SUBMIT_INFO;
+  timeline.waitSemaphoreValueCount = waitCount;
+  timeline.pWaitSemaphoreValues = values.data();
+  timeline.signalSemaphoreValueCount = signalCount;
+  timeline.pSignalSemaphoreValues = values.data();
+  VkSubmitInfo info{};
+  info.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO;
+  info.pNext = &timeline;
+  info.waitSemaphoreCount = waitCount;
+  info.pWaitSemaphores = submission.waits.data();
+  info.pWaitDstStageMask = stages.data();
+  info.commandBufferCount = static_cast<std::uint32_t>(submission.commands.size());
+  info.pCommandBuffers = submission.commands.data();
+  info.signalSemaphoreCount = signalCount;
+  info.pSignalSemaphores = signals.data();
+  const VkResult result = vkQueueSubmit(context_.queue(), 1, &info, VK_NULL_HANDLE);
+  if (result != VK_SUCCESS) {
+    context_.markLost();
+    throw DeviceLostError(std::string("vkQueueSubmit: ") + resultName(result));
+  }
+  submitted_ = number;
+  return number;
+}
+
+std::uint64_t VulkanTimeline::completed() const {
+  std::uint64_t value = 0;
+  if (vkGetSemaphoreCounterValue(context_.device(), semaphore_.get(), &value) != VK_SUCCESS) return 0;
+  return value;
+}
+
+bool VulkanTimeline::wait(std::uint64_t number, std::uint64_t nanoseconds) const {
+  const VkSemaphore semaphore = semaphore_.get();
+  VkSemaphoreWaitInfo info{};
+  info.sType = VK_STRUCTURE_TYPE_SEMAPHORE_WAIT_INFO;
+  info.semaphoreCount = 1;
+  info.pSemaphores = &semaphore;
+  info.pValues = &number;
+  const VkResult result = vkWaitSemaphores(context_.device(), &info, nanoseconds);
+  if (result < VK_SUCCESS) context_.markLost();
+  return result == VK_SUCCESS;
+}
+
+void VulkanTimeline::wait(std::uint64_t number) const {
+  while (!wait(number, lossCheckNanoseconds)) context_.requireAlive();
+}
+
+void VulkanRetirement::retire(std::shared_ptr<void> resource) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (openBuffers_ > 0) {
+      waiting_.push_back(std::move(resource));
+      return;
+    }
+    entries_.push_back({timeline_.submitted(), std::move(resource)});
+  }
+  collect();
+}
+
+void VulkanRetirement::bufferOpened() {
+  const std::lock_guard lock(mutex_);
+  ++openBuffers_;
+}
+
+void VulkanRetirement::bufferClosed() {
+  {
+    const std::lock_guard lock(mutex_);
+    --openBuffers_;
+    if (openBuffers_ > 0 || waiting_.empty()) return;
+    for (auto& resource : waiting_) entries_.push_back({timeline_.submitted(), std::move(resource)});
+    waiting_.clear();
+  }
+  collect();
+}
+
+void VulkanRetirement::collect() {
+  std::vector<Entry> free;
+  {
+    const std::lock_guard lock(mutex_);
+    // What a lost device still does nobody knows; everything stays until the device itself goes.
+    if (entries_.empty() || context_.lost()) return;
+    const std::uint64_t completed = timeline_.completed();
+    const auto kept = std::stable_partition(entries_.begin(), entries_.end(),
+                                            [&](const Entry& entry) { return entry.number > completed; });
+    std::move(kept, entries_.end(), std::back_inserter(free));
+    entries_.erase(kept, entries_.end());
+  }
+}
+
+VulkanCompletion::VulkanCompletion(VulkanContext& context, const VulkanTimeline& timeline, VulkanRetirement& retirement)
+    : context_(context), timeline_(timeline), retirement_(retirement) {
+  entries_.reserve(expectedEntries);
+  thread_ = std::thread([this] { run(); });
+}
+
+VulkanCompletion::~VulkanCompletion() {
+  {
+    const std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  work_.notify_one();
+  thread_.join();
+}
+
+void VulkanCompletion::enqueue(std::uint64_t number, CompletionClient& client) {
+  {
+    const std::lock_guard lock(mutex_);
+    client.pending_ = true;
+    ++outstanding_;
+    entries_.push_back({number, &client});
+  }
+  work_.notify_one();
+}
+
+void VulkanCompletion::waitFor(const CompletionClient& client) {
+  std::unique_lock lock(mutex_);
+  told_.wait(lock, [&] { return !client.pending_; });
+}
+
+void VulkanCompletion::drain() {
+  std::unique_lock lock(mutex_);
+  told_.wait(lock, [&] { return outstanding_ == 0; });
+}
+
+void VulkanCompletion::run() {
+  std::vector<Entry> batch;
+  batch.reserve(expectedEntries);
+  while (true) {
+    {
+      std::unique_lock lock(mutex_);
+      work_.wait(lock, [&] { return stopping_ || !entries_.empty(); });
+      if (entries_.empty()) return;
+      batch.swap(entries_);
+    }
+    for (const Entry& entry : batch) finish(entry);
+    batch.clear();
+  }
+}
+
+void VulkanCompletion::finish(const Entry& entry) {
+  const bool done = waitUntilDone(entry.number);
+  entry.client->completed(!done);
+  retirement_.collect();
+  {
+    const std::lock_guard lock(mutex_);
+    entry.client->pending_ = false;
+    --outstanding_;
+  }
+  told_.notify_all();
+}
+
+bool VulkanCompletion::waitUntilDone(std::uint64_t number) const {
+  if (number == 0) return false;
+  while (!context_.lost()) {
+    if (timeline_.wait(number, lossCheckNanoseconds)) return !context_.lost();
+  }
+  return false;
+}
+
+}  // namespace veloria::gpu::vulkan

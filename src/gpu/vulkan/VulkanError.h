@@ -1,0 +1,15 @@
+#pragma once
+
+#include <vulkan/vulkan_core.h>
+
+#include "gpu/Types.h"
+
+namespace veloria::gpu::vulkan {
+
+/// The result's name as the API spells it.
+const char* resultName(VkResult result);
+
+/// Throws DeviceLostError for VK_ERROR_DEVICE_LOST and DeviceError for any other error; `what` is what was asked.
+void check(VkResult result, const char* what);
+
+}  // namespace veloria::gpu::vulkan

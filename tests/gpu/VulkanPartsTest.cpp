@@ -1,0 +1,175 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <type_traits>
+#include <vector>
+
+#include "gpu/vulkan/SurfaceChoice.h"
+#include "gpu/vulkan/VulkanHazards.h"
+#include "gpu/vulkan/VulkanOwner.h"
+#include "gpu/vulkan/VulkanSurface.h"
+
+namespace veloria::gpu::vulkan {
+
+namespace {
+
+constexpr VkSurfaceFormatKHR bgra{VK_FORMAT_B8G8R8A8_UNORM, VK_COLOR_SPACE_SRGB_NONLINEAR_KHR};
+constexpr VkSurfaceFormatKHR rgba{VK_FORMAT_R8G8B8A8_UNORM, VK_COLOR_SPACE_SRGB_NONLINEAR_KHR};
+constexpr VkSurfaceFormatKHR bgraSrgb{VK_FORMAT_B8G8R8A8_SRGB, VK_COLOR_SPACE_SRGB_NONLINEAR_KHR};
+constexpr VkSurfaceFormatKHR linear{VK_FORMAT_R16G16B16A16_SFLOAT, VK_COLOR_SPACE_EXTENDED_SRGB_LINEAR_EXT};
+constexpr VkSurfaceFormatKHR linearP3{VK_FORMAT_R16G16B16A16_SFLOAT, VK_COLOR_SPACE_DISPLAY_P3_LINEAR_EXT};
+constexpr VkSurfaceFormatKHR floatPlain{VK_FORMAT_R16G16B16A16_SFLOAT, VK_COLOR_SPACE_SRGB_NONLINEAR_KHR};
+
+TEST(SurfaceChoiceTest, Format) {
+  struct Case {
+    std::vector<VkSurfaceFormatKHR> offered;
+    PixelFormat wanted;
+    bool extendedAllowed;
+    VkFormat format;  // undefined: none
+    VkColorSpaceKHR space;
+  };
+  const std::array cases{
+      Case{{bgraSrgb, rgba, bgra}, PixelFormat::bgra8Unorm, true, bgra.format, bgra.colorSpace},
+      Case{{bgraSrgb, rgba}, PixelFormat::bgra8Unorm, true, rgba.format, rgba.colorSpace},
+      Case{{bgraSrgb}, PixelFormat::bgra8Unorm, true, VK_FORMAT_UNDEFINED, bgra.colorSpace},
+      Case{{}, PixelFormat::rgba16Float, true, VK_FORMAT_UNDEFINED, bgra.colorSpace},
+      Case{{bgra, linearP3, linear}, PixelFormat::rgba16Float, true, linear.format, linear.colorSpace},
+      Case{{bgra, linearP3}, PixelFormat::rgba16Float, true, linearP3.format, linearP3.colorSpace},
+      Case{{bgra, linear}, PixelFormat::rgba16Float, false, bgra.format, bgra.colorSpace},
+      Case{{floatPlain, bgra}, PixelFormat::rgba16Float, true, bgra.format, bgra.colorSpace},
+      Case{{linear, bgra}, PixelFormat::bgra8Unorm, true, bgra.format, bgra.colorSpace},
+  };
+  for (std::size_t index = 0; index < cases.size(); ++index) {
+    const Case& check = cases[index];
+    const auto chosen = chooseSurfaceFormat(check.offered, check.wanted, check.extendedAllowed);
+    ASSERT_EQ(chosen.has_value(), check.format != VK_FORMAT_UNDEFINED) << index;
+    if (!chosen) continue;
+    EXPECT_EQ(chosen->format, check.format) << index;
+    EXPECT_EQ(chosen->colorSpace, check.space) << index;
+  }
+}
+
+TEST(SurfaceChoiceTest, AlphaModeAndImageCount) {
+  EXPECT_EQ(chooseCompositeAlpha(15), VK_COMPOSITE_ALPHA_PRE_MULTIPLIED_BIT_KHR);
+  EXPECT_EQ(chooseCompositeAlpha(VK_COMPOSITE_ALPHA_OPAQUE_BIT_KHR | VK_COMPOSITE_ALPHA_INHERIT_BIT_KHR),
+            VK_COMPOSITE_ALPHA_INHERIT_BIT_KHR);
+  EXPECT_EQ(chooseCompositeAlpha(VK_COMPOSITE_ALPHA_OPAQUE_BIT_KHR), VK_COMPOSITE_ALPHA_OPAQUE_BIT_KHR);
+  EXPECT_EQ(chooseCompositeAlpha(VK_COMPOSITE_ALPHA_POST_MULTIPLIED_BIT_KHR),
+            VK_COMPOSITE_ALPHA_POST_MULTIPLIED_BIT_KHR);
+
+  const std::array all{VK_PRESENT_MODE_IMMEDIATE_KHR, VK_PRESENT_MODE_FIFO_KHR, VK_PRESENT_MODE_MAILBOX_KHR};
+  EXPECT_EQ(choosePresentMode(all), VK_PRESENT_MODE_MAILBOX_KHR);
+  EXPECT_EQ(choosePresentMode(std::span(all).first(2)), VK_PRESENT_MODE_FIFO_KHR);
+  EXPECT_EQ(choosePresentMode({}), VK_PRESENT_MODE_FIFO_KHR);
+
+  struct Count {
+    std::uint32_t least, most, chosen;
+  };
+  for (const Count& count : {Count{1, 0, 3}, Count{2, 2, 2}, Count{4, 8, 4}, Count{1, 3, 3}}) {
+    VkSurfaceCapabilitiesKHR capabilities{};
+    capabilities.minImageCount = count.least;
+    capabilities.maxImageCount = count.most;
+    EXPECT_EQ(chooseImageCount(capabilities), count.chosen) << count.least << " to " << count.most;
+  }
+}
+
+TEST(SurfaceChoiceTest, Extent) {
+  VkSurfaceCapabilitiesKHR capabilities{};
+  capabilities.currentExtent = {640, 32};
+  EXPECT_EQ(chooseExtent(capabilities, {100, 100}), (Size{640, 32}));
+  capabilities.currentExtent = {UINT32_MAX, UINT32_MAX};
+  capabilities.minImageExtent = {16, 16};
+  capabilities.maxImageExtent = {4096, 4096};
+  EXPECT_EQ(chooseExtent(capabilities, {1920, 32}), (Size{1920, 32}));
+  EXPECT_EQ(chooseExtent(capabilities, {9000, 2}), (Size{4096, 16}));
+  EXPECT_EQ(chooseExtent(capabilities, {0, 32}), (Size{0, 32}));
+}
+
+TEST(RetryPauseTest, GrowsToOneSecondAndStartsOver) {
+  RetryPause pause;
+  RetryPause::Clock::time_point now{};
+  now += std::chrono::hours(1);
+  EXPECT_TRUE(pause.over(now));
+  int tries = 0;
+  for (int millisecond = 0; millisecond < 20000; ++millisecond, now += std::chrono::milliseconds(1)) {
+    if (!pause.over(now)) continue;
+    pause.failed(now);
+    ++tries;
+  }
+  EXPECT_GE(tries, 20) << "at least once a second";
+  EXPECT_LE(tries, 26) << "little more often than that";
+  pause.succeeded();
+  EXPECT_TRUE(pause.over(now));
+}
+
+// One pass that reads and writes textures; returns its barrier.
+PassBarrier pass(VulkanHazards& hazards, std::uint64_t number,
+                 std::vector<std::pair<TextureAccesses*, Access>> accesses) {
+  hazards.beginPass(number);
+  for (const auto& [texture, access] : accesses) hazards.touch(*texture, access);
+  const PassBarrier barrier = hazards.endPass();
+  for (const auto& [texture, access] : accesses) hazards.note(*texture, access);
+  return barrier;
+}
+
+TEST(VulkanHazardsTest, BarriersAreWhereTheyAreNeededAndNowhereElse) {
+  using enum Access;
+  VulkanHazards hazards;
+  TextureAccesses a, b, c;
+  EXPECT_FALSE(pass(hazards, 1, {{&a, computeWrite}}).needed()) << "nothing before it";
+  EXPECT_FALSE(pass(hazards, 2, {{&b, computeWrite}}).needed()) << "another texture";
+  const PassBarrier readAfterWrite = pass(hazards, 3, {{&a, computeRead}, {&c, computeWrite}});
+  EXPECT_EQ(readAfterWrite.sourceAccess, VK_ACCESS_SHADER_WRITE_BIT);
+  EXPECT_EQ(readAfterWrite.targetAccess, VK_ACCESS_SHADER_READ_BIT);
+  EXPECT_FALSE(pass(hazards, 4, {{&b, computeRead}}).needed()) << "the barrier of 3 covered what 2 wrote";
+  EXPECT_FALSE(pass(hazards, 5, {{&a, computeRead}}).needed()) << "reading again";
+  const PassBarrier writeAfterRead = pass(hazards, 6, {{&a, computeWrite}});
+  EXPECT_TRUE(writeAfterRead.needed());
+  const PassBarrier drawn = pass(hazards, 7, {{&a, fragmentRead}, {&b, colourWrite}});
+  EXPECT_EQ(drawn.targetStages, VkPipelineStageFlags{VK_PIPELINE_STAGE_FRAGMENT_SHADER_BIT |
+                                                     VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT});
+  EXPECT_EQ(drawn.sourceStages, VkPipelineStageFlags{VK_PIPELINE_STAGE_COMPUTE_SHADER_BIT});
+  EXPECT_TRUE(pass(hazards, 8, {{&b, colourWrite}}).needed()) << "two passes on one target";
+  EXPECT_EQ(pass(hazards, 9, {{&b, computeRead}}).sourceStages,
+            VkPipelineStageFlags{VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT});
+  EXPECT_TRUE(pass(hazards, 10, {{&a, computeRead}, {&a, computeWrite}}).needed());
+  EXPECT_TRUE(pass(hazards, 11, {{&a, computeRead}, {&a, computeWrite}}).needed()) << "in place, again";
+  hazards.synchronizedUpTo(11);
+  EXPECT_FALSE(pass(hazards, 12, {{&a, computeRead}, {&a, computeWrite}, {&b, colourWrite}}).needed());
+}
+
+int destroyed = 0;
+void countDestruction(int, int*, const void*) {
+  ++destroyed;
+}
+using Counted = Owned<int, int*, &countDestruction>;
+static_assert(!std::is_copy_constructible_v<Counted> && std::is_nothrow_move_constructible_v<Counted>);
+
+TEST(VulkanOwnerTest, DestroysOnce) {
+  destroyed = 0;
+  int object = 0;
+  int other = 0;
+  {
+    Counted a(1, &object);
+    Counted b(std::move(a));
+    EXPECT_FALSE(static_cast<bool>(a));
+    EXPECT_EQ(b.get(), &object);
+    Counted c(1, &other);
+    b = std::move(c);
+    EXPECT_EQ(destroyed, 1) << "what was held before";
+    EXPECT_EQ(b.get(), &other);
+    Counted& self = b;
+    b = std::move(self);
+    EXPECT_EQ(b.get(), &other);
+    b.reset();
+    EXPECT_EQ(destroyed, 2);
+  }
+  EXPECT_EQ(destroyed, 2);
+  const Counted empty;
+  EXPECT_FALSE(static_cast<bool>(empty));
+}
+
+}  // namespace
+
+}  // namespace veloria::gpu::vulkan
