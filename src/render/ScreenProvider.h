@@ -16,11 +16,11 @@ struct Screen {
   std::uint32_t number = 0;  ///< stable for one output, over reconnects and restarts; 0 when unknown
   std::string name;          ///< the output's name, for people
   Rect frame;
-  Rect visibleFrame;          ///< frame without what panels have reserved
-  double safeAreaTop = 0;     ///< height of a camera housing's row at the top; 0 without one
-  std::optional<Rect> auxiliaryTopLeft;   ///< the usable parts of that row beside the housing
+  Rect visibleFrame;                     ///< frame without what panels have reserved
+  double safeAreaTop = 0;                ///< height of a camera housing's row at the top; 0 without one
+  std::optional<Rect> auxiliaryTopLeft;  ///< the usable parts of that row beside the housing
   std::optional<Rect> auxiliaryTopRight;
-  double backingScale = 1;    ///< pixels per point, above 0
+  double backingScale = 1;         ///< pixels per point, above 0
   double statusBarThickness = 24;  ///< the lowest height of a menu bar, points
   bool operator==(const Screen&) const = default;
 };

@@ -1,0 +1,114 @@
+#include "render/FluidSim.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+
+#include "base/Log.h"
+#include "render/FramePlan.h"
+#include "render/RendererError.h"
+
+namespace veloria {
+
+namespace {
+
+std::unique_ptr<gpu::ComputePipeline> kernel(gpu::Device& device, const gpu::Library& library, const char* name) {
+  if (!library.contains(name)) throw RendererError::missingFunction(name);
+  return device.makeComputePipeline(library, name);
+}
+
+std::uint32_t cells(std::int64_t count) {
+  return static_cast<std::uint32_t>(count);
+}
+
+}  // namespace
+
+FluidSim::FluidSim(gpu::Device& device, const gpu::Library& library)
+    : device_(device),
+      advectVelocity_(kernel(device, library, "k_advect_velocity")),
+      curlPipeline_(kernel(device, library, "k_curl")),
+      forces_(kernel(device, library, "k_forces")),
+      divergencePipeline_(kernel(device, library, "k_divergence")),
+      jacobi_(kernel(device, library, "k_jacobi")),
+      project_(kernel(device, library, "k_project")),
+      advectDye_(kernel(device, library, "k_advect_dye")),
+      clear_(kernel(device, library, "k_clear")) {}
+
+std::shared_ptr<gpu::Texture> FluidSim::makeField(gpu::PixelFormat format, const char* label,
+                                                  gpu::StorageMode storage) {
+  return device_.makeTexture({.format = format,
+                              .size = {cells(gridW_), cells(gridH_)},
+                              .usage = gpu::TextureUsage::shaderRead | gpu::TextureUsage::shaderWrite,
+                              .storage = storage,
+                              .label = label});
+}
+
+void FluidSim::resize(std::int64_t width, std::int64_t height) {
+  width = std::max<std::int64_t>(width, 32);
+  height = std::max<std::int64_t>(height, 8);
+  if (width == gridW_ && height == gridH_) return;
+  gridW_ = width;
+  gridH_ = height;
+  // Diagnostics read the dye back; sharing it spares them a copy.
+  const auto dyeStorage = NimbraLog::enabled() ? gpu::StorageMode::shared : gpu::StorageMode::gpuPrivate;
+  for (auto& field : velocity_)
+    field = makeField(gpu::PixelFormat::rg16Float, "velocity", gpu::StorageMode::gpuPrivate);
+  for (auto& field : pressure_) field = makeField(gpu::PixelFormat::r16Float, "pressure", gpu::StorageMode::gpuPrivate);
+  for (auto& field : dye_) field = makeField(gpu::PixelFormat::rgba16Float, "dye", dyeStorage);
+  divergence_ = makeField(gpu::PixelFormat::r16Float, "divergence", gpu::StorageMode::gpuPrivate);
+  curl_ = makeField(gpu::PixelFormat::r16Float, "curl", gpu::StorageMode::gpuPrivate);
+  velIdx_ = 0;
+  pIdx_ = 0;
+  dyeIdx_ = 0;
+  needsClear = true;
+}
+
+void FluidSim::dispatch(gpu::ComputeEncoder& encoder, const gpu::ComputePipeline& pipeline,
+                        std::initializer_list<const gpu::Texture*> textures) {
+  encoder.setPipeline(pipeline);
+  std::uint32_t index = 0;
+  for (const gpu::Texture* texture : textures) encoder.setTexture(*texture, index++);
+  encoder.dispatchThreads(cells(gridW_), cells(gridH_));
+}
+
+void FluidSim::clearFields(gpu::CommandBuffer& commandBuffer) {
+  gpu::ComputeEncoder* encoder = commandBuffer.computeEncoder("fluid.clear");
+  if (encoder == nullptr) return;
+  needsClear = false;
+  for (const gpu::Texture* field : {velocity_[0].get(), velocity_[1].get(), pressure_[0].get(), pressure_[1].get(),
+                                    dye_[0].get(), dye_[1].get(), divergence_.get(), curl_.get()}) {
+    dispatch(*encoder, *clear_, {field});
+  }
+  encoder->endEncoding();
+}
+
+void FluidSim::step(gpu::CommandBuffer& commandBuffer, SimParams params, std::int64_t pressureIterations) {
+  if (gridW_ < 1 || velocity_[0] == nullptr) return;
+  params.gridW = static_cast<float>(gridW_);
+  params.gridH = static_cast<float>(gridH_);
+  if (needsClear) clearFields(commandBuffer);
+
+  gpu::ComputeEncoder* encoder = commandBuffer.computeEncoder("fluid.step");
+  if (encoder == nullptr) return;
+  encoder->setBytes(std::as_bytes(std::span(&params, 1)), 0);
+  const auto in = [](const Pair& pair, std::size_t index) { return pair[index].get(); };
+  const auto out = [](const Pair& pair, std::size_t index) { return pair[1 - index].get(); };
+
+  dispatch(*encoder, *advectVelocity_, {in(velocity_, velIdx_), out(velocity_, velIdx_)});
+  velIdx_ = 1 - velIdx_;
+  dispatch(*encoder, *curlPipeline_, {in(velocity_, velIdx_), curl_.get()});
+  dispatch(*encoder, *forces_, {in(velocity_, velIdx_), curl_.get(), in(dye_, dyeIdx_), out(velocity_, velIdx_)});
+  velIdx_ = 1 - velIdx_;
+  dispatch(*encoder, *divergencePipeline_, {in(velocity_, velIdx_), divergence_.get()});
+  for (std::int64_t i = pressureIterationsFor(pressureIterations); i > 0; --i) {
+    dispatch(*encoder, *jacobi_, {in(pressure_, pIdx_), divergence_.get(), out(pressure_, pIdx_)});
+    pIdx_ = 1 - pIdx_;
+  }
+  dispatch(*encoder, *project_, {in(velocity_, velIdx_), in(pressure_, pIdx_), out(velocity_, velIdx_)});
+  velIdx_ = 1 - velIdx_;
+  dispatch(*encoder, *advectDye_, {in(dye_, dyeIdx_), in(velocity_, velIdx_), out(dye_, dyeIdx_)});
+  dyeIdx_ = 1 - dyeIdx_;
+  encoder->endEncoding();
+}
+
+}  // namespace veloria

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "gpu/Device.h"
+#include "render/SimParams.h"
+
+namespace veloria {
+
+/// The fluid: velocity, pressure and dye on a grid, moved on by one step a frame on the GPU.
+///
+/// Velocities are cells per 60 Hz frame, x to the right, y downwards (row 0 is the top). The dye's rgb is coloured
+/// linear light, its a the amount. Thread: the one that draws. The device must outlive it.
+class FluidSim {
+ public:
+  /// Throws RendererError::missingFunction for a kernel that the library lacks, gpu::DeviceError when one is refused.
+  FluidSim(gpu::Device& device, const gpu::Library& library);
+
+  /// Sets the grid, at least 32 x 8 cells. A new size starts the flow from rest; the same size changes nothing.
+  /// A texture that can't be had stops the process by gpu::DeviceError.
+  void resize(std::int64_t width, std::int64_t height);
+
+  /// Encodes one step: velocity advection, curl, forces, divergence, `pressureIterations` Jacobi passes (at least one),
+  /// projection, dye advection. Does nothing before the first resize() or when there is no encoder to be had.
+  void step(gpu::CommandBuffer& commandBuffer, SimParams params, std::int64_t pressureIterations);
+
+  /// The live fields; nullptr before the first resize().
+  const gpu::Texture* dyeTexture() const { return dye_[dyeIdx_].get(); }
+  const gpu::Texture* velocityTexture() const { return velocity_[velIdx_].get(); }
+  const gpu::Texture* pressureTexture() const { return pressure_[pIdx_].get(); }
+
+  std::int64_t gridW() const { return gridW_; }
+  std::int64_t gridH() const { return gridH_; }
+
+  /// When set, the next step first zeroes every field.
+  bool needsClear = true;
+
+ private:
+  using Pair = std::array<std::shared_ptr<gpu::Texture>, 2>;
+
+  std::shared_ptr<gpu::Texture> makeField(gpu::PixelFormat format, const char* label, gpu::StorageMode storage);
+  void clearFields(gpu::CommandBuffer& commandBuffer);
+  void dispatch(gpu::ComputeEncoder& encoder, const gpu::ComputePipeline& pipeline,
+                std::initializer_list<const gpu::Texture*> textures);
+
+  gpu::Device& device_;
+  std::int64_t gridW_ = 0;
+  std::int64_t gridH_ = 0;
+  Pair velocity_;
+  Pair pressure_;
+  Pair dye_;
+  std::shared_ptr<gpu::Texture> divergence_;
+  std::shared_ptr<gpu::Texture> curl_;
+  std::size_t velIdx_ = 0;
+  std::size_t pIdx_ = 0;
+  std::size_t dyeIdx_ = 0;
+
+  std::unique_ptr<gpu::ComputePipeline> advectVelocity_;
+  std::unique_ptr<gpu::ComputePipeline> curlPipeline_;
+  std::unique_ptr<gpu::ComputePipeline> forces_;
+  std::unique_ptr<gpu::ComputePipeline> divergencePipeline_;
+  std::unique_ptr<gpu::ComputePipeline> jacobi_;
+  std::unique_ptr<gpu::ComputePipeline> project_;
+  std::unique_ptr<gpu::ComputePipeline> advectDye_;
+  std::unique_ptr<gpu::ComputePipeline> clear_;
+};
+
+}  // namespace veloria

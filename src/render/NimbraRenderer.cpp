@@ -1,0 +1,223 @@
+#include "render/NimbraRenderer.h"
+
+#include <cstdlib>
+#include <span>
+#include <string>
+#include <utility>
+
+#include "base/Log.h"
+#include "render/FramePlan.h"
+#include "render/RendererError.h"
+#include "render/UniformFloat.h"
+
+namespace veloria {
+
+namespace {
+
+constexpr float glowThreshold = 0.001F;
+// The parts that f_final is compiled with.
+constexpr std::uint32_t extraTextMask = 1;
+constexpr std::uint32_t extraHousing = 2;
+constexpr std::uint32_t extraEnlarging = 4;
+
+constexpr const char* vertexFunction = "v_fullscreen";
+
+template <typename Block>
+std::span<const std::byte> bytesOf(const Block& block) {
+  return std::as_bytes(std::span(&block, 1));
+}
+
+/// Counters that wrapped would lie in every later message.
+void countUp(std::int64_t& counter) {
+  if (__builtin_add_overflow(counter, 1, &counter)) std::abort();
+}
+
+const char* yesNo(bool value) {
+  return value ? "true" : "false";
+}
+
+}  // namespace
+
+NimbraRenderer::NimbraRenderer(gpu::Device& device, const gpu::Library& library, RenderStats& stats, MediaClock clock)
+    : device_(device),
+      library_(library),
+      stats_(stats),
+      clock_(std::move(clock)),
+      queue_(device.makeCommandQueue()),
+      sim_(device, library) {
+  if (queue_ == nullptr) throw RendererError::noDevice();
+  nimbraPipeline_ = pipeline("f_nimbra", scenePixelFormat);
+  downPipeline_ = pipeline("f_down", scenePixelFormat);
+  blurPipeline_ = pipeline("f_blur", scenePixelFormat);
+}
+
+NimbraRenderer::~NimbraRenderer() {
+  device_.waitIdle();
+}
+
+std::unique_ptr<gpu::RenderPipeline> NimbraRenderer::pipeline(const char* fragment, gpu::PixelFormat format,
+                                                              std::uint32_t variant) {
+  for (const char* name : {vertexFunction, fragment}) {
+    if (!library_.contains(name)) throw RendererError::missingFunction(name);
+  }
+  return device_.makeRenderPipeline(library_, {.vertexFunction = vertexFunction,
+                                               .fragmentFunction = fragment,
+                                               .format = format,
+                                               .label = fragment,
+                                               .variant = variant});
+}
+
+std::uint32_t NimbraRenderer::compositeExtras(gpu::Size drawable, bool hasBar) const {
+  const bool housing = geometry && geometry->notch && frameConfig_.notchMode != NotchMode::ignore;
+  return (frameConfig_.preserveMenuBarText && hasBar ? extraTextMask : 0) | (housing ? extraHousing : 0) |
+         (sceneTex_->size() != drawable ? extraEnlarging : 0);
+}
+
+bool NimbraRenderer::ensureFinalPipeline(gpu::PixelFormat format, std::uint32_t extras) {
+  const bool fits = format == finalPipelineFormat_ && extras == finalPipelineExtras_;
+  if (format == gpu::PixelFormat::invalid || fits) return finalPipeline_ != nullptr;
+  try {
+    finalPipeline_ = pipeline("f_final", format, extras);
+    finalPipelineFormat_ = format;
+    finalPipelineExtras_ = extras;
+  } catch (const gpu::DeviceLostError&) {
+    throw;
+  } catch (const std::exception& error) {
+    systemLog("Veloria: final pipeline failed for " + std::to_string(static_cast<std::uint32_t>(format)) + ": " +
+              error.what());
+    finalPipeline_.reset();
+    finalPipelineFormat_ = gpu::PixelFormat::invalid;
+  }
+  return finalPipeline_ != nullptr;
+}
+
+std::shared_ptr<gpu::Texture> NimbraRenderer::makeTarget(gpu::Size size, const char* label) {
+  return device_.makeTexture({.format = scenePixelFormat,
+                              .size = size,
+                              .usage = gpu::TextureUsage::shaderRead | gpu::TextureUsage::renderTarget,
+                              .storage = gpu::StorageMode::gpuPrivate,
+                              .label = label});
+}
+
+void NimbraRenderer::resizeTargets(gpu::Size size) {
+  if (size.width < 1 || size.height < 1 || size == drawableSize_) return;
+  drawableSize_ = size;
+  sceneScale_ = sceneScaleFor(size, config.quality);
+  const gpu::Size scene = sceneSizeFor(size, sceneScale_);
+  const gpu::Size glow = glowSizeFor(scene);
+  sceneTex_ = makeTarget(scene, "scene");
+  glowA_ = makeTarget(glow, "glowA");
+  glowB_ = makeTarget(glow, "glowB");
+  resizeSimGrid(size);
+}
+
+void NimbraRenderer::resizeSimGrid(gpu::Size size) {
+  const GridSize grid = gridSizeFor(size, config.quality, config.verticalStretch);
+  sim_.resize(grid.width, grid.height);
+  stats_.setGrid(grid.width, grid.height);
+  NimbraLog::debugf("sim grid %lldx%lld for drawable %ux%u", static_cast<long long>(grid.width),
+                    static_cast<long long>(grid.height), size.width, size.height);
+}
+
+void NimbraRenderer::draw(FrameTarget& target) {
+  if (device_.lost()) throw gpu::DeviceLostError("the device no longer answers");
+  frameConfig_ = config;
+  // The grid follows the drawable: a first draw sizes it, and so does a target that changed.
+  resizeTargets(target.drawableSize());
+  gpu::Drawable* drawable = target.currentDrawable();
+  if (drawable == nullptr || sceneTex_ == nullptr || sim_.dyeTexture() == nullptr) {
+    return skipFrame(target, drawable != nullptr);
+  }
+  const std::shared_ptr<gpu::Texture> bar = backdrop ? backdrop->stored() : nullptr;
+  if (!ensureFinalPipeline(target.colorPixelFormat(), compositeExtras(drawable->texture().size(), bar != nullptr)))
+    return;
+
+  const double now = clock_();
+  const double dt = frameSeconds(now, lastStamp_);
+  lastStamp_ = now;
+  const double scaled = uniformFloat(frameConfig_.timeScale) * dt;
+  simTime_ += scaled;
+
+  gpu::CommandBuffer* buffer = openFrame();
+  if (buffer == nullptr) return;
+  encodeFrame(*buffer, *drawable, bar.get(), scaled * 60);
+  buffer->present(*drawable);
+  buffer->commit();
+  frameDone();
+}
+
+gpu::CommandBuffer* NimbraRenderer::openFrame() {
+  inflight_.acquire();
+  gpu::CommandBuffer* buffer = queue_->commandBuffer();
+  if (buffer == nullptr) {
+    inflight_.release();
+    return nullptr;
+  }
+  buffer->setLabel("nimbra.frame");
+  buffer->addCompletedHandler([this](const gpu::Completion& completion) {
+    stats_.recordFrame(completion.gpuEnd - completion.gpuStart);
+    if (frameObserver_) frameObserver_(completion);
+    inflight_.release();
+  });
+  return buffer;
+}
+
+void NimbraRenderer::encodePass(gpu::CommandBuffer& buffer, const gpu::Texture& target, const char* label,
+                                const gpu::RenderPipeline& pipeline,
+                                std::initializer_list<const gpu::Texture*> textures, std::span<const std::byte> bytes) {
+  gpu::RenderEncoder* encoder = buffer.renderEncoder(target, label);
+  if (encoder == nullptr) return;
+  encoder->setPipeline(pipeline);
+  std::uint32_t index = 0;
+  for (const gpu::Texture* texture : textures) encoder->setFragmentTexture(*texture, index++);
+  if (!bytes.empty()) encoder->setFragmentBytes(bytes, 0);
+  encoder->draw(3);
+  encoder->endEncoding();
+}
+
+void NimbraRenderer::encodeGlow(gpu::CommandBuffer& buffer) {
+  const float radius = uniformFloat(std::min(frameConfig_.glowRadius, maxGlowRadius));
+  const BlurParams across{1, 0, radius};
+  const BlurParams down{0, 1, radius};
+  encodePass(buffer, *glowA_, "glow.down", *downPipeline_, {sceneTex_.get()}, {});
+  encodePass(buffer, *glowB_, "glow.blurH", *blurPipeline_, {glowA_.get()}, bytesOf(across));
+  encodePass(buffer, *glowA_, "glow.blurV", *blurPipeline_, {glowB_.get()}, bytesOf(down));
+}
+
+void NimbraRenderer::encodeFrame(gpu::CommandBuffer& buffer, gpu::Drawable& drawable, const gpu::Texture* bar,
+                                 double dt) {
+  const Extent view = viewSizeFor(drawableSize_, geometry);
+  sim_.step(buffer, makeSimParams(frameConfig_, dt, simTime_, pointer, view), frameConfig_.pressureIterations);
+
+  RenderParams params = makeRenderParams(frameConfig_, simTime_, sceneTex_->size(), geometry, pointer,
+                                         debugSolidValue(std::getenv("NIMBRA_DEBUG_SOLID")));
+  encodePass(buffer, *sceneTex_, "nimbra", *nimbraPipeline_, {sim_.dyeTexture(), sim_.velocityTexture()},
+             bytesOf(params));
+
+  const bool glows = params.glowAmount > glowThreshold;
+  if (glows) encodeGlow(buffer);
+
+  params.textMaskOn = (finalPipelineExtras_ & extraTextMask) != 0 ? 1.0F : 0.0F;
+  encodePass(buffer, drawable.texture(), "composite", *finalPipeline_,
+             {sceneTex_.get(), glows ? glowA_.get() : sceneTex_.get(), bar != nullptr ? bar : sceneTex_.get()},
+             bytesOf(params));
+}
+
+void NimbraRenderer::frameDone() {
+  countUp(frameCount_);
+  if (frameCount_ % 120 != 1 || !NimbraLog::enabled()) return;
+  const RenderStats::Figures figures = stats_.figures();
+  NimbraLog::debugf("frame %lld grid=%lldx%lld gpu=%.2fms fps=%.0f budget=%.0f%%", static_cast<long long>(frameCount_),
+                    static_cast<long long>(figures.gridW), static_cast<long long>(figures.gridH), figures.gpuMsAvg,
+                    figures.fpsAvg, figures.gpuMsAvg / 16.67 * 100);
+}
+
+void NimbraRenderer::skipFrame(const FrameTarget& target, bool drawable) {
+  countUp(missedFrames_);
+  if (missedFrames_ % 60 != 1 || !NimbraLog::enabled()) return;
+  const gpu::Size size = target.drawableSize();
+  NimbraLog::debugf("draw skipped: drawable=%s scene=%s dye=%s size=(%u, %u)", yesNo(drawable),
+                    yesNo(sceneTex_ != nullptr), yesNo(sim_.dyeTexture() != nullptr), size.width, size.height);
+}
+
+}  // namespace veloria

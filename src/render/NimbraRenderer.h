@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <semaphore>
+
+#include "base/MediaClock.h"
+#include "gpu/Device.h"
+#include "render/FluidSim.h"
+#include "render/FrameTarget.h"
+#include "render/RenderStats.h"
+#include "render/StripGeometry.h"
+#include "render/TextureBox.h"
+#include "render/Uniforms.h"
+#include "settings/NimbraConfig.h"
+
+namespace veloria {
+
+/// Draws one overlay: steps the fluid, draws the band into an offscreen scene, blurs a glow from it and composites both
+/// into the target's drawable.
+///
+/// Thread: the main thread; GPU completions only touch the statistics and the in-flight count. The device and library
+/// must outlive it. At most two frames are in flight; draw() waits for the older one.
+class NimbraRenderer {
+ public:
+  static constexpr gpu::PixelFormat scenePixelFormat = gpu::PixelFormat::rgba16Float;
+
+  /// Throws RendererError for a missing function or a device that makes no queue, gpu::DeviceError when a pipeline is
+  /// refused.
+  NimbraRenderer(gpu::Device& device, const gpu::Library& library, RenderStats& stats = RenderStats::shared(),
+                 MediaClock clock = mediaTime);
+  ~NimbraRenderer();
+  NimbraRenderer(const NimbraRenderer&) = delete;
+  NimbraRenderer& operator=(const NimbraRenderer&) = delete;
+
+  /// Draws one frame. A frame that can't be drawn is skipped and counted. Throws gpu::DeviceLostError when the device
+  /// is gone; the renderer is then of no further use.
+  void draw(FrameTarget& target);
+
+  /// Sizes the offscreen textures and the fluid's grid; nothing happens for 0 x 0 or an unchanged size.
+  void resizeTargets(gpu::Size size);
+
+  /// Sizes the grid only, from the current settings.
+  void resizeSimGrid(gpu::Size size);
+
+  /// The settings that the next frame is drawn with: the driven record.
+  NimbraConfig config;
+  std::optional<StripGeometry> geometry;
+  std::shared_ptr<TextureBox> backdrop;
+  PointerState pointer;
+
+  FluidSim& sim() { return sim_; }
+  gpu::Size drawableSize() const { return drawableSize_; }
+  double sceneScale() const { return sceneScale_; }
+  double simTime() const { return simTime_; }
+  std::int64_t frameCount() const { return frameCount_; }
+  std::int64_t missedFrames() const { return missedFrames_; }
+  gpu::CommandQueue& queue() { return *queue_; }
+
+  /// An extra action on every frame's completion (GPU thread); for measurements. Set it before the first frame.
+  void setFrameObserver(gpu::CompletedHandler observer) { frameObserver_ = std::move(observer); }
+
+ private:
+  std::unique_ptr<gpu::RenderPipeline> pipeline(const char* fragment, gpu::PixelFormat format,
+                                                std::uint32_t variant = 0);
+  bool ensureFinalPipeline(gpu::PixelFormat format, std::uint32_t extras);
+  std::shared_ptr<gpu::Texture> makeTarget(gpu::Size size, const char* label);
+  gpu::CommandBuffer* openFrame();
+  void encodePass(gpu::CommandBuffer& buffer, const gpu::Texture& target, const char* label,
+                  const gpu::RenderPipeline& pipeline, std::initializer_list<const gpu::Texture*> textures,
+                  std::span<const std::byte> bytes);
+  void encodeGlow(gpu::CommandBuffer& buffer);
+  void encodeFrame(gpu::CommandBuffer& buffer, gpu::Drawable& drawable, const gpu::Texture* bar, double dt);
+  std::uint32_t compositeExtras(gpu::Size drawable, bool hasBar) const;
+  void skipFrame(const FrameTarget& target, bool drawable);
+  void frameDone();
+
+  gpu::Device& device_;
+  const gpu::Library& library_;
+  RenderStats& stats_;
+  MediaClock clock_;
+  std::unique_ptr<gpu::CommandQueue> queue_;
+  FluidSim sim_;
+  std::unique_ptr<gpu::RenderPipeline> nimbraPipeline_;
+  std::unique_ptr<gpu::RenderPipeline> downPipeline_;
+  std::unique_ptr<gpu::RenderPipeline> blurPipeline_;
+  std::unique_ptr<gpu::RenderPipeline> finalPipeline_;
+  gpu::PixelFormat finalPipelineFormat_ = gpu::PixelFormat::invalid;
+  std::uint32_t finalPipelineExtras_ = 0;
+
+  std::shared_ptr<gpu::Texture> sceneTex_;
+  std::shared_ptr<gpu::Texture> glowA_;
+  std::shared_ptr<gpu::Texture> glowB_;
+  gpu::Size drawableSize_;
+  double sceneScale_ = 1.0;
+
+  NimbraConfig frameConfig_;  ///< this frame's copy; kept so that copying reuses its memory
+  double simTime_ = 0;
+  double lastStamp_ = 0;
+  std::counting_semaphore<2> inflight_{2};
+  std::int64_t frameCount_ = 0;
+  std::int64_t missedFrames_ = 0;
+  gpu::CompletedHandler frameObserver_;
+};
+
+}  // namespace veloria

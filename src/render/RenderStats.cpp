@@ -1,0 +1,43 @@
+#include "render/RenderStats.h"
+
+#include <utility>
+
+namespace veloria {
+
+namespace {
+
+void smooth(double& average, double value) {
+  average = average == 0 ? value : 0.08 * value + 0.92 * average;
+}
+
+}  // namespace
+
+RenderStats::RenderStats(MediaClock clock) : clock_(std::move(clock)) {}
+
+RenderStats& RenderStats::shared() {
+  static RenderStats stats;
+  return stats;
+}
+
+void RenderStats::recordFrame(double gpuSeconds) {
+  const std::lock_guard guard(lock_);
+  const double ms = gpuSeconds * 1000;
+  if (ms > 0.001) smooth(figures_.gpuMsAvg, ms);
+  const double now = clock_();
+  const double interval = now - lastPresent_;
+  if (lastPresent_ > 0 && interval > 0.0005 && interval < 1.0) smooth(figures_.fpsAvg, 1 / interval);
+  lastPresent_ = now;
+}
+
+void RenderStats::setGrid(std::int64_t width, std::int64_t height) {
+  const std::lock_guard guard(lock_);
+  figures_.gridW = width;
+  figures_.gridH = height;
+}
+
+RenderStats::Figures RenderStats::figures() const {
+  const std::lock_guard guard(lock_);
+  return figures_;
+}
+
+}  // namespace veloria
