@@ -1,0 +1,177 @@
+#version 460
+#extension GL_GOOGLE_include_directive : require
+#include "RenderParams.glsl"
+#include "color.glsl"
+#include "palette.glsl"
+
+// Puts scene and glow together, shapes tone and cover, keeps the bar's text and the camera housing free, fades the
+// edges. The result is premultiplied.
+layout(set = 0, binding = 0) uniform sampler2D scene;
+layout(set = 0, binding = 1) uniform sampler2D glow;
+layout(set = 0, binding = 2) uniform sampler2D bar;
+
+// Set when the target holds 8 bits a channel: such a target wants encoded, dithered values; a float one wants light.
+layout(constant_id = 2) const bool eightBit = false;
+// What most bands do without costs time even where a branch passes it by, so it is compiled in only when needed:
+// 1 the text mask, 2 the camera housing, 4 a scene that has to be enlarged.
+layout(constant_id = 3) const uint extras = 0u;
+const bool masksText = (extras & 1u) != 0u;
+const bool hasHousing = (extras & 2u) != 0u;
+const bool enlarges = (extras & 4u) != 0u;
+
+layout(location = 0) in vec2 uv;
+layout(location = 0) out vec4 colour;
+
+// Compresses the brightest channel and keeps the ratios, so that strong light stays coloured; what is far too bright
+// goes some way to white.
+vec3 toned(vec3 c) {
+  float peak = max(max(c.r, c.g), c.b);
+  if (peak <= 0.0) return vec3(0.0);
+  float limit = eightBit ? 1.0 : 2.5;
+  float level = limit * (1.0 - exp(-peak / limit));
+  vec3 kept = c * (level / peak);
+  float white = smoothstep(1.2, 6.0, peak) * 0.45;
+  return mix(kept, vec3(level), white);
+}
+
+vec3 contrasted(vec3 c) {
+  float contrast = clamp(params.contrast, 0.05, 8.0);
+  const float pivot = 0.18;
+  float y = max(luminance(c), 1e-5);
+  return c * (pivot * pow(y / pivot, contrast) / y);
+}
+
+// Share of light that may pass at x for a fade of width `width` from the edge at 0.
+float edge(float x, float width) { return width > 1e-4 ? smoothstep(0.0, width, x) : 1.0; }
+
+float barLuminance(vec2 at) {
+  vec4 c = textureLod(bar, at, 0.0);
+  return luminance(c.rgb) + (1.0 - c.a) * 0.5;
+}
+
+vec2 eighthTurn(vec2 v) { return vec2(v.x - v.y, v.x + v.y) * 0.70710678; }
+
+// x: how much of the bar's own text is here (0 to 1). y: how near text is, for its shadow.
+vec2 textMask() {
+  vec2 pixel = 1.0 / vec2(textureSize(bar, 0));
+  vec2 to = vec2(clamp(params.textBlur, 1.0, 32.0), 0.0);
+  float ground = 0.0;
+  for (int i = 0; i < 8; ++i) {
+    ground += 0.125 * barLuminance(uv + to * pixel);
+    to = eighthTurn(to);
+  }
+  float dilate = clamp(params.textDilate, 0.0, 16.0) * 0.5;
+  float spread = clamp(params.textShadowSpread, 0.0, 32.0);
+  float strongest = 0.0;
+  float around = 0.0;
+  to = vec2(1.0, 0.0);
+  for (int i = 0; i < 24; ++i) {
+    float radius = i < 8 ? 0.35 * dilate : (i < 16 ? dilate : spread);
+    float stroke = abs(barLuminance(uv + to * radius * pixel) - ground);
+    strongest = max(strongest, i < 16 ? stroke : 0.0);
+    around += i < 16 ? 0.0 : stroke;
+    to = eighthTurn(to);
+  }
+  float soft = max(params.textSoftness, 1e-3);
+  return vec2(smoothstep(params.textThreshold, params.textThreshold + soft, strongest),
+              smoothstep(0.0, params.textThreshold + soft, around * 0.25));
+}
+
+// x: light that passes by the housing. y: light that its outline adds. The rectangle's lower corners are round.
+vec2 housing() {
+  vec2 size = vec2(params.targetW, params.targetH);
+  vec2 at = uv * size;
+  vec2 low = vec2(params.notchLeft, -params.notchBottom) * size;
+  vec2 high = vec2(params.notchRight, params.notchBottom) * size;
+  float round = min(0.35 * params.notchBottom * size.y, 0.5 * (high.x - low.x));
+  vec2 q = abs(at - 0.5 * (low + high)) - 0.5 * (high - low) + round;
+  float away = length(max(q, 0.0)) + min(max(q.x, q.y), 0.0) - round;
+  float feather = max(params.notchFeather, 0.0) * size.x * 0.25 + 1.0;
+  float open = smoothstep(-0.5, feather, away);
+  float ring = params.notchHalo > 0.5 ? exp(-max(away, 0.0) / (feather * 0.6)) * smoothstep(-1.5, 0.5, away) : 0.0;
+  return vec2(params.notchHalo > 0.5 ? smoothstep(-0.5, 0.5, away) : open, ring);
+}
+
+uint pixelHash(uvec2 p) {
+  uint h = p.x * 0x8da6b343u ^ p.y * 0xd8163841u;
+  h ^= h >> 15;
+  h *= 0x2c1b3c6du;
+  h ^= h >> 12;
+  h *= 0x297a2d39u;
+  return h ^ (h >> 15);
+}
+
+// Triangular noise of one 8-bit step, still, its own for each channel; it hides the steps of dark gradients.
+vec3 ditherNoise() {
+  uint h = pixelHash(uvec2(gl_FragCoord.xy));
+  uint k = pixelHash(uvec2(gl_FragCoord.yx) + 7919u);
+  vec3 a = vec3(h & 1023u, (h >> 10) & 1023u, (h >> 20) & 1023u);
+  vec3 b = vec3(k & 1023u, (k >> 10) & 1023u, (k >> 20) & 1023u);
+  return (a - b) * (1.0 / (1023.0 * 255.0));
+}
+
+void main() {
+  if (params.debugSolid > 0.0) {
+    float a = min(params.debugSolid, 1.0);
+    colour = vec4(a, 0.0, a, a);
+    return;
+  }
+  vec3 light = enlarges ? textureLod(scene, uv, 0.0).rgb : texelFetch(scene, ivec2(gl_FragCoord.xy), 0).rgb;
+  if (params.glowAmount > 0.001) light += textureLod(glow, uv, 0.0).rgb * (clamp(params.glowAmount, 0.0, 16.0) * 0.55);
+
+  float open = 1.0;
+  if (hasHousing && params.notchPresent > 0.5) {
+    vec2 notch = housing();
+    open = notch.x;
+    light += (stop0() * 0.4 + stop2() * 0.6 + light) * notch.y * 0.9;
+  }
+
+  light = contrasted(toned(light));
+  float opacity = clamp(params.opacity, 0.0, 1.0);
+  float cover = 1.0 - exp(-max(luminance(light), max(light.r, max(light.g, light.b)) * 0.5) *
+                          clamp(params.coverGain, 0.0, 16.0) * 3.2);
+  float alpha = max(cover, 0.0) * opacity;
+  // How much of what lies behind is taken away; additive light leaves it all.
+  float covered = alpha * (1.0 - clamp(params.additive, 0.0, 1.0));
+  vec3 shown = light * opacity;
+  if (params.opaque > 0.5) {
+    vec3 ground = (stop0() + stop1() + stop2() + stop3()) * 0.25;
+    shown += clamp(params.backgroundLift, 0.0, 1.0) * 0.11 * ground;
+    alpha = 1.0;
+    covered = 1.0;
+  }
+
+  float passes = edge(uv.y, params.fadeTop) * edge(1.0 - uv.y, params.fadeBottom) * edge(uv.x, params.fadeSide) *
+                 edge(1.0 - uv.x, params.fadeSide);
+  if (masksText && params.textMaskOn > 0.5) {
+    vec2 text = textMask();
+    float shadow = clamp(params.textShadow, 0.0, 1.0) * text.y;
+    shown *= 1.0 - shadow;
+    alpha = mix(alpha, max(alpha, shadow), 0.6);
+    covered = mix(covered, max(covered, shadow), 0.6);
+    passes *= 1.0 - text.x;
+  }
+  // The housing is black glass: nothing is drawn there.
+  passes *= open;
+  shown *= passes;
+  alpha *= passes;
+  covered *= passes;
+
+  bool sound = all(lessThanEqual(shown, vec3(1e4))) && alpha <= 1.0;
+  if (!sound || alpha + max(shown.r, max(shown.g, shown.b)) <= 0.0) {
+    colour = vec4(0.0);
+    return;
+  }
+  if (eightBit) {
+    // Blended by compositors as encoded values: encode the straight colour, then premultiply. Light that is only added
+    // has nothing to be weighed against.
+    vec3 covering = alpha > 0.0 ? encodedOf(shown / alpha) * alpha : vec3(0.0);
+    float additive = params.opaque > 0.5 ? 0.0 : clamp(params.additive, 0.0, 1.0);
+    vec3 premultiplied = mix(covering, encodedOf(shown), additive);
+    float strongest = max(premultiplied.r, max(premultiplied.g, premultiplied.b));
+    vec3 dithered = premultiplied + ditherNoise() * step(1.0 / 512.0, strongest);
+    colour = vec4(clamp(dithered, 0.0, additive > 0.0 ? 1.0 : alpha), covered);
+  } else {
+    colour = vec4(shown, covered);
+  }
+}

@@ -1,0 +1,110 @@
+#version 460
+#extension GL_GOOGLE_include_directive : require
+#include "RenderParams.glsl"
+#include "unit.glsl"
+#include "noise.glsl"
+#include "color.glsl"
+#include "palette.glsl"
+
+// The band itself: the dye, combed into rays that lean with the flow, with a bright lower hem, coloured. Linear light.
+layout(set = 0, binding = 0) uniform sampler2D dye;
+layout(set = 0, binding = 1) uniform sampler2D velocity;
+
+layout(location = 0) in vec2 uv;
+layout(location = 0) out vec4 light;
+
+// Cubic B-spline along x, bilinear along y: the grid is coarser than the picture along the band. Two bilinear taps.
+vec4 smoothDye(vec2 at, vec2 grid) {
+  float x = at.x * grid.x - 0.5;
+  float f = fract(x);
+  float g = 1.0 - f;
+  float w0 = g * g * g;
+  float w1 = 4.0 - 3.0 * f * f * (2.0 - f);
+  float w2 = 4.0 - 3.0 * g * g * (2.0 - g);
+  float w3 = f * f * f;
+  float left = (w0 + w1) / 6.0;
+  float base = x - f + 0.5;
+  float x0 = base + w1 / (w0 + w1) - 1.0;
+  float x1 = base + w3 / (w2 + w3) + 1.0;
+  return mix(textureLod(dye, vec2(x1 / grid.x, at.y), 0.0), textureLod(dye, vec2(x0 / grid.x, at.y), 0.0), left);
+}
+
+// Rays along the band: 0 (gap) to 1 (core). Finer octaves comb the coarse ones.
+float rays(float x) {
+  int octaves = int(clamp(params.detailOctaves, 1.0, 8.0));
+  float sum = 0.0;
+  float total = 0.0;
+  float amplitude = 1.0;
+  for (int i = 0; i < octaves; ++i) {
+    Phase phase = phaseOf(min(abs(params.raySpeed) * (14.0 + 9.0 * float(i)), 64.0), params.time);
+    float n = noise(x, phase, 0x6a09e6u + uint(i) * 0x9e3779b9u);
+    sum += amplitude * (1.0 - abs(n * 2.0 - 1.0));
+    total += amplitude;
+    x = x * 2.17 + 11.3;
+    amplitude *= 0.55;
+  }
+  return sum / total;
+}
+
+// The hue's drift over time, in turns. It swings around the palette's own hue instead of leaving it for good, at `speed`
+// turns a second on average: a look that drifts stays what it is, and one that cycles goes around the whole circle.
+float hueSwing(float speed) {
+  float width = min(0.5, 250.0 * speed * speed);
+  if (width < 1e-5) return 0.0;
+  Phase phase = phaseOf(abs(speed) / (4.0 * width), params.time);
+  return sign(speed) * width * sin(6.28318531 * fract(phase.value));
+}
+
+void main() {
+  vec2 grid = vec2(textureSize(dye, 0));
+  float unit = unitCells(grid);
+  vec2 p = uv * grid / unit;
+  float height = 1.0 - uv.y;
+
+  vec4 d = smoothDye(uv, grid);
+  vec2 flow = textureLod(velocity, uv, 0.0).xy / unit;
+
+  // Rays stand upright, lean with the flow (softly limited, or fast flow would tear them) and differ in their reach.
+  float lean = clamp(params.rayFlow, -4.0, 4.0) * (flow.x * 150.0 + flow.y * 60.0);
+  lean = 0.35 * lean / (0.35 + abs(lean));
+  float x = (p.x + lean * (0.2 + height)) * clamp(params.rayScale, 0.05, 64.0);
+  float ray = pow(rays(x), clamp(params.raySharpness, 0.05, 16.0) * 1.7);
+  float tip = noise(x * 0.5, phaseOf(min(abs(params.raySpeed) * 20.0, 64.0), params.time), 0xbb67aeu);
+  float reach = exp(-max(height - 0.15 - 0.55 * tip, 0.0) * 2.6);
+  float combed = mix(1.0, (0.03 + 3.4 * ray) * reach, clamp(params.rayIntensity, 0.0, 1.0));
+
+  // Thin dye is dark, so that gaps open between the curtains.
+  float dense = d.a * d.a / (d.a * d.a + 0.12);
+
+  // Where the dye begins from below, the hem glows.
+  float under = textureLod(dye, uv + vec2(0.0, 0.16 * unit / grid.y), 0.0).a;
+  float hem = clamp((d.a - under) * 1.6, 0.0, 1.0) * (1.0 - height);
+
+  float sparkle = noise(x * 2.7, phaseOf(3.5, params.time), 0x510e52u) - 0.5;
+  float amount = dense * combed * (1.0 + hem * 1.3) * max(1.0 + clamp(params.shimmer, 0.0, 4.0) * sparkle, 0.0);
+  vec3 colour = d.rgb * amount;
+
+  vec3 tint = gradient(height * 0.9 + 0.1, stop0(), stop1(), stop2(), stop3());
+  float bright = luminance(colour);
+  vec3 tinted = tint * (bright / max(luminance(tint), 0.05));
+  colour = mix(colour, tinted, clamp(params.heightTint, 0.0, 1.0) * smoothstep(0.15, 0.95, height));
+
+  colour += clamp(params.ambientLevel, 0.0, 4.0) * 0.35 * mix(stop0(), stop2(), uv.x * 0.4 + height * 0.3);
+
+  if (params.pointerGlowOn > 0.5) {
+    vec2 away = (uv - vec2(params.pointerX, params.pointerY)) * grid / unit;
+    float radius = max(params.pointerRadius * 4.0, 0.02);
+    colour += mix(stop1(), vec3(1.0), 0.35) * (params.pointerGlow * exp(-dot(away, away) / (radius * radius)));
+  }
+
+  float along = noise(p.x * clamp(params.hueSpreadScale, 0.0, 64.0) * 0.12,
+                      phaseOf(min(abs(params.hueSpreadDrift) * 4.0, 64.0), params.time), 0x9b0568u) - 0.5;
+  float cycle = hueSwing(params.colorCycle);
+  colour = hueTurned(colour, params.hueShift + cycle + params.hueSpread * along * 0.5);
+  colour = max(mix(vec3(luminance(colour)), colour, clamp(params.saturation, 0.0, 4.0)), 0.0);
+  colour *= clamp(params.exposure, 0.0, 64.0);
+
+  bool sound = all(lessThanEqual(colour, vec3(1e4)));
+  colour = sound ? min(colour, vec3(64.0)) : vec3(0.0);
+  light = vec4(colour, luminance(colour));
+}

@@ -1,0 +1,69 @@
+#version 460
+#extension GL_GOOGLE_include_directive : require
+#include "SimParams.glsl"
+#include "kernel.glsl"
+#include "unit.glsl"
+#include "noise.glsl"
+#include "color.glsl"
+
+// Carries the dye, fades it and gives birth to new light. rgb is coloured light, a its amount.
+layout(set = 0, binding = 0) uniform sampler2D dye;
+layout(set = 0, binding = 1, rg16f) uniform readonly image2D velocity;
+layout(set = 0, binding = 2, rgba16f) uniform writeonly image2D dyeOut;
+
+const float birthRate = 0.011;  // a 60 Hz frame, at emitRate 1 in the middle of a source
+const float fullDye = 1.6;      // a source stops adding at this amount
+
+// How strongly light is born at p (units) and height (0 bottom to 1 top): sources along the band, where slow noise
+// rises above the threshold, each a curtain with a sharp lower hem and a long soft upper end. 0 to 1.
+float birth(vec2 p, float height) {
+  float scale = clamp(sim.emitScale, 0.05, 32.0);
+  Phase phase = phaseOf(min(abs(sim.emitSpeed) * 6.0, 64.0), sim.time);
+  float broad = noise(p.x * scale * 0.30, phase, 0x3c6ef3u);
+  float fine = noise(p.x * scale * 1.15 + broad * 2.0, phase, 0xa54ff5u);
+  float source = broad * 0.68 + fine * 0.32;
+  float low = mix(0.25, 0.75, clamp(sim.emitThreshold, 0.0, 1.0));
+  source = smoothstep(low, low + 0.36, source);
+
+  float spread = clamp(sim.emitHeight, 0.02, 4.0);
+  float hem = sim.emitCenter - spread * 0.55 + (fine - 0.5) * 0.30 + (broad - 0.5) * 0.25;
+  float above = height - hem;
+  float profile = above < 0.0 ? exp(-above * above / (0.012 * spread)) : exp(-above * above / (1.1 * spread * spread));
+  return source * profile;
+}
+
+vec3 colourAt(vec2 p, float height) {
+  float spread = clamp(sim.paletteSpread, 0.0, 16.0);
+  Phase phase = phaseOf(0.03, sim.time);
+  float along = smoothstep(0.15, 0.85, noise(p.x * 0.26 * max(spread, 0.05), phase, 0x1f83d9u)) - 0.5;
+  float x = 0.04 + height * 0.5 + along * 0.5 * min(spread, 3.0);
+  return gradient(x, linearOf(vec3(sim.palette0r, sim.palette0g, sim.palette0b)),
+                  linearOf(vec3(sim.palette1r, sim.palette1g, sim.palette1b)),
+                  linearOf(vec3(sim.palette2r, sim.palette2g, sim.palette2b)),
+                  linearOf(vec3(sim.palette3r, sim.palette3g, sim.palette3b)));
+}
+
+void main() {
+  ivec2 c = cell();
+  ivec2 size = imageSize(dyeOut);
+  if (outside(c, size)) return;
+  vec2 grid = vec2(size);
+  float unit = unitCells(grid);
+  vec2 middle = vec2(c) + 0.5;
+  vec2 p = middle / unit;
+  float height = 1.0 - middle.y / grid.y;
+
+  vec4 d = textureLod(dye, (middle - sim.dt * imageLoad(velocity, c).xy) / grid, 0.0);
+  d *= pow(clamp(sim.dyeDissipation, 0.0, 1.0), sim.dt);
+
+  // The first moments are quicker, so that a band that starts from nothing is lit within a second.
+  float hurry = 1.0 + 5.0 * exp(-12.0 * sim.time);
+  float born = birth(p, height) * clamp(sim.emitRate, 0.0, 50.0) * birthRate * hurry * sim.dt;
+  float room = clamp(1.0 - d.a / fullDye, 0.0, 1.0);
+  float floorLight = clamp(sim.ambient, 0.0, 4.0) * 0.02 * sim.dt * clamp(1.0 - d.a / max(sim.ambient, 1e-3), 0.0, 1.0);
+  float added = min(born * room + floorLight, fullDye);
+  d += vec4(colourAt(p, height), 1.0) * added;
+
+  bool sound = all(lessThanEqual(abs(d), vec4(64.0)));
+  imageStore(dyeOut, c, sound ? max(d, 0.0) : vec4(0.0));
+}
