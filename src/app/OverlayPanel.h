@@ -13,8 +13,8 @@ namespace veloria {
 
 /// Which side of the panels and windows the overlay is on.
 enum class OverlayLevel {
-  desktop,        ///< above the desktop picture, below panels and all windows
-  aboveMenuBar,   ///< above panels and windows
+  desktop,       ///< above the desktop picture, below panels and all windows
+  aboveMenuBar,  ///< above panels and windows
 };
 
 /// Port: one borderless, transparent, click-through window on one screen. It takes no focus, stands on all workspaces,

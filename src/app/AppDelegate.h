@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "app/NimbraWindow.h"
+#include "app/OverlayPanel.h"
+#include "app/ShaderLibrary.h"
+#include "base/Environment.h"
+#include "base/Timer.h"
+#include "gpu/Device.h"
+#include "render/NimbraRenderer.h"
+#include "render/ScreenProvider.h"
+#include "scene/SceneDriver.h"
+#include "settings/SettingsStore.h"
+
+namespace veloria {
+
+/// What the delegate is made of. Everything must outlive it.
+struct AppServices {
+  /// Makes the GPU device. Throws gpu::DeviceError when there is none.
+  std::function<std::unique_ptr<gpu::Device>()> makeDevice;
+  std::vector<std::filesystem::path> shaderLibraries;
+  ScreenProvider* screens = nullptr;
+  OverlayPanelFactory* panels = nullptr;
+  TimerFactory* timers = nullptr;
+  SettingsStore* settings = nullptr;
+  SceneDriver* driver = nullptr;
+  Environment environment;
+  /// Shows a critical message (a title and what it is about) until it is read.
+  std::function<void(const std::string& message, const std::string& informative)> alert;
+  /// Ends the event loop; `failed` tells the exit code.
+  std::function<void(bool failed)> terminate;
+  /// Tells the user something, at most once each; it can be overlooked.
+  std::function<void(const std::string& text)> hint;
+};
+
+/// The screens that get a band: all of them, or the first one only.
+std::vector<Screen> targetScreens(const NimbraConfig& config, const std::vector<Screen>& screens);
+
+/// The work that a change of settings needs beyond the next frame's.
+struct ChangePlan {
+  bool recompile = false;
+  bool rebuildWindows = false;
+  bool resizeGrids = false;
+  bool operator==(const ChangePlan&) const = default;
+};
+ChangePlan planChange(const std::optional<NimbraConfig>& last, const NimbraConfig& now);
+
+/// The spine of the application: one device and shader library, a window and renderer for each target screen, and the
+/// smallest rebuild for each change of settings or screens. Main thread.
+class AppDelegate {
+ public:
+  explicit AppDelegate(AppServices services);
+  ~AppDelegate();
+  AppDelegate(const AppDelegate&) = delete;
+  AppDelegate& operator=(const AppDelegate&) = delete;
+
+  /// Starts everything. When the GPU or the shader library can't be had, shows the alert and terminates.
+  void didFinishLaunching();
+  void willTerminate();
+
+  /// Empties every fluid; the next frames start from nothing.
+  void restartSimulation();
+
+  std::size_t windowCount() const { return windows_.size(); }
+  const std::map<std::uint32_t, std::shared_ptr<NimbraRenderer>>& renderers() const { return renderers_; }
+
+ private:
+  bool startGpu(std::string& problem);
+  void rebuildWindows();
+  void makeWindow(const Screen& screen, const NimbraConfig& config);
+  void removeWindows(const std::set<std::uint32_t>& keep);
+  void configChanged(const NimbraConfig& config);
+  void updateRenderingState();
+  bool shouldRender() const;
+  void deviceLost();
+  void recoverDevice();
+  void giveHints();
+
+  AppServices services_;
+  std::unique_ptr<gpu::Device> device_;
+  std::unique_ptr<gpu::Library> library_;
+  std::map<std::uint32_t, std::shared_ptr<NimbraRenderer>> renderers_;
+  std::map<std::uint32_t, std::unique_ptr<NimbraWindow>> windows_;
+  std::optional<NimbraConfig> lastConfig_;
+  Subscription settingsSubscription_;
+  std::unique_ptr<Timer> recovery_;
+  int recoveryAttempts_ = 0;
+  std::unique_ptr<Timer> hintTimer_;
+  std::set<std::string> hintsGiven_;
+};
+
+}  // namespace veloria

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/OverlayPanel.h"
+#include "render/NimbraRenderer.h"
+#include "render/ScreenProvider.h"
+#include "render/StripGeometry.h"
+#include "settings/NimbraConfig.h"
+
+namespace veloria {
+
+/// The level for a layer mode. `debugLevel` (NIMBRA_DEBUG_LEVEL) wins when it is a base-10 integer with an optional
+/// sign: above 0 is above the menu bar, all else the desktop.
+OverlayLevel overlayLevelFor(LayerMode mode, const std::optional<std::string>& debugLevel);
+
+/// The format to ask a surface for: extended range (rgba16Float) or 8 bits (bgra8Unorm).
+gpu::PixelFormat pixelFormatFor(bool hdrGlow);
+
+/// One screen's overlay: places and configures a panel by the settings and lets a renderer draw into it. Main thread.
+class NimbraWindow {
+ public:
+  struct Options {
+    std::optional<std::string> debugLevel;  ///< the value of NIMBRA_DEBUG_LEVEL
+    std::function<void()> onDeviceLost;     ///< called from a draw that found the GPU gone; must not destroy the window
+  };
+
+  NimbraWindow(std::unique_ptr<OverlayPanel> panel, std::weak_ptr<NimbraRenderer> renderer, const Screen& screen,
+               const NimbraConfig& config, Options options);
+  ~NimbraWindow();
+  NimbraWindow(const NimbraWindow&) = delete;
+  NimbraWindow& operator=(const NimbraWindow&) = delete;
+
+  /// Places and configures the panel again for these settings and this screen.
+  void apply(const NimbraConfig& config, const Screen& screen);
+
+  /// Shows the panel and lets it draw, or hides it and lets it rest.
+  void setRendering(bool on);
+
+  const StripGeometry& geometry() const { return geometry_; }
+  OverlayLevel level() const { return level_; }
+  const Screen& screen() const { return screen_; }
+
+ private:
+  void draw();
+
+  std::unique_ptr<OverlayPanel> panel_;
+  std::weak_ptr<NimbraRenderer> renderer_;
+  Options options_;
+  Screen screen_;
+  StripGeometry geometry_;
+  std::optional<Rect> placedFrame_;
+  double placedScale_ = 0;
+  OverlayLevel level_ = OverlayLevel::desktop;
+};
+
+}  // namespace veloria
