@@ -1,0 +1,125 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "app/OverlayPanel.h"
+#include "gpu/Surface.h"
+#include "platform/linux/x11/AttemptBudget.h"
+#include "platform/linux/x11/X11Connection.h"
+#include "platform/linux/x11/X11ScreenProvider.h"
+
+namespace veloria {
+
+/// Makes what is drawn into a window. May return nullptr (then nothing is ever drawn) and may throw std::exception.
+using SurfaceMaker = std::function<std::unique_ptr<gpu::Surface>(xcb_connection_t*, xcb_window_t)>;
+
+/// The kind of window that overlays are: one with an alpha channel where the server offers it, else the root's kind.
+struct PanelVisual {
+  std::uint8_t depth = 0;
+  xcb_visualid_t visual = 0;
+  xcb_colormap_t colormap = XCB_COLORMAP_NONE;  ///< none: the root's own
+};
+
+/// A window on an X server. It keeps its place in the stack and on the screen against window managers that start, stop
+/// or know better (with a bounded number of attempts), and makes itself again when somebody destroys its window. Main
+/// thread.
+class X11OverlayPanel final : public OverlayPanel {
+ public:
+  /// The references must outlive it. Throws std::runtime_error.
+  X11OverlayPanel(X11Connection& connection, X11ScreenProvider& screens, const PanelVisual& visual,
+                  SurfaceMaker makeSurface);
+  ~X11OverlayPanel() override;
+  X11OverlayPanel(const X11OverlayPanel&) = delete;
+  X11OverlayPanel& operator=(const X11OverlayPanel&) = delete;
+
+  /// What reaches beyond the screen is cut off.
+  void setFrame(const Rect& frame, double scale) override;
+  void setLevel(OverlayLevel level) override;
+  void setPixelFormat(gpu::PixelFormat wanted) override;
+  void setPreferredFramesPerSecond(double rate) override;
+  void setPaused(bool paused) override;
+  void setDrawHandler(std::function<void()> handler) override;
+  void orderFront() override;
+  void orderOut() override;
+
+  gpu::Size drawableSize() const override;
+  gpu::PixelFormat colorPixelFormat() const override;
+  gpu::Drawable* currentDrawable() override;
+
+  /// The window now; it changes when somebody destroys it.
+  xcb_window_t window() const { return window_; }
+  /// Where the window should be, root pixels.
+  const PixelRect& place() const { return place_; }
+
+ private:
+  // A window must be forgotten by the window manager (its WM_STATE goes) before it may be mapped with new hints.
+  enum class Phase { withdrawn, withdrawing, mapped };
+
+  void createWindow();
+  void createSurface();
+  void recreate();
+  void applyPlace();
+  void applyVisibility();
+  void map();
+  void withdraw();
+  void finishWithdrawing();
+  void remap();
+  void configureSurface();
+  void updateTimer();
+  void drawFrame();
+
+  void handle(const xcb_generic_event_t& event);
+  void handleProperty(const xcb_property_notify_event_t& event);
+  void handleRootProperty(xcb_atom_t changed);
+  void handleObscured(bool obscured);
+  void destroyedByOthers();
+  void readManagedState();
+
+  void screensRefreshed();
+  static constexpr double verificationDelay = 0.1;  ///< seconds; a burst of changes is looked at once
+  void scheduleVerification(double delay = verificationDelay);
+  void verify();
+  bool verifyMapped();
+  void verifyPlace();
+  void verifyStates();
+  void verifyStacking();
+
+  X11Connection& connection_;
+  X11ScreenProvider& screens_;
+  PanelVisual visual_;
+  SurfaceMaker makeSurface_;
+  xcb_window_t window_ = XCB_WINDOW_NONE;
+  std::unique_ptr<gpu::Surface> surface_;
+
+  Rect frame_;
+  double scale_ = 1;
+  PixelRect place_;
+  OverlayLevel level_ = OverlayLevel::desktop;
+  gpu::PixelFormat wantedFormat_ = gpu::PixelFormat::bgra8Unorm;
+  double rate_ = 60;
+  bool paused_ = true;
+  bool wanted_ = false;  ///< ordered front
+  Phase phase_ = Phase::withdrawn;
+  bool managed_ = false;  ///< a window manager has set WM_STATE
+  bool obscured_ = false;
+
+  std::shared_ptr<std::function<void()>> draw_;
+  double timerRate_ = 0;
+  AttemptBudget mapAttempts_{5, 10};
+  AttemptBudget placeAttempts_{5, 10};
+  AttemptBudget stackAttempts_{5, 10};
+  AttemptBudget stateAttempts_{5, 10};
+  AttemptBudget recreateAttempts_{5, 10};
+  std::unique_ptr<Timer> frameTimer_;
+  std::unique_ptr<Timer> verification_;
+  double pendingDelay_ = 0;
+  std::unique_ptr<Timer> withdrawal_;
+  std::unique_ptr<Timer> remapping_;
+  X11Connection::Subscription events_;
+  std::shared_ptr<void> refresh_;
+  std::shared_ptr<int> alive_ = std::make_shared<int>(0);
+};
+
+}  // namespace veloria

@@ -1,0 +1,205 @@
+#include "platform/linux/x11/X11ScreenProvider.h"
+
+#include <xcb/randr.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "base/Log.h"
+#include "base/MediaClock.h"
+#include "platform/linux/x11/X11Docks.h"
+
+namespace veloria {
+
+namespace {
+
+constexpr double settleSeconds = 0.25;
+constexpr double longestWait = 2;
+constexpr double pollSeconds = 0.05;
+constexpr std::size_t mostMonitors = 64;
+constexpr std::uint32_t longestResources = 65536;  // words
+constexpr std::uint8_t eventCodeMask = 0x7f;
+
+std::string atomName(X11Connection& connection, xcb_get_atom_name_cookie_t cookie) {
+  const auto name = connection.reply(xcb_get_atom_name_reply, cookie);
+  if (!name) return {};
+  return {xcb_get_atom_name_name(name.get()), static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get()))};
+}
+
+struct PendingMonitor {
+  MonitorDescription monitor;
+  bool primary;
+  xcb_get_atom_name_cookie_t name;
+};
+
+std::vector<PendingMonitor> requestNames(X11Connection& connection, const xcb_randr_get_monitors_reply_t& answer) {
+  std::vector<PendingMonitor> pending;
+  auto it = xcb_randr_get_monitors_monitors_iterator(&answer);
+  for (; it.rem > 0 && pending.size() < mostMonitors; xcb_randr_monitor_info_next(&it)) {
+    const auto& info = *it.data;
+    pending.push_back({{{}, {info.x, info.y, info.width, info.height}, {}},
+                       info.primary != 0,
+                       xcb_get_atom_name(connection.raw(), info.name)});
+  }
+  return pending;
+}
+
+std::vector<MonitorDescription> randrMonitors(X11Connection& connection) {
+  const auto answer =
+      connection.reply(xcb_randr_get_monitors_reply, xcb_randr_get_monitors(connection.raw(), connection.root(), 1));
+  if (!answer) return {};
+  auto pending = requestNames(connection, *answer);
+  for (PendingMonitor& each : pending) each.monitor.name = atomName(connection, each.name);
+  std::stable_partition(pending.begin(), pending.end(), [](const PendingMonitor& each) { return each.primary; });
+  std::vector<MonitorDescription> monitors;
+  monitors.reserve(pending.size());
+  for (PendingMonitor& each : pending) monitors.push_back(std::move(each.monitor));
+  return monitors;
+}
+
+PixelRect firstWorkArea(X11Connection& connection) {
+  const auto numbers = connection.numbers(connection.root(), X11Atom::netWorkarea, 4);
+  const auto plausible = [](std::uint32_t value) { return value <= 65535; };
+  if (numbers.size() != 4 || !std::all_of(numbers.begin(), numbers.end(), plausible)) return {};
+  return {static_cast<int>(numbers[0]), static_cast<int>(numbers[1]), static_cast<int>(numbers[2]),
+          static_cast<int>(numbers[3])};
+}
+
+}  // namespace
+
+X11ScreenProvider::X11ScreenProvider(X11Connection& connection, const ScreenOverrides& overrides)
+    : connection_(connection), overrides_(overrides) {
+  events_ = connection_.onEvent([this](const xcb_generic_event_t& event) { handle(event); });
+  refresh();
+}
+
+void X11ScreenProvider::setChangeHandler(std::function<void()> handler) {
+  changed_ = std::make_shared<std::function<void()>>(std::move(handler));
+}
+
+std::shared_ptr<void> X11ScreenProvider::onRefresh(std::function<void()> handler) {
+  auto subscriber = std::make_shared<std::function<void()>>(std::move(handler));
+  std::erase_if(refreshSubscribers_, [](const auto& entry) { return entry.expired(); });
+  refreshSubscribers_.push_back(subscriber);
+  return subscriber;
+}
+
+void X11ScreenProvider::handle(const xcb_generic_event_t& event) {
+  if (concerns(event)) schedule();
+}
+
+bool X11ScreenProvider::concerns(const xcb_generic_event_t& event) const {
+  const std::uint8_t code = event.response_type & eventCodeMask;
+  const auto& randr = connection_.randr();
+  if (randr.present &&
+      (code == randr.firstEvent + XCB_RANDR_SCREEN_CHANGE_NOTIFY || code == randr.firstEvent + XCB_RANDR_NOTIFY)) {
+    return true;
+  }
+  switch (code) {
+    case XCB_CONFIGURE_NOTIFY: {
+      const auto window = reinterpret_cast<const xcb_configure_notify_event_t&>(event).window;
+      return window == connection_.root() || std::count(watched_.begin(), watched_.end(), window) > 0;
+    }
+    case XCB_MAP_NOTIFY:
+      return !connection_.isOwn(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
+    case XCB_UNMAP_NOTIFY: {
+      const auto window = reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window;
+      return std::count(watched_.begin(), watched_.end(), window) > 0;
+    }
+    case XCB_DESTROY_NOTIFY: {
+      const auto window = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
+      return std::count(watched_.begin(), watched_.end(), window) > 0;
+    }
+    case XCB_PROPERTY_NOTIFY:
+      return concernsProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
+    default:
+      return false;
+  }
+}
+
+bool X11ScreenProvider::concernsProperty(const xcb_property_notify_event_t& event) const {
+  const auto is = [&](X11Atom which) { return event.atom == connection_.atom(which); };
+  if (event.window == connection_.root()) {
+    return event.atom == XCB_ATOM_RESOURCE_MANAGER || is(X11Atom::netWorkarea) || is(X11Atom::netClientList);
+  }
+  return is(X11Atom::netWmStrutPartial) || is(X11Atom::netWmStrut) || is(X11Atom::netWmWindowType);
+}
+
+// A slow poll of two numbers instead of a new timer for every event of a storm.
+void X11ScreenProvider::schedule() {
+  lastChange_ = mediaTime();
+  if (pending_) return;
+  firstChange_ = lastChange_;
+  pending_ = connection_.timers().repeating(pollSeconds, 0, [this] { refreshIfDue(); });
+}
+
+void X11ScreenProvider::refreshIfDue() {
+  const double now = mediaTime();
+  if (now - lastChange_ < settleSeconds && now - firstChange_ < longestWait) return;
+  pending_.reset();
+  const auto before = screens_;
+  refresh();
+  const auto handler = changed_;
+  if (screens_ != before && *handler) (*handler)();
+}
+
+void X11ScreenProvider::refresh() {
+  auto found = plausibleMonitors(monitors());
+  const auto resources = connection_.requestProperty(connection_.root(), XCB_ATOM_RESOURCE_MANAGER, longestResources);
+  const double scale = scaleFromResources(connection_.text(resources));
+  if (connection_.isBroken()) return;  // what was last known stays
+  subtractPanels(found);
+  screens_ = describeScreens(found, scale, overrides_);
+  frames_.clear();
+  for (const MonitorDescription& monitor : found) frames_.push_back(monitor.frame);
+  if (!found.empty()) space_ = spaceOf(found, scale);
+  const auto subscribers = refreshSubscribers_;
+  for (const auto& entry : subscribers) {
+    if (const auto subscriber = entry.lock()) (*subscriber)();
+  }
+}
+
+PixelRect X11ScreenProvider::clippedToScreen(const PixelRect& place) const {
+  PixelRect best;
+  const auto area = [](const PixelRect& rect) { return static_cast<std::int64_t>(rect.width) * rect.height; };
+  for (const PixelRect& frame : frames_) {
+    const PixelRect shared = intersection(place, frame);
+    if (area(shared) > area(best)) best = shared;
+  }
+  return best;
+}
+
+std::vector<MonitorDescription> X11ScreenProvider::monitors() {
+  if (connection_.randr().present) return randrMonitors(connection_);
+  return {{"screen", connection_.rootRect(), {}}};
+}
+
+void X11ScreenProvider::subtractPanels(std::vector<MonitorDescription>& monitors) {
+  const auto docks = findDocks(connection_);
+  watchPanels(docks);
+  std::vector<DockStrut> struts;
+  for (const DockWindow& dock : docks) {
+    if (dock.strut && dock.viewable) struts.push_back({dock.bounds, *dock.strut});
+  }
+  const PixelRect root = connection_.rootRect();
+  for (MonitorDescription& monitor : monitors) monitor.visible = visiblePixels(monitor.frame, root, struts);
+  // A work area is one rectangle for all monitors; without struts it is all there is, and the panel is on the first.
+  if (struts.empty() && !monitors.empty()) {
+    monitors.front().visible = visiblePixelsFromWorkArea(monitors.front().frame, firstWorkArea(connection_));
+  }
+}
+
+void X11ScreenProvider::watchPanels(const std::vector<DockWindow>& docks) {
+  std::vector<xcb_window_t> windows;
+  for (const DockWindow& dock : docks) {
+    windows.push_back(dock.window);
+    if (std::count(watched_.begin(), watched_.end(), dock.window) > 0) continue;
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection_.raw(), dock.window, XCB_CW_EVENT_MASK, &mask);
+    schedule();  // what changed between reading it and watching it would be missed
+  }
+  watched_ = std::move(windows);
+  connection_.flush();
+}
+
+}  // namespace veloria

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "base/Timer.h"
+#include "platform/linux/x11/ScreenDescription.h"
+#include "platform/linux/x11/X11Connection.h"
+#include "render/ScreenProvider.h"
+
+namespace veloria {
+
+/// The monitors that RandR reports (the whole root window without RandR 1.5), with what panels reserve on them. The
+/// list is read when it is made and again 250 ms after the last of a burst of changes (2 s after its first at the
+/// latest): outputs, panels that come, go or change their strut, and the resources that hold the scale. Main thread.
+class X11ScreenProvider final : public ScreenProvider {
+ public:
+  /// `connection` must outlive it.
+  X11ScreenProvider(X11Connection& connection, const ScreenOverrides& overrides);
+
+  std::vector<Screen> screens() override { return screens_; }
+  void setChangeHandler(std::function<void()> handler) override;
+
+  /// The coordinate system of screens().
+  const ScreenSpace& space() const { return space_; }
+  /// The part of `place` (root pixels) that is on the screen it shares most with; empty where there is none.
+  PixelRect clippedToScreen(const PixelRect& place) const;
+  /// The desktop's panels when the list was last read.
+  const std::vector<xcb_window_t>& panels() const { return watched_; }
+  /// Called whenever screens(), panels() and space() have been read again, and before the change handler.
+  [[nodiscard]] std::shared_ptr<void> onRefresh(std::function<void()> handler);
+
+ private:
+  void handle(const xcb_generic_event_t& event);
+  bool concerns(const xcb_generic_event_t& event) const;
+  bool concernsProperty(const xcb_property_notify_event_t& event) const;
+  void schedule();
+  void refreshIfDue();
+  void refresh();
+  std::vector<MonitorDescription> monitors();
+  void subtractPanels(std::vector<MonitorDescription>& monitors);
+  void watchPanels(const std::vector<struct DockWindow>& docks);
+
+  X11Connection& connection_;
+  ScreenOverrides overrides_;
+  std::vector<Screen> screens_;
+  std::vector<PixelRect> frames_;  ///< of screens_, root pixels
+  ScreenSpace space_;
+  std::vector<xcb_window_t> watched_;
+  std::shared_ptr<std::function<void()>> changed_ = std::make_shared<std::function<void()>>();
+  std::vector<std::weak_ptr<std::function<void()>>> refreshSubscribers_;
+  std::unique_ptr<Timer> pending_;
+  double firstChange_ = 0;
+  double lastChange_ = 0;
+  X11Connection::Subscription events_;
+};
+
+}  // namespace veloria

@@ -1,0 +1,139 @@
+#include "platform/linux/files/FileSettingsStorage.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <functional>
+#include <map>
+
+#include "base/StrictJson.h"
+#include "platform/linux/files/UserFolders.h"
+#include "settings/SettingsStore.h"
+
+namespace veloria {
+namespace {
+
+namespace fs = std::filesystem;
+
+class FileSettingsStorageTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "veloria-settings-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+    home = pattern;
+    folder = home / "config" / "Veloria";
+    file = folder / "NimbraConfig.v1.json";
+  }
+  void TearDown() override { fs::remove_all(home); }
+
+  void put(const std::string& bytes) {
+    fs::create_directories(folder);
+    std::ofstream(file, std::ios::binary) << bytes;
+  }
+
+  std::optional<std::string> stored() { return FileSettingsStorage(folder).read(settingsKey); }
+
+  SettingsStore makeStore() {
+    return SettingsStore(std::make_unique<FileSettingsStorage>(folder), [](auto) { return std::nullopt; });
+  }
+
+  static fs::perms modeOf(const fs::path& path) { return fs::status(path).permissions(); }
+
+  fs::path home;
+  fs::path folder;
+  fs::path file;
+};
+
+TEST_F(FileSettingsStorageTest, SettingsLastFromOneRunToTheNext) {
+  NimbraConfig config;
+  config.exposure = 2.75;
+  config.customScript = "set wind 1\n";
+  {
+    SettingsStore store = makeStore();
+    EXPECT_EQ(store.config(), NimbraConfig());
+    EXPECT_FALSE(fs::exists(folder.parent_path())) << "reading makes nothing";
+    store.setConfig(config);
+  }
+  EXPECT_EQ(makeStore().config(), config);
+  EXPECT_EQ(modeOf(folder.parent_path()), fs::perms::owner_all);
+  EXPECT_EQ(modeOf(folder), fs::perms::owner_all);
+  EXPECT_EQ(modeOf(file), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(FileSettingsStorageTest, ASlipInAFileEditedByHandCostsNothing) {
+  put("{ \"exposure\": 3, \"customScript\": \"a day's work\"");
+  SettingsStore store = makeStore();
+  EXPECT_EQ(store.config(), NimbraConfig());
+  NimbraConfig changed;
+  changed.enabled = false;
+  store.setConfig(changed);
+  EXPECT_EQ(makeStore().config(), changed);
+  EXPECT_THAT(FileSettingsStorage(folder).read("NimbraConfig.v1.rejected"),
+              testing::Optional(testing::HasSubstr("a day's work")));
+}
+
+TEST_F(FileSettingsStorageTest, HostileFilesReadAsNothingAndStartTheDefaults) {
+  fs::create_directories(folder);
+  const std::vector<std::function<void()>> hostile{
+      [&] { ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0); },
+      [&] { fs::create_directory(file); },
+      [&] { fs::create_symlink(file, file); },
+      [&] { fs::create_symlink("/dev/zero", file); },
+      [&] { put(std::string(maximumJsonBytes + 1, ' ')); },
+      [&] {
+        put("x");
+        fs::resize_file(file, std::uintmax_t{1} << 40);
+      },
+  };
+  for (const auto& make : hostile) {
+    make();
+    EXPECT_EQ(stored(), std::nullopt);
+    EXPECT_EQ(makeStore().config(), NimbraConfig());
+    fs::remove(file);
+  }
+}
+
+TEST_F(FileSettingsStorageTest, AFolderThatCannotBeMadeFailsTheWriteOnly) {
+  std::ofstream(home / "config") << "a file";
+  FileSettingsStorage storage(folder);
+  EXPECT_FALSE(storage.write("key", "bytes"));
+  EXPECT_EQ(storage.read("key"), std::nullopt);
+  FileSettingsStorage nowhere{fs::path()};
+  EXPECT_FALSE(nowhere.write("key", "bytes"));
+  EXPECT_EQ(nowhere.read("key"), std::nullopt);
+}
+
+TEST_F(FileSettingsStorageTest, AKeyNeverLeavesTheFolder) {
+  FileSettingsStorage storage(folder);
+  using namespace std::string_view_literals;
+  for (const std::string_view key : {""sv, "../x"sv, "a/b"sv, "/etc/x"sv, ".hidden"sv, "a\0b"sv}) {
+    EXPECT_FALSE(storage.write(key, "bytes")) << key;
+    EXPECT_EQ(storage.read(key), std::nullopt) << key;
+  }
+  EXPECT_FALSE(fs::exists(folder));
+}
+
+TEST(UserFoldersTest, FollowTheBaseDirectoryRules) {
+  const auto in = [](std::map<std::string, std::string, std::less<>> variables) -> Environment {
+    return [variables](std::string_view name) -> std::optional<std::string> {
+      const auto found = variables.find(name);
+      if (found == variables.end()) return std::nullopt;
+      return found->second;
+    };
+  };
+  const Environment full = in({{"HOME", "/home/a"}, {"XDG_CONFIG_HOME", "/c"}, {"XDG_DATA_HOME", "/d"}});
+  EXPECT_EQ(configFolder(full), "/c/Veloria");
+  EXPECT_EQ(dataFolder(full), "/d/Veloria");
+  EXPECT_EQ(cacheFolder(full), "/home/a/.cache/Veloria");
+  for (const char* ignored : {"", "relative", "./c", "~/c"}) {
+    EXPECT_EQ(configFolder(in({{"HOME", "/home/a"}, {"XDG_CONFIG_HOME", ignored}})), "/home/a/.config/Veloria");
+  }
+  EXPECT_EQ(dataFolder(in({{"HOME", "/home/a"}})), "/home/a/.local/share/Veloria");
+  EXPECT_EQ(configFolder(in({{"HOME", "relative"}})), configFolder(in({})));
+  EXPECT_TRUE(configFolder(in({})).value_or("").is_absolute()) << "the user database knows a home";
+}
+
+}  // namespace
+}  // namespace veloria
