@@ -1,0 +1,152 @@
+#include "main/Arguments.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+#include "main/Command.h"
+
+namespace veloria {
+
+namespace {
+
+constexpr double largestSize = 16384;
+
+[[noreturn]] void refuse(const std::string& option, const std::string& text, const std::string& wanted) {
+  throw UsageError(option + " '" + text + "' is not " + wanted + ".");
+}
+
+std::optional<double> numberIn(std::string_view text) {
+  if (text.starts_with('+')) text.remove_prefix(1);
+  double value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (text.empty() || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  if (!std::isfinite(value)) return std::nullopt;
+  return value;
+}
+
+std::string plain(double value) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%g", value);
+  return text.data();
+}
+
+std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> parts(1);
+  for (const char c : text) {
+    if (c == separator) {
+      parts.emplace_back();
+    } else {
+      parts.back().push_back(c);
+    }
+  }
+  return parts;
+}
+
+}  // namespace
+
+gpu::Size parsePixelSize(const std::string& option, const std::string& text) {
+  const auto parts = split(text, 'x');
+  std::vector<std::uint32_t> sides;
+  for (const auto& part : parts) {
+    const auto value = numberIn(part);
+    if (value && *value == std::floor(*value) && *value >= 1 && *value <= largestSize) {
+      sides.push_back(static_cast<std::uint32_t>(*value));
+    }
+  }
+  if (parts.size() != 2 || sides.size() != 2) {
+    refuse(option, text, "a size in pixels such as 1920x32 (1 to 16384 each)");
+  }
+  return {sides[0], sides[1]};
+}
+
+Extent parseExtent(const std::string& option, const std::string& text) {
+  const auto parts = split(text, 'x');
+  const auto width = numberIn(parts.front());
+  const auto height = numberIn(parts.back());
+  const auto fits = [](const std::optional<double>& side) { return side && *side > 0 && *side <= largestSize; };
+  if (parts.size() != 2 || !fits(width) || !fits(height)) {
+    refuse(option, text, "a size in points such as 200x32");
+  }
+  return {*width, *height};
+}
+
+double parseNumber(const std::string& option, const std::string& text, double low, double high) {
+  const auto value = numberIn(text);
+  if (!value || *value < low || *value > high)
+    refuse(option, text, "a number from " + plain(low) + " to " + plain(high));
+  return *value;
+}
+
+long parseCount(const std::string& option, const std::string& text, long low, long high) {
+  const auto value = numberIn(text);
+  if (!value || *value != std::floor(*value) || *value < static_cast<double>(low) ||
+      *value > static_cast<double>(high)) {
+    refuse(option, text, "a whole number from " + std::to_string(low) + " to " + std::to_string(high));
+  }
+  return static_cast<long>(*value);
+}
+
+std::pair<std::string, std::string> parseAssignment(const std::string& option, const std::string& text) {
+  const auto equals = text.find('=');
+  if (equals == std::string::npos || equals == 0) refuse(option, text, "of the form name=value");
+  return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+std::pair<std::string, double> parseChannel(const std::string& option, const std::string& text) {
+  auto [name, value] = parseAssignment(option, text);
+  const auto number = numberIn(value);
+  if (!number) refuse(option, text, "a channel and a number such as bass=0.5");
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return {name, *number};
+}
+
+std::vector<double> parsePointer(const std::string& option, const std::string& text) {
+  std::vector<double> numbers;
+  for (const auto& part : split(text, ',')) {
+    const auto value = numberIn(part);
+    if (!value) refuse(option, text, "X,Y or X,Y,DX,DY in points");
+    numbers.push_back(*value);
+  }
+  if (numbers.size() != 2 && numbers.size() != 4) refuse(option, text, "X,Y or X,Y,DX,DY in points");
+  return numbers;
+}
+
+std::optional<std::array<unsigned char, 3>> parseColour(const std::string& option, const std::string& text) {
+  if (!text.starts_with('#')) return std::nullopt;
+  std::uint32_t bits = 0;
+  const char* begin = text.data() + 1;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(begin, end, bits, 16);
+  if (text.size() != 7 || error != std::errc() || stop != end) refuse(option, text, "a colour such as #101018");
+  return std::array<unsigned char, 3>{static_cast<unsigned char>(bits >> 16), static_cast<unsigned char>(bits >> 8),
+                                      static_cast<unsigned char>(bits)};
+}
+
+FramePattern parseFramePattern(const std::string& option, const std::string& text) {
+  const auto percent = text.find('%');
+  if (percent == std::string::npos) return {text, {}, 0, false};
+  std::size_t at = percent + 1;
+  if (at < text.size() && text[at] == '0') ++at;
+  FramePattern pattern{text.substr(0, percent), {}, 0, true};
+  if (at < text.size() && text[at] >= '1' && text[at] <= '9') pattern.digits = text[at++] - '0';
+  if (at >= text.size() || text[at] != 'd' || text.find('%', at) != std::string::npos) {
+    refuse(option, text, "a file name with at most one frame number such as frame-%05d.png");
+  }
+  pattern.after = text.substr(at + 1);
+  return pattern;
+}
+
+std::string FramePattern::fileFor(long frame) const {
+  if (!numbered) return before;
+  std::string number = std::to_string(frame);
+  if (static_cast<int>(number.size()) < digits) {
+    number.insert(0, static_cast<std::size_t>(digits) - number.size(), '0');
+  }
+  return before + number + after;
+}
+
+}  // namespace veloria

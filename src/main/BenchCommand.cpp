@@ -1,0 +1,223 @@
+#include <sys/resource.h>
+#include <time.h>
+
+#include <QCommandLineParser>
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "base/MediaClock.h"
+#include "main/AllocationCount.h"
+#include "main/Arguments.h"
+#include "main/Command.h"
+#include "main/Commands.h"
+#include "main/ConfigOptions.h"
+#include "main/GpuSetup.h"
+#include "main/OffscreenTarget.h"
+#include "main/VirtualDriver.h"
+#include "render/FramePlan.h"
+#include "render/NimbraRenderer.h"
+
+namespace veloria {
+
+namespace {
+
+constexpr long warmUpFrames = 60;
+constexpr double frameTime = 1.0 / 60;
+
+struct Samples {
+  std::vector<double> values;
+
+  void add(double value) {
+    if (values.size() < values.capacity()) values.push_back(value);
+  }
+  double median() {
+    if (values.empty()) return 0;
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+  }
+};
+
+struct Measurement {
+  std::string device;
+  gpu::Size drawable;
+  GridSize grid;
+  long frames = 0;
+  double gpuMs = 0;
+  double cpuMs = 0;
+  double fps = 0;
+  double allocationsPerFrame = 0;
+  double rssMiB = 0;
+  std::map<std::string, double> passes;
+};
+
+double threadCpuSeconds() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+double peakMemoryMiB() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss) / 1024;
+}
+
+/// Everything that draws, with a clock that moves one 60 Hz frame at a time.
+class Bench {
+ public:
+  Bench(gpu::Device& device, const gpu::Library& library, gpu::Size size, const NimbraConfig& config)
+      : device_(device),
+        driver_(config, {}),
+        stats_([this] { return now_; }),
+        renderer_(device, library, stats_, [this] { return now_; }),
+        target_(device, size) {}
+
+  NimbraRenderer& renderer() { return renderer_; }
+  RenderStats& stats() { return stats_; }
+
+  void frame() {
+    now_ += frameTime;
+    driver_.advanceTo(now_ - 1);
+    renderer_.config = driver_.driven();
+    renderer_.draw(target_);
+  }
+
+  void frames(long count) {
+    for (long i = 0; i < count; ++i) frame();
+  }
+
+  void finish() { device_.waitIdle(); }
+
+ private:
+  gpu::Device& device_;
+  double now_ = 1;
+  VirtualDriver driver_;
+  RenderStats stats_;
+  NimbraRenderer renderer_;
+  OffscreenTarget target_;
+};
+
+void measureFrames(Bench& bench, Measurement& result) {
+  std::mutex lock;
+  Samples gpu;
+  Samples cpu;
+  Samples wall;
+  for (Samples* samples : {&gpu, &cpu, &wall}) samples->values.reserve(static_cast<std::size_t>(result.frames));
+  bool counting = false;
+  bench.renderer().setFrameObserver([&](const gpu::Completion& completion) {
+    const std::lock_guard guard(lock);
+    if (counting) gpu.add((completion.gpuEnd - completion.gpuStart) * 1000);
+  });
+  bench.frames(warmUpFrames);
+  bench.finish();
+  {
+    const std::lock_guard guard(lock);
+    counting = true;
+  }
+  const std::uint64_t allocationsBefore = allocationsOnThisThread();
+  double stamp = mediaTime();
+  for (long i = 0; i < result.frames; ++i) {
+    const double cpuBefore = threadCpuSeconds();
+    bench.frame();
+    cpu.add((threadCpuSeconds() - cpuBefore) * 1000);
+    const double now = mediaTime();
+    wall.add(now - stamp);
+    stamp = now;
+  }
+  const std::uint64_t allocationsAfter = allocationsOnThisThread();
+  bench.finish();
+  bench.renderer().setFrameObserver(nullptr);
+  result.gpuMs = gpu.median();
+  result.cpuMs = cpu.median();
+  result.fps = wall.median() > 0 ? 1 / wall.median() : 0;
+  result.allocationsPerFrame =
+      static_cast<double>(allocationsAfter - allocationsBefore) / static_cast<double>(result.frames);
+}
+
+/// Times of single passes, from frames of their own: to measure them takes time itself.
+void measurePasses(Bench& bench, Measurement& result) {
+  std::mutex lock;
+  std::map<std::string, std::vector<double>> samples;
+  bench.renderer().setFrameObserver([&](const gpu::Completion& completion) {
+    const std::lock_guard guard(lock);
+    for (const gpu::PassTime& pass : completion.passes) samples[pass.name].push_back(pass.seconds * 1000);
+  });
+  bench.renderer().queue().setProfiling(true);
+  bench.frames(std::min(result.frames, 60L));
+  bench.finish();
+  bench.renderer().queue().setProfiling(false);
+  bench.renderer().setFrameObserver(nullptr);
+  for (auto& [name, values] : samples) result.passes[name] = Samples{values}.median();
+}
+
+void printJson(const Measurement& result) {
+  nlohmann::ordered_json json;
+  json["device"] = result.device;
+  json["drawable"] = {result.drawable.width, result.drawable.height};
+  json["grid"] = {result.grid.width, result.grid.height};
+  json["frames"] = result.frames;
+  json["gpuMs"] = result.gpuMs;
+  json["cpuMs"] = result.cpuMs;
+  json["fps"] = result.fps;
+  json["allocationsPerFrame"] = result.allocationsPerFrame;
+  json["rssMiB"] = result.rssMiB;
+  json["passes"] = nlohmann::ordered_json::object();
+  for (const auto& [name, ms] : result.passes) json["passes"][name] = ms;
+  std::printf("%s\n", json.dump(2).c_str());
+}
+
+void printTable(const Measurement& result) {
+  std::printf("device       %s\n", result.device.c_str());
+  std::printf("drawable     %ux%u, grid %lldx%lld, %ld frames\n", result.drawable.width, result.drawable.height,
+              static_cast<long long>(result.grid.width), static_cast<long long>(result.grid.height), result.frames);
+  std::printf("GPU          %.3f ms a frame\n", result.gpuMs);
+  std::printf("CPU          %.3f ms a frame on our side\n", result.cpuMs);
+  std::printf("rate         %.1f frames a second, unpaced\n", result.fps);
+  std::printf("allocations  %.2f a frame\n", result.allocationsPerFrame);
+  std::printf("memory       %.1f MiB at most\n", result.rssMiB);
+  for (const auto& [name, ms] : result.passes) std::printf("  %-20s %.3f ms\n", name.c_str(), ms);
+}
+
+}  // namespace
+
+int runBench(const QStringList& arguments) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription("Measures drawing without a display: medians over unpaced frames, after warm-up.");
+  parser.addOptions({
+      {"size", "Size of the picture in pixels (default 1920x32).", "WxH"},
+      {"frames", "Frames to measure, 10 to 100000 (default 300).", "count"},
+      {"json", "Print JSON."},
+  });
+  addConfigOptions(parser);
+  addGpuOption(parser);
+  if (!parseArguments(parser, "veloria bench", arguments, 0)) return done;
+
+  Measurement result;
+  result.drawable =
+      parser.isSet("size") ? parsePixelSize("--size", parser.value("size").toStdString()) : gpu::Size{1920, 32};
+  result.frames =
+      parser.isSet("frames") ? parseCount("--frames", parser.value("frames").toStdString(), 10, 100000) : 300;
+  const NimbraConfig config = configFrom(parser);
+  const Gpu gpu = gpuFrom(parser);
+  result.device = gpu.device->name();
+  Bench bench(*gpu.device, *gpu.library, result.drawable, config);
+  measureFrames(bench, result);
+  measurePasses(bench, result);
+  const RenderStats::Figures figures = bench.stats().figures();
+  result.grid = {figures.gridW, figures.gridH};
+  result.rssMiB = peakMemoryMiB();
+  if (parser.isSet("json")) {
+    printJson(result);
+  } else {
+    printTable(result);
+  }
+  return done;
+}
+
+}  // namespace veloria

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QStringList>
+
+namespace veloria {
+
+/// The commands. Each takes its own arguments, without its name, and returns the exit code. Errors are thrown; see
+/// runCommand().
+
+int runRender(const QStringList& arguments);       ///< draws frames without a display
+int runBench(const QStringList& arguments);        ///< measures
+int runCheck(const QStringList& arguments);        ///< checks a scene script
+int runDevices(const QStringList& arguments);      ///< lists the GPUs
+int runApplication(const QStringList& arguments);  ///< the band itself
+
+}  // namespace veloria

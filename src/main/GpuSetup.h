@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QCommandLineParser>
+#include <memory>
+#include <string>
+
+#include "app/ShaderLibrary.h"
+#include "gpu/Device.h"
+
+namespace veloria {
+
+/// Where this program's files are: the resource folder (../share/veloria from the executable), the executable's folder
+/// and the current one. Needs a QCoreApplication.
+ProgramPlaces programPlaces();
+
+/// Makes a device; `gpu` is a name, an index or empty for the best one. Throws RendererError::noDevice when there is
+/// none at all, gpu::DeviceError otherwise.
+std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu);
+
+/// A device and its shader library, for a command that draws without a display.
+struct Gpu {
+  std::unique_ptr<gpu::Device> device;
+  std::unique_ptr<gpu::Library> library;
+};
+void addGpuOption(QCommandLineParser& parser);
+Gpu gpuFrom(const QCommandLineParser& parser);
+
+}  // namespace veloria

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "gpu/Device.h"
+#include "gpu/Surface.h"
+#include "render/FrameTarget.h"
+
+namespace veloria {
+
+/// A frame target without a display: every frame goes into the same texture of 8 bits a channel.
+class OffscreenTarget final : public FrameTarget {
+ public:
+  OffscreenTarget(gpu::Device& device, gpu::Size size);
+
+  gpu::Size drawableSize() const override { return texture_->size(); }
+  gpu::PixelFormat colorPixelFormat() const override { return texture_->format(); }
+  gpu::Drawable* currentDrawable() override { return &drawable_; }
+
+  /// Waits for the frame and returns it: RGBA rows from the top, premultiplied. Good until the next call.
+  std::span<const std::uint8_t> pixels();
+
+ private:
+  std::shared_ptr<gpu::Texture> texture_;
+  gpu::OffscreenDrawable drawable_;
+  std::vector<std::uint8_t> pixels_;
+};
+
+}  // namespace veloria

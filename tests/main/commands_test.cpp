@@ -1,0 +1,232 @@
+// The program as a whole, run as a user runs it, without a display.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "Process.h"
+
+namespace veloria::tests {
+namespace {
+
+/// Runs the program with the validation layer on: what it says goes to standard error, which the tests look at.
+ProcessResult veloria(const std::vector<std::string>& arguments, const std::string& folder = {}) {
+  return runProcess(VELORIA_BINARY, arguments, folder, {"DISPLAY=", "WAYLAND_DISPLAY=", "VELORIA_VALIDATION=1"});
+}
+
+/// The same without the layer, which asks for memory itself.
+ProcessResult veloriaAlone(const std::vector<std::string>& arguments) {
+  return runProcess(VELORIA_BINARY, arguments, {}, {"DISPLAY=", "WAYLAND_DISPLAY="});
+}
+
+std::string bytesOf(const std::string& path) {
+  std::ostringstream bytes;
+  bytes << std::ifstream(path, std::ios::binary).rdbuf();
+  return bytes.str();
+}
+
+std::string rawFrames(std::vector<std::string> more) {
+  std::vector<std::string> arguments{"render", "--size", "320x16", "--seconds", "0.5", "--fps", "20", "--raw", "-"};
+  arguments.insert(arguments.end(), more.begin(), more.end());
+  const ProcessResult result = veloria(arguments);
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(result.output.size(), 10U * 320 * 16 * 4);
+  return result.output;
+}
+
+double meanDifference(const std::string& a, const std::string& b) {
+  double sum = 0;
+  for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
+    sum += std::abs(static_cast<int>(static_cast<unsigned char>(a[i])) - static_cast<unsigned char>(b[i]));
+  }
+  return sum / static_cast<double>(std::max<std::size_t>(a.size(), 1));
+}
+
+TEST(Render, sameInputSameBytesAndAnotherPresetAnotherPicture) {
+  const TemporaryFolder folder;
+  const auto render = [&](const char* preset, const char* name) {
+    const ProcessResult result =
+        veloria({"render", "--size", "480x24", "--seconds", "1", "--preset", preset, "--output", folder.file(name)});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(result.errors, "");
+    return bytesOf(folder.file(name));
+  };
+  const std::string first = render("Northern Lights", "a.png");
+  EXPECT_GT(first.size(), 1000U);
+  EXPECT_EQ(first, render("Northern Lights", "b.png"));
+  EXPECT_NE(first, render("Geomagnetic Storm", "c.png"));
+}
+
+TEST(Render, layersOfSettingsApplyInOrder) {
+  const TemporaryFolder folder;
+  const std::string plain = rawFrames({"--preset", "Flurry"});
+  // --set comes after --preset wherever it stands; --script after both.
+  EXPECT_GT(meanDifference(plain, rawFrames({"--set", "exposure=0.1", "--preset", "Flurry"})), 3);
+  const std::string script = folder.write("dark.scene", "set exposure 0\nset ambient 0\n");
+  const std::string dark = rawFrames({"--preset", "Flurry", "--set", "opaqueBackground=false", "--script", script});
+  EXPECT_EQ(std::count(dark.begin(), dark.end(), '\0'), static_cast<std::ptrdiff_t>(dark.size()));
+}
+
+TEST(Render, channelsDriveTheScript) {
+  const TemporaryFolder folder;
+  const std::string script = folder.write("bass.scene", "bind exposure = bass * 3\n");
+  const std::string timeline =
+      folder.write("channels.jsonl",
+                   "{\"t\": 0, \"name\": \"bass\", \"value\": 0}\n\n{\"value\": 1, \"name\": \"bass\", \"t\": 0.25}\n");
+  const std::string quiet = rawFrames({"--script", script});
+  const std::string loud = rawFrames({"--script", script, "--channel", "bass=1"});
+  const std::string later = rawFrames({"--script", script, "--channels", timeline});
+  const std::size_t frame = quiet.size() / 10;
+  EXPECT_GT(meanDifference(quiet, loud), 5);
+  EXPECT_EQ(later.substr(0, frame), quiet.substr(0, frame));
+  EXPECT_GT(meanDifference(later.substr(9 * frame), quiet.substr(9 * frame)), 5);
+}
+
+TEST(Render, numberedFramesAndBackground) {
+  const TemporaryFolder folder;
+  const ProcessResult result =
+      veloria({"render", "--size", "64x16", "--seconds", "0.1", "--fps", "30", "--background", "#ff0000", "--set",
+               "opaqueBackground=false", "--set", "exposure=0", "--set", "ambientLevel=0", "--output", "f-%03d.png"},
+              folder.path());
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  for (const char* name : {"f-000.png", "f-001.png", "f-002.png"}) {
+    EXPECT_TRUE(std::filesystem::exists(folder.file(name))) << name;
+  }
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 3);
+}
+
+TEST(Bench, reportsTheGridsThatTheSizesGive) {
+  const std::pair<const char*, nlohmann::json> cases[] = {
+      {"3456x74", {1140, 74}}, {"1000x800", {210, 168}}, {"1920x1080", {403, 227}}, {"1920x32", {634, 32}}};
+  for (const auto& [size, grid] : cases) {
+    const ProcessResult result = veloriaAlone({"bench", "--size", size, "--frames", "10", "--json"});
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    const auto json = nlohmann::json::parse(result.output);
+    EXPECT_EQ(json["grid"], grid) << size;
+    EXPECT_EQ(json["frames"], 10);
+    EXPECT_GT(json["gpuMs"], 0);
+    for (const char* pass : {"k_advect_velocity", "k_curl", "k_forces", "k_divergence", "k_jacobi", "k_project",
+                             "k_advect_dye", "f_nimbra", "f_down", "f_blur", "f_final"}) {
+      EXPECT_TRUE(json["passes"].contains(pass)) << pass;
+    }
+#if !defined(__SANITIZE_ADDRESS__)
+    EXPECT_EQ(json["allocationsPerFrame"], 0);
+#endif
+  }
+}
+
+TEST(Check, saysWhatIsWrongOrWhatTheValuesAre) {
+  const TemporaryFolder folder;
+  const ProcessResult wrong = veloria({"check", folder.write("wrong.scene", "# fine\nset glow 1\nbind glw = 2\n")});
+  EXPECT_EQ(wrong.exitCode, 1);
+  EXPECT_EQ(wrong.errors, "Line 3: unknown parameter 'glw'\n");
+
+  const std::string script =
+      folder.write("right.scene", "palette #ff0000 #00ff00\nset wind nan\nset glow 1e9\nbind hue = bass + 1.5\n");
+  EXPECT_EQ(veloria({"check", script}).output, "");
+  const ProcessResult right = veloria({"check", script, "--json", "--channel", "bass=0.25"});
+  ASSERT_EQ(right.exitCode, 0) << right.errors;
+  const auto json = nlohmann::json::parse(right.output);
+  EXPECT_EQ(json["values"].size(), 28U);
+  EXPECT_EQ(json["values"]["wind"], -6);
+  EXPECT_EQ(json["values"]["glow"], 4);
+  EXPECT_EQ(json["values"]["hue"], 0.75);
+  EXPECT_EQ(json["values"]["exposure"], 1.25);
+  EXPECT_EQ(json["wallpaper"], false);
+  EXPECT_EQ(json["palette"], nlohmann::json({{1, 0, 0}, {0, 1, 0}, {0, 1, 0}, {0, 1, 0}}));
+}
+
+TEST(Commands, badInputGivesOneLineAndLeavesNothingBehind) {
+  const TemporaryFolder folder;
+  const std::string noScript = folder.write("bad.scene", "set exposure high\n");
+  const std::string noJson = folder.write("bad.json", "{");
+  const std::string noPicture = folder.write("bad.png", "this is no picture");
+  const std::string noChannels = folder.write("bad.jsonl", "{\"t\": 0, \"name\": 5}\n");
+  const std::string huge = folder.write("huge.json", std::string(50'000'000, '['));
+  const std::string out = folder.file("out.png");
+  const std::string nowhere = folder.file("no/such/folder/out.png");
+  const struct {
+    int exitCode;
+    std::vector<std::string> arguments;
+    std::string mentions;
+  } cases[] = {
+      {2, {"dance"}, "dance"},
+      {2, {"render"}, "--output"},
+      {2, {"render", "--output", out, "--raw", "-"}, "--output"},
+      {2, {"render", "--raw", "x"}, "--raw -"},
+      {2, {"render", "--output", out, "--size", "0x0"}, "--size"},
+      {2, {"render", "--output", out, "--size"}, "size"},
+      {2, {"render", "--output", out, "--sise", "1x1"}, "sise"},
+      {2, {"render", "--output", out, "--fps", "1000"}, "--fps"},
+      {2, {"render", "--output", out, "--seconds", "-1"}, "--seconds"},
+      {2, {"render", "--output", out, "--preset", "northern lights"}, "Northern Lights"},
+      {2, {"render", "--output", out, "--set", "exposur=1"}, "exposure"},
+      {2, {"render", "--output", out, "--set", "exposure=\"x\""}, "exposure"},
+      {2, {"render", "--output", out, "--set", "layerMode=\"top\""}, "desktopStrip"},
+      {2, {"render", "--output", out, "--channel", "bass"}, "--channel"},
+      {2, {"render", "--output", out, "--pointer", "1"}, "--pointer"},
+      {2, {"render", "--output", out, "--notch", "big"}, "--notch"},
+      {2, {"render", "--output", "a%d%d.png"}, "--output"},
+      {2, {"render", "--output", out, "extra"}, "extra"},
+      {1, {"render", "--output", out, "--script", noScript}, "Line 1"},
+      {1, {"render", "--output", out, "--config", noJson}, "bad.json"},
+      {1, {"render", "--output", out, "--config", huge}, "huge.json"},
+      {1, {"render", "--output", out, "--config", folder.path()}, folder.path()},
+      {1, {"render", "--output", out, "--background", noPicture}, "bad.png"},
+      {1, {"render", "--output", out, "--mask", folder.file("absent.png")}, "absent.png"},
+      {1, {"render", "--output", out, "--channels", noChannels}, "line 1"},
+      {1, {"render", "--output", out, "--gpu", "no such gpu"}, "no such gpu"},
+      {1, {"render", "--size", "16x16", "--seconds", "0", "--output", nowhere}, "no/such"},
+      {2, {"bench", "--frames", "1"}, "--frames"},
+      {2, {"check"}, "check"},
+      {2, {"check", noScript, noScript}, "too many"},
+      {1, {"check", folder.file("absent.scene")}, "absent.scene"},
+      {1, {"check", huge}, "huge.json"},
+      {1, {}, "DISPLAY"},
+  };
+  for (const auto& c : cases) {
+    std::string line;
+    for (const auto& argument : c.arguments) line += argument + " ";
+    const ProcessResult result = veloria(c.arguments, folder.path());
+    EXPECT_EQ(result.exitCode, c.exitCode) << line << "\n" << result.errors;
+    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << line << "\n" << result.errors;
+    EXPECT_NE(result.errors.find(c.mentions), std::string::npos) << line << "\n" << result.errors;
+    EXPECT_EQ(result.output, "") << line;
+  }
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 5);
+}
+
+TEST(Commands, helpTellsEveryOption) {
+  const std::pair<std::vector<std::string>, std::vector<std::string>> cases[] = {
+      {{"--help"}, {"render", "bench", "check", "devices", "NIMBRA_LAYER", "Exit codes"}},
+      {{"render", "--help"},
+       {"--size", "--scale", "--bar-height", "--notch", "--seconds", "--fps", "--background", "--mask", "--gpu",
+        "--config", "--preset", "--set", "--script", "--channel", "--channels", "--pointer", "--output", "--raw",
+        "Usage: veloria render"}},
+      {{"bench", "--help"}, {"--frames", "--json"}},
+      {{"check", "-h"}, {"--channel", "FILE"}},
+      {{"devices", "--help"}, {"Usage: veloria devices"}},
+      {{"--version"}, {"veloria 0."}},
+  };
+  for (const auto& [arguments, words] : cases) {
+    const ProcessResult result = veloria(arguments);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.errors, "");
+    for (const auto& word : words) EXPECT_NE(result.output.find(word), std::string::npos) << word;
+  }
+}
+
+TEST(Devices, listsAtLeastOne) {
+  const ProcessResult result = veloria({"devices"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.output.substr(0, 1), "0");
+}
+
+}  // namespace
+}  // namespace veloria::tests
