@@ -1,0 +1,75 @@
+#include "render/FramePlan.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace veloria {
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double inf = std::numeric_limits<double>::infinity();
+
+struct GridCase {
+  gpu::Size drawable;
+  double quality;
+  double stretch;
+  GridSize expected;
+};
+
+TEST(FramePlan, gridFollowsShapeQualityAndCaps) {
+  const GridCase cases[] = {
+      {{1920, 32}, 1, 4, {634, 32}},                                        // strip: rows stop at the drawable's own
+      {{3456, 74}, 1, 4, {1140, 74}},                                       // 4 x 74/3456 x 1140 = 97.6, held to 74
+      {{3000, 60}, 1, 1, {990, 24}},                                        // 0.02 x 990 = 19.8, raised to 24
+      {{3000, 60}, 1, 2, {990, 40}},                                        // 39.6
+      {{1000, 800}, 1, 4, {210, 168}},                                      // tall: the stretch does not count
+      {{1920, 1080}, 1, 4, {403, 227}},    {{1000, 199}, 1, 1, {330, 66}},  // just a strip
+      {{1000, 200}, 1, 1, {210, 42}},                                       // just tall
+      {{200, 10}, 1, 4, {128, 24}},                                         // narrow: at least 128 x 24
+      {{16384, 3000}, 4, 16, {2048, 384}},                                  // caps of a strip
+      {{4000, 4000}, 9, 1, {2048, 1152}},                                   // caps of a tall surface
+      {{1, 50}, 1, 1, {128, 50}},                                           // one column: the height is the aspect
+      {{1920, 32}, nan, nan, {128, 24}},   {{1920, 32}, inf, inf, {2048, 32}}, {{1920, 32}, -1, -1, {128, 24}},
+  };
+  for (const auto& c : cases) {
+    const GridSize grid = gridSizeFor(c.drawable, c.quality, c.stretch);
+    EXPECT_EQ(grid, c.expected) << c.drawable.width << "x" << c.drawable.height << " quality " << c.quality << " gave "
+                                << grid.width << "x" << grid.height;
+  }
+}
+
+TEST(FramePlan, sceneIsSmallerOnTallSurfacesOnly) {
+  EXPECT_EQ(sceneScaleFor({3456, 74}, 0.1), 1.0);
+  EXPECT_EQ(sceneScaleFor({1000, 800}, 1), 0.55);
+  EXPECT_EQ(sceneScaleFor({1000, 800}, 0.1), 0.3);
+  EXPECT_EQ(sceneScaleFor({1000, 800}, 5), 1.0);
+  EXPECT_EQ(sceneScaleFor({1000, 800}, nan), 0.3);
+  EXPECT_EQ(sceneSizeFor({1001, 3}, 0.3), (gpu::Size{300, 1}));
+  EXPECT_EQ(glowSizeFor({1920, 32}), (gpu::Size{480, 8}));
+  EXPECT_EQ(glowSizeFor({3, 3}), (gpu::Size{1, 1}));
+}
+
+TEST(FramePlan, frameTimeIsHeldBetweenBounds) {
+  EXPECT_DOUBLE_EQ(frameSeconds(500, 0), 1.0 / 60);
+  EXPECT_DOUBLE_EQ(frameSeconds(10.02, 10), 10.02 - 10);
+  EXPECT_DOUBLE_EQ(frameSeconds(17, 10), 0.05);
+  EXPECT_DOUBLE_EQ(frameSeconds(10.0001, 10), 1.0 / 240);
+  EXPECT_DOUBLE_EQ(frameSeconds(9, 10), 1.0 / 240);
+}
+
+TEST(FramePlan, absurdCountsAreCapped) {
+  EXPECT_EQ(pressureIterationsFor(0), 1);
+  EXPECT_EQ(pressureIterationsFor(-5), 1);
+  EXPECT_EQ(pressureIterationsFor(24), 24);
+  EXPECT_EQ(pressureIterationsFor(9'000'000'000'000'000'000), 200);
+  EXPECT_EQ(octavesFor(1'000'000'000), 8);
+  EXPECT_EQ(frameRateFor(0), 60);
+  EXPECT_EQ(frameRateFor(-3), 60);
+  EXPECT_EQ(frameRateFor(1), 1);
+  EXPECT_EQ(frameRateFor(100000), 240);
+}
+
+}  // namespace
+}  // namespace veloria
