@@ -58,7 +58,8 @@ class NimbraRenderer {
   std::int64_t missedFrames() const { return missedFrames_; }
   gpu::CommandQueue& queue() { return *queue_; }
 
-  /// An extra action on every frame's completion (GPU thread); for measurements. Set it before the first frame.
+  /// An extra action on every frame's completion (GPU thread); for measurements. Set it only while nothing is in
+  /// flight.
   void setFrameObserver(gpu::CompletedHandler observer) { frameObserver_ = std::move(observer); }
 
  private:
