@@ -33,17 +33,24 @@ std::shared_ptr<Texture> Device::makeTexture(const TextureDescriptor& descriptor
   return doMakeTexture(descriptor);
 }
 
-std::unique_ptr<ComputePipeline> Device::makeComputePipeline(const Library& library, const std::string& function) {
+std::shared_ptr<ComputePipeline> Device::makeComputePipeline(const Library& library, const std::string& function) {
   requireFunction(library, function);
-  return doMakeComputePipeline(library, function);
+  auto& entry = library.computePipelines_[function];
+  auto pipeline = entry.lock();
+  if (pipeline == nullptr) entry = pipeline = doMakeComputePipeline(library, function);
+  return pipeline;
 }
 
-std::unique_ptr<RenderPipeline> Device::makeRenderPipeline(const Library& library,
+std::shared_ptr<RenderPipeline> Device::makeRenderPipeline(const Library& library,
                                                            const RenderPipelineDescriptor& descriptor) {
   require(descriptor.format != PixelFormat::invalid, "Device::makeRenderPipeline: the format is invalid");
   requireFunction(library, descriptor.vertexFunction);
   requireFunction(library, descriptor.fragmentFunction);
-  return doMakeRenderPipeline(library, descriptor);
+  auto& entry = library.renderPipelines_[{descriptor.vertexFunction, descriptor.fragmentFunction, descriptor.format,
+                                          descriptor.variant}];
+  auto pipeline = entry.lock();
+  if (pipeline == nullptr) entry = pipeline = doMakeRenderPipeline(library, descriptor);
+  return pipeline;
 }
 
 }  // namespace veloria::gpu

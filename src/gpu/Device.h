@@ -51,9 +51,11 @@ class Device {
   std::unique_ptr<CommandQueue> makeCommandQueue();
   /// Throws DeviceError when the memory can't be had. The content starts undefined.
   std::shared_ptr<Texture> makeTexture(const TextureDescriptor& descriptor);
-  /// The functions must be in the library. Throws DeviceError when the driver refuses them.
-  std::unique_ptr<ComputePipeline> makeComputePipeline(const Library& library, const std::string& function);
-  std::unique_ptr<RenderPipeline> makeRenderPipeline(const Library& library,
+  /// The functions must be in the library. Throws DeviceError when the driver refuses them. Asked again for the same
+  /// (whatever the label) while the first is in use, they give that one: a driver compiles for long and may keep what it
+  /// compiled for ever.
+  std::shared_ptr<ComputePipeline> makeComputePipeline(const Library& library, const std::string& function);
+  std::shared_ptr<RenderPipeline> makeRenderPipeline(const Library& library,
                                                      const RenderPipelineDescriptor& descriptor);
 
  protected:

@@ -1,11 +1,17 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <string>
+#include <tuple>
 
 #include "gpu/Types.h"
 
 namespace veloria::gpu {
+
+class ComputePipeline;
+class RenderPipeline;
 
 /// A compiled shader library: named functions (`k_` compute, `v_` vertex, `f_` fragment).
 class Library {
@@ -18,6 +24,13 @@ class Library {
 
  protected:
   Library() = default;
+
+ private:
+  friend class Device;
+  // What is in use now, for whoever asks for the same again.
+  mutable std::map<std::string, std::weak_ptr<ComputePipeline>> computePipelines_;
+  mutable std::map<std::tuple<std::string, std::string, PixelFormat, std::uint32_t>, std::weak_ptr<RenderPipeline>>
+      renderPipelines_;
 };
 
 /// A compute function made ready for the device.

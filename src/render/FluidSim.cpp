@@ -12,7 +12,7 @@ namespace veloria {
 
 namespace {
 
-std::unique_ptr<gpu::ComputePipeline> kernel(gpu::Device& device, const gpu::Library& library, const char* name) {
+std::shared_ptr<gpu::ComputePipeline> kernel(gpu::Device& device, const gpu::Library& library, const char* name) {
   if (!library.contains(name)) throw RendererError::missingFunction(name);
   return device.makeComputePipeline(library, name);
 }

@@ -57,14 +57,14 @@ class FluidSim {
   std::size_t pIdx_ = 0;
   std::size_t dyeIdx_ = 0;
 
-  std::unique_ptr<gpu::ComputePipeline> advectVelocity_;
-  std::unique_ptr<gpu::ComputePipeline> curlPipeline_;
-  std::unique_ptr<gpu::ComputePipeline> forces_;
-  std::unique_ptr<gpu::ComputePipeline> divergencePipeline_;
-  std::unique_ptr<gpu::ComputePipeline> jacobi_;
-  std::unique_ptr<gpu::ComputePipeline> project_;
-  std::unique_ptr<gpu::ComputePipeline> advectDye_;
-  std::unique_ptr<gpu::ComputePipeline> clear_;
+  std::shared_ptr<gpu::ComputePipeline> advectVelocity_;
+  std::shared_ptr<gpu::ComputePipeline> curlPipeline_;
+  std::shared_ptr<gpu::ComputePipeline> forces_;
+  std::shared_ptr<gpu::ComputePipeline> divergencePipeline_;
+  std::shared_ptr<gpu::ComputePipeline> jacobi_;
+  std::shared_ptr<gpu::ComputePipeline> project_;
+  std::shared_ptr<gpu::ComputePipeline> advectDye_;
+  std::shared_ptr<gpu::ComputePipeline> clear_;
 };
 
 }  // namespace veloria

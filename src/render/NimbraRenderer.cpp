@@ -55,7 +55,7 @@ NimbraRenderer::~NimbraRenderer() {
   device_.waitIdle();
 }
 
-std::unique_ptr<gpu::RenderPipeline> NimbraRenderer::pipeline(const char* fragment, gpu::PixelFormat format,
+std::shared_ptr<gpu::RenderPipeline> NimbraRenderer::pipeline(const char* fragment, gpu::PixelFormat format,
                                                               std::uint32_t variant) {
   for (const char* name : {vertexFunction, fragment}) {
     if (!library_.contains(name)) throw RendererError::missingFunction(name);

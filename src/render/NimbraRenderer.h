@@ -63,7 +63,7 @@ class NimbraRenderer {
   void setFrameObserver(gpu::CompletedHandler observer) { frameObserver_ = std::move(observer); }
 
  private:
-  std::unique_ptr<gpu::RenderPipeline> pipeline(const char* fragment, gpu::PixelFormat format,
+  std::shared_ptr<gpu::RenderPipeline> pipeline(const char* fragment, gpu::PixelFormat format,
                                                 std::uint32_t variant = 0);
   bool ensureFinalPipeline(gpu::PixelFormat format, std::uint32_t extras);
   std::shared_ptr<gpu::Texture> makeTarget(gpu::Size size, const char* label);
@@ -83,10 +83,10 @@ class NimbraRenderer {
   MediaClock clock_;
   std::unique_ptr<gpu::CommandQueue> queue_;
   FluidSim sim_;
-  std::unique_ptr<gpu::RenderPipeline> nimbraPipeline_;
-  std::unique_ptr<gpu::RenderPipeline> downPipeline_;
-  std::unique_ptr<gpu::RenderPipeline> blurPipeline_;
-  std::unique_ptr<gpu::RenderPipeline> finalPipeline_;
+  std::shared_ptr<gpu::RenderPipeline> nimbraPipeline_;
+  std::shared_ptr<gpu::RenderPipeline> downPipeline_;
+  std::shared_ptr<gpu::RenderPipeline> blurPipeline_;
+  std::shared_ptr<gpu::RenderPipeline> finalPipeline_;
   gpu::PixelFormat finalPipelineFormat_ = gpu::PixelFormat::invalid;
   std::uint32_t finalPipelineExtras_ = 0;
 

@@ -172,6 +172,7 @@ TEST_F(EndToEnd, bandsFollowTheMonitorsAndMemoryStaysFlat) {
   EXPECT_LT(residentMiB(), early * 1.05 + 8) << "MiB after " << rounds << " rounds, from " << early;
   ASSERT_TRUE(waitForLight({0, 0, 960, barHeight}));
   ASSERT_TRUE(waitForLight({960, 0, 960, barHeight}));
+  RecordProperty("earlyMiB", std::to_string(early));
   RecordProperty("residentMiB", std::to_string(residentMiB()));
 }
 

@@ -28,11 +28,11 @@ class GpuTest : public ::testing::Test {
     return device_->makeTexture({format, size, usage, StorageMode::gpuPrivate, "test"});
   }
 
-  std::unique_ptr<ComputePipeline> computePipeline(const std::string& function) {
+  std::shared_ptr<ComputePipeline> computePipeline(const std::string& function) {
     return device_->makeComputePipeline(*library_, function);
   }
 
-  std::unique_ptr<RenderPipeline> renderPipeline(const std::string& fragment, PixelFormat format) {
+  std::shared_ptr<RenderPipeline> renderPipeline(const std::string& fragment, PixelFormat format) {
     return device_->makeRenderPipeline(*library_, {"v_cover", fragment, format, fragment});
   }
 

@@ -12,8 +12,8 @@ struct Bench {
   CommandQueue& queue;
   std::shared_ptr<Texture> texture;  // 4 x 4 rgba16Float, read and written
   std::shared_ptr<Texture> target;   // 4 x 4 rgba16Float, drawn into only
-  std::unique_ptr<ComputePipeline> compute;
-  std::unique_ptr<RenderPipeline> render;
+  std::shared_ptr<ComputePipeline> compute;
+  std::shared_ptr<RenderPipeline> render;
   CommandBuffer* buffer = nullptr;
 
   ComputeEncoder& computeEncoder() { return *buffer->computeEncoder("encoder"); }

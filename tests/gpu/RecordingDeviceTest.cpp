@@ -23,6 +23,22 @@ std::vector<std::byte> numbers(std::initializer_list<float> values) {
   return {bytes.begin(), bytes.end()};
 }
 
+TEST_F(RecordingTest, APipelineInUseIsSharedByAllWhoAskForTheSame) {
+  auto add = computePipeline("k_add");
+  auto copy = renderPipeline("f_copy", PixelFormat::bgra8Unorm);
+  EXPECT_EQ(computePipeline("k_add"), add);
+  EXPECT_EQ(renderPipeline("f_copy", PixelFormat::bgra8Unorm), copy);
+  EXPECT_NE(renderPipeline("f_copy", PixelFormat::rgba16Float), copy);
+  EXPECT_NE(device_->makeRenderPipeline(*library_, {"v_cover", "f_copy", PixelFormat::bgra8Unorm, "", 1}), copy);
+  recorder_->log().clear();
+  add.reset();
+  copy.reset();
+  computePipeline("k_add");
+  renderPipeline("f_copy", PixelFormat::bgra8Unorm);
+  EXPECT_EQ(recorder_->log().count(CallKind::makeComputePipeline), 1U);
+  EXPECT_EQ(recorder_->log().count(CallKind::makeRenderPipeline), 1U);
+}
+
 TEST_F(RecordingTest, CallsAreWrittenDownAsTheyWere) {
   const auto add = computePipeline("k_add");
   const auto copy = renderPipeline("f_copy", PixelFormat::bgra8Unorm);

@@ -174,7 +174,7 @@ class SurfaceTest : public GpuTest {
   std::unique_ptr<xcb_connection_t, Disconnect> connection_;
   std::unique_ptr<TestWindow> window_;
   std::unique_ptr<Surface> surface_;
-  std::unique_ptr<RenderPipeline> pipeline_;
+  std::shared_ptr<RenderPipeline> pipeline_;
   int nativeSurfaces_ = 0;
   std::uint8_t depth_ = 24;
 };

@@ -52,7 +52,7 @@ class GpuFixture : public testing::Test {
   std::unique_ptr<gpu::CommandQueue> queue_;
 
  private:
-  std::map<std::string, std::unique_ptr<gpu::ComputePipeline>> pipelines_;
+  std::map<std::string, std::shared_ptr<gpu::ComputePipeline>> pipelines_;
 };
 
 /// IEEE 754 binary16, rounded to nearest, ties to even.
