@@ -14,4 +14,7 @@ double mediaTime();
 /// computer. Any thread.
 double continuousTime();
 
+/// Seconds since 1970, as the system's clock has it. Any thread.
+double wallTime();
+
 }  // namespace veloria
