@@ -1,0 +1,82 @@
+#include "cli/ChildProgram.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+#include "base/MediaClock.h"
+
+namespace veloria::cli {
+
+namespace {
+
+std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (const auto& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+/// In the child: system calls only.
+[[noreturn]] void become(char* const* commandLine, const SignalInbox& inbox, int reportTo) {
+  inbox.restore();
+  ::execvp(commandLine[0], commandLine);
+  const int error = errno;
+  [[maybe_unused]] const auto written = ::write(reportTo, &error, sizeof(error));
+  ::_exit(1);
+}
+
+/// The error that the child reports, 0 when the pipe closes because it has become the program.
+int errorFrom(int descriptor) {
+  int error = 0;
+  ssize_t count = 0;
+  do {
+    count = ::read(descriptor, &error, sizeof(error));
+  } while (count < 0 && errno == EINTR);
+  return count == sizeof(error) ? error : 0;
+}
+
+}  // namespace
+
+ChildProgram::ChildProgram(const std::vector<std::string>& commandLine, const SignalInbox& inbox) {
+  const auto pointers = pointersTo(commandLine);
+  std::array<int, 2> report{};
+  if (::pipe2(report.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category());
+  pid_ = ::fork();
+  if (pid_ == 0) become(pointers.data(), inbox, report[1]);
+  int error = pid_ < 0 ? errno : 0;
+  ::close(report[1]);
+  if (error == 0) error = errorFrom(report[0]);
+  ::close(report[0]);
+  if (error == 0) return;
+  if (pid_ > 0) ::waitpid(pid_, nullptr, 0);
+  throw std::system_error(error, std::generic_category());
+}
+
+std::optional<CommandEnd> ChildProgram::news() const {
+  int status = 0;
+  if (::waitpid(pid_, &status, WNOHANG | WUNTRACED) != pid_) return std::nullopt;
+  return commandEnd(status);
+}
+
+CommandEnd ChildProgram::wait(SignalInbox& inbox, double interval, const std::function<void()>& renew) const {
+  double due = mediaTime() + interval;
+  for (;;) {
+    const auto change = news();
+    if (change && change->kind != CommandEnd::Kind::stopped) return *change;
+    if (change && change->stoppedByTerminal()) inbox.stop(change->number);
+    const auto signal = inbox.next(due - mediaTime());
+    if (signal && isForwarded(*signal, pid_)) ::kill(pid_, signal->number);
+    const bool wentOn = signal && signal->number == SIGCONT;
+    if (!wentOn && mediaTime() < due) continue;
+    renew();
+    due = mediaTime() + interval;
+  }
+}
+
+}  // namespace veloria::cli

@@ -1,0 +1,149 @@
+#include "cli/StateChanges.h"
+
+#include <algorithm>
+#include <set>
+#include <string_view>
+
+#include "cli/Operands.h"
+#include "scene/AgentSessions.h"
+
+namespace veloria::cli {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr const char* alertUntil = "alert_until";
+constexpr const char* alertFor = "alert_for";
+constexpr const char* alertPalette = "alert_palette";
+constexpr const char* palette = "palette";
+
+bool saysNothing(const AgentSession& session) {
+  return std::ranges::all_of(session.values, [](const auto& value) { return value.second == 0; });
+}
+
+std::set<std::string, std::less<>> namesIn(const AgentSessions& sessions) {
+  std::set<std::string, std::less<>> names;
+  for (const auto& [_, session] : sessions) {
+    for (const auto& [name, value] : session.values) names.insert(name);
+  }
+  return names;
+}
+
+AgentSessions liveSessions(const json& state, double now) {
+  AgentSessions sessions = agentSessions(state);
+  std::erase_if(sessions, [&](const auto& entry) { return entry.second.expires.value_or(now + 1) <= now; });
+  return sessions;
+}
+
+/// Changes the sessions, and the top level with them.
+template <typename Change>
+void changeSessions(json& state, double now, const Change& change) {
+  auto names = namesIn(agentSessions(state));
+  AgentSessions sessions = liveSessions(state, now);
+  change(sessions);
+  names.merge(namesIn(sessions));
+  const auto merged = mergedSessions(sessions, now);
+  for (const auto& name : names) {
+    const auto found = merged.find(name);
+    if (!reservedMeaning(name)) state[name] = found == merged.end() ? 0 : found->second;
+  }
+  std::erase_if(sessions, [](const auto& entry) { return saysNothing(entry.second); });
+  state.erase(sessionsKey);
+  if (!sessions.empty()) state[sessionsKey] = toJson(sessions);
+}
+
+AgentSession& openSession(AgentSessions& sessions, const SessionChoice& choice, double now) {
+  AgentSession& session = sessions[choice.name];
+  session.expires.reset();
+  if (choice.ttl) session.expires = now + *choice.ttl;
+  return session;
+}
+
+void startAlert(json& state, double now) {
+  state[alertUntil] = now + alertSeconds;
+  state[alertFor] = alertSeconds;
+  state[alertPalette] = {"#ff2a2a", "#ff5a1f", "#ff2a2a", "#b00020"};
+}
+
+bool isChannelValue(const json& value) {
+  return value.is_number() || value.is_boolean();
+}
+
+void endAlertUnlessFailed(json& state) {
+  const auto failure = state.find("err");
+  if (failure != state.end() && failure->is_number() && failure->get<double>() > 0) return;
+  const auto alert = state.find(alertUntil);
+  if (alert != state.end()) *alert = 0;
+}
+
+void setActivity(AgentSession& session, Activity activity) {
+  session.values["busy"] = activity == Activity::busy ? 1 : 0;
+  session.values["ok"] = activity == Activity::ok ? 1 : 0;
+  session.values["err"] = activity == Activity::fail ? 1 : 0;
+}
+
+void flashFor(json& state, Activity activity, double now) {
+  if (activity == Activity::fail) {
+    startAlert(state, now);
+  } else {
+    endAlertUnlessFailed(state);
+  }
+}
+
+}  // namespace
+
+bool isOutcomeChannel(std::string_view name) {
+  return name == "busy" || name == "ok" || name == "err";
+}
+
+void reportActivity(json& state, Activity activity, const SessionChoice& session, double now) {
+  changeSessions(state, now,
+                 [&](AgentSessions& sessions) { setActivity(openSession(sessions, session, now), activity); });
+  flashFor(state, activity, now);
+}
+
+void setChannel(json& state, const std::string& name, double value, const std::optional<SessionChoice>& session,
+                double now) {
+  const bool shared = session || isOutcomeChannel(name) || namesIn(liveSessions(state, now)).contains(name);
+  changeSessions(state, now, [&](AgentSessions& sessions) {
+    if (shared) openSession(sessions, session.value_or(SessionChoice()), now).values[name] = value;
+  });
+  if (!shared) state[name] = value;
+}
+
+void unsetChannel(json& state, const std::string& name, double now) {
+  changeSessions(state, now, [&](AgentSessions& sessions) {
+    for (auto& [_, session] : sessions) session.values.erase(name);
+  });
+  state[name] = 0;
+}
+
+void setPalette(json& state, const std::vector<std::string>& colours, double now) {
+  changeSessions(state, now, [](const AgentSessions&) {});
+  state[palette] = colours;
+}
+
+void clearPalette(json& state, double now) {
+  changeSessions(state, now, [](const AgentSessions&) {});
+  state.erase(palette);
+}
+
+void clearState(json& state, double now) {
+  changeSessions(state, now, [](AgentSessions& sessions) { sessions.clear(); });
+  for (const char* member : {palette, alertFor, alertPalette}) state.erase(member);
+  for (auto& member : state) {
+    if (isChannelValue(member)) member = 0;
+  }
+  state[alertUntil] = 0;
+}
+
+void finishRun(json& state, const std::string& running, Activity outcome, const std::string& session, double now) {
+  changeSessions(state, now, [&](AgentSessions& sessions) {
+    if (running != session) sessions.erase(running);
+    setActivity(openSession(sessions, {session, std::nullopt}, now), outcome);
+  });
+  flashFor(state, outcome, now);
+}
+
+}  // namespace veloria::cli

@@ -1,0 +1,86 @@
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/CommandDescription.h"
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/ExitCode.h"
+#include "cli/Operands.h"
+#include "cli/UsageError.h"
+
+namespace {
+
+using namespace veloria;
+using namespace veloria::cli;
+
+struct CommandEntry {
+  std::string_view name;
+  int (*run)(const CommandLine&, const Environment&);
+};
+
+constexpr std::array<CommandEntry, 13> entries{{
+    {"busy", runBusy},
+    {"idle", runIdle},
+    {"ok", runOk},
+    {"fail", runFail},
+    {"set", runSet},
+    {"unset", runUnset},
+    {"palette", runPalette},
+    {"clear", runClear},
+    {"status", runStatus},
+    {"run", runProgram},
+    {"preset", runPreset},
+    {"pause", runPause},
+    {"resume", runResume},
+}};
+
+int print(const std::string& text) {
+  const bool whole = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+  return whole ? done : failed;
+}
+
+UsageError unknownCommand(const std::string& name) {
+  std::string text = "'" + printable(name) + "' is no command; there are";
+  for (const auto& entry : entries) text += " " + std::string(entry.name);
+  return UsageError(text + ".");
+}
+
+int runCommand(const std::string& name, const std::vector<std::string>& arguments) {
+  const CommandDescription* command = findCommand(name);
+  const auto entry = std::ranges::find(entries, name, &CommandEntry::name);
+  if (command == nullptr || entry == entries.end()) throw unknownCommand(name);
+  const CommandLine line = parseCommandLine(*command, arguments);
+  return line.help ? print(helpFor(*command)) : entry->run(line, processEnvironment());
+}
+
+int run(const std::vector<std::string>& arguments) {
+  if (arguments.empty()) throw UsageError("which command? See 'nimbra --help'.");
+  const std::string& first = arguments.front();
+  if (first == "--help" || first == "-h" || first == "help") return print(generalHelp());
+  if (first == "--version") return print("nimbra " VELORIA_VERSION "\n");
+  return runCommand(first, {arguments.begin() + 1, arguments.end()});
+}
+
+int complain(const std::vector<std::string>& arguments, const char* text, ExitCode code) {
+  const bool known = !arguments.empty() && findCommand(arguments.front()) != nullptr;
+  std::fprintf(stderr, "nimbra%s: %s\n", known ? (" " + arguments.front()).c_str() : "", text);
+  return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+  try {
+    return run(arguments);
+  } catch (const UsageError& error) {
+    return complain(arguments, error.what(), wrongUsage);
+  } catch (const std::exception& error) {
+    return complain(arguments, error.what(), failed);
+  }
+}
