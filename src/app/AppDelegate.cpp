@@ -21,6 +21,32 @@ std::string noDeviceText() {
          " device, so Veloria cannot run.";
 }
 
+ScreenStatus screenStatus(const NimbraWindow& window, const NimbraRenderer& renderer) {
+  const StripGeometry& geometry = window.geometry();
+  const RenderStats::Figures figures = renderer.figures();
+  return {.name = window.screen().name,
+          .frame = geometry.windowFrame,
+          .menuBarHeight = geometry.menuBarHeight,
+          .notch = geometry.notch,
+          .scale = geometry.backingScale,
+          .gridWidth = figures.gridW,
+          .gridHeight = figures.gridH,
+          .fps = figures.fpsAvg,
+          .gpuMs = figures.gpuMsAvg};
+}
+
+AudioStatus audioStatus(const AudioSource* audio) {
+  if (audio == nullptr) return {};
+  return {audio->isRunning(), audio->lastError(), audio->bands()};
+}
+
+std::optional<WeatherStatus> weatherStatus(const WeatherSource& weather) {
+  if (!weather.hasReadings() && !weather.lastError()) return std::nullopt;
+  return WeatherStatus{weather.temp(),     weather.wind(), weather.gust(),
+                       weather.cloud(),    weather.rain(), weather.hasReadings() ? weather.readout() : std::string(),
+                       weather.lastError()};
+}
+
 }  // namespace
 
 std::vector<Screen> targetScreens(const NimbraConfig& config, const std::vector<Screen>& screens) {
@@ -195,13 +221,43 @@ void AppDelegate::recoverDevice() {
   services_.terminate(true);
 }
 
+std::string AppDelegate::hintFor(const NimbraWindow& window) const {
+  // A bleed below the bar is seen whatever the panel is like.
+  const StripGeometry& geometry = window.geometry();
+  if (geometry.windowFrame.height > geometry.menuBarHeight + 0.5) return {};
+  return services_.panels->visibilityHint(window.screen(), window.level());
+}
+
+std::string AppDelegate::reasonForDarkness() const {
+  if (device_ == nullptr) return "the GPU was lost and is not back yet";
+  if (!shouldRender()) return "it is paused; 'nimbra resume' goes on";
+  if (windows_.empty()) return "there is no screen to draw on";
+  return {};
+}
+
+AppStatus AppDelegate::status() const {
+  const NimbraConfig& config = services_.settings->config();
+  AppStatus status;
+  status.reason = reasonForDarkness();
+  status.rendering = status.reason.empty();
+  status.visualizer = config.visualizer;
+  status.layer = config.layerMode;
+  status.backend = services_.backendName;
+  if (device_ != nullptr) status.device = device_->name();
+  for (const auto& [number, window] : windows_) {
+    status.screens.push_back(screenStatus(*window, *renderers_.at(number)));
+    if (status.hint.empty() && status.rendering) status.hint = hintFor(*window);
+  }
+  status.scriptError = services_.driver->scriptError();
+  status.audio = audioStatus(services_.driver->audio());
+  status.weather = weatherStatus(services_.driver->weather());
+  return status;
+}
+
 void AppDelegate::giveHints() {
   if (!shouldRender()) return;
   for (const auto& [number, window] : windows_) {
-    // A bleed below the bar is seen whatever the panel is like.
-    const StripGeometry& geometry = window->geometry();
-    if (geometry.windowFrame.height > geometry.menuBarHeight + 0.5) continue;
-    const std::string text = services_.panels->visibilityHint(window->screen(), window->level());
+    const std::string text = hintFor(*window);
     if (!text.empty() && hintsGiven_.insert(text).second) services_.hint(text);
   }
 }

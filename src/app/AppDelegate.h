@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "app/AppStatus.h"
 #include "app/NimbraWindow.h"
 #include "app/OverlayPanel.h"
 #include "app/ShaderLibrary.h"
@@ -33,6 +34,8 @@ struct AppServices {
   SettingsStore* settings = nullptr;
   SceneDriver* driver = nullptr;
   Environment environment;
+  /// What the panels are made on, for people: "x11".
+  std::string backendName;
   /// Shows a critical message (a title and what it is about) until it is read.
   std::function<void(const std::string& message, const std::string& informative)> alert;
   /// Ends the event loop; `failed` tells the exit code.
@@ -69,6 +72,8 @@ class AppDelegate {
   /// Empties every fluid; the next frames start from nothing.
   void restartSimulation();
 
+  AppStatus status() const;
+
   std::size_t windowCount() const { return windows_.size(); }
   const std::map<std::uint32_t, std::shared_ptr<NimbraRenderer>>& renderers() const { return renderers_; }
 
@@ -80,6 +85,8 @@ class AppDelegate {
   void configChanged(const NimbraConfig& config);
   void updateRenderingState();
   bool shouldRender() const;
+  std::string reasonForDarkness() const;
+  std::string hintFor(const NimbraWindow& window) const;
   void deviceLost();
   void recoverDevice();
   void giveHints();

@@ -10,4 +10,11 @@ using MediaClock = std::function<double()>;
 /// The system's monotonic clock. Any thread.
 double mediaTime();
 
+/// A monotonic clock that also counts the time for which the system was suspended: for the age of things outside this
+/// computer. Any thread.
+double continuousTime();
+
+/// Seconds since 1970, as the system's clock has it. Any thread.
+double wallTime();
+
 }  // namespace veloria

@@ -6,23 +6,29 @@
 
 #include <QCoreApplication>
 #include <QTimer>
-#include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <span>
 #include <string>
 
 #include "app/AppDelegate.h"
+#include "app/RemoteControl.h"
+#include "base/LocalSocket.h"
 #include "base/Log.h"
 #include "gpu/vulkan/VulkanFactory.h"
 #include "main/Command.h"
 #include "main/Commands.h"
 #include "main/GpuSetup.h"
+#include "main/RunningApplication.h"
 #include "main/SignalWatch.h"
 #include "platform/linux/files/FileSettingsStorage.h"
 #include "platform/linux/files/UserFolders.h"
 #include "platform/linux/qt/DescriptorWatch.h"
 #include "platform/linux/qt/QtTimerFactory.h"
+#include "platform/linux/socket/InstanceLock.h"
+#include "platform/linux/socket/LocalServer.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11OverlayPanelFactory.h"
 #include "platform/linux/x11/X11PictureSink.h"
@@ -33,10 +39,6 @@
 namespace veloria {
 
 namespace {
-
-double wallClock() {
-  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-}
 
 /// Vulkan surfaces for X11 windows, on whichever device was made last.
 class VulkanOnX11 {
@@ -79,10 +81,54 @@ std::string displayName() {
   return *display;
 }
 
+/// The state file; its folder is made so that others find where to write. Empty without a home.
+std::filesystem::path stateFile(const Environment& environment) {
+  const auto folder = dataFolder(environment);
+  if (!folder || !makeUserFolder(*folder)) return {};
+  return *folder / "state.json";
+}
+
+struct Instance {
+  bool otherRuns = false;
+  std::optional<InstanceLock> lock;  ///< nothing where it can't be had: running without it is better than not running
+};
+
+void complainAboutSocket(const std::string& reason) {
+  systemLog("veloria: 'veloria status' and 'nimbra' can't reach this one: " + reason);
+}
+
+Instance becomeTheOne(const std::optional<std::filesystem::path>& socketPath) {
+  if (!socketPath) return complainAboutSocket("XDG_RUNTIME_DIR is too long"), Instance{};
+  auto lock = InstanceLock::take(*socketPath);
+  if (!lock) return complainAboutSocket(lock.error()), Instance{};
+  return {!lock->has_value(), *std::move(lock)};
+}
+
+/// Brings up the settings of the one that runs; while it has no window for them, tells how it is.
+int greetTheOther() {
+  std::puts("Veloria is running already.");
+  const auto status = askRunningApplication(R"({"command": "status"})");
+  if (status) std::fputs(statusText(*status).c_str(), stdout);
+  return done;
+}
+
+std::unique_ptr<LocalServer> listenForQuestions(const std::filesystem::path& path, TimerFactory& timers,
+                                                RemoteControl& remote) {
+  auto server = LocalServer::listen(path, {.watch = watchDescriptor, .timers = &timers, .answer = [&](auto question) {
+                                             return remote.answer(question);
+                                           }});
+  if (server) return *std::move(server);
+  complainAboutSocket(server.error());
+  return nullptr;
+}
+
 }  // namespace
 
 int runApplication(const QStringList&) {
   const Environment environment = processEnvironment();
+  const auto socketPath = controlSocketPath(environment);
+  const Instance instance = becomeTheOne(socketPath);
+  if (instance.otherRuns) return greetTheOther();
   QtTimerFactory timers;
   X11Connection connection(displayName(), watchDescriptor, timers);
   X11ScreenProvider screens(connection, screenOverridesFromEnvironment());
@@ -93,8 +139,8 @@ int runApplication(const QStringList&) {
   SettingsStore& settings = SettingsStore::makeShared(
       std::make_unique<FileSettingsStorage>(configFolder(environment).value_or("")), environment);
   SceneDriver driver({.settings = [&]() -> const NimbraConfig& { return settings.config(); },
-                      .wallClock = wallClock,
-                      .timers = &timers});
+                      .timers = &timers,
+                      .agentStateFile = stateFile(environment)});
 
   int exitCode = done;
   AppDelegate delegate({
@@ -106,6 +152,7 @@ int runApplication(const QStringList&) {
       .settings = &settings,
       .driver = &driver,
       .environment = environment,
+      .backendName = "x11",
       .alert = [](const std::string& message, const std::string& text) { systemLog(message + "\n" + text); },
       .terminate =
           [&](bool failure) {
@@ -122,6 +169,8 @@ int runApplication(const QStringList&) {
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
 
   delegate.didFinishLaunching();
+  RemoteControl remote({.settings = &settings, .status = [&] { return delegate.status(); }});
+  const auto server = instance.lock ? listenForQuestions(*socketPath, timers, remote) : nullptr;
   QCoreApplication::exec();
   delegate.willTerminate();
   return exitCode;

@@ -10,6 +10,7 @@ namespace veloria {
 int runRender(const QStringList& arguments);       ///< draws frames without a display
 int runBench(const QStringList& arguments);        ///< measures
 int runCheck(const QStringList& arguments);        ///< checks a scene script
+int runStatus(const QStringList& arguments);       ///< asks the running band
 int runDevices(const QStringList& arguments);      ///< lists the GPUs
 int runApplication(const QStringList& arguments);  ///< the band itself
 

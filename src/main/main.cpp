@@ -16,10 +16,11 @@ struct CommandEntry {
   const char* summary;
 };
 
-constexpr std::array<CommandEntry, 4> commands{{
+constexpr std::array<CommandEntry, 5> commands{{
     {"render", runRender, "draw frames without a display, into pictures or as raw rows"},
     {"bench", runBench, "measure drawing"},
     {"check", runCheck, "check a scene script"},
+    {"status", runStatus, "ask the running band how it is"},
     {"devices", runDevices, "list the GPUs"},
 }};
 
@@ -40,6 +41,7 @@ void printHelp() {
       "  NIMBRA_SCRIPT       a scene script's text, for this run\n"
       "  NIMBRA_BAR_HEIGHT   height of the panel in points, where the desktop does not tell\n"
       "  NIMBRA_NOTCH        WIDTHxHEIGHT of a camera housing at the top centre, in points\n"
+      "  NIMBRA_WEATHER_URL  another address of the forecast service (https, or http on this computer)\n"
       "  NIMBRA_DEBUG        1 writes diagnostics to standard error\n"
       "  NIMBRA_DEBUG_SOLID  above 0 fills the band with one colour\n"
       "  NIMBRA_DEBUG_LEVEL  a number: above 0 over the panel, else on the desktop\n\n"
@@ -63,6 +65,6 @@ int main(int argc, char** argv) {
   }
   return runCommand("veloria", [&]() -> int {
     throw UsageError("'" + first +
-                     "' is no command; there are render, bench, check and devices. See 'veloria --help'.");
+                     "' is no command; there are render, bench, check, status and devices. See 'veloria --help'.");
   });
 }

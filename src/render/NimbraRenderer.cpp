@@ -43,6 +43,7 @@ NimbraRenderer::NimbraRenderer(gpu::Device& device, const gpu::Library& library,
       library_(library),
       stats_(stats),
       clock_(std::move(clock)),
+      ownStats_(clock_),
       queue_(device.makeCommandQueue()),
       sim_(device, library) {
   if (queue_ == nullptr) throw RendererError::noDevice();
@@ -114,7 +115,7 @@ void NimbraRenderer::resizeTargets(gpu::Size size) {
 void NimbraRenderer::resizeSimGrid(gpu::Size size) {
   const GridSize grid = gridSizeFor(size, config.quality, config.verticalStretch);
   sim_.resize(grid.width, grid.height);
-  stats_.setGrid(grid.width, grid.height);
+  for (RenderStats* stats : {&stats_, &ownStats_}) stats->setGrid(grid.width, grid.height);
   NimbraLog::debugf("sim grid %lldx%lld for drawable %ux%u", static_cast<long long>(grid.width),
                     static_cast<long long>(grid.height), size.width, size.height);
 }
@@ -155,7 +156,7 @@ gpu::CommandBuffer* NimbraRenderer::openFrame() {
   }
   buffer->setLabel("nimbra.frame");
   buffer->addCompletedHandler([this](const gpu::Completion& completion) {
-    stats_.recordFrame(completion.gpuEnd - completion.gpuStart);
+    for (RenderStats* stats : {&stats_, &ownStats_}) stats->recordFrame(completion.gpuEnd - completion.gpuStart);
     if (frameObserver_) frameObserver_(completion);
     inflight_.release();
   });

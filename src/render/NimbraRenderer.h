@@ -56,6 +56,8 @@ class NimbraRenderer {
   double simTime() const { return simTime_; }
   std::int64_t frameCount() const { return frameCount_; }
   std::int64_t missedFrames() const { return missedFrames_; }
+  /// This renderer's own figures; the shared ones are over all.
+  RenderStats::Figures figures() const { return ownStats_.figures(); }
   gpu::CommandQueue& queue() { return *queue_; }
 
   /// An extra action on every frame's completion (GPU thread); for measurements. Set it only while nothing is in
@@ -81,6 +83,7 @@ class NimbraRenderer {
   const gpu::Library& library_;
   RenderStats& stats_;
   MediaClock clock_;
+  RenderStats ownStats_;
   std::unique_ptr<gpu::CommandQueue> queue_;
   FluidSim sim_;
   std::shared_ptr<gpu::RenderPipeline> nimbraPipeline_;

@@ -17,6 +17,16 @@ namespace {
 constexpr double timerTolerance = 0.01;
 constexpr double shortestStep = 1.0 / 240;
 constexpr double longestStep = 0.5;
+constexpr double wallpaperSeconds = 20;
+constexpr int ticksBetweenAudioLines = 60;
+
+// Time constants, in seconds.
+constexpr double levelSmoothing = 0.08;
+constexpr double bassSmoothing = 0.06;
+constexpr double midSmoothing = 0.09;
+constexpr double trebleSmoothing = 0.07;
+constexpr double weatherSmoothing = 2.0;
+constexpr double agentSmoothing = 0.3;
 
 void logCompiled(Visualizer mode, const NimbraScript& script, const std::optional<std::string>& error) {
   if (!NimbraLog::enabled()) return;
@@ -26,8 +36,14 @@ void logCompiled(Visualizer mode, const NimbraScript& script, const std::optiona
 
 }  // namespace
 
-SceneDriver::SceneDriver(Ports ports) : ports_(std::move(ports)), started_(ports_.mediaClock()), lastTick_(started_) {
-  resume();
+SceneDriver::SceneDriver(Ports ports)
+    : ports_(std::move(ports)),
+      started_(ports_.mediaClock()),
+      lastTick_(started_),
+      agent_(ports_.agentStateFile),
+      weather_(ports_.weather) {
+  requestWallpaper(started_);
+  startTimer();
 }
 
 void SceneDriver::recompile() {
@@ -47,6 +63,12 @@ void SceneDriver::recompile() {
 
 void SceneDriver::updateSources() {
   const Visualizer mode = ports_.settings().visualizer;
+  const bool listen = mode == Visualizer::music && ports_.makeAudioSource && !suspended_;
+  if (!listen || (audio_ != nullptr && !audio_->isRunning())) audio_.reset();
+  if (listen && audio_ == nullptr) {
+    audio_ = ports_.makeAudioSource();
+    audio_->start();
+  }
   if (mode == lastSource_) return;
   channels.clearSourceChannels();
   lastSource_ = mode;
@@ -59,31 +81,99 @@ void SceneDriver::tick() {
   const NimbraConfig& settings = ports_.settings();
   feedChannels(settings, now);
   channels.step(dt);
+  checkWallpaper(settings, now);
   drive(settings);
   if (onConfig) onConfig(driven_);
 }
 
 void SceneDriver::suspend() {
+  suspended_ = true;
   timer_.reset();
+  audio_.reset();
 }
 
 void SceneDriver::resume() {
+  if (!suspended_) return;
+  suspended_ = false;
+  updateSources();
+  startTimer();
+}
+
+void SceneDriver::startTimer() {
   if (ports_.timers != nullptr && !timer_) {
     timer_ = ports_.timers->repeating(tickSeconds, timerTolerance, [this] { tick(); });
   }
 }
 
-/// The one place where sources put in what they have; all but the clock depend on the drive mode.
-void SceneDriver::feedChannels(const NimbraConfig&, double now) {
+/// The one place where sources put in what they have.
+void SceneDriver::feedChannels(const NimbraConfig& settings, double now) {
   channels.set("t", now - started_, 0);
+  const Visualizer mode = settings.visualizer;
+  if (mode == Visualizer::music && audio_ != nullptr) feedAudio();
+  if (mode == Visualizer::weather || mode == Visualizer::wind) feedWeather(settings);
+  feedAgent();
+}
+
+void SceneDriver::feedAudio() {
+  const AudioSource::Bands bands = audio_->bands();
+  channels.set("level", bands.level, levelSmoothing);
+  channels.set("bass", bands.bass, bassSmoothing);
+  channels.set("mid", bands.mid, midSmoothing);
+  channels.set("treble", bands.treble, trebleSmoothing);
+  channels.setImmediate("beat", bands.beat);
+  if (audioTicks_++ % ticksBetweenAudioLines == 0) logAudio(bands);
+}
+
+void SceneDriver::logAudio(const AudioSource::Bands& bands) {
+  if (!NimbraLog::enabled()) return;
+  const auto tap = audio_->diagnostics();
+  NimbraLog::debugf("audio cb=%d audioCb=%d fail=%d level=%.3f bass=%.3f fmt=%s err=%s", tap.callbackCount,
+                    tap.audioCallbackCount, tap.decodeFailures, bands.level, bands.bass, tap.lastFormatNote.c_str(),
+                    audio_->lastError().value_or("none").c_str());
+}
+
+void SceneDriver::feedWeather(const NimbraConfig& settings) {
+  if (ports_.weather.http == nullptr) return;
+  weather_.refreshIfStale(settings.weatherLatitude, settings.weatherLongitude);
+  channels.set("temp", weather_.temp(), weatherSmoothing);
+  channels.set("wind", weather_.wind(), weatherSmoothing);
+  channels.set("gust", weather_.gust(), weatherSmoothing);
+  channels.set("cloud", weather_.cloud(), weatherSmoothing);
+  channels.set("rain", weather_.rain(), weatherSmoothing);
+}
+
+void SceneDriver::feedAgent() {
+  agent_.poll(ports_.wallClock());
+  for (const auto& [name, value] : agent_.latest()) channels.set(name, value, agentSmoothing);
+}
+
+void SceneDriver::checkWallpaper(const NimbraConfig& settings, double now) {
+  const bool wanted = settings.matchWallpaper || compiled_.paletteFromWallpaper;
+  if (wanted && now - lastWallpaperCheck_ > wallpaperSeconds) requestWallpaper(now);
+}
+
+void SceneDriver::requestWallpaper(double now) {
+  lastWallpaperCheck_ = now;
+  if (!ports_.sampleWallpaper) return;
+  ports_.sampleWallpaper([this, life = std::weak_ptr<bool>(life_)](std::optional<Palette> palette) {
+    if (!life.expired() && palette) wallpaper = std::move(palette);
+  });
 }
 
 void SceneDriver::drive(const NimbraConfig& settings) {
   restartFrom(settings);
   if (settings.matchWallpaper && wallpaper) setPalette(wallpaper->stops);
-  setPalette(chosenStops(compiled_, wallpaper, {}));
+  setPalette(chosenStops(compiled_, wallpaper, agent_.paletteOverride()));
   assignParameters(driven_, compiled_, channels.values);
   applyTempo(driven_);
+  flashAlert();
+}
+
+void SceneDriver::flashAlert() {
+  const double now = ports_.wallClock();
+  if (alertEnvelope(agent_.alertUntil(), agent_.alertFor(), now) <= 0) return;
+  setPalette(agent_.alertPalette());
+  applyAlert(driven_, agent_.alertUntil(), agent_.alertFor(), agent_.alertPalette(), now);
 }
 
 void SceneDriver::restartFrom(const NimbraConfig& settings) {

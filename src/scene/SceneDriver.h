@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -8,18 +9,23 @@
 
 #include "base/MediaClock.h"
 #include "base/Timer.h"
+#include "scene/AgentSource.h"
 #include "scene/DriveChannels.h"
 #include "scene/NimbraScript.h"
 #include "settings/NimbraConfig.h"
+#include "sources/AudioSource.h"
+#include "sources/WeatherSource.h"
 
 namespace veloria {
 
-/// Turns the settings record into the record that is drawn, thirty times a second: feeds the channels, runs the script
-/// of the drive mode against them, applies the pace and hands the result on.
+/// Turns the settings record into the record that is drawn, thirty times a second: feeds the channels from the sources
+/// that the drive mode asks for, runs the mode's script against them, applies the pace and an agent's alert flash, and
+/// hands the result on.
 ///
-/// Main thread. It does not look for its parts itself and there is no shared instance here: who puts the program
-/// together makes the one driver. It does not react to settings by itself either; whoever changes the drive mode or the
-/// script calls recompile().
+/// Main thread. Sound is listened to in the music mode only, and not while the driver is suspended; the weather is
+/// asked for in the weather and wind modes only; the agent state file counts in every mode. It does not look for its
+/// parts itself and there is no shared instance here: who puts the program together makes the one driver. It does not
+/// react to settings by itself either; whoever changes the drive mode or the script calls recompile().
 class SceneDriver {
  public:
   static constexpr double tickSeconds = 1.0 / 30;
@@ -28,10 +34,20 @@ class SceneDriver {
     /// The current settings. The reference is used until the end of the call that asked for it.
     std::function<const NimbraConfig&()> settings;
     MediaClock mediaClock = mediaTime;
-    /// Seconds since 1970.
-    std::function<double()> wallClock = {};
+    /// Seconds since 1970, for what the agent state file says.
+    std::function<double()> wallClock = wallTime;
     /// Null when nothing ticks by itself and tick() is called by hand. Outlives the driver.
     TimerFactory* timers = nullptr;
+    /// Empty: there is none.
+    std::filesystem::path agentStateFile = {};
+    /// Makes what listens to the computer's sound, not started yet. Empty: nobody listens, and the channels of sound
+    /// are left to others.
+    std::function<std::unique_ptr<AudioSource>()> makeAudioSource = {};
+    /// Without its `http`, the channels of the weather are left to others.
+    WeatherSource::Ports weather = {};
+    /// Works out the palette of the desktop picture and calls back on this thread, at once or later or never; nothing
+    /// when there is none. Empty: there is no desktop picture.
+    std::function<void(std::function<void(std::optional<Palette>)>)> sampleWallpaper = {};
   };
 
   /// Starts the timer with the plain settings; call recompile() next.
@@ -43,20 +59,26 @@ class SceneDriver {
   /// are drawn, and scriptError() says why.
   void recompile();
 
-  /// Fits the sources to the drive mode: when it changed, what the old mode's sources said fades out.
+  /// Fits the sources to the drive mode: starts or ends listening, and starts anew when the sound system had failed;
+  /// when the mode changed, what the old mode's sources said fades out.
   void updateSources();
 
   /// One step: the time since the last one counts as at least 1/240 s and at most 0.5 s. Allocates nothing once the
   /// channels and the settings have settled.
   void tick();
 
-  /// Stops the timer and starts it again; neither does anything twice. The channels keep their values meanwhile.
+  /// Stops the timer and the listening, and starts them again; neither does anything twice. The channels keep their
+  /// values meanwhile.
   void suspend();
   void resume();
 
   const NimbraScript& compiled() const { return compiled_; }
   /// The description of the last recompile's error; nothing when the script is right.
   const std::optional<std::string>& scriptError() const { return scriptError_; }
+  /// Null while nobody listens.
+  const AudioSource* audio() const { return audio_.get(); }
+  const WeatherSource& weather() const { return weather_; }
+  const AgentSource& agent() const { return agent_; }
 
   DriveChannels channels;            ///< anybody may set channels between ticks
   std::optional<Palette> wallpaper;  ///< the palette of the desktop picture, once there is one
@@ -64,10 +86,18 @@ class SceneDriver {
   std::function<void(const NimbraConfig&)> onConfig;
 
  private:
+  void startTimer();
   void feedChannels(const NimbraConfig& settings, double now);
+  void feedAudio();
+  void feedWeather(const NimbraConfig& settings);
+  void feedAgent();
+  void logAudio(const AudioSource::Bands& bands);
+  void checkWallpaper(const NimbraConfig& settings, double now);
+  void requestWallpaper(double now);
   void drive(const NimbraConfig& settings);
   void restartFrom(const NimbraConfig& settings);
   void setPalette(std::span<const ColorStop> stops);
+  void flashAlert();
 
   Ports ports_;
   NimbraScript compiled_;
@@ -76,8 +106,15 @@ class SceneDriver {
   std::optional<Palette> sparePalette_;  // the buffers of driven_.customPalette while the settings have none
   double started_;
   double lastTick_;
+  double lastWallpaperCheck_ = 0;
   Visualizer lastSource_ = Visualizer::autonomous;
-  std::unique_ptr<Timer> timer_;  // last, so that it stops first
+  AgentSource agent_;
+  WeatherSource weather_;
+  std::unique_ptr<AudioSource> audio_;
+  int audioTicks_ = 0;
+  bool suspended_ = false;
+  std::shared_ptr<bool> life_ = std::make_shared<bool>(true);  // answers that come late look whether it is still there
+  std::unique_ptr<Timer> timer_;                               // last, so that it stops first
 };
 
 }  // namespace veloria

@@ -172,6 +172,7 @@ class AppTest : public testing::Test {
         .settings = &settings_,
         .driver = &driver_,
         .environment = [](std::string_view) { return std::nullopt; },
+        .backendName = "none",
         .alert = [this](const std::string& title, const std::string& text) { alerts_.push_back(title + "|" + text); },
         .terminate = [this](bool failed) { terminated_.push_back(failed); },
         .hint = [this](const std::string& text) { hints_.push_back(text); }};

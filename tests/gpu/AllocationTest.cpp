@@ -1,62 +1,8 @@
 #include <atomic>
-#include <cstdlib>
-#include <new>
 
 #include "GpuTest.h"
 #include "gpu/vulkan/VulkanFactory.h"
-
-// A sanitizer has its own operator new, which must not be replaced.
-#if defined(__SANITIZE_ADDRESS__)
-#define VELORIA_COUNTS_ALLOCATIONS 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VELORIA_COUNTS_ALLOCATIONS 0
-#endif
-#endif
-#ifndef VELORIA_COUNTS_ALLOCATIONS
-#define VELORIA_COUNTS_ALLOCATIONS 1
-#endif
-
-namespace {
-
-std::atomic<bool> counting{false};
-std::atomic<std::size_t> allocations{0};
-
-}  // namespace
-
-#if VELORIA_COUNTS_ALLOCATIONS
-
-namespace {
-
-void* allocate(std::size_t size) {
-  if (counting) ++allocations;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-  throw std::bad_alloc();
-}
-
-}  // namespace
-
-// Every allocation of this program, whichever thread makes it; the driver has its own.
-void* operator new(std::size_t size) {
-  return allocate(size);
-}
-void* operator new[](std::size_t size) {
-  return allocate(size);
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
-
-#endif
+#include "main/AllocationCount.h"
 
 namespace veloria::gpu::test {
 
@@ -66,7 +12,7 @@ namespace {
 class AllocationTest : public GpuTest {
  protected:
   void SetUp() override {
-    if (VELORIA_COUNTS_ALLOCATIONS == 0) GTEST_SKIP() << "allocations can't be counted under a sanitizer";
+    if (!countsAllocations()) GTEST_SKIP() << "allocations can't be counted under a sanitizer";
     device_ = vulkan::makeVulkanDevice({});
     library_ = device_->makeLibrary(backend().libraryBytes());
     queue_ = device_->makeCommandQueue();
@@ -110,22 +56,18 @@ TEST_F(AllocationTest, FramesAllocateNothingAfterWarmUp) {
     queue_->setProfiling(profiling);
     for (int warmUp = 0; warmUp < 12; ++warmUp) frame();
     device_->waitIdle();
-    allocations = 0;
-    counting = true;
+    const std::uint64_t before = allocationsInProcess();
     for (int number = 0; number < 30; ++number) frame();
     device_->waitIdle();
-    counting = false;
-    EXPECT_EQ(allocations, 0U) << (profiling ? "with" : "without") << " profiling";
+    EXPECT_EQ(allocationsInProcess() - before, 0U) << (profiling ? "with" : "without") << " profiling";
   }
   EXPECT_EQ(completed, 84);
 }
 
 TEST_F(AllocationTest, TheCounterCounts) {
-  counting = true;
-  allocations = 0;
+  const std::uint64_t before = allocationsInProcess();
   const auto texture = makeTexture(PixelFormat::r16Float, {4, 4});
-  counting = false;
-  EXPECT_GT(allocations, 0U);
+  EXPECT_GT(allocationsInProcess() - before, 0U);
 }
 
 }  // namespace

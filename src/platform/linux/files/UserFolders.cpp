@@ -26,18 +26,18 @@ std::optional<fs::path> homeInUserDatabase() {
   return absolutePath(found->pw_dir);
 }
 
-std::optional<fs::path> home(const Environment& environment) {
-  const auto named = absolutePath(environment("HOME"));
-  return named ? named : homeInUserDatabase();
-}
-
 std::optional<fs::path> userFolder(const Environment& environment, const char* variable, const char* belowHome) {
   if (const auto named = absolutePath(environment(variable))) return *named / "Veloria";
-  if (const auto folder = home(environment)) return *folder / belowHome / "Veloria";
+  if (const auto folder = homeFolder(environment)) return *folder / belowHome / "Veloria";
   return std::nullopt;
 }
 
 }  // namespace
+
+std::optional<fs::path> homeFolder(const Environment& environment) {
+  const auto named = absolutePath(environment("HOME"));
+  return named ? named : homeInUserDatabase();
+}
 
 std::optional<fs::path> configFolder(const Environment& environment) {
   return userFolder(environment, "XDG_CONFIG_HOME", ".config");

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Geometry.h"
+#include "settings/Modes.h"
+#include "sources/AudioSource.h"
+
+namespace veloria {
+
+/// One screen's band.
+struct ScreenStatus {
+  std::string name;
+  Rect frame;  ///< the band's window: points, global coordinates, y up
+  double menuBarHeight = 0;
+  std::optional<Rect> notch;  ///< points from the window's top left corner, y down
+  double scale = 1;
+  std::int64_t gridWidth = 0;
+  std::int64_t gridHeight = 0;
+  double fps = 0;
+  double gpuMs = 0;
+};
+
+struct AudioStatus {
+  bool running = false;
+  std::optional<std::string> error;
+  AudioSource::Bands bands;
+};
+
+struct WeatherStatus {
+  double temp = 0, wind = 0, gust = 0, cloud = 0, rain = 0;
+  std::string readout;
+  std::optional<std::string> error;
+};
+
+/// What the running application can say about itself.
+struct AppStatus {
+  bool rendering = false;
+  std::string reason;  ///< why not; empty when it is
+  Visualizer visualizer = Visualizer::autonomous;
+  LayerMode layer = LayerMode::desktopStrip;
+  std::string backend;  ///< what it draws on, "x11"
+  std::string device;   ///< the GPU's name
+  std::vector<ScreenStatus> screens;
+  std::optional<std::string> scriptError;
+  AudioStatus audio;
+  std::optional<WeatherStatus> weather;  ///< nothing before the first answer or error
+  std::string hint;                      ///< what a person should be told about this desktop; may be empty
+};
+
+/// As programs read it, "running" being true.
+nlohmann::ordered_json toJson(const AppStatus& status);
+
+/// As people read it: lines for the object that toJson() made, or one that came from a socket. Members that are missing
+/// or of the wrong type are left out; control characters are not let through.
+std::string statusText(const nlohmann::ordered_json& status);
+
+}  // namespace veloria

@@ -1,0 +1,38 @@
+#include <QCommandLineParser>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "app/AppStatus.h"
+#include "main/Command.h"
+#include "main/Commands.h"
+#include "main/RunningApplication.h"
+
+namespace veloria {
+
+namespace {
+
+int tellThatNoneRuns(bool json) {
+  if (json) {
+    std::puts("{\"running\": false}");
+  } else {
+    std::puts("Veloria is not running. 'veloria' starts it.");
+  }
+  return failed;
+}
+
+}  // namespace
+
+int runStatus(const QStringList& arguments) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription("Asks the running band how it is: whether it draws, and if not, why.");
+  parser.addOption({"json", "Prints the answer as JSON."});
+  if (!parseArguments(parser, "veloria status", arguments, 0)) return done;
+  const bool json = parser.isSet("json");
+  const auto status = askRunningApplication(R"({"command": "status"})");
+  if (!status) return tellThatNoneRuns(json);
+  std::fputs((json ? status->dump(2) + "\n" : statusText(*status)).c_str(), stdout);
+  return done;
+}
+
+}  // namespace veloria

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+class QUrl;
+
+namespace veloria {
+
+/// True when nothing that is sent to the address leaves this computer: 127.0.0.0/8, ::1 or "localhost".
+bool isLoopback(const QUrl& url);
+
+/// Why the address may not be asked for; empty when it may. It must be https, or http on this computer, and name no
+/// user.
+QString objectionTo(const QUrl& url);
+
+/// Why a request to `from` may not be sent on to `to`; empty when it may. As objectionTo(), and https never becomes
+/// http.
+QString objectionToRedirect(const QUrl& from, const QUrl& to);
+
+}  // namespace veloria

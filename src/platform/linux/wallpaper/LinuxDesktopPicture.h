@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "base/Environment.h"
+#include "render/DesktopPicture.h"
+
+namespace veloria {
+
+/// The desktop's picture on Linux: from the settings of the desktop in use, or from the X root window. Each request is
+/// worked on by a thread of its own with low priority; the main thread never waits for the disk, for other programs or
+/// for a decoder. The screen's name tells which monitor's picture is meant.
+class LinuxDesktopPicture final : public DesktopPicture {
+ public:
+  /// Runs a function on the main thread, later. Called from any thread, but not after this object is gone; must not
+  /// wait for the main thread nor throw, and may drop the function where the main loop has ended.
+  using PostToMain = std::function<void(std::function<void()>)>;
+
+  /// The environment is read here and not again. Sets QImageReader's allocation limit (PictureLoader.h).
+  LinuxDesktopPicture(const Environment& environment, PostToMain postToMain);
+  /// Waits for a thread that is still at work, a second at most; one that hangs (on a network share that is gone, say)
+  /// is left behind and keeps away from this object and from `postToMain`.
+  ~LinuxDesktopPicture() override;
+
+  void thumbnail(const Screen& screen, Answer answer) override;
+
+ private:
+  class Errand;
+  struct Worker;
+
+  void finish(std::optional<Pixels> pixels);
+
+  std::shared_ptr<Worker> worker_;
+  std::shared_ptr<Errand> errand_;
+  std::shared_ptr<LinuxDesktopPicture*> self_;  ///< gone with this object, which posted functions look at
+  Answer answer_;
+};
+
+}  // namespace veloria

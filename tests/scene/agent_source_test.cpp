@@ -1,0 +1,199 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+#include "Process.h"
+#include "scene/AgentSource.h"
+
+namespace veloria {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Pair;
+
+constexpr double now = 1'700'000'000;
+
+ColorStop rgb(int r, int g, int b) {
+  return {static_cast<float>(r) / 255, static_cast<float>(g) / 255, static_cast<float>(b) / 255};
+}
+
+TEST(AgentState, HoldsEveryNumberAndBooleanAndNothingElse) {
+  const auto state = readAgentState(
+      R"({"busy": true, "ok": false, "Case": -2.5, "big": 18446744073709551615, "text": "1", "list": [1],
+          "object": {"busy": 1}, "none": null, "alert_until": 12.5, "alert_for": 2, "": 3})");
+  ASSERT_TRUE(state);
+  EXPECT_THAT(state->channels,
+              ElementsAre(Pair("", 3), Pair("Case", -2.5), Pair("alert_for", 2), Pair("alert_until", 12.5),
+                          Pair("big", 18446744073709551615.0), Pair("busy", 1), Pair("ok", 0)));
+  EXPECT_EQ(state->alertUntil, 12.5);
+  EXPECT_EQ(state->alertFor, 2);
+}
+
+TEST(AgentState, PalettesAreFourStopsOrNone) {
+  const ColorStop red = rgb(255, 0, 0);
+  const ColorStop green = rgb(0, 255, 0);
+  const ColorStop blue = rgb(0, 0, 255);
+  const ColorStop grey = rgb(16, 17, 18);
+  const std::vector<std::pair<std::string, std::optional<FourStops>>> cases{
+      {R"(["#ff0000", "00FF00"])", FourStops{red, green, green, green}},
+      {R"(["#ff0000", "#00ff00", "#0000ff"])", FourStops{red, green, blue, blue}},
+      {R"(["#ff0000", "#00ff00", "#0000ff", "#101112", "#ffffff"])", FourStops{red, green, blue, grey}},
+      {R"(["nothing", "#ff0000", "#12345", "##00ff00", "#00ff00"])", FourStops{red, green, green, green}},
+      {R"(["#ff0000"])", std::nullopt},
+      {R"(["#ff0000", 1, "#00ff00"])", std::nullopt},
+      {R"("#ff0000")", std::nullopt},
+      {"{}", std::nullopt},
+      {"null", std::nullopt},
+  };
+  for (const auto& [json, wanted] : cases) {
+    const auto state = readAgentState(R"({"palette": )" + json + R"(, "alert_palette": )" + json + "}");
+    ASSERT_TRUE(state) << json;
+    EXPECT_EQ(state->palette, wanted) << json;
+    EXPECT_EQ(state->alertPalette, wanted) << json;
+  }
+}
+
+TEST(AgentState, AlertsHaveALength) {
+  const std::vector<std::pair<std::string, double>> cases{{"{}", 1.5},
+                                                          {R"({"alert_for": 0.01})", 0.1},
+                                                          {R"({"alert_for": -5})", 0.1},
+                                                          {R"({"alert_for": "9"})", 1.5},
+                                                          {R"({"alert_for": true})", 1.5},
+                                                          {R"({"alert_for": 60})", 60}};
+  for (const auto& [json, seconds] : cases) EXPECT_EQ(readAgentState(json)->alertFor, seconds) << json;
+}
+
+TEST(AgentState, RefusesWhatIsNoObject) {
+  for (const std::string text : {"", "[]", "1", "null", "{\"a\": 1e999}", "{\"a\": 1", "{\"a\": NaN}", "\xff"}) {
+    EXPECT_FALSE(readAgentState(text)) << text;
+  }
+  EXPECT_FALSE(readAgentState(std::string(100'000, '[')));
+}
+
+TEST(AgentState, TakesNoMoreChannelsThanItIsMeantFor) {
+  std::string text = "{";
+  for (int i = 0; i < 5000; ++i) text += "\"c" + std::to_string(i) + "\": 1,";
+  text += "\"last\": 1}";
+  EXPECT_EQ(readAgentState(text)->channels.size(), AgentState::maximumChannels);
+}
+
+TEST(AgentSessions, AnyBusyIsBusyAndAFailureOutranks) {
+  const AgentSessions sessions{{"a", {{{"busy", 1}, {"ok", 0}, {"err", 0}}, {}}},
+                               {"b", {{{"busy", 0}, {"ok", 1}, {"err", 0}}, {}}},
+                               {"c", {{{"err", 1}, {"a0", 0.5}}, now + 5}},
+                               {"d", {{{"busy", 0.25}}, now - 1}}};
+  EXPECT_THAT(mergedSessions(sessions, now),
+              ElementsAre(Pair("a0", 0.5), Pair("busy", 1), Pair("err", 1), Pair("ok", 0)));
+  EXPECT_THAT(mergedSessions(sessions, now + 5),
+              ElementsAre(Pair("a0", 0), Pair("busy", 1), Pair("err", 0), Pair("ok", 1)));
+  EXPECT_EQ(nextExpiry(sessions, now), now + 5);
+  EXPECT_EQ(nextExpiry(sessions, now - 2), now - 1);
+  EXPECT_EQ(nextExpiry(sessions, now + 5), std::nullopt);
+  EXPECT_EQ(agentSessions({{"sessions", toJson(sessions)}}), sessions);
+}
+
+TEST(AgentSessions, SkipWhatIsNoSession) {
+  EXPECT_THAT(agentSessions(nlohmann::json::parse(R"({"sessions": [1]})")), IsEmpty());
+  EXPECT_THAT(agentSessions(nlohmann::json::parse("[]")), IsEmpty());
+  const auto sessions = agentSessions(nlohmann::json::parse(
+      R"({"sessions": {"a": 1, "b": {"busy": true, "text": "x", "expires": "soon", "deep": {"x": 1}}}})"));
+  EXPECT_EQ(sessions, (AgentSessions{{"b", {{{"busy", 1}}, {}}}}));
+}
+
+class AgentSourceTest : public testing::Test {
+ protected:
+  /// As writers do it: a new file under the old name.
+  void write(const std::string& text) {
+    std::ofstream(folder.file("new")) << text;
+    ASSERT_EQ(::rename(folder.file("new").c_str(), path.c_str()), 0);
+  }
+
+  const ChannelValues& polled(double at = now) {
+    source.poll(at);
+    return source.latest();
+  }
+
+  tests::TemporaryFolder folder;
+  std::string path = folder.file("state.json");
+  AgentSource source{path};
+};
+
+TEST_F(AgentSourceTest, FollowsTheFileAndKeepsWhatItHadWhenTheFileIsBad) {
+  EXPECT_THAT(polled(), IsEmpty());
+  write(R"({"busy": 1, "err": 0, "palette": ["#ff0055", "#ffcc00"], "alert_until": 9})");
+  EXPECT_THAT(polled(), ElementsAre(Pair("alert_until", 9), Pair("busy", 1), Pair("err", 0)));
+  EXPECT_EQ(source.paletteOverride().size(), 4U);
+  write(R"({"busy": 0.5)");
+  EXPECT_EQ(polled().at("busy"), 1);
+  write(R"({"busy": 0.5})");
+  EXPECT_THAT(polled(), ElementsAre(Pair("busy", 0.5)));
+  EXPECT_TRUE(source.paletteOverride().empty());
+  EXPECT_EQ(source.alertUntil(), 0);
+  ASSERT_EQ(::unlink(path.c_str()), 0);
+  EXPECT_EQ(polled().at("busy"), 0.5);
+}
+
+TEST_F(AgentSourceTest, SeesEveryWriteHoweverQuick) {
+  for (int i = 0; i < 200; ++i) {
+    write("{\"busy\": " + std::to_string(i) + "}");
+    ASSERT_EQ(polled().at("busy"), i);
+  }
+}
+
+TEST_F(AgentSourceTest, ReadsAFileOnceOnlyUntilItChanges) {
+  write(R"({"busy": 1})");
+  EXPECT_EQ(polled().at("busy"), 1);
+  // The same times, size and inode: nothing that tells of the new bytes.
+  struct stat before {};
+  ASSERT_EQ(::stat(path.c_str(), &before), 0);
+  std::fstream(path, std::ios::in | std::ios::out) << R"({"busy": 2})";
+  const timespec times[] = {before.st_atim, before.st_mtim};
+  ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+  EXPECT_EQ(polled().at("busy"), 1);
+  ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), nullptr, 0), 0);
+  EXPECT_EQ(polled().at("busy"), 2);
+}
+
+TEST_F(AgentSourceTest, NothingAtThePathMakesItWait) {
+  write(R"({"busy": 1})");
+  ASSERT_EQ(polled().at("busy"), 1);
+  const auto replaceBy = [&](const std::function<int()>& make) {
+    ::unlink(path.c_str());
+    ::rmdir(path.c_str());
+    ASSERT_EQ(make(), 0);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 30; ++i) EXPECT_EQ(polled().at("busy"), 1);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));  // it would wait for ever
+  };
+  replaceBy([&] { return ::mkfifo(path.c_str(), 0600); });
+  replaceBy([&] { return ::mkdir(path.c_str(), 0700); });
+  replaceBy([&] { return ::symlink(path.c_str(), path.c_str()); });
+  replaceBy([&] { return ::symlink("/dev/zero", path.c_str()); });
+  replaceBy([&] {
+    std::ofstream(path) << "";
+    return ::truncate(path.c_str(), 1LL << 40);
+  });
+}
+
+TEST_F(AgentSourceTest, SessionsLapseWithoutTheFileChanging) {
+  write(R"({"busy": 1, "ok": 0, "err": 1, "a0": 0.7, "sessions": {
+            "a": {"busy": 1, "expires": 1700000010}, "b": {"err": 1, "ok": 0, "expires": 1700000020}, "c": {"ok": 1}}})");
+  EXPECT_THAT(polled(now), ElementsAre(Pair("a0", 0.7), Pair("busy", 1), Pair("err", 1), Pair("ok", 0)));
+  EXPECT_THAT(polled(now + 10), ElementsAre(Pair("a0", 0.7), Pair("busy", 0), Pair("err", 1), Pair("ok", 0)));
+  EXPECT_THAT(polled(now + 21), ElementsAre(Pair("a0", 0.7), Pair("busy", 0), Pair("err", 0), Pair("ok", 1)));
+}
+
+TEST_F(AgentSourceTest, ASessionThatLapsedBeforeItWasReadCountsAsLapsed) {
+  write(R"({"busy": 1, "sessions": {"a": {"busy": 1, "expires": 1600000000}}})");
+  EXPECT_THAT(polled(), ElementsAre(Pair("busy", 0)));
+}
+
+}  // namespace
+}  // namespace veloria

@@ -1,0 +1,249 @@
+// The driver with its sources: who is asked when, and what becomes of the answers.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cmath>
+#include <fstream>
+
+#include "Process.h"
+#include "scene/BuiltInScripts.h"
+#include "scene/SceneDriver.h"
+#include "settings/Palette.h"
+
+namespace veloria {
+namespace {
+
+/// What a tap does is up to the test; it outlives the source that owns the tap.
+struct TapState {
+  AudioTap::Handlers handlers;
+  int starts = 0;
+  bool running = false;
+};
+
+class ScriptedTap : public AudioTap {
+ public:
+  explicit ScriptedTap(std::shared_ptr<TapState> state) : state_(std::move(state)) {}
+  ~ScriptedTap() override { stop(); }
+  void start(Handlers handlers) override {
+    state_->handlers = std::move(handlers);
+    state_->running = true;
+    ++state_->starts;
+  }
+  void stop() override { state_->running = false; }
+
+ private:
+  std::shared_ptr<TapState> state_;
+};
+
+class ScriptedFetcher : public HttpFetcher {
+ public:
+  void get(const std::string& url, std::size_t, double, Done done) override {
+    urls.push_back(url);
+    answer = std::move(done);
+  }
+  std::vector<std::string> urls;
+  Done answer;
+};
+
+class DriverSources : public testing::Test {
+ protected:
+  DriverSources() {
+    driver.onConfig = [this](const NimbraConfig& config) { driven = config; };
+  }
+
+  SceneDriver::Ports ports() {
+    return {.settings = [this]() -> const NimbraConfig& { return settings; },
+            .mediaClock = [this] { return now; },
+            .wallClock = [this] { return wall + now; },
+            .agentStateFile = folder.file("state.json"),
+            .makeAudioSource =
+                [this] {
+                  taps.push_back(std::make_shared<TapState>());
+                  return std::make_unique<AudioSource>(std::make_unique<ScriptedTap>(taps.back()));
+                },
+            .weather = {.http = &http, .clock = [this] { return now; }, .baseUrl = "https://weather.example"},
+            .sampleWallpaper = [this](auto done) { wallpaperRequests.push_back(std::move(done)); }};
+  }
+
+  const NimbraConfig& tickAfter(double seconds) {
+    now += seconds;
+    driver.tick();
+    return driven;
+  }
+
+  void choose(Visualizer mode, std::string script = "") {
+    settings.visualizer = mode;
+    settings.customScript = std::move(script);
+    driver.recompile();
+  }
+
+  void playTone(TapState& tap, double hertz) {
+    std::vector<float> samples(1024);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+      samples[i] = static_cast<float>(std::sin(2 * 3.14159265358979 * hertz * static_cast<double>(i) / 48000));
+    const std::span<const float> channels[] = {samples, samples};
+    tap.handlers.audio({.format = AudioFormat{48000, 2, 0, 32, true}, .unreadable = {}, .channels = channels});
+  }
+
+  double channel(const char* name) { return driver.channels.values.at(name); }
+
+  tests::TemporaryFolder folder;
+  NimbraConfig settings;
+  NimbraConfig driven;
+  double now = 500;
+  double wall = 1.7e9;
+  ScriptedFetcher http;
+  std::vector<std::shared_ptr<TapState>> taps;
+  std::vector<std::function<void(std::optional<Palette>)>> wallpaperRequests;
+  SceneDriver driver{ports()};
+};
+
+TEST_F(DriverSources, SoundIsListenedToInTheMusicModeOnly) {
+  choose(Visualizer::autonomous);
+  EXPECT_EQ(driver.audio(), nullptr);
+  choose(Visualizer::music);
+  ASSERT_EQ(taps.size(), 1U);
+  EXPECT_TRUE(taps[0]->running);
+  playTone(*taps[0], 140);
+  const NimbraConfig loud = tickAfter(0.03);
+  EXPECT_GT(channel("bass"), 0.5);
+  EXPECT_GT(channel("beat"), 0.5);
+  EXPECT_GT(loud.emitRate, 1.4 + 0.5 * 1.8);
+  choose(Visualizer::wind);
+  EXPECT_FALSE(taps[0]->running);
+  EXPECT_EQ(driver.audio(), nullptr);
+  tickAfter(0.06);
+  EXPECT_LT(channel("bass"), 0.5);
+  EXPECT_GT(channel("bass"), 0.1);
+  EXPECT_EQ(channel("beat"), 0);
+}
+
+TEST_F(DriverSources, AFailedTapIsReplacedByTheNextCompileAndNotBefore) {
+  choose(Visualizer::music);
+  playTone(*taps[0], 140);
+  tickAfter(0.03);
+  taps[0]->handlers.failed("the server is gone");
+  for (int i = 0; i < 90; ++i) tickAfter(1.0 / 30);
+  ASSERT_EQ(taps.size(), 1U);
+  EXPECT_EQ(driver.audio()->lastError(), "the server is gone");
+  EXPECT_LT(channel("bass"), 0.01);
+  choose(Visualizer::music);
+  ASSERT_EQ(taps.size(), 2U);
+  EXPECT_TRUE(taps[1]->running);
+  choose(Visualizer::music);
+  EXPECT_EQ(taps.size(), 2U);
+}
+
+TEST_F(DriverSources, ASuspendedDriverListensToNothing) {
+  choose(Visualizer::music);
+  driver.suspend();
+  EXPECT_FALSE(taps[0]->running);
+  choose(Visualizer::music);
+  EXPECT_EQ(taps.size(), 1U);
+  driver.resume();
+  ASSERT_EQ(taps.size(), 2U);
+  EXPECT_TRUE(taps[1]->running);
+}
+
+TEST_F(DriverSources, TheWeatherIsAskedForInItsTwoModesOnly) {
+  settings.weatherLatitude = 52.52;
+  settings.weatherLongitude = 13.405;
+  choose(Visualizer::autonomous);
+  tickAfter(0.03);
+  EXPECT_TRUE(http.urls.empty());
+  choose(Visualizer::wind);
+  tickAfter(0.03);
+  tickAfter(0.03);
+  ASSERT_EQ(http.urls.size(), 1U);
+  EXPECT_NE(http.urls[0].find("latitude=52.5200&longitude=13.4050"), std::string::npos);
+  http.answer(std::string(R"({"current": {"temperature_2m": 20, "wind_speed_10m": 30, "wind_gusts_10m": 40,
+                              "cloud_cover": 50, "precipitation": 2.5}})"));
+  tickAfter(0.03);
+  EXPECT_GT(channel("wind"), 0);
+  EXPECT_LT(channel("wind"), 1);  // it glides
+  for (int i = 0; i < 60; ++i) tickAfter(0.5);
+  EXPECT_NEAR(channel("wind"), 30, 0.01);
+  EXPECT_NEAR(channel("cloud"), 0.5, 0.001);
+  EXPECT_NEAR(channel("rain"), 0.5, 0.001);
+  EXPECT_NEAR(driven.flowSpeed, 0.15 + 3, 0.001);
+}
+
+TEST_F(DriverSources, AgentChannelsAreLiveInEveryModeAndItsPaletteWins) {
+  std::ofstream(folder.file("state.json")) << R"({"busy": 1, "palette": ["#ff0000", "#00ff00"]})";
+  driver.wallpaper = Palette::presets().front();
+  settings.matchWallpaper = true;
+  for (std::size_t mode = 0; mode < rawValues<Visualizer>.size(); ++mode) {
+    choose(static_cast<Visualizer>(mode), "bind glow = busy\npalette #0000ff #0000ff");
+    EXPECT_EQ(tickAfter(0.03).customPalette->stops.front(), (ColorStop{1, 0, 0})) << mode;
+    EXPECT_EQ(channel("busy"), 1) << mode;
+  }
+  choose(Visualizer::agent);
+  const double busy = tickAfter(0.03).curlStrength;
+  EXPECT_NEAR(busy, 1.2 + 4.2, 1e-6);
+}
+
+TEST_F(DriverSources, AFailureFlashesAndFadesInASecondAndAHalf) {
+  choose(Visualizer::agent);
+  const NimbraConfig calm = tickAfter(0.03);
+  wall = 1.7e9 - now;  // the wall clock starts here
+  const auto wallNow = [this] { return wall + now; };
+  std::ofstream(folder.file("state.json"))
+      << std::fixed << R"({"alert_until": )" << wallNow() + 1.5 << R"(, "alert_palette": ["#ff0000", "#aa0000"]})";
+  const NimbraConfig bright = tickAfter(0.001);
+  EXPECT_GT(bright.exposure, calm.exposure + 1.4);
+  EXPECT_EQ(bright.customPalette->stops[0], (ColorStop{1, 0, 0}));
+  EXPECT_LT(bright.hueSpread, 0.3 * calm.hueSpread);
+  const NimbraConfig half = tickAfter(0.75);
+  EXPECT_NEAR(half.exposure, calm.exposure + 0.75, 0.02);
+  const NimbraConfig after = tickAfter(0.75);
+  EXPECT_EQ(after.exposure, calm.exposure);
+  EXPECT_NE(after.customPalette->stops[0], (ColorStop{1, 0, 0}));
+}
+
+TEST_F(DriverSources, TheWallpaperIsSampledAtTheStartAndThenEachTwentySecondsWhileWanted) {
+  ASSERT_EQ(wallpaperRequests.size(), 1U);
+  choose(Visualizer::script, "");
+  tickAfter(100);
+  EXPECT_EQ(wallpaperRequests.size(), 1U);
+  choose(Visualizer::script, "palette wallpaper");
+  tickAfter(0.03);
+  EXPECT_EQ(wallpaperRequests.size(), 2U);
+  for (int i = 0; i < 19; ++i) tickAfter(1);
+  EXPECT_EQ(wallpaperRequests.size(), 2U);
+  tickAfter(1.1);
+  EXPECT_EQ(wallpaperRequests.size(), 3U);
+  wallpaperRequests.back()(Palette{"Custom", std::vector<ColorStop>(4, ColorStop{0, 1, 0})});
+  EXPECT_EQ(tickAfter(0.03).customPalette->stops[2], (ColorStop{0, 1, 0}));
+  wallpaperRequests.back()(std::nullopt);  // a picture that can't be read takes nothing away
+  EXPECT_EQ(tickAfter(0.03).customPalette->stops[2], (ColorStop{0, 1, 0}));
+}
+
+TEST_F(DriverSources, AnAnswerThatComesTooLateIsNobodys) {
+  std::function<void(std::optional<Palette>)> late;
+  {
+    auto mine = ports();
+    mine.sampleWallpaper = [&](auto done) { late = std::move(done); };
+    const SceneDriver gone(mine);
+  }
+  late(Palette::presets().front());
+}
+
+TEST_F(DriverSources, HostileNamesFillNeitherMemoryNorTheTick) {
+  for (int file = 0; file < 40; ++file) {
+    std::string text = "{\"busy\": 1";
+    for (int i = 0; i < 250; ++i) text += ",\"x" + std::to_string(file) + "_" + std::to_string(i) + "\": 1";
+    std::ofstream(folder.file("new")) << text << "}";
+    ASSERT_EQ(::rename(folder.file("new").c_str(), folder.file("state.json").c_str()), 0);
+    tickAfter(0.03);
+  }
+  EXPECT_LE(driver.channels.targets.size(), DriveChannels::maximumNames + 20);
+  EXPECT_EQ(channel("busy"), 1);
+  choose(Visualizer::music);
+  playTone(*taps[0], 140);
+  tickAfter(0.03);
+  EXPECT_GT(channel("bass"), 0.5);
+}
+
+}  // namespace
+}  // namespace veloria
