@@ -4,7 +4,7 @@
 _nimbra_lines() {
   local line
   while IFS= read -r line; do
-    [[ $line == "$word"* ]] && COMPREPLY+=("$line")
+    if [[ $line == "$word"* ]]; then COMPREPLY+=("$line"); fi
   done <<<"$1"
 }
 
