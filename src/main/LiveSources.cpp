@@ -25,7 +25,7 @@ std::filesystem::path stateFile(const Environment& environment) {
 
 std::string weatherUrl(const Environment& environment) {
   auto url = weatherBaseUrl(environment("NIMBRA_WEATHER_URL"));
-  if (!url) throw UsageError("NIMBRA_WEATHER_URL: " + url.error());
+  if (!url) throw UsageError(url.error());
   return *std::move(url);
 }
 
