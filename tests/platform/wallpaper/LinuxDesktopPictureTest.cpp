@@ -7,6 +7,7 @@
 #include <QTcpSocket>
 #include <atomic>
 #include <condition_variable>
+#include <csignal>
 #include <deque>
 #include <filesystem>
 #include <iterator>
@@ -16,7 +17,7 @@
 #include <thread>
 
 #include "Process.h"
-#include "desktop/ChildProcess.h"
+#include "desktop/DesktopSession.h"
 #include "render/WallpaperPalette.h"
 
 namespace veloria {
@@ -153,6 +154,31 @@ TEST_F(LinuxDesktopPictureTest, MayBeDestroyedByItsAnswer) {
   picture->thumbnail({}, [&](auto) { picture.reset(); });
   ASSERT_TRUE(main_.runOne());
   EXPECT_EQ(picture, nullptr);
+}
+
+TEST_F(LinuxDesktopPictureTest, ShowsTheRootWindowUntilItsServerIsKilled) {
+  if (const auto missing = desktop::DesktopSession::missing({"hsetroot"}); !missing.empty()) GTEST_SKIP() << missing;
+  desktop::DesktopSession desktop({.width = 640, .height = 400, .serverArguments = {}});
+  desktop.runToEnd({"hsetroot", "-solid", "#00FF00"});
+  std::signal(SIGPIPE, SIG_DFL);  // as it is in a program that cares nothing for it
+  const auto withDisplay = [&](std::string_view name) {
+    return name == "DISPLAY" ? std::optional(desktop.display()) : environment()(name);
+  };
+  LinuxDesktopPicture picture(withDisplay, main_.poster());
+  std::optional<Pixels> last;
+  const auto ask = [&] {
+    picture.thumbnail({}, [&](std::optional<Pixels> pixels) { last = std::move(pixels); });
+    return main_.runOne();
+  };
+  for (int i = 0; i < 20; ++i) {
+    ASSERT_TRUE(ask());
+    ASSERT_TRUE(last);
+    ASSERT_EQ(last->front(), (ColorStop{0, 1, 0}));
+  }
+  std::thread killer([&] { desktop.stopServer(); });
+  while (last && ask()) continue;
+  killer.join();
+  EXPECT_EQ(last, std::nullopt);
 }
 
 std::ptrdiff_t threadCount() {
