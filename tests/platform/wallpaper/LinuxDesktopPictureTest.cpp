@@ -59,8 +59,15 @@ class MainLoop {
   std::deque<std::function<void()>> functions_;
 };
 
+std::ptrdiff_t threadCount() {
+  const std::filesystem::directory_iterator tasks("/proc/self/task");
+  return std::distance(begin(tasks), end(tasks));
+}
+
 class LinuxDesktopPictureTest : public testing::Test {
  protected:
+  static void SetUpTestSuite() { threadsAtStart_ = threadCount(); }
+
   /// A desktop without a display server, whose picture is the one that ~/.fehbg names.
   Environment environment() const {
     return [home = folder_.path()](std::string_view name) -> std::optional<std::string> {
@@ -82,6 +89,7 @@ class LinuxDesktopPictureTest : public testing::Test {
 
   tests::TemporaryFolder folder_;
   MainLoop main_;
+  static inline std::ptrdiff_t threadsAtStart_ = 0;
 };
 
 TEST_F(LinuxDesktopPictureTest, AnswersOnTheMainThreadWithThePictureOfNow) {
@@ -181,11 +189,6 @@ TEST_F(LinuxDesktopPictureTest, ShowsTheRootWindowUntilItsServerIsKilled) {
   EXPECT_EQ(last, std::nullopt);
 }
 
-std::ptrdiff_t threadCount() {
-  const std::filesystem::directory_iterator tasks("/proc/self/task");
-  return std::distance(begin(tasks), end(tasks));
-}
-
 /// A display server that accepts connections and says nothing stands for whatever may hang: a disk, a share, a program.
 TEST_F(LinuxDesktopPictureTest, LeavesWorkThatHangsBehind) {
   constexpr int portOfDisplayZero = 6000;
@@ -195,7 +198,7 @@ TEST_F(LinuxDesktopPictureTest, LeavesWorkThatHangsBehind) {
   const auto withDisplay = [&](std::string_view name) {
     return name == "DISPLAY" ? std::optional(display) : environment()(name);
   };
-  const auto isAlone = [] { return threadCount() == 1; };
+  const auto isAlone = [] { return threadCount() == threadsAtStart_; };
   ASSERT_TRUE(desktop::poll(20, isAlone)) << "threads of earlier tests end";
   std::atomic<int> posts = 0;
   auto picture = std::make_unique<LinuxDesktopPicture>(withDisplay, [&](auto) { ++posts; });
