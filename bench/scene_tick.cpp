@@ -1,7 +1,10 @@
-// What the scene costs: one driver tick in each drive mode, and parsing.
+// What the scene costs: one driver tick in each drive mode with a state file and an alert, and parsing.
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "scene/BuiltInScripts.h"
@@ -17,8 +20,12 @@ void tick(benchmark::State& state) {
   settings.customScript = "bind glow = smoothstep(0, 1, sin(t * 0.5) * 0.5 + 0.5)\nbind hue = t * 0.01";
   settings.tempo = 1.5;
   double now = 0;
-  SceneDriver driver(
-      {.settings = [&]() -> const NimbraConfig& { return settings; }, .mediaClock = [&] { return now; }});
+  const std::filesystem::path file = std::filesystem::temp_directory_path() / ("bench-" + std::to_string(::getpid()));
+  std::ofstream(file) << R"({"busy": 1, "ok": 0, "err": 0.5, "a0": 0.1, "alert_until": 1e12,
+                             "sessions": {"one": {"busy": 1, "expires": 1e12}}})";
+  SceneDriver driver({.settings = [&]() -> const NimbraConfig& { return settings; },
+                      .mediaClock = [&] { return now; },
+                      .agentStateFile = file});
   driver.recompile();
   for (const auto name : DriveChannels::sourceNames) driver.channels.set(name, 0.5, 0.3);
   for (auto _ : state) {
@@ -26,6 +33,7 @@ void tick(benchmark::State& state) {
     driver.tick();
   }
   state.SetLabel(std::string(rawValue(settings.visualizer)));
+  std::filesystem::remove(file);
 }
 BENCHMARK(tick)->DenseRange(0, 5);
 

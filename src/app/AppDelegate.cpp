@@ -31,7 +31,7 @@ ScreenStatus screenStatus(const NimbraWindow& window, const NimbraRenderer& rend
           .scale = geometry.backingScale,
           .gridWidth = figures.gridW,
           .gridHeight = figures.gridH,
-          .fps = figures.fpsAvg,
+          .fps = figures.frameIntervalAvg > 0 ? 1 / figures.frameIntervalAvg : 0,
           .gpuMs = figures.gpuMsAvg};
 }
 

@@ -63,7 +63,8 @@ AgentSession& openSession(AgentSessions& sessions, const SessionChoice& choice, 
 void startAlert(json& state, double now) {
   state[alertUntil] = now + alertSeconds;
   state[alertFor] = alertSeconds;
-  state[alertPalette] = {"#ff2a2a", "#ff5a1f", "#ff2a2a", "#b00020"};
+  // The agent scene turns the hues of a failure back by about thirty degrees: these are crimson there and fire elsewhere.
+  state[alertPalette] = {"#ff9000", "#ff7000", "#ffa000", "#c05800"};
 }
 
 bool isChannelValue(const json& value) {

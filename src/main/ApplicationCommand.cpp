@@ -12,6 +12,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "app/AppDelegate.h"
 #include "app/RemoteControl.h"
@@ -21,6 +22,7 @@
 #include "main/Command.h"
 #include "main/Commands.h"
 #include "main/GpuSetup.h"
+#include "main/LiveSources.h"
 #include "main/RunningApplication.h"
 #include "main/SignalWatch.h"
 #include "platform/linux/files/FileSettingsStorage.h"
@@ -81,13 +83,6 @@ std::string displayName() {
   return *display;
 }
 
-/// The state file; its folder is made so that others find where to write. Empty without a home.
-std::filesystem::path stateFile(const Environment& environment) {
-  const auto folder = dataFolder(environment);
-  if (!folder || !makeUserFolder(*folder)) return {};
-  return *folder / "state.json";
-}
-
 struct Instance {
   bool otherRuns = false;
   std::optional<InstanceLock> lock;  ///< nothing where it can't be had: running without it is better than not running
@@ -138,9 +133,11 @@ int runApplication(const QStringList&) {
   });
   SettingsStore& settings = SettingsStore::makeShared(
       std::make_unique<FileSettingsStorage>(configFolder(environment).value_or("")), environment);
-  SceneDriver driver({.settings = [&]() -> const NimbraConfig& { return settings.config(); },
-                      .timers = &timers,
-                      .agentStateFile = stateFile(environment)});
+  LiveSources sources(environment, screens);
+  SceneDriver::Ports driverPorts{.settings = [&]() -> const NimbraConfig& { return settings.config(); },
+                                 .timers = &timers};
+  sources.addTo(driverPorts);
+  SceneDriver driver(std::move(driverPorts));
 
   int exitCode = done;
   AppDelegate delegate({

@@ -1,3 +1,4 @@
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QCommandLineParser>
@@ -22,6 +23,7 @@
 #include "main/VirtualDriver.h"
 #include "render/NimbraRenderer.h"
 #include "render/ScreenGeometry.h"
+#include "scene/AgentSource.h"
 
 namespace veloria {
 
@@ -40,6 +42,7 @@ struct RenderJob {
   std::optional<std::string> mask;
   NimbraConfig config;
   std::vector<ChannelEvent> events;
+  VirtualState state;
   PointerState pointer;
   FramePattern output;
   bool raw = false;
@@ -63,6 +66,8 @@ void addOptions(QCommandLineParser& parser) {
       {"mask", "Picture of the bar whose text is kept clear; turns preserveMenuBarText on.", "file"},
       {"channel", "Holds an input channel at a value, such as bass=0.8. May be repeated.", "name=value"},
       {"channels", "Input channels over time: JSON lines {\"t\": seconds, \"name\": text, \"value\": number}.", "file"},
+      {"state", "An agent state file, as the nimbra command writes it; the clip begins when it was last changed.",
+       "file"},
       {"pointer", "The pointer: X,Y in points from the top left, y down; DX,DY in points a 60 Hz frame, y up.",
        "X,Y[,DX,DY]"},
       {{"o", "output"},
@@ -116,6 +121,15 @@ std::vector<ChannelEvent> eventsFrom(const QCommandLineParser& parser) {
   return events;
 }
 
+VirtualState stateFrom(const std::string& path) {
+  const auto bytes = readFileBounded(path, maximumJsonBytes);
+  if (!bytes) throw WorkError(bytes.error());
+  if (!readAgentState(*bytes)) throw WorkError(path + ": this is not one JSON object");
+  struct stat attributes {};
+  if (::stat(path.c_str(), &attributes) != 0) throw WorkError(path + ": its time can't be read");
+  return {path, static_cast<double>(attributes.st_mtim.tv_sec) + 1e-9 * static_cast<double>(attributes.st_mtim.tv_nsec)};
+}
+
 std::vector<std::uint8_t> groundFrom(const std::string& text, gpu::Size size) {
   const auto colour = parseColour("--background", text);
   if (!colour) return loadPicture(text, size);
@@ -149,6 +163,7 @@ RenderJob jobFrom(const QCommandLineParser& parser) {
   }
   if (parser.isSet("output")) job.output = parseFramePattern("--output", text("output"));
   job.events = eventsFrom(parser);
+  if (parser.isSet("state")) job.state = stateFrom(text("state"));
   if (parser.isSet("pointer")) job.pointer = pointerFrom(text("pointer"));
   if (parser.isSet("background")) job.ground = groundFrom(text("background"), job.size);
   job.config = configFrom(parser);
@@ -245,7 +260,7 @@ void renderFrames(const RenderJob& job, gpu::Device& device, const gpu::Library&
   RenderStats stats([&now] { return now; });
   NimbraRenderer renderer(device, library, stats, [&now] { return now; });
   OffscreenTarget target(device, job.size);
-  VirtualDriver driver(job.config, job.events);
+  VirtualDriver driver(job.config, job.events, job.state);
   renderer.geometry = geometryFor(job);
   renderer.backdrop = maskFrom(device, job);
   renderer.pointer = job.pointer;

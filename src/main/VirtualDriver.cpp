@@ -23,14 +23,15 @@ double smoothingOf(std::string_view name) {
 
 }  // namespace
 
-VirtualDriver::VirtualDriver(NimbraConfig config, std::vector<ChannelEvent> events)
+VirtualDriver::VirtualDriver(NimbraConfig config, std::vector<ChannelEvent> events, const VirtualState& state)
     : config_(std::move(config)),
       driven_(config_),
       events_(std::move(events)),
       driver_({.settings = [this]() -> const NimbraConfig& { return config_; },
                .mediaClock = [this] { return now_; },
-               .wallClock = [this] { return now_; },
-               .timers = nullptr}) {
+               .wallClock = [this, start = state.wallClockStart] { return start + now_; },
+               .timers = nullptr,
+               .agentStateFile = state.file}) {
   std::stable_sort(events_.begin(), events_.end(), [](const auto& a, const auto& b) { return a.t < b.t; });
   driver_.onConfig = [this](const NimbraConfig& driven) { driven_ = driven; };
   driver_.recompile();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -15,12 +16,18 @@ struct ChannelEvent {
   double value = 0;
 };
 
+/// An agent state file, and the time of day at which the clock begins.
+struct VirtualState {
+  std::filesystem::path file;  ///< empty: none
+  double wallClockStart = 0;   ///< seconds since 1970
+};
+
 /// The scene driver on a clock that is moved by hand: it ticks at 30 Hz of that clock, before the frame that a tick
 /// falls on, and takes its channels from a list. Same input, same output.
 class VirtualDriver {
  public:
   /// `events` in any order. Throws WorkError when the record's script has an error.
-  VirtualDriver(NimbraConfig config, std::vector<ChannelEvent> events);
+  VirtualDriver(NimbraConfig config, std::vector<ChannelEvent> events, const VirtualState& state = {});
 
   /// Moves the clock to `seconds` (not backwards) and runs the ticks that are due.
   void advanceTo(double seconds);

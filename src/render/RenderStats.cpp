@@ -26,6 +26,7 @@ void RenderStats::recordFrame(double gpuSeconds) {
   const double now = clock_();
   const double interval = now - lastPresent_;
   if (lastPresent_ > 0 && interval > 0.0005 && interval < 1.0) smooth(figures_.fpsAvg, 1 / interval);
+  if (lastPresent_ > 0 && interval < 1.0) smooth(figures_.frameIntervalAvg, interval);
   lastPresent_ = now;
 }
 

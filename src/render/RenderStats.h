@@ -12,7 +12,8 @@ class RenderStats {
  public:
   struct Figures {
     double gpuMsAvg = 0;
-    double fpsAvg = 0;
+    double fpsAvg = 0;            ///< the mean of the moments' rates: frames that come in pairs raise it
+    double frameIntervalAvg = 0;  ///< seconds between frames; its inverse is what a person would count
     std::int64_t gridW = 0;
     std::int64_t gridH = 0;
   };

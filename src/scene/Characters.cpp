@@ -108,7 +108,7 @@ std::string lowercased(std::string_view text) {
   return lower;
 }
 
-std::string_view trimmed(std::string_view text) {
+std::string_view withoutOuterBlanks(std::string_view text) {
   while (!text.empty() && isBlank(text.substr(0, firstCodePointLength(text)))) {
     text.remove_prefix(firstCodePointLength(text));
   }

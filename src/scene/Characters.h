@@ -31,7 +31,7 @@ std::string validUtf8(std::string_view text);
 std::string lowercased(std::string_view text);
 
 /// Without blanks at both ends: the tab and every space separator of Unicode, no line ends.
-std::string_view trimmed(std::string_view text);
+std::string_view withoutOuterBlanks(std::string_view text);
 
 /// The lines between line ends. Each line end counts for itself, so a carriage return and a line feed have an empty
 /// line between them. Line ends: U+000A to U+000D, U+0085, U+2028, U+2029.

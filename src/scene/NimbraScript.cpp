@@ -78,9 +78,9 @@ class ScriptParser {
   }
 
   std::string_view withoutComment(std::string_view raw) {
-    std::string_view line = trimmed(raw);
+    std::string_view line = withoutOuterBlanks(raw);
     line = line.substr(0, line.find("//"));
-    return trimmed(beforeCommentSign(line, splitter_.split(line)));
+    return withoutOuterBlanks(beforeCommentSign(line, splitter_.split(line)));
   }
 
   void parsePalette(const Tokens& tokens) {
@@ -109,12 +109,12 @@ class ScriptParser {
   }
 
   void parseBind(std::string_view line) {
-    const std::string_view rest = trimmed(line.substr(std::string_view("bind").size()));
+    const std::string_view rest = withoutOuterBlanks(line.substr(std::string_view("bind").size()));
     const Characters characters = splitter_.split(rest);
     const auto equals = std::ranges::find(characters, std::string_view("="));
     if (equals == characters.end()) fail(bindUsage);
     const std::size_t at = offsetIn(rest, *equals);
-    const std::string name = lowercased(trimmed(rest.substr(0, at)));
+    const std::string name = lowercased(withoutOuterBlanks(rest.substr(0, at)));
     const auto param = scriptParamFromKeyword(name);
     if (!param) fail("unknown parameter '" + name + "'");
     script_.bindings.emplace_back(*param, ExprParser::parse(rest.substr(at + 1), splitter_));

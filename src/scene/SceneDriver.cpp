@@ -19,6 +19,8 @@ constexpr double shortestStep = 1.0 / 240;
 constexpr double longestStep = 0.5;
 constexpr double wallpaperSeconds = 20;
 constexpr int ticksBetweenAudioLines = 60;
+/// Room for a time of day, yet a channel glides back from it in seconds.
+constexpr double largestAgentValue = 1e12;
 
 // Time constants, in seconds.
 constexpr double levelSmoothing = 0.08;
@@ -144,7 +146,9 @@ void SceneDriver::feedWeather(const NimbraConfig& settings) {
 
 void SceneDriver::feedAgent() {
   agent_.poll(ports_.wallClock());
-  for (const auto& [name, value] : agent_.latest()) channels.set(name, value, agentSmoothing);
+  for (const auto& [name, value] : agent_.latest()) {
+    channels.set(name, std::clamp(value, -largestAgentValue, largestAgentValue), agentSmoothing);
+  }
 }
 
 void SceneDriver::checkWallpaper(const NimbraConfig& settings, double now) {

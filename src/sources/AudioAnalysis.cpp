@@ -12,7 +12,6 @@ namespace veloria {
 
 namespace {
 
-constexpr std::size_t blockSize = AudioAnalysis::blockSize;
 constexpr std::size_t usualDelivery = 8192;
 constexpr float mostOfASample = 1024;
 constexpr double steepness = 0.75;

@@ -1,104 +1,12 @@
-// The program itself on a private desktop with a real window manager, panel and compositor.
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 
-#include "desktop/DesktopSession.h"
+#include "EndToEndFixture.h"
 #include "settings/SettingsCodec.h"
 
 namespace veloria::desktop {
 namespace {
-
-constexpr int barHeight = 32;
-const Pixel panelColour{0x20, 0x30, 0x40};
-
-struct Region {
-  int x;
-  int y;
-  int width;
-  int height;
-};
-
-/// The share of pixels that are light: clearly coloured, unlike panel, root window and windows here.
-double litShare(const Screenshot& picture, const Region& region) {
-  int lit = 0;
-  for (int y = region.y; y < region.y + region.height; ++y) {
-    for (int x = region.x; x < region.x + region.width; ++x) {
-      const Pixel p = picture.at(x, y);
-      const int high = std::max({p.red, p.green, p.blue});
-      const int low = std::min({p.red, p.green, p.blue});
-      lit += high > 90 && high - low > 40 ? 1 : 0;
-    }
-  }
-  return static_cast<double>(lit) / (region.width * region.height);
-}
-
-double difference(const Screenshot& a, const Screenshot& b, const Region& region) {
-  double sum = 0;
-  for (int y = region.y; y < region.y + region.height; ++y) {
-    for (int x = region.x; x < region.x + region.width; ++x) {
-      const Pixel p = a.at(x, y);
-      const Pixel q = b.at(x, y);
-      sum += std::abs(p.red - q.red) + std::abs(p.green - q.green) + std::abs(p.blue - q.blue);
-    }
-  }
-  return sum / (3.0 * region.width * region.height);
-}
-
-constexpr Region strip{0, 0, 1920, barHeight};
-constexpr Region belowStrip{0, barHeight + 4, 1920, 60};
-
-class EndToEnd : public testing::Test {
- protected:
-  void startDesktop(const DesktopSession::Options& options = {}) {
-    if (const auto missing = DesktopSession::missing({"xrandr"}); !missing.empty()) GTEST_SKIP() << missing;
-    desktop_ = std::make_unique<DesktopSession>(options);
-    desktop_->startWindowManager("openbox");
-    desktop_->startPanel(barHeight);
-    desktop_->startCompositor();
-    // A compositor that has just started shows black for a moment.
-    ASSERT_TRUE(desktop_->waitUntil([&] { return desktop_->screenshot().at(options.width / 2, 4) == panelColour; }));
-  }
-
-  void startVeloria(const std::function<void(NimbraConfig&)>& edit) {
-    NimbraConfig config;
-    edit(config);
-    const auto folder = std::filesystem::path(desktop_->environment().at("XDG_CONFIG_HOME")) / "Veloria";
-    std::filesystem::create_directories(folder);
-    std::ofstream(folder / "NimbraConfig.v1.json") << encodeSettings(config).value();
-    // The validation layer keeps memory of its own, so it stays away from the long runs that measure it.
-    const bool soaks = std::getenv("VELORIA_SOAK_ROUNDS") != nullptr;
-    veloria_ = desktop_->run({VELORIA_BINARY}, {{"VELORIA_VALIDATION", soaks ? "0" : "1"}});
-    ASSERT_TRUE(desktop_->waitForWindow("Veloria", 30)) << veloria_->output();
-  }
-
-  bool waitForLight(const Region& region, double share = 0.1) {
-    return desktop_->waitUntil([&] { return litShare(desktop_->screenshot(), region) > share; }, 30);
-  }
-
-  std::size_t bands() const {
-    const auto windows = desktop_->windows();
-    return static_cast<std::size_t>(std::count_if(windows.begin(), windows.end(),
-                                                  [](const auto& window) { return window.windowClass == "Veloria"; }));
-  }
-
-  double residentMiB() const {
-    std::ifstream statm("/proc/" + std::to_string(veloria_->pid()) + "/statm");
-    double total = 0;
-    double resident = 0;
-    statm >> total >> resident;
-    return resident * 4096 / (1 << 20);
-  }
-
-  std::unique_ptr<DesktopSession> desktop_;
-  std::unique_ptr<ChildProcess> veloria_;
-};
 
 TEST_F(EndToEnd, overThePanelTheLightIsSeenAndMoves) {
   startDesktop();

@@ -42,7 +42,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.end_headers()
 
     def redirect(self, target):
-        self.body(b"", 302, Location=target)
+        self.body(b"It has moved.", 302, Location=target)
 
     def end_connection(self):
         self.close_connection = True

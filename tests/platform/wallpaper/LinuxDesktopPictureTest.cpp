@@ -7,6 +7,7 @@
 #include <QTcpSocket>
 #include <atomic>
 #include <condition_variable>
+#include <csignal>
 #include <deque>
 #include <filesystem>
 #include <iterator>
@@ -16,7 +17,7 @@
 #include <thread>
 
 #include "Process.h"
-#include "desktop/ChildProcess.h"
+#include "desktop/DesktopSession.h"
 #include "render/WallpaperPalette.h"
 
 namespace veloria {
@@ -58,8 +59,15 @@ class MainLoop {
   std::deque<std::function<void()>> functions_;
 };
 
+std::ptrdiff_t threadCount() {
+  const std::filesystem::directory_iterator tasks("/proc/self/task");
+  return std::distance(begin(tasks), end(tasks));
+}
+
 class LinuxDesktopPictureTest : public testing::Test {
  protected:
+  static void SetUpTestSuite() { threadsAtStart_ = threadCount(); }
+
   /// A desktop without a display server, whose picture is the one that ~/.fehbg names.
   Environment environment() const {
     return [home = folder_.path()](std::string_view name) -> std::optional<std::string> {
@@ -81,6 +89,7 @@ class LinuxDesktopPictureTest : public testing::Test {
 
   tests::TemporaryFolder folder_;
   MainLoop main_;
+  static inline std::ptrdiff_t threadsAtStart_ = 0;
 };
 
 TEST_F(LinuxDesktopPictureTest, AnswersOnTheMainThreadWithThePictureOfNow) {
@@ -155,9 +164,29 @@ TEST_F(LinuxDesktopPictureTest, MayBeDestroyedByItsAnswer) {
   EXPECT_EQ(picture, nullptr);
 }
 
-std::ptrdiff_t threadCount() {
-  const std::filesystem::directory_iterator tasks("/proc/self/task");
-  return std::distance(begin(tasks), end(tasks));
+TEST_F(LinuxDesktopPictureTest, ShowsTheRootWindowUntilItsServerIsKilled) {
+  if (const auto missing = desktop::DesktopSession::missing({"hsetroot"}); !missing.empty()) GTEST_SKIP() << missing;
+  desktop::DesktopSession desktop({.width = 640, .height = 400, .serverArguments = {}});
+  desktop.runToEnd({"hsetroot", "-solid", "#00FF00"});
+  std::signal(SIGPIPE, SIG_DFL);  // as it is in a program that cares nothing for it
+  const auto withDisplay = [&](std::string_view name) {
+    return name == "DISPLAY" ? std::optional(desktop.display()) : environment()(name);
+  };
+  LinuxDesktopPicture picture(withDisplay, main_.poster());
+  std::optional<Pixels> last;
+  const auto ask = [&] {
+    picture.thumbnail({}, [&](std::optional<Pixels> pixels) { last = std::move(pixels); });
+    return main_.runOne();
+  };
+  for (int i = 0; i < 20; ++i) {
+    ASSERT_TRUE(ask());
+    ASSERT_TRUE(last);
+    ASSERT_EQ(last->front(), (ColorStop{0, 1, 0}));
+  }
+  std::thread killer([&] { desktop.stopServer(); });
+  while (last && ask()) continue;
+  killer.join();
+  EXPECT_EQ(last, std::nullopt);
 }
 
 /// A display server that accepts connections and says nothing stands for whatever may hang: a disk, a share, a program.
@@ -169,7 +198,7 @@ TEST_F(LinuxDesktopPictureTest, LeavesWorkThatHangsBehind) {
   const auto withDisplay = [&](std::string_view name) {
     return name == "DISPLAY" ? std::optional(display) : environment()(name);
   };
-  const auto isAlone = [] { return threadCount() == 1; };
+  const auto isAlone = [] { return threadCount() == threadsAtStart_; };
   ASSERT_TRUE(desktop::poll(20, isAlone)) << "threads of earlier tests end";
   std::atomic<int> posts = 0;
   auto picture = std::make_unique<LinuxDesktopPicture>(withDisplay, [&](auto) { ++posts; });

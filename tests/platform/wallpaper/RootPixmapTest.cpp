@@ -180,7 +180,9 @@ TEST_F(RootPixmapTest, SurvivesPixmapsThatVanishMeanwhile) {
     for (int i = 0; i < 300; ++i) {
       const xcb_pixmap_t pixmap = makePixmap(24, 640, 400, 0xFF0000);
       setRootPixmap(pixmap);
+      for (int wait = 0; wait < i % 16; ++wait) sync();
       xcb_free_pixmap(server(), pixmap);
+      xcb_free_pixmap(server(), makePixmap(32, 4 * side, 4 * side, 0xFF00FF00));  // leaves green in free memory
       sync();
     }
     ended = true;

@@ -39,6 +39,12 @@ bool isPacked(const QNetworkReply& reply) {
   return !encoding.isEmpty() && encoding != "identity";
 }
 
+/// Qt mostly, but not always, notices that the connection ended before the announced end.
+bool isCutOff(const QNetworkReply& reply, qint64 received) {
+  const QVariant length = reply.header(QNetworkRequest::ContentLengthHeader);
+  return length.isValid() && !reply.hasRawHeader("Transfer-Encoding") && received != length.toLongLong();
+}
+
 Failure failure(const QString& reason) {
   return {reason.left(longestReason).toStdString()};
 }
@@ -86,6 +92,7 @@ void HttpTransfer::finish() {
   const QUrl target = reply_->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
   if (!target.isEmpty()) return follow(reply_->url().resolved(target));
   if (isPacked(*reply_)) return end(failure("the answer is compressed, though it was asked for as it is"));
+  if (isCutOff(*reply_, body_.size())) return end(failure("Connection closed"));
   end(body_.toStdString());
 }
 

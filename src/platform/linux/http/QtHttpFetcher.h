@@ -14,8 +14,11 @@ namespace veloria {
 ///
 /// Main thread, with a QCoreApplication that outlives it. The work is done on threads of its own, so that nothing holds
 /// the main thread up but the destructor, which cancels all requests and waits for those threads (a look-up of the
-/// system's proxies can't be cancelled). Qt does not bound an answer's header: over https a server that sends one
-/// without end is read until the time is up, over plain http until it stops.
+/// system's proxies can't be cancelled).
+///
+/// What Qt keeps from doing better: an answer's header is not bounded, so over https a server that sends one without
+/// end is read until the time is up, over plain http until it stops; and a body in chunks whose connection ends before
+/// the last one sometimes counts as whole.
 class QtHttpFetcher final : public HttpFetcher {
  public:
   QtHttpFetcher();

@@ -148,7 +148,8 @@ void PulseSession::monitorFound() {
 
 void PulseSession::follow(const Monitor& monitor) {
   if (stream_ && monitor.index == monitor_.index) return;
-  // The server does not let go of a stream that it is still making, so that one is looked at again once it is there.
+  // A stream that is still being made can't be closed. Once it is there, the monitor is looked for again. (PulseAudio
+  // answers in order, so it is there by now; other servers need not.)
   if (stream_ && !streamReady_) return;
   if (monitor.index == lostIndex_) return fail("The sound server refuses the recording: " + lostReason_ + ".");
   openStream(monitor);

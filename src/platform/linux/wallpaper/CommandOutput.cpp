@@ -66,6 +66,7 @@ class SpawnSetup {
   /// The child's number, -1 when it can't be started.
   pid_t start(std::vector<std::string> argv) const {
     std::vector<char*> words;
+    words.reserve(argv.size() + 1);
     for (std::string& word : argv) words.push_back(word.data());
     words.push_back(nullptr);
     pid_t child = -1;

@@ -45,7 +45,7 @@ std::optional<std::string> gsettingsPictureFromText(std::string_view listing, bo
   if (valueOf(listing, "picture-options") == "none") return std::nullopt;
   for (const std::string_view key : {"picture-uri-dark", "picture-uri", "picture-filename"}) {
     if (key == "picture-uri-dark" && !dark) continue;
-    const auto address = valueOf(listing, key);
+    auto address = valueOf(listing, key);
     if (address && !address->empty()) return address;
   }
   return std::nullopt;

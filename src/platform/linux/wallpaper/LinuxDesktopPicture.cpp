@@ -79,7 +79,7 @@ class LinuxDesktopPicture::Errand {
 };
 
 LinuxDesktopPicture::LinuxDesktopPicture(const Environment& environment, PostToMain postToMain)
-    : worker_(std::make_shared<Worker>(PictureLoader(desktopSurroundings(environment)), std::move(postToMain))),
+    : worker_(std::make_shared<Worker>(Worker{PictureLoader(desktopSurroundings(environment)), std::move(postToMain)})),
       self_(std::make_shared<LinuxDesktopPicture*>(this)) {}
 
 LinuxDesktopPicture::~LinuxDesktopPicture() {

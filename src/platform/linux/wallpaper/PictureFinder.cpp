@@ -137,7 +137,7 @@ std::optional<fs::path> pictureInSlideshow(const fs::path& file, const fs::path&
 std::optional<fs::path> findPicture(PictureSource source, const DesktopSurroundings& surroundings,
                                     std::string_view screen) {
   const auto address = pictureAddress(source, surroundings, screen);
-  const auto path = address ? localPath(*address, surroundings.home) : std::nullopt;
+  auto path = address ? localPath(*address, surroundings.home) : std::nullopt;
   if (!path) return std::nullopt;
   std::error_code error;
   if (fs::is_directory(*path, error)) return pictureInPackage(*path);

@@ -13,7 +13,7 @@ namespace veloria {
 /// on the main thread: that sets QImageReader's allocation limit for the whole process to `decoderMegabytes`.
 class PictureLoader {
  public:
-  static constexpr int decoderMegabytes = 256;
+  static constexpr int decoderMegabytes = 128;
 
   explicit PictureLoader(DesktopSurroundings surroundings);
   /// `screen`: the name of the screen whose desktop it is; another screen's picture will do where the name is unknown.

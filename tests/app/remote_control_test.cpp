@@ -1,0 +1,117 @@
+// What other programs are told, and what people read of it.
+
+#include "app/RemoteControl.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "settings/LookPreset.h"
+
+namespace veloria::tests {
+namespace {
+
+using ::testing::HasSubstr;
+using Json = nlohmann::ordered_json;
+
+class NoStorage : public SettingsStorage {
+ public:
+  std::optional<std::string> read(std::string_view) override { return std::nullopt; }
+  bool write(std::string_view, std::string_view) override { return true; }
+};
+
+AppStatus fullStatus() {
+  AppStatus status;
+  status.rendering = true;
+  status.visualizer = Visualizer::music;
+  status.layer = LayerMode::aboveMenuBar;
+  status.backend = "x11";
+  status.device = "A GPU";
+  status.screens = {{"DP-1", {0, 1056, 1920, 24}, 24, Rect{860, 0, 200, 32}, 2, 634, 32, 59.94, 1.23456}};
+  status.scriptError = "Line 2: unknown parameter 'glw'";
+  status.audio = {true, std::nullopt, {0.5, 0.25, 0.125, 0.0625, 1}};
+  status.weather = WeatherStatus{12, 8, 15, 0.75, 0, "12°C", "timed out"};
+  return status;
+}
+
+class RemoteControlTest : public testing::Test {
+ protected:
+  Json ask(const std::string& question) { return Json::parse(remote_.answer(question)); }
+
+  SettingsStore settings_{std::make_unique<NoStorage>(), [](std::string_view) { return std::nullopt; }};
+  RemoteControl remote_{{.settings = &settings_, .status = fullStatus}};
+};
+
+TEST_F(RemoteControlTest, PausesResumesAndChangesTheLook) {
+  EXPECT_EQ(ask(R"({"command": "pause"})"), Json::object());
+  EXPECT_FALSE(settings_.config().enabled);
+  EXPECT_EQ(ask(R"({"command": "resume"})"), Json::object());
+  EXPECT_TRUE(settings_.config().enabled);
+  const LookPreset& rave = *LookPreset::find("Rave");
+  EXPECT_EQ(ask(R"({"command": "preset", "name": "Rave"})"), Json::object());
+  EXPECT_EQ(settings_.config(), choose(NimbraConfig(), rave));
+}
+
+TEST_F(RemoteControlTest, SaysWhatIsWrongAndChangesNothing) {
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"", "one line of JSON"},
+      {"[]", "one line of JSON"},
+      {"{\"command\": \"status\"", "one line of JSON"},
+      {std::string(3000, '['), "one line of JSON"},
+      {"{}", "no command \"\""},
+      {R"({"command": 7})", "no command \"\""},
+      {R"({"command": "stop"})", "no command \"stop\""},
+      {R"({"command": "preset"})", "no preset \"\"; there are Northern Lights, "},
+      {R"({"command": "preset", "name": "rave"})", "no preset \"rave\""},
+      {R"({"command": "settings"})", "no settings window"},
+  };
+  for (const auto& [question, text] : cases) {
+    const Json answer = ask(question);
+    ASSERT_TRUE(answer.contains("error")) << question;
+    EXPECT_THAT(answer["error"].get<std::string>(), HasSubstr(text)) << question;
+  }
+  // A long name is cut in the middle of a character; the answer is JSON all the same.
+  std::string name = "x";
+  for (int i = 0; i < 100; ++i) name += "ä";
+  EXPECT_TRUE(ask(R"({"command": "preset", "name": ")" + name + "\"}").contains("error"));
+  EXPECT_EQ(settings_.config(), NimbraConfig());
+}
+
+TEST_F(RemoteControlTest, TellsHowItIs) {
+  const Json wanted = Json::parse(R"({"running": true, "rendering": true, "reason": "", "visualizer": "music",
+      "layer": "aboveMenuBar", "backend": "x11", "device": "A GPU",
+      "screens": [{"name": "DP-1", "frame": [0.0, 1056.0, 1920.0, 24.0], "menuBarHeight": 24.0,
+                   "notch": [860.0, 0.0, 200.0, 32.0], "scale": 2.0, "grid": [634, 32], "fps": 59.9, "gpuMs": 1.235}],
+      "script": {"error": "Line 2: unknown parameter 'glw'"},
+      "audio": {"running": true, "error": null, "level": 0.5, "bass": 0.25, "mid": 0.125, "treble": 0.063, "beat": 1.0},
+      "weather": {"temp": 12.0, "wind": 8.0, "gust": 15.0, "cloud": 0.75, "rain": 0.0, "readout": "12°C",
+                  "error": "timed out"},
+      "hint": ""})");
+  EXPECT_EQ(ask(R"({"command": "status"})"), wanted);
+}
+
+TEST(StatusText, IsForPeople) {
+  AppStatus status = fullStatus();
+  EXPECT_EQ(statusText(toJson(status)),
+            "Veloria: drawing\ndrive: music\nlayer: aboveMenuBar\ndevice: A GPU, x11\n"
+            "screen: DP-1, 1920x24 points at scale 2.00, bar 24, grid 634x32, 60 frames a second, 1.2 ms GPU\n"
+            "script: Line 2: unknown parameter 'glw'\n"
+            "sound: listening, level 0.50, bass 0.25, mid 0.12, treble 0.06\n"
+            "weather: 12°C\nweather error: timed out\n");
+  status = {};
+  status.reason = "it is paused";
+  status.device = "A\nGPU\x1b[31m";
+  status.audio.error = "the sound server is gone";
+  EXPECT_EQ(statusText(toJson(status)),
+            "Veloria: not drawing: it is paused\ndrive: autonomous\nlayer: desktopStrip\ndevice: A GPU [31m, \n"
+            "sound: the sound server is gone\n");
+}
+
+TEST(StatusText, TakesAnyJson) {
+  for (const char* text : {"null", "[]", "7", "{}", R"({"screens": 3, "audio": [], "weather": "x", "script": null})",
+                           R"({"screens": [1, {"frame": {}, "grid": "x", "fps": 1e308}], "rendering": "yes"})"}) {
+    EXPECT_THAT(statusText(Json::parse(text)), HasSubstr("Veloria: not drawing")) << text;
+  }
+}
+
+}  // namespace
+}  // namespace veloria::tests
