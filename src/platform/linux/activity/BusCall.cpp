@@ -5,6 +5,7 @@
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
+#include <memory>
 #include <utility>
 
 namespace veloria {
@@ -24,7 +25,9 @@ void callOnBus(QDBusConnection bus, const BusMethod& method, const QVariantList&
   QDBusMessage message = QDBusMessage::createMethodCall(method.service, method.path, method.interface, method.member);
   message.setArguments(arguments);
   message.setAutoStartService(false);
-  auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(message, patienceMilliseconds), owner);
+  // Its owner ends it, unless it has ended itself.
+  auto* watcher =
+      std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, patienceMilliseconds), owner).release();
   QObject::connect(watcher, &QDBusPendingCallWatcher::finished, owner, [watcher, then = std::move(then)] {
     watcher->deleteLater();
     then(watcher->reply());
