@@ -35,6 +35,9 @@ struct ScreenSpace {
 
   Rect toPoints(const PixelRect& pixels) const;
 
+  /// The top left corner of a pixel.
+  Point toPoints(int x, int y) const { return {(x - originX) / scale, (originBottom - y) / scale}; }
+
   /// Each edge is rounded to a pixel by itself, so rectangles that touch in points touch in pixels. The result is cut
   /// to what a window can be (positions of 16 bits, sizes up to 32767); it is empty for a rectangle that is empty or
   /// not finite. `pixelsPerPoint` stands in for `scale`; it is ignored unless it is above 0 and finite.

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <xcb/damage.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/MediaClock.h"
+#include "base/Timer.h"
+#include "platform/linux/x11/AttemptBudget.h"
+#include "platform/linux/x11/PanelPicture.h"
+#include "platform/linux/x11/X11ImageReader.h"
+#include "platform/linux/x11/X11PanelProbe.h"
+#include "platform/linux/x11/X11ScreenProvider.h"
+#include "render/BarCaptureStream.h"
+
+namespace veloria {
+
+/// Pictures of the desktop's panels on a strip of a screen, whatever lies over them: read from the pixmaps that the
+/// server draws windows into while a compositor runs, so our own windows are never in them. Without a compositor there
+/// are no such pixmaps, and asking the server for them ourselves would have it redraw every window through a copy for
+/// all programs; so the stream fails then, and says why.
+///
+/// Something is read only after the server has reported damage to a panel, at most 30 times a second, and handed on
+/// only when the picture has changed. A panel that vanishes stays in the picture for a second, or until another one
+/// shows in its place: panels that restart don't flicker. Main thread; both references must outlive it.
+class X11PanelCapture final : public BarCaptureStream {
+ public:
+  X11PanelCapture(X11Connection& connection, X11ScreenProvider& screens, MediaClock clock = mediaTime);
+  ~X11PanelCapture() override;
+  X11PanelCapture(const X11PanelCapture&) = delete;
+  X11PanelCapture& operator=(const X11PanelCapture&) = delete;
+
+  void start(const BarRegion& region, BarCaptureHandlers handlers) override;
+  void stop() override;
+
+  /// How often it has looked at the panels since it was made; for diagnostics and tests.
+  std::int64_t updateCount() const { return updateCount_; }
+
+ private:
+  struct Panel {
+    PanelPlace place;
+    PanelPicture picture;
+    xcb_damage_damage_t damage = XCB_NONE;
+    bool dirty = true;
+    bool present = true;
+    double goneSince = 0;  ///< only when it is not present
+  };
+
+  std::string obstacle();
+  PixelRect stripOf(const Screen& screen) const;
+  bool placeStrip();
+  void fail(const std::string& message);
+  void compositorChanged();
+  void screensRefreshed();
+
+  void handle(const xcb_generic_event_t& event);
+  void noteDamage(xcb_damage_damage_t damage);
+  void noteStructure(const xcb_generic_event_t& event, std::uint8_t code);
+  void wake();
+  void schedule(double due);
+  void update();
+
+  void look();
+  void adopt(PanelPlace place);
+  void watch(Panel& panel);
+  void forget(const Panel& panel);
+  void markGone(Panel& panel);
+  void dropPanels();
+  bool isReplaced(const Panel& gone) const;
+  void readDirtyPanels();
+  void read(Panel& panel);
+  void handOn();
+
+  X11Connection& connection_;
+  X11ScreenProvider& screens_;
+  MediaClock clock_;
+  bool damagePresent_ = false;
+  std::uint8_t damageEvent_ = 0;
+
+  bool running_ = false;
+  BarRegion region_;
+  BarCaptureHandlers handlers_;
+  PixelRect strip_;
+  std::unique_ptr<X11ImageReader> reader_;
+  xcb_pixmap_t pixmap_ = XCB_NONE;
+  std::vector<Panel> panels_;  ///< bottom to top
+  std::vector<std::byte> composed_;
+  std::vector<std::byte> handedOn_;
+  bool anyHandedOn_ = false;
+
+  bool lookNeeded_ = false;
+  double lastUpdate_ = 0;
+  double timerDue_ = 0;
+  std::unique_ptr<Timer> timer_;
+  AttemptBudget retries_;
+  std::int64_t updateCount_ = 0;
+
+  X11Connection::Subscription events_;
+  X11Connection::Subscription compositor_;
+  std::shared_ptr<void> refresh_;
+};
+
+}  // namespace veloria

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "gpu/Device.h"
+#include "render/BarCaptureStream.h"
+#include "render/TextureBox.h"
+
+namespace veloria {
+
+/// Turns pictures of the menu bar into textures and puts the newest one into a box that renderers share. Main thread;
+/// the device must outlive it and the box's content.
+class CaptureSink {
+ public:
+  /// Textures that are filled in turn: the one in the box stays as it is while the next is written, and so does the one
+  /// before it, which frames in flight may still read.
+  static constexpr std::size_t textureCount = 3;
+
+  explicit CaptureSink(gpu::Device& device);
+
+  /// Shows `picture` to renderers from their next frame on. One that can't be a texture, or whose size and bytes don't
+  /// agree, is dropped, and the one before it stays.
+  void publish(const BarPicture& picture);
+  /// Empties the box and lets the textures go.
+  void clear();
+
+  const std::shared_ptr<TextureBox>& box() const { return box_; }
+  /// Pictures published since it was made.
+  std::int64_t frameCount() const { return frameCount_; }
+
+ private:
+  gpu::Texture& nextTexture(gpu::Size size);
+
+  gpu::Device& device_;
+  std::shared_ptr<TextureBox> box_ = std::make_shared<TextureBox>();
+  std::array<std::shared_ptr<gpu::Texture>, textureCount> textures_;
+  std::size_t next_ = 0;
+  std::int64_t frameCount_ = 0;
+};
+
+}  // namespace veloria

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "base/Geometry.h"
+
+namespace veloria {
+
+/// Port: where the pointer is. Main thread.
+struct PointerSource {
+  /// The pointer now, in global points (y up); absent while the system doesn't tell. Must not block. Empty where the
+  /// system never tells.
+  std::function<std::optional<Point>()> location;
+  /// For people: why `location` is empty.
+  std::string reason;
+};
+
+}  // namespace veloria
