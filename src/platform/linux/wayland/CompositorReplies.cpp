@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "base/StrictJson.h"
 
@@ -116,6 +117,17 @@ Result<ReservedEdges> swayReservedEdges(std::string_view outputs, std::string_vi
     edges.emplace(*output, insetsOf(rects.at(*output), *inner));
   }
   return edges;
+}
+
+Result<LayerStacking> swayLayerStacking(std::string_view version) {
+  const auto reply = parseStrictJson(version);
+  const json* majorValue = reply ? member(*reply, "major") : nullptr;
+  const json* minorValue = reply ? member(*reply, "minor") : nullptr;
+  if (majorValue == nullptr || minorValue == nullptr) return Failure{notAsExpected};
+  const auto first = wholeNumber(*majorValue);
+  const auto second = wholeNumber(*minorValue);
+  if (!first || !second) return Failure{notAsExpected};
+  return std::pair(*first, *second) < std::pair(1, 10) ? LayerStacking::newestLowest : LayerStacking::newestHighest;
 }
 
 Result<ReservedEdges> hyprlandReservedEdges(std::string_view monitors) {

@@ -25,6 +25,10 @@ struct EdgeInsets {
 /// By the output's name.
 using ReservedEdges = std::map<std::string, EdgeInsets>;
 
+/// How surfaces that share a layer lie over each other. Almost everywhere the newest is on top; sway before
+/// version 1.10 puts it at the bottom.
+enum class LayerStacking { newestHighest, newestLowest };
+
 /// A message as sway takes it (i3's format): magic, length and type in the machine's byte order, payload.
 std::string swayMessage(std::uint32_t type, std::string_view payload);
 
@@ -37,6 +41,9 @@ std::optional<std::size_t> swayPayloadLength(std::string_view header, std::uint3
 /// From sway's answers to get_outputs and get_workspaces: what the visible workspace leaves free of its output. A gap
 /// around the workspace is no panel: what is free on all four sides is taken off each.
 Result<ReservedEdges> swayReservedEdges(std::string_view outputs, std::string_view workspaces);
+
+/// From sway's answer to get_version.
+Result<LayerStacking> swayLayerStacking(std::string_view version);
 
 /// From Hyprland's answer to j/monitors, whose "reserved" is left, top, right, bottom.
 Result<ReservedEdges> hyprlandReservedEdges(std::string_view monitors);

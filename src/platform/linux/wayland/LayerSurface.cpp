@@ -29,8 +29,8 @@ LayerSurface::LayerSurface(WaylandConnection& connection, wl_output* output, con
     : handlers_(std::move(handlers)), surface_(wl_compositor_create_surface(connection.compositor())) {
   const WaylandPtr<wl_region> nothing(wl_compositor_create_region(connection.compositor()));
   wl_surface_set_input_region(surface_.get(), nothing.get());
-  layerSurface_.reset(zwlr_layer_shell_v1_get_layer_surface(connection.layerShell(), surface_.get(), output,
-                                                            placement.layer, name));
+  layerSurface_.reset(
+      zwlr_layer_shell_v1_get_layer_surface(connection.layerShell(), surface_.get(), output, placement.layer, name));
   zwlr_layer_surface_v1_add_listener(layerSurface_.get(), &listener, this);
   zwlr_layer_surface_v1_set_size(layerSurface_.get(), placement.width, placement.height);
   zwlr_layer_surface_v1_set_anchor(layerSurface_.get(), placement.anchors);

@@ -11,7 +11,7 @@ namespace veloria {
 /// What a compositor has said about one output. Nothing here is checked yet.
 struct OutputFacts {
   std::string name;
-  int modeWidth = 0;   ///< pixels, before the output is turned; 0 when not told
+  int modeWidth = 0;  ///< pixels, before the output is turned; 0 when not told
   int modeHeight = 0;
   bool turned = false;  ///< by a quarter, so that width and height change places
   int scale = 1;        ///< wl_output's: a whole number, the next above a fractional scale

@@ -40,7 +40,7 @@ std::string programName(long process) {
 
 bool isWallpaperProgram(std::string_view name) {
   // The kernel keeps fifteen letters of a name.
-  constexpr std::array<std::string_view, 7> known{"swaybg",      "hyprpaper", "swww-daemon", "awww-daemon",
+  constexpr std::array<std::string_view, 7> known{"swaybg",  "hyprpaper", "swww-daemon", "awww-daemon",
                                                   "wpaperd", "mpvpaper",  "wbg"};
   return std::find(known.begin(), known.end(), name) != known.end();
 }

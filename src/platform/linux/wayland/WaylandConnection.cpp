@@ -86,8 +86,8 @@ WaylandConnection::~WaylandConnection() = default;
 
 void WaylandConnection::globalAppeared(std::uint32_t number, std::string_view interface, std::uint32_t version) {
   if (interface == wl_compositor_interface.name) {
-    compositor_ = bind<wl_compositor>(registry_.get(), number, wl_compositor_interface,
-                                      std::min(version, compositorVersion));
+    compositor_ =
+        bind<wl_compositor>(registry_.get(), number, wl_compositor_interface, std::min(version, compositorVersion));
   } else if (interface == zwlr_layer_shell_v1_interface.name) {
     layerShell_ = bind<zwlr_layer_shell_v1>(registry_.get(), number, zwlr_layer_shell_v1_interface,
                                             std::min(version, layerShellVersion));

@@ -13,8 +13,8 @@
 
 namespace veloria {
 
-/// One connection to a Wayland compositor, watched by the event loop. A connection that breaks (the compositor ended, or
-/// called something we did an error) is reported once, and from then on every request does nothing. Main thread.
+/// One connection to a Wayland compositor, watched by the event loop. A connection that breaks (the compositor ended,
+/// or called something we did an error) is reported once, and from then on every request does nothing. Main thread.
 class WaylandConnection {
  public:
   /// Ends the subscription when it is let go, which a handler may do.

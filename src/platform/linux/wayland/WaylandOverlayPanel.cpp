@@ -18,6 +18,7 @@ constexpr double lowestRate = 1;
 constexpr double defaultRate = 60;
 constexpr double shortestWait = 0.001;
 constexpr double afterClosing = 1;
+constexpr double atOnce = 0.001;
 constexpr double highestPanel = 65535;
 
 double usableRate(double rate) {
@@ -33,23 +34,18 @@ std::uint32_t pixels(std::uint32_t points, double scale) {
   return static_cast<std::uint32_t>(std::lround(std::min(points * scale, highestPanel)));
 }
 
-std::uint32_t layerOf(OverlayLevel level) {
-  return level == OverlayLevel::aboveMenuBar ? ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY
-                                             : ZWLR_LAYER_SHELL_V1_LAYER_BACKGROUND;
-}
-
 }  // namespace
 
 const wl_callback_listener WaylandOverlayPanel::frameListener = {
-    .done = [](void* data, wl_callback*,
-               std::uint32_t) { static_cast<WaylandOverlayPanel*>(data)->frameAllowed(); }};
+    .done = [](void* data, wl_callback*, std::uint32_t) { static_cast<WaylandOverlayPanel*>(data)->frameAllowed(); }};
 
 WaylandOverlayPanel::WaylandOverlayPanel(WaylandConnection& connection, WaylandScreenProvider& screens,
-                                         WallpaperPrograms& wallpapers, std::uint32_t screenNumber,
-                                         WaylandSurfaceMaker makeSurface)
+                                         WallpaperPrograms& wallpapers, LayerStacking stacking,
+                                         std::uint32_t screenNumber, WaylandSurfaceMaker makeSurface)
     : connection_(connection),
       screens_(screens),
       wallpapers_(wallpapers),
+      stacking_(stacking),
       screenNumber_(screenNumber),
       makeSurface_(std::move(makeSurface)) {
   refresh_ = screens_.onRefresh([this] { update(); });
@@ -128,7 +124,7 @@ void WaylandOverlayPanel::update() {
   const bool wanted = wanted_ && height_ > 0 && !connection_.isBroken();
   if (wanted && !layer_) show();
   if (!wanted && layer_) hide();
-  watchWallpapers();
+  watchOthers();
   scheduleFrame();
 }
 
@@ -136,9 +132,9 @@ void WaylandOverlayPanel::show() {
   const auto output = screens_.output(screenNumber_);
   if (!output || connection_.layerShell() == nullptr) return;
   const LayerPlacement placement{
-      .layer = layerOf(level_),
-      .anchors = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT |
-                 ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT,
+      .layer = layer(),
+      .anchors =
+          ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT,
       .width = 0,
       .height = height_,
       .exclusiveZone = -1,
@@ -202,13 +198,19 @@ void WaylandOverlayPanel::configureSurface() {
   surface_->configure(drawableSize(), wantedFormat_);
 }
 
-void WaylandOverlayPanel::watchWallpapers() {
+std::uint32_t WaylandOverlayPanel::layer() const {
+  if (level_ == OverlayLevel::aboveMenuBar) return ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY;
+  return stacking_ == LayerStacking::newestLowest ? ZWLR_LAYER_SHELL_V1_LAYER_BOTTOM
+                                                  : ZWLR_LAYER_SHELL_V1_LAYER_BACKGROUND;
+}
+
+void WaylandOverlayPanel::watchOthers() {
   const bool watch = layer_ && !paused_ && level_ == OverlayLevel::desktop;
-  if (!watch) {
-    wallpaperStarts_.reset();
-  } else if (!wallpaperStarts_) {
-    wallpaperStarts_ = wallpapers_.onStart([this](double delay) { remakeAfter(delay); });
-  }
+  if (!watch) return others_.reset();
+  if (others_) return;
+  others_ = stacking_ == LayerStacking::newestLowest
+                ? screens_.onPanelsMoved([this] { remakeAfter(atOnce); })
+                : wallpapers_.onStart([this](double delay) { remakeAfter(delay); });
 }
 
 bool WaylandOverlayPanel::ready() const {

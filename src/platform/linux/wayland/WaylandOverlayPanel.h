@@ -17,16 +17,18 @@ namespace veloria {
 /// Makes what is drawn into a surface. May return nullptr (then nothing is ever drawn) and may throw std::exception.
 using WaylandSurfaceMaker = std::function<std::unique_ptr<gpu::Surface>(wl_display*, wl_surface*)>;
 
-/// A surface of the layer shell, at the top of one output: layer `background` for the desktop, `overlay` above the menu
-/// bar. It exists only while it is shown; a change of level makes a new one. Frames come at the slower of the wanted
-/// rate and the compositor's: while it asks for none (the output is off, or a window covers it) nothing is drawn,
-/// nothing waits and nothing wakes up. At the desktop level it is made again when a wallpaper program starts, whose
-/// surface would lie over it. Main thread.
+/// A surface of the layer shell, at the top of one output: layer `overlay` above the menu bar; for the desktop layer
+/// `background`, or `bottom` where the newest surface of a layer is the lowest, since there nothing new can be seen
+/// over a wallpaper in its own layer. It exists only while it is shown; a change of level makes a new one. Frames come
+/// at the slower of the wanted rate and the compositor's: while it asks for none (the output is off, or a window covers
+/// it) nothing is drawn, nothing waits and nothing wakes up. At the desktop level it is made again when somebody's
+/// surface in its layer may have come to lie on the wrong side of it: a wallpaper program's that has started or, in
+/// layer `bottom`, a panel's. Main thread.
 class WaylandOverlayPanel final : public OverlayPanel {
  public:
   /// For the screen with this number. The references must outlive it.
   WaylandOverlayPanel(WaylandConnection& connection, WaylandScreenProvider& screens, WallpaperPrograms& wallpapers,
-                      std::uint32_t screenNumber, WaylandSurfaceMaker makeSurface);
+                      LayerStacking stacking, std::uint32_t screenNumber, WaylandSurfaceMaker makeSurface);
   ~WaylandOverlayPanel() override;
   WaylandOverlayPanel(const WaylandOverlayPanel&) = delete;
   WaylandOverlayPanel& operator=(const WaylandOverlayPanel&) = delete;
@@ -55,7 +57,8 @@ class WaylandOverlayPanel final : public OverlayPanel {
   void configured(std::uint32_t width, std::uint32_t height);
   void closed();
   void configureSurface();
-  void watchWallpapers();
+  std::uint32_t layer() const;
+  void watchOthers();
 
   bool ready() const;
   void scheduleFrame();
@@ -65,6 +68,7 @@ class WaylandOverlayPanel final : public OverlayPanel {
   WaylandConnection& connection_;
   WaylandScreenProvider& screens_;
   WallpaperPrograms& wallpapers_;
+  LayerStacking stacking_;
   std::uint32_t screenNumber_;
   WaylandSurfaceMaker makeSurface_;
 
@@ -88,7 +92,7 @@ class WaylandOverlayPanel final : public OverlayPanel {
   AttemptBudget closedAttempts_{5, 10};
   std::unique_ptr<Timer> nextFrame_;
   std::unique_ptr<Timer> remaking_;
-  std::shared_ptr<void> wallpaperStarts_;
+  std::shared_ptr<void> others_;
   std::shared_ptr<void> refresh_;
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);
 };

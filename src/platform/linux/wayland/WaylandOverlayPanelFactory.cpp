@@ -8,9 +8,10 @@
 namespace veloria {
 
 WaylandOverlayPanelFactory::WaylandOverlayPanelFactory(WaylandConnection& connection, WaylandScreenProvider& screens,
-                                                       WaylandSurfaceMaker makeSurface)
+                                                       LayerStacking stacking, WaylandSurfaceMaker makeSurface)
     : connection_(connection),
       screens_(screens),
+      stacking_(stacking),
       makeSurface_(std::move(makeSurface)),
       wallpapers_(connection.timers()) {
   if (connection_.layerShell() == nullptr) {
@@ -22,7 +23,7 @@ WaylandOverlayPanelFactory::WaylandOverlayPanelFactory(WaylandConnection& connec
 
 std::unique_ptr<OverlayPanel> WaylandOverlayPanelFactory::makePanel(const Screen& screen) {
   auto panel =
-      std::make_unique<WaylandOverlayPanel>(connection_, screens_, wallpapers_, screen.number, makeSurface_);
+      std::make_unique<WaylandOverlayPanel>(connection_, screens_, wallpapers_, stacking_, screen.number, makeSurface_);
   panel->setFrame(screen.frame, screen.backingScale);
   return panel;
 }

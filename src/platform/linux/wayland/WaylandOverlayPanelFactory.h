@@ -10,7 +10,7 @@ namespace veloria {
 class WaylandOverlayPanelFactory final : public OverlayPanelFactory {
  public:
   /// The references must outlive it and its panels. Throws std::runtime_error where the compositor has no layer shell.
-  WaylandOverlayPanelFactory(WaylandConnection& connection, WaylandScreenProvider& screens,
+  WaylandOverlayPanelFactory(WaylandConnection& connection, WaylandScreenProvider& screens, LayerStacking stacking,
                              WaylandSurfaceMaker makeSurface);
 
   std::unique_ptr<OverlayPanel> makePanel(const Screen& screen) override;
@@ -20,6 +20,7 @@ class WaylandOverlayPanelFactory final : public OverlayPanelFactory {
  private:
   WaylandConnection& connection_;
   WaylandScreenProvider& screens_;
+  LayerStacking stacking_;
   WaylandSurfaceMaker makeSurface_;
   WallpaperPrograms wallpapers_;
 };

@@ -28,6 +28,23 @@ void reportImplausible(const OutputFacts& facts) {
             std::to_string(static_cast<long>(size.height)) + " points.");
 }
 
+using Subscribers = std::vector<std::weak_ptr<std::function<void()>>>;
+
+std::shared_ptr<void> subscribe(Subscribers& list, std::function<void()> handler) {
+  auto subscriber = std::make_shared<std::function<void()>>(std::move(handler));
+  std::erase_if(list, [](const auto& entry) { return entry.expired(); });
+  list.push_back(subscriber);
+  return subscriber;
+}
+
+// Handlers may subscribe and end subscriptions while they run.
+void callAll(const Subscribers& list) {
+  const Subscribers current = list;  // NOLINT(performance-unnecessary-copy-initialization)
+  for (const auto& entry : current) {
+    if (const auto subscriber = entry.lock()) (*subscriber)();
+  }
+}
+
 }  // namespace
 
 WaylandScreenProvider::WaylandScreenProvider(WaylandConnection& connection, ReservedEdgesQuery reserved,
@@ -48,10 +65,11 @@ std::shared_ptr<WaylandOutput> WaylandScreenProvider::output(std::uint32_t numbe
 }
 
 std::shared_ptr<void> WaylandScreenProvider::onRefresh(std::function<void()> handler) {
-  auto subscriber = std::make_shared<std::function<void()>>(std::move(handler));
-  std::erase_if(refreshSubscribers_, [](const auto& entry) { return entry.expired(); });
-  refreshSubscribers_.push_back(subscriber);
-  return subscriber;
+  return subscribe(refreshSubscribers_, std::move(handler));
+}
+
+std::shared_ptr<void> WaylandScreenProvider::onPanelsMoved(std::function<void()> handler) {
+  return subscribe(panelSubscribers_, std::move(handler));
 }
 
 void WaylandScreenProvider::outputsChanged() {
@@ -69,12 +87,24 @@ void WaylandScreenProvider::watchSpace() {
   });
   if (connection_.layerShell() == nullptr) return;
   for (const auto& output : outputs) {
-    auto& space = spaces_[output->global()];
-    if (space || !described(output->facts())) continue;
-    space = std::make_unique<LayerSurface>(
+    const std::uint32_t global = output->global();
+    Space& space = spaces_[global];
+    if (space.surface || !described(output->facts())) continue;
+    space.surface = std::make_unique<LayerSurface>(
         connection_, output->raw(), LayerPlacement{.anchors = allEdges},
-        LayerSurface::Handlers{[this](std::uint32_t, std::uint32_t) { schedule(); }, [] {}});
+        LayerSurface::Handlers{
+            [this, global](std::uint32_t width, std::uint32_t height) { spaceConfigured(global, width, height); },
+            [this, global] { spaces_.erase(global); }});
   }
+}
+
+// The same size comes again for all sorts of reasons, our own surfaces among them.
+void WaylandScreenProvider::spaceConfigured(std::uint32_t global, std::uint32_t width, std::uint32_t height) {
+  Space& space = spaces_[global];
+  if (space.size == std::pair(width, height)) return;
+  space.size = {width, height};
+  panelsMoved_ = true;
+  schedule();
 }
 
 void WaylandScreenProvider::schedule() {
@@ -131,10 +161,8 @@ void WaylandScreenProvider::refresh() {
     screens_[i].backingScale = pixelsPerPoint(found[i].output->facts(), connection_.viewporter() != nullptr);
     outputs_[screens_[i].number] = found[i].output;
   }
-  const auto subscribers = refreshSubscribers_;
-  for (const auto& entry : subscribers) {
-    if (const auto subscriber = entry.lock()) (*subscriber)();
-  }
+  callAll(refreshSubscribers_);
+  if (std::exchange(panelsMoved_, false)) callAll(panelSubscribers_);
 }
 
 }  // namespace veloria

@@ -3,7 +3,9 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/Timer.h"
@@ -35,6 +37,9 @@ class WaylandScreenProvider final : public ScreenProvider {
   bool panelsTold() const { return panelsTold_; }
   /// Called whenever screens() have been read again, and before the change handler.
   [[nodiscard]] std::shared_ptr<void> onRefresh(std::function<void()> handler);
+  /// Called after panels have come or gone or changed what they reserve (even when in the end it is the same again),
+  /// at most once a refresh and after its handlers.
+  [[nodiscard]] std::shared_ptr<void> onPanelsMoved(std::function<void()> handler);
 
  private:
   struct Found {
@@ -47,6 +52,7 @@ class WaylandScreenProvider final : public ScreenProvider {
   void refreshIfDue();
   void refresh();
   void watchSpace();
+  void spaceConfigured(std::uint32_t global, std::uint32_t width, std::uint32_t height);
 
   WaylandConnection& connection_;
   ReservedEdgesQuery reserved_;
@@ -54,8 +60,13 @@ class WaylandScreenProvider final : public ScreenProvider {
   std::vector<Screen> screens_;
   std::map<std::uint32_t, std::weak_ptr<WaylandOutput>> outputs_;  ///< by the screen's number
   bool panelsTold_ = false;
-  /// One a registry number: never shown, and told a size whenever the space beside panels changes.
-  std::map<std::uint32_t, std::unique_ptr<LayerSurface>> spaces_;
+  struct Space {
+    std::unique_ptr<LayerSurface> surface;  ///< never shown
+    std::pair<std::uint32_t, std::uint32_t> size;
+  };
+  std::map<std::uint32_t, Space> spaces_;  ///< by the output's number in the registry
+  bool panelsMoved_ = false;
+  std::vector<std::weak_ptr<std::function<void()>>> panelSubscribers_;
   std::shared_ptr<std::function<void()>> changed_ = std::make_shared<std::function<void()>>();
   std::vector<std::weak_ptr<std::function<void()>>> refreshSubscribers_;
   std::unique_ptr<Timer> pending_;

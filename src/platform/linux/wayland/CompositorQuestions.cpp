@@ -1,4 +1,4 @@
-#include "platform/linux/wayland/CompositorBars.h"
+#include "platform/linux/wayland/CompositorQuestions.h"
 
 #include <array>
 #include <filesystem>
@@ -18,6 +18,7 @@ namespace {
 constexpr double patience = 0.25;
 constexpr std::uint32_t getWorkspaces = 1;
 constexpr std::uint32_t getOutputs = 3;
+constexpr std::uint32_t getVersion = 7;
 
 Result<std::string> askSway(LocalStream& stream, std::uint32_t type) {
   const auto sent = stream.send(swayMessage(type, {}));
@@ -54,6 +55,13 @@ std::vector<std::filesystem::path> hyprlandSockets(const Environment& environmen
   return {std::filesystem::path(environment("XDG_RUNTIME_DIR").value_or("/run")) / rest, "/tmp" / rest};
 }
 
+Result<LayerStacking> swayStacking(const std::filesystem::path& path) {
+  auto stream = LocalStream::connect(path, mediaTime() + patience);
+  if (!stream) return Failure{stream.error()};
+  const auto version = askSway(*stream, getVersion);
+  return version ? swayLayerStacking(*version) : Failure{version.error()};
+}
+
 std::optional<ReservedEdges> reported(const Result<ReservedEdges>& edges) {
   if (edges) return *edges;
   NimbraLog::debug("no word on panels from the compositor: " + edges.error());
@@ -62,8 +70,20 @@ std::optional<ReservedEdges> reported(const Result<ReservedEdges>& edges) {
 
 }  // namespace
 
-std::optional<ReservedEdges> CompositorBars::ask() const {
-  if (const auto sway = environment_("SWAYSOCK"); sway && !sway->empty()) return reported(swayEdges(*sway));
+std::optional<std::string> CompositorQuestions::swaySocket() const {
+  auto path = environment_("SWAYSOCK");
+  return path && !path->empty() ? path : std::nullopt;
+}
+
+LayerStacking CompositorQuestions::layerStacking() const {
+  const auto path = swaySocket();
+  if (!path) return LayerStacking::newestHighest;
+  const auto stacking = swayStacking(*path);
+  return stacking ? *stacking : LayerStacking::newestHighest;
+}
+
+std::optional<ReservedEdges> CompositorQuestions::reservedEdges() const {
+  if (const auto path = swaySocket()) return reported(swayEdges(*path));
   const auto instance = environment_("HYPRLAND_INSTANCE_SIGNATURE");
   if (!instance || instance->empty() || instance->find('/') != std::string::npos) return std::nullopt;
   for (const auto& path : hyprlandSockets(environment_, *instance)) {
