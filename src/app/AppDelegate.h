@@ -34,7 +34,7 @@ struct AppServices {
   SettingsStore* settings = nullptr;
   SceneDriver* driver = nullptr;
   Environment environment;
-  /// What the panels are made on, for people: "x11".
+  /// What the panels are made on, for people: "x11" or "wayland".
   std::string backendName;
   /// Shows a critical message (a title and what it is about) until it is read.
   std::function<void(const std::string& message, const std::string& informative)> alert;

@@ -43,7 +43,7 @@ struct AppStatus {
   std::string reason;  ///< why not; empty when it is
   Visualizer visualizer = Visualizer::autonomous;
   LayerMode layer = LayerMode::desktopStrip;
-  std::string backend;  ///< what it draws on, "x11"
+  std::string backend;  ///< what it draws on, "x11" or "wayland"
   std::string device;   ///< the GPU's name
   std::vector<ScreenStatus> screens;
   std::optional<std::string> scriptError;

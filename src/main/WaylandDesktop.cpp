@@ -1,0 +1,71 @@
+#include "main/WaylandDesktop.h"
+
+#include <wayland-client.h>
+
+// Needs the names of the one above.
+#include <vulkan/vulkan_core.h>
+#include <vulkan/vulkan_wayland.h>
+
+#include <utility>
+
+#include "gpu/vulkan/VulkanFactory.h"
+#include "main/GpuSetup.h"
+#include "platform/linux/wayland/CompositorQuestions.h"
+#include "platform/linux/wayland/WaylandOverlayPanelFactory.h"
+#include "platform/linux/wayland/WaylandScreenProvider.h"
+
+namespace veloria {
+
+namespace {
+
+class WaylandDesktop final : public Desktop {
+ public:
+  WaylandDesktop(std::unique_ptr<WaylandConnection> connection, const Environment& environment)
+      : connection_(std::move(connection)),
+        compositor_(environment),
+        screens_(
+            *connection_, [this] { return compositor_.reservedEdges(); }, screenOverridesFromEnvironment()),
+        panels_(*connection_, screens_, compositor_.layerStacking(),
+                [this](wl_display* display, wl_surface* surface) { return makeSurface(display, surface); }) {}
+
+  const char* name() const override { return "wayland"; }
+  ScreenProvider& screens() override { return screens_; }
+  OverlayPanelFactory& panels() override { return panels_; }
+
+  std::unique_ptr<gpu::Device> makeDevice() override {
+    auto device = veloria::makeDevice({});
+    device_ = device.get();
+    return device;
+  }
+
+  void setBrokenHandler(std::function<void(const std::string&)> handler) override {
+    connection_->setBrokenHandler(std::move(handler));
+  }
+
+ private:
+  std::unique_ptr<gpu::Surface> makeSurface(wl_display* display, wl_surface* surface) {
+    return gpu::vulkan::makeSurface(*device_, [display, surface](VkInstance instance) {
+      VkWaylandSurfaceCreateInfoKHR info{};
+      info.sType = VK_STRUCTURE_TYPE_WAYLAND_SURFACE_CREATE_INFO_KHR;
+      info.display = display;
+      info.surface = surface;
+      VkSurfaceKHR made = VK_NULL_HANDLE;
+      return vkCreateWaylandSurfaceKHR(instance, &info, nullptr, &made) == VK_SUCCESS ? made : VK_NULL_HANDLE;
+    });
+  }
+
+  std::unique_ptr<WaylandConnection> connection_;
+  CompositorQuestions compositor_;
+  WaylandScreenProvider screens_;
+  WaylandOverlayPanelFactory panels_;
+  gpu::Device* device_ = nullptr;
+};
+
+}  // namespace
+
+std::unique_ptr<Desktop> makeWaylandDesktop(std::unique_ptr<WaylandConnection> connection,
+                                            const Environment& environment) {
+  return std::make_unique<WaylandDesktop>(std::move(connection), environment);
+}
+
+}  // namespace veloria

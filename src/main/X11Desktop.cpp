@@ -1,0 +1,78 @@
+#include "main/X11Desktop.h"
+
+#include <xcb/xcb.h>
+
+// Needs the names of the one above.
+#include <vulkan/vulkan_core.h>
+#include <vulkan/vulkan_xcb.h>
+
+#include <cstdint>
+#include <span>
+#include <utility>
+
+#include "gpu/vulkan/VulkanFactory.h"
+#include "main/GpuSetup.h"
+#include "platform/linux/x11/X11Connection.h"
+#include "platform/linux/x11/X11OverlayPanelFactory.h"
+#include "platform/linux/x11/X11PictureSink.h"
+#include "platform/linux/x11/X11ScreenProvider.h"
+
+namespace veloria {
+
+namespace {
+
+class X11Desktop final : public Desktop {
+ public:
+  X11Desktop(const std::string& displayName, const DescriptorWatcher& watch, TimerFactory& timers)
+      : connection_(displayName, watch, timers),
+        screens_(connection_, screenOverridesFromEnvironment()),
+        panels_(connection_, screens_,
+                [this](xcb_connection_t* server, xcb_window_t window) { return makeSurface(server, window); }) {}
+
+  const char* name() const override { return "x11"; }
+  ScreenProvider& screens() override { return screens_; }
+  OverlayPanelFactory& panels() override { return panels_; }
+
+  std::unique_ptr<gpu::Device> makeDevice() override {
+    auto device = veloria::makeDevice({});
+    device_ = device.get();
+    return device;
+  }
+
+  void setBrokenHandler(std::function<void(const std::string&)> handler) override {
+    connection_.setBrokenHandler(std::move(handler));
+  }
+
+ private:
+  std::unique_ptr<gpu::Surface> makeSurface(xcb_connection_t* connection, xcb_window_t window) {
+    const std::uint8_t depth = windowDepth(connection, window);
+    if (depth == 32 && gpu::vulkan::needsHostSurface(*device_)) {
+      const auto sink = std::make_shared<X11PictureSink>(connection, window, depth);
+      return gpu::vulkan::makeHostSurface(*device_, [sink](std::span<const std::byte> rows, gpu::Size size) {
+        sink->put(rows, size.width, size.height);
+      });
+    }
+    return gpu::vulkan::makeSurface(*device_, [connection, window](VkInstance instance) {
+      VkXcbSurfaceCreateInfoKHR info{};
+      info.sType = VK_STRUCTURE_TYPE_XCB_SURFACE_CREATE_INFO_KHR;
+      info.connection = connection;
+      info.window = window;
+      VkSurfaceKHR surface = VK_NULL_HANDLE;
+      return vkCreateXcbSurfaceKHR(instance, &info, nullptr, &surface) == VK_SUCCESS ? surface : VK_NULL_HANDLE;
+    });
+  }
+
+  X11Connection connection_;
+  X11ScreenProvider screens_;
+  X11OverlayPanelFactory panels_;
+  gpu::Device* device_ = nullptr;
+};
+
+}  // namespace
+
+std::unique_ptr<Desktop> makeX11Desktop(const std::string& displayName, const DescriptorWatcher& watch,
+                                        TimerFactory& timers) {
+  return std::make_unique<X11Desktop>(displayName, watch, timers);
+}
+
+}  // namespace veloria
