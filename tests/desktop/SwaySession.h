@@ -24,8 +24,11 @@ namespace veloria::desktop {
 class SwaySession {
  public:
   struct Options {
-    int outputs = 1;            ///< HEADLESS-1, HEADLESS-2 and so on
+    int outputs = 1;            ///< HEADLESS-1, HEADLESS-2 and so on; with a host WL-1, WL-2
     std::string configuration;  ///< lines of sway's configuration
+    /// Another one, whose windows are then this one's outputs: closing a window unplugs it, which sway 1.7 can't do to
+    /// outputs that have neither window nor cable. It must outlive this.
+    const SwaySession* host = nullptr;
   };
 
   /// A sentence that names what is missing for such sessions; empty when nothing is.
@@ -54,7 +57,7 @@ class SwaySession {
 
  private:
   void makeFolder(const std::string& configuration);
-  void start(int outputs);
+  void start(const Options& options);
 
   std::filesystem::path folder_;
   std::map<std::string, std::string> environment_;
