@@ -44,6 +44,7 @@ SwaySession::SwaySession(const Options& options) {
 }
 
 SwaySession::~SwaySession() {
+  if (sway_) sway_->signal(SIGCONT);
   sway_.reset();
   if (std::getenv("VELORIA_KEEP_DESKTOP") != nullptr) return;
   poll(2, [this] {
@@ -127,11 +128,6 @@ Screenshot SwaySession::screenshot(const std::string& output) const {
   const auto result = runHere({"grim", "-t", "ppm", "-o", output, "-"}, environment_);
   if (result.exitCode != 0) throw std::runtime_error("grim: " + result.errors);
   return screenshotFromPixmap(result.output);
-}
-
-void SwaySession::kill() {
-  sway_->signal(SIGKILL);
-  sway_->wait(10);
 }
 
 }  // namespace veloria::desktop

@@ -52,8 +52,8 @@ class SwaySession {
   /// What an output shows, in its own pixels.
   Screenshot screenshot(const std::string& output = "HEADLESS-1") const;
   bool waitUntil(const std::function<bool()>& condition, double seconds = 20) const { return poll(seconds, condition); }
-  /// Ends sway without a warning.
-  void kill();
+  /// To sway's process: SIGKILL ends it without a warning, SIGSTOP makes it a compositor that hangs.
+  void signal(int number) { sway_->signal(number); }
 
  private:
   void makeFolder(const std::string& configuration);

@@ -92,11 +92,14 @@ class Wayland : public testing::Test {
     return sway_->waitUntil([&] { return difference(first, sway_->screenshot(), region) > 1; });
   }
 
-  nlohmann::json status() const {
+  tests::ProcessResult runBeside(const std::string& program, const std::vector<std::string>& arguments) const {
     std::vector<std::string> environment;
     for (const auto& [name, value] : sway_->environment()) environment.push_back(name + "=" + value);
-    const auto result = tests::runProcess(VELORIA_BINARY, {"status", "--json"}, {}, environment);
-    return nlohmann::json::parse(result.output, nullptr, false);
+    return tests::runProcess(program, arguments, {}, environment);
+  }
+
+  nlohmann::json status() const {
+    return nlohmann::json::parse(runBeside(VELORIA_BINARY, {"status", "--json"}).output, nullptr, false);
   }
 
   bool waitForScreens(std::size_t number) {
@@ -262,11 +265,28 @@ TEST_F(Wayland, aCompositorThatIsGoneEndsItWithOneLine) {
   if (IsSkipped()) return;
   startVeloria([](NimbraConfig& config) { config.layerMode = LayerMode::aboveMenuBar; });
   ASSERT_TRUE(waitForLight({0, 0, 960, 24})) << veloria_->output();
-  sway_->kill();
+  sway_->signal(SIGKILL);
   EXPECT_EQ(veloria_->wait(15), 1);
   const std::string output = veloria_->output();
   EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
   EXPECT_NE(output.find("Wayland compositor"), std::string::npos) << output;
+}
+
+TEST_F(Wayland, aCompositorThatHangsHoldsNothingUp) {
+  startSway(screenLine);
+  if (IsSkipped()) return;
+  startVeloria([](NimbraConfig& config) { config.layerMode = LayerMode::aboveMenuBar; });
+  ASSERT_TRUE(waitForLight({0, 0, 960, 24})) << veloria_->output();
+  sway_->signal(SIGSTOP);
+  for (int round = 0; round < 20; ++round) {
+    EXPECT_EQ(runBeside(NIMBRA_BINARY, {"pause"}).exitCode, 0);
+    EXPECT_FALSE(status().value("rendering", true));
+    EXPECT_EQ(runBeside(NIMBRA_BINARY, {"resume"}).exitCode, 0);
+    EXPECT_TRUE(status().value("rendering", false));
+  }
+  sway_->signal(SIGCONT);
+  ASSERT_TRUE(waitForLight({0, 0, 960, 24})) << veloria_->output();
+  EXPECT_TRUE(moves({0, 0, 960, 24}));
 }
 
 TEST_F(Wayland, withoutAnyDisplayOneLineSaysSo) {
