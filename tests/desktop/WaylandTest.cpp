@@ -160,6 +160,7 @@ TEST_F(Wayland, aboveTheMenuBarTheLightIsOverThePanelAndClicksGoThrough) {
   ASSERT_EQ(focus(), "other");
   sway_->message({"bar bar-0 mode invisible"});
   ASSERT_TRUE(sway_->waitUntil([&] { return status()["screens"][0]["menuBarHeight"] == 24; })) << status();
+  ASSERT_TRUE(waitForLight({0, 0, 960, 24})) << veloria_->output();
   for (const char* step : {"set 200 8", "press button1", "release button1"}) {
     sway_->message({std::string("seat seat0 cursor ") + step});
   }
