@@ -40,10 +40,11 @@ std::string SwaySession::missing(const std::vector<std::string>& more) {
 
 SwaySession::SwaySession(const Options& options) {
   makeFolder(options.configuration);
-  start(options.outputs);
+  start(options);
 }
 
 SwaySession::~SwaySession() {
+  if (sway_) sway_->signal(SIGCONT);
   sway_.reset();
   if (std::getenv("VELORIA_KEEP_DESKTOP") != nullptr) return;
   poll(2, [this] {
@@ -68,21 +69,24 @@ void SwaySession::makeFolder(const std::string& configuration) {
   if (chown((folder_ / "sway").c_str(), nobody, nobody) != 0) throw std::runtime_error("sway gets no folder.");
 }
 
-void SwaySession::start(int outputs) {
+void SwaySession::start(const Options& options) {
   const std::string folder = folder_ / "sway";
   const std::string socket = folder + "/ipc";
-  const std::map<std::string, std::string> variables{{"XDG_RUNTIME_DIR", folder},
-                                                     {"HOME", folder},
-                                                     {"SWAYSOCK", socket},
-                                                     {"WLR_BACKENDS", "headless"},
-                                                     {"WLR_RENDERER", "pixman"},
-                                                     {"WLR_HEADLESS_OUTPUTS", std::to_string(outputs)},
-                                                     {"WLR_LIBINPUT_NO_DEVICES", "1"},
-                                                     {"DISPLAY", ""},
-                                                     {"WAYLAND_DISPLAY", ""},
-                                                     {"DBUS_SESSION_BUS_ADDRESS", ""},
-                                                     {"HYPRLAND_INSTANCE_SIGNATURE", ""},
-                                                     {"XDG_CONFIG_HOME", folder}};
+  const std::string outputs = std::to_string(options.outputs);
+  const bool nested = options.host != nullptr;
+  const std::map<std::string, std::string> variables{
+      {"XDG_RUNTIME_DIR", folder},
+      {"HOME", folder},
+      {"XDG_CONFIG_HOME", folder},
+      {"SWAYSOCK", socket},
+      {"WLR_BACKENDS", nested ? "wayland" : "headless"},
+      {nested ? "WLR_WL_OUTPUTS" : "WLR_HEADLESS_OUTPUTS", outputs},
+      {"WLR_RENDERER", "pixman"},
+      {"WLR_LIBINPUT_NO_DEVICES", "1"},
+      {"WAYLAND_DISPLAY", nested ? options.host->environment().at("WAYLAND_DISPLAY") : ""},
+      {"DISPLAY", ""},
+      {"DBUS_SESSION_BUS_ADDRESS", ""},
+      {"HYPRLAND_INSTANCE_SIGNATURE", ""}};
   std::vector<std::string> argv{"sway", "-c", folder_ / "sway.conf"};
   if (runsAsRoot()) {
     const std::string user = std::to_string(nobody);
@@ -124,11 +128,6 @@ Screenshot SwaySession::screenshot(const std::string& output) const {
   const auto result = runHere({"grim", "-t", "ppm", "-o", output, "-"}, environment_);
   if (result.exitCode != 0) throw std::runtime_error("grim: " + result.errors);
   return screenshotFromPixmap(result.output);
-}
-
-void SwaySession::kill() {
-  sway_->signal(SIGKILL);
-  sway_->wait(10);
 }
 
 }  // namespace veloria::desktop

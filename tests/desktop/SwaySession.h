@@ -24,8 +24,11 @@ namespace veloria::desktop {
 class SwaySession {
  public:
   struct Options {
-    int outputs = 1;            ///< HEADLESS-1, HEADLESS-2 and so on
+    int outputs = 1;            ///< HEADLESS-1, HEADLESS-2 and so on; with a host WL-1, WL-2
     std::string configuration;  ///< lines of sway's configuration
+    /// Another one, whose windows are then this one's outputs: closing a window unplugs it, which sway 1.7 can't do to
+    /// outputs that have neither window nor cable. It must outlive this.
+    const SwaySession* host = nullptr;
   };
 
   /// A sentence that names what is missing for such sessions; empty when nothing is.
@@ -49,12 +52,12 @@ class SwaySession {
   /// What an output shows, in its own pixels.
   Screenshot screenshot(const std::string& output = "HEADLESS-1") const;
   bool waitUntil(const std::function<bool()>& condition, double seconds = 20) const { return poll(seconds, condition); }
-  /// Ends sway without a warning.
-  void kill();
+  /// To sway's process: SIGKILL ends it without a warning, SIGSTOP makes it a compositor that hangs.
+  void signal(int number) { sway_->signal(number); }
 
  private:
   void makeFolder(const std::string& configuration);
-  void start(int outputs);
+  void start(const Options& options);
 
   std::filesystem::path folder_;
   std::map<std::string, std::string> environment_;

@@ -45,9 +45,10 @@ bool validationLayerPresent() {
   return named(layers, validationLayer, &VkLayerProperties::layerName);
 }
 
-// A Wayland socket is found through this variable; without it drivers only complain about the extension.
+// A Wayland socket is found through these variables; without them drivers only complain about the extension.
 bool waylandPossible() {
-  return std::getenv("XDG_RUNTIME_DIR") != nullptr;
+  const char* display = std::getenv("WAYLAND_DISPLAY");
+  return std::getenv("XDG_RUNTIME_DIR") != nullptr || (display != nullptr && *display == '/');
 }
 
 std::vector<const char*> wantedExtensions(bool validation) {

@@ -19,7 +19,6 @@ namespace veloria {
 
 namespace {
 
-constexpr double patience = 5;
 constexpr double flushPause = 0.02;
 constexpr std::uint32_t compositorVersion = 4;
 constexpr std::uint32_t layerShellVersion = 3;
@@ -67,7 +66,7 @@ const wl_registry_listener WaylandConnection::registryListener = {
 };
 
 WaylandConnection::WaylandConnection(const std::string& displayName, const DescriptorWatcher& watch,
-                                     TimerFactory& timers)
+                                     TimerFactory& timers, double patience)
     : display_(wl_display_connect(displayName.empty() ? nullptr : displayName.c_str())), timers_(timers) {
   const std::string prefix = "The Wayland display " + describeDisplay(displayName);
   if (!display_) throw std::runtime_error(prefix + " can't be opened: " + std::strerror(errno) + ".");

@@ -21,8 +21,9 @@ class WaylandConnection {
   using Subscription = std::shared_ptr<void>;
 
   /// Connects to `displayName`, a socket's name in $XDG_RUNTIME_DIR or an absolute path ($WAYLAND_DISPLAY when empty).
-  /// Throws std::runtime_error with a sentence for a person, at the latest after five seconds without an answer.
-  WaylandConnection(const std::string& displayName, const DescriptorWatcher& watch, TimerFactory& timers);
+  /// Throws std::runtime_error with a sentence for a person, also when there is no answer for `patience` seconds.
+  WaylandConnection(const std::string& displayName, const DescriptorWatcher& watch, TimerFactory& timers,
+                    double patience = 5);
   ~WaylandConnection();
   WaylandConnection(const WaylandConnection&) = delete;
   WaylandConnection& operator=(const WaylandConnection&) = delete;

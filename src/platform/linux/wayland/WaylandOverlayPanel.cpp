@@ -122,6 +122,8 @@ gpu::Drawable* WaylandOverlayPanel::currentDrawable() {
 
 void WaylandOverlayPanel::update() {
   const bool wanted = wanted_ && height_ > 0 && !connection_.isBroken();
+  // The output may have gone and come back as another one under the same name.
+  if (layer_ && shownOn_.lock() != screens_.output(screenNumber_)) hide();
   if (wanted && !layer_) show();
   if (!wanted && layer_) hide();
   watchOthers();
@@ -131,6 +133,8 @@ void WaylandOverlayPanel::update() {
 void WaylandOverlayPanel::show() {
   const auto output = screens_.output(screenNumber_);
   if (!output || connection_.layerShell() == nullptr) return;
+  remaking_.reset();
+  shownOn_ = output;
   const LayerPlacement placement{
       .layer = layer(),
       .anchors =

@@ -73,6 +73,7 @@ class WaylandOverlayPanel final : public OverlayPanel {
   WaylandSurfaceMaker makeSurface_;
 
   std::unique_ptr<LayerSurface> layer_;
+  std::weak_ptr<WaylandOutput> shownOn_;
   WaylandPtr<wp_viewport> viewport_;
   std::unique_ptr<gpu::Surface> surface_;
   WaylandPtr<wl_callback> callback_;  ///< there while the compositor has to ask for the next frame
