@@ -93,6 +93,7 @@ int PrivateBus::calls(const QString& service, const QString& path, const QString
     calls >> time >> arguments;
     calls.endStructure();
   }
+  calls.endArray();
   return count;
 }
 
