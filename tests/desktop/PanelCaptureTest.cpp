@@ -80,6 +80,13 @@ class PanelCapture : public X11Test {
     xcb_free_gc(connection, context);
     xcb_flush(connection);
   }
+  // Again and again: a window manager or compositor that sets a window up clears it.
+  bool paints(xcb_window_t dock, std::uint32_t argb, const Pixel& colour) {
+    return waitUntil([&] {
+      fill(dock, argb);
+      return shows(960, 16, colour) && shows(1900, 2, colour);
+    });
+  }
   void configure(xcb_window_t window, std::uint16_t mask, const std::vector<std::uint32_t>& values) {
     xcb_configure_window(desktop().observer(), window, mask, values.data());
     xcb_flush(desktop().observer());
@@ -159,9 +166,8 @@ TEST_F(PanelCapture, changesAreSeenSoonAndWithoutAnyNothingIsDone) {
   start({"openbox", "picom"});
   if (IsSkipped()) return;
   const xcb_window_t dock = openDock(32);
-  fill(dock, redArgb);
   captureStrip();
-  ASSERT_TRUE(waitUntil([&] { return shows(960, 16, red); })) << error_;
+  ASSERT_TRUE(paints(dock, redArgb, red)) << error_;
 
   std::vector<double> milliseconds;
   for (int round = 0; round < 20; ++round) {
@@ -254,10 +260,8 @@ TEST_F(PanelCapture, aPanelThatRestartsDoesNotFlickerAndOneThatEndsIsLetGo) {
   ASSERT_TRUE(waitUntil([&] { return equalsScreen(desktop().screenshot(), 32); })) << error_;
   watched_ = PixelRect{960, 16, 1, 1};
   for (int round = 0; round < 3; ++round) {
-    const xcb_window_t panel = panelWindow();
     desktop().stopPanel();
     desktop().startPanel(32);
-    ASSERT_TRUE(waitUntil([&] { return panelWindow() != XCB_WINDOW_NONE && panelWindow() != panel; }));
     EXPECT_TRUE(waitUntil([&] { return equalsScreen(desktop().screenshot(), 32); })) << round;
   }
   EXPECT_EQ(flickers_, 0);
@@ -277,17 +281,15 @@ TEST_F(PanelCapture, withoutACompositorItSaysWhyAndTheNextStartWorksAgain) {
   desktop().startWindowManager("openbox");
   connect();
   const xcb_window_t dock = openDock(32);
-  fill(dock, redArgb);
   const std::string reason = "The panel's text can't be kept: no compositor runs.";
   captureStrip();
   EXPECT_EQ(error_, reason);
   for (int round = 0; round < 3; ++round) {
     desktop().startCompositor();
     ASSERT_TRUE(waitUntil([&] { return connection_->compositorRunning(); }));
-    fill(dock, redArgb);
     rows_.clear();
     captureStrip();
-    EXPECT_TRUE(waitUntil([&] { return shows(960, 16, red); })) << error_;
+    EXPECT_TRUE(paints(dock, redArgb, red)) << error_;
     desktop().stopCompositor();
     EXPECT_TRUE(waitUntil([&] { return error_ == reason; }));
     const int before = pictures_;
@@ -301,20 +303,13 @@ TEST_F(PanelCapture, aPanelKeepsItsPictureWhenTheWindowManagerGoesAndComes) {
   start({"openbox", "picom"});
   if (IsSkipped()) return;
   const xcb_window_t dock = openDock(32);
-  fill(dock, redArgb);
   captureStrip();
-  ASSERT_TRUE(waitUntil([&] { return shows(960, 16, red); })) << error_;
+  ASSERT_TRUE(paints(dock, redArgb, red)) << error_;
   desktop().stopWindowManager();
   ASSERT_TRUE(waitUntil([&] { return stackPosition(dock) >= 0; }));
-  const auto followsDock = [&](const Pixel& colour, std::uint32_t argb) {
-    return waitUntil([&] {
-      fill(dock, argb);
-      return shows(960, 16, colour);
-    });
-  };
-  EXPECT_TRUE(followsDock(blue, blueArgb)) << "without a window manager";
+  EXPECT_TRUE(paints(dock, blueArgb, blue)) << "without a window manager";
   desktop().startWindowManager("openbox");
-  EXPECT_TRUE(followsDock(red, redArgb)) << "with the next one";
+  EXPECT_TRUE(paints(dock, redArgb, red)) << "with the next one";
   EXPECT_EQ(error_, "");
 }
 
@@ -333,9 +328,7 @@ TEST_F(PanelCapture, panelsThatComeAndGoAtAnyMomentDoNoHarm) {
     fill(dock, blueArgb);
     closeWindow(dock);
   }
-  const xcb_window_t last = openDock(32);
-  fill(last, redArgb);
-  EXPECT_TRUE(waitUntil([&] { return shows(960, 16, red) && shows(1900, 2, red); })) << error_;
+  EXPECT_TRUE(paints(openDock(32), redArgb, red)) << error_;
   EXPECT_EQ(error_, "");
   EXPECT_EQ(brokenWith_, "");
 }

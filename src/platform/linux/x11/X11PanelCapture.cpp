@@ -200,11 +200,14 @@ void X11PanelCapture::noteStructure(const xcb_generic_event_t& event, std::uint8
   const xcb_window_t window = changedWindow(event, code, connection_.shape());
   if (window == XCB_WINDOW_NONE) return;
   const auto found = std::find_if(panels_.begin(), panels_.end(), [&](const Panel& panel) {
-    return panel.place.window == window || panel.place.topLevel == window;
+    return panel.present && (panel.place.window == window || panel.place.topLevel == window);
   });
   if (found == panels_.end()) return;
-  // The server has taken the damage object along.
-  if (code == XCB_DESTROY_NOTIFY && found->place.topLevel == window) found->damage = XCB_NONE;
+  // At once: the next window may well get the same number. The server has taken a top-level's damage object along.
+  if (code == XCB_DESTROY_NOTIFY) {
+    if (found->place.topLevel == window) found->damage = XCB_NONE;
+    markGone(*found);
+  }
   lookNeeded_ = true;
   wake();
 }
