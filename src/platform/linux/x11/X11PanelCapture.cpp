@@ -353,6 +353,7 @@ void X11PanelCapture::handOn() {
   std::vector<const PanelPicture*> pictures;
   for (const Panel& panel : panels_) pictures.push_back(&panel.picture);
   composePanels(strip_, pictures, composed_);
+  hidePanelEdges(strip_, pictures, composed_);
   if (anyHandedOn_ && composed_ == handedOn_) return;
   anyHandedOn_ = true;
   handedOn_.swap(composed_);
