@@ -23,10 +23,10 @@ namespace veloria {
 /// are no such pixmaps, and asking the server for them ourselves would have it redraw every window through a copy for
 /// all programs; so the stream fails then, and says why.
 ///
-/// Something is read only after the server has reported damage to a panel, at most 30 times a second, and handed on only
-/// when the picture has changed. Beside the panels the picture has the mean colour of their edges; it is transparent
-/// while there is no panel. A panel that vanishes stays in the picture for a second, or until another one shows in its
-/// place: panels that restart don't flicker. Main thread; both references must outlive it.
+/// Something is read only after the server has reported damage to a panel, at most 30 times a second, and handed on
+/// only when the picture has changed. Beside the panels the picture has the mean colour of their edges; it is
+/// transparent while there is no panel. A panel that vanishes stays in the picture for a second, or until another one
+/// shows in its place: panels that restart don't flicker. Main thread; both references must outlive it.
 class X11PanelCapture final : public BarCaptureStream {
  public:
   X11PanelCapture(X11Connection& connection, X11ScreenProvider& screens, MediaClock clock = mediaTime);
