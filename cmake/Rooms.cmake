@@ -50,7 +50,7 @@ function(veloria_test name)
     VELORIA_SHADER_LIBRARY="${VELORIA_SHADER_LIBRARY}")
   veloria_common_options(${name})
   # Tests are compiled far more often than they run long.
-  target_compile_options(${name} PRIVATE -O1)
+  target_compile_options(${name} PRIVATE -O0)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES LABELS "${TEST_LABELS}" ENVIRONMENT "${TEST_ENVIRONMENT}" TIMEOUT 300)
 endfunction()

@@ -37,18 +37,30 @@ struct WeatherStatus {
   std::optional<std::string> error;
 };
 
+struct CaptureStatus {
+  bool running = false;
+  std::optional<std::string> error;
+};
+
+struct PointerStatus {
+  bool available = false;
+  std::string reason;  ///< why it is not; empty when it is
+};
+
 /// What the running application can say about itself.
 struct AppStatus {
   bool rendering = false;
   std::string reason;  ///< why not; empty when it is
   Visualizer visualizer = Visualizer::autonomous;
   LayerMode layer = LayerMode::desktopStrip;
-  std::string backend;  ///< what it draws on, "x11"
+  std::string backend;  ///< what it draws on, "x11" or "wayland"
   std::string device;   ///< the GPU's name
   std::vector<ScreenStatus> screens;
   std::optional<std::string> scriptError;
   AudioStatus audio;
   std::optional<WeatherStatus> weather;  ///< nothing before the first answer or error
+  CaptureStatus capture;
+  PointerStatus pointer;
   std::string hint;                      ///< what a person should be told about this desktop; may be empty
 };
 

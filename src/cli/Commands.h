@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/Environment.h"
-#include "cli/Activity.h"
 #include "cli/CommandLine.h"
 
 /// The commands. Each returns its exit code; what goes wrong is thrown: UsageError, or another exception whose text is

@@ -63,7 +63,8 @@ AgentSession& openSession(AgentSessions& sessions, const SessionChoice& choice, 
 void startAlert(json& state, double now) {
   state[alertUntil] = now + alertSeconds;
   state[alertFor] = alertSeconds;
-  // The agent scene turns the hues of a failure back by about thirty degrees: these are crimson there and fire elsewhere.
+  // The agent scene turns the hues of a failure back by about thirty degrees: these are crimson there and fire
+  // elsewhere.
   state[alertPalette] = {"#ff9000", "#ff7000", "#ffa000", "#c05800"};
 }
 

@@ -1,16 +1,9 @@
-#include <xcb/xcb.h>
-
-// Needs the names of the one above.
-#include <vulkan/vulkan_core.h>
-#include <vulkan/vulkan_xcb.h>
-
 #include <QCoreApplication>
 #include <QTimer>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <span>
 #include <string>
 #include <utility>
 
@@ -18,70 +11,28 @@
 #include "app/RemoteControl.h"
 #include "base/LocalSocket.h"
 #include "base/Log.h"
-#include "gpu/vulkan/VulkanFactory.h"
 #include "main/Command.h"
 #include "main/Commands.h"
+#include "main/Desktop.h"
 #include "main/GpuSetup.h"
 #include "main/LiveSources.h"
 #include "main/RunningApplication.h"
 #include "main/SignalWatch.h"
+#include "platform/linux/activity/LinuxActivity.h"
 #include "platform/linux/files/FileSettingsStorage.h"
 #include "platform/linux/files/UserFolders.h"
 #include "platform/linux/qt/DescriptorWatch.h"
 #include "platform/linux/qt/QtTimerFactory.h"
 #include "platform/linux/socket/InstanceLock.h"
 #include "platform/linux/socket/LocalServer.h"
-#include "platform/linux/x11/X11Connection.h"
-#include "platform/linux/x11/X11OverlayPanelFactory.h"
-#include "platform/linux/x11/X11PictureSink.h"
-#include "platform/linux/x11/X11ScreenProvider.h"
+#include "render/PointerTracker.h"
 #include "scene/SceneDriver.h"
 #include "settings/SettingsStore.h"
+#include "sources/ActivityWatcher.h"
 
 namespace veloria {
 
 namespace {
-
-/// Vulkan surfaces for X11 windows, on whichever device was made last.
-class VulkanOnX11 {
- public:
-  std::unique_ptr<gpu::Device> makeDevice() {
-    auto device = veloria::makeDevice({});
-    current_ = device.get();
-    return device;
-  }
-
-  std::unique_ptr<gpu::Surface> makeSurface(xcb_connection_t* connection, xcb_window_t window) {
-    const std::uint8_t depth = windowDepth(connection, window);
-    if (depth == 32 && gpu::vulkan::needsHostSurface(*current_)) {
-      const auto sink = std::make_shared<X11PictureSink>(connection, window, depth);
-      return gpu::vulkan::makeHostSurface(*current_, [sink](std::span<const std::byte> rows, gpu::Size size) {
-        sink->put(rows, size.width, size.height);
-      });
-    }
-    return gpu::vulkan::makeSurface(*current_, [connection, window](VkInstance instance) {
-      VkXcbSurfaceCreateInfoKHR info{};
-      info.sType = VK_STRUCTURE_TYPE_XCB_SURFACE_CREATE_INFO_KHR;
-      info.connection = connection;
-      info.window = window;
-      VkSurfaceKHR surface = VK_NULL_HANDLE;
-      return vkCreateXcbSurfaceKHR(instance, &info, nullptr, &surface) == VK_SUCCESS ? surface : VK_NULL_HANDLE;
-    });
-  }
-
- private:
-  gpu::Device* current_ = nullptr;
-};
-
-std::string displayName() {
-  const auto display = processEnvironment()("DISPLAY");
-  if (!display || display->empty()) {
-    throw WorkError(
-        "there is no X11 display here (DISPLAY is not set). 'veloria render --help' tells how to draw "
-        "without one.");
-  }
-  return *display;
-}
 
 struct Instance {
   bool otherRuns = false;
@@ -125,31 +76,38 @@ int runApplication(const QStringList&) {
   const Instance instance = becomeTheOne(socketPath);
   if (instance.otherRuns) return greetTheOther();
   QtTimerFactory timers;
-  X11Connection connection(displayName(), watchDescriptor, timers);
-  X11ScreenProvider screens(connection, screenOverridesFromEnvironment());
-  VulkanOnX11 vulkan;
-  X11OverlayPanelFactory panels(connection, screens, [&](xcb_connection_t* server, xcb_window_t window) {
-    return vulkan.makeSurface(server, window);
-  });
+  const auto desktop = openDesktop(environment, watchDescriptor, timers);
   SettingsStore& settings = SettingsStore::makeShared(
       std::make_unique<FileSettingsStorage>(configFolder(environment).value_or("")), environment);
-  LiveSources sources(environment, screens);
+  LiveSources sources(environment, desktop->screens());
   SceneDriver::Ports driverPorts{.settings = [&]() -> const NimbraConfig& { return settings.config(); },
                                  .timers = &timers};
   sources.addTo(driverPorts);
   SceneDriver driver(std::move(driverPorts));
 
+  LinuxActivity system({.environment = environment});
+  ActivityWatcher activity({.settings = [&]() -> const NimbraConfig& { return settings.config(); },
+                            .timers = &timers,
+                            .isFullScreenSpaceActive = [&] { return desktop->isFullScreen(); },
+                            .isOnBattery = [&] { return system.isOnBattery(); },
+                            .onPoll = [&] { system.setDisplaysOff(desktop->displaysOff()); }});
+  PointerTracker pointer(timers, desktop->pointerSource());
+
   int exitCode = done;
   AppDelegate delegate({
-      .makeDevice = [&] { return vulkan.makeDevice(); },
+      .makeDevice = [&] { return desktop->makeDevice(); },
       .shaderLibraries = shaderLibraryCandidates(programPlaces()),
-      .screens = &screens,
-      .panels = &panels,
+      .screens = &desktop->screens(),
+      .panels = &desktop->panels(),
       .timers = &timers,
       .settings = &settings,
       .driver = &driver,
+      .activity = &activity,
+      .pointer = &pointer,
+      .captureStream = desktop->captureStream(),
+      .captureProblem = desktop->captureProblem(),
       .environment = environment,
-      .backendName = "x11",
+      .backendName = desktop->name(),
       .alert = [](const std::string& message, const std::string& text) { systemLog(message + "\n" + text); },
       .terminate =
           [&](bool failure) {
@@ -158,17 +116,20 @@ int runApplication(const QStringList&) {
           },
       .hint = [](const std::string& text) { systemLog("Veloria: " + text); },
   });
-  connection.setBrokenHandler([&](const std::string& reason) {
+  desktop->setBrokenHandler([&](const std::string& reason) {
     systemLog("veloria: " + reason);
     exitCode = failed;
     QCoreApplication::exit(failed);
   });
+  desktop->setCaptureChanceHandler([&] { delegate.updateCapture(); });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
 
   delegate.didFinishLaunching();
+  system.setHandler([&](auto notification) { activity.notify(notification); });
   RemoteControl remote({.settings = &settings, .status = [&] { return delegate.status(); }});
   const auto server = instance.lock ? listenForQuestions(*socketPath, timers, remote) : nullptr;
   QCoreApplication::exec();
+  system.setHandler(nullptr);
   delegate.willTerminate();
   return exitCode;
 }

@@ -80,7 +80,7 @@ class Hour : public testing::Test {
         return bytes;
       }
       case 5:
-        return "{\"n" + std::to_string(random_()) + "\": 1, \"err\": 1, \"palette\": [\"#123456\", \"#654321\"]}";
+        return "{\"n" + std::to_string(below(40)) + "\": 1, \"err\": 1, \"palette\": [\"#123456\", \"#654321\"]}";
       default:
         return R"({"busy": 0.5, "alert_until": )" + std::to_string(1.7e9 + now_ + 1) +
                R"(, "alert_palette": ["#ff0000", "#aa0000"]})";
@@ -127,8 +127,9 @@ class Hour : public testing::Test {
 
   void play() {
     if (!tap_.audio) return;
-    std::vector<float> samples(1024);
-    for (float& sample : samples) sample = static_cast<float>(any());
+    const float scale = static_cast<float>(any());
+    std::vector<float> samples(1024, scale);
+    for (std::size_t i = 0; i < samples.size(); i += 1 + below(64)) samples[i] = -scale;
     if (below(50) == 0) samples[5] = std::numeric_limits<float>::quiet_NaN();
     const std::span<const float> channels[] = {samples};
     tap_.audio({.format = AudioFormat{48000, 1, 0, 32, true}, .unreadable = {}, .channels = channels});

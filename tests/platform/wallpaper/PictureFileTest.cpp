@@ -155,7 +155,7 @@ TEST_F(PictureFileTest, RefusesWhatIsNoPictureWithoutWaiting) {
 TEST_F(PictureFileTest, RefusesDamagedPictures) {
   const std::string png = bytesOf(save(twoColours({300, 300}, orange, navy), "good.png"));
   const std::string jpg = bytesOf(save(twoColours({300, 300}, orange, navy), "good.jpg"));
-  for (const std::size_t kept : {4, 8, 20, 33, 60}) {
+  for (const std::size_t kept : std::initializer_list<std::size_t>{4, 8, 20, 33, 60}) {
     EXPECT_EQ(thumbnail(folder_.write("cut.png", png.substr(0, kept))), std::nullopt) << kept;
     EXPECT_EQ(thumbnail(folder_.write("cut.jpg", jpg.substr(0, kept))), std::nullopt) << kept;
   }

@@ -4,7 +4,7 @@
 #include <optional>
 #include <span>
 
-#include "platform/linux/x11/ScreenSpace.h"
+#include "platform/linux/screens/ScreenSpace.h"
 
 namespace veloria {
 

@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/screens/PanelHint.h"
+
 namespace veloria {
 
 namespace {
@@ -11,10 +13,6 @@ namespace {
 constexpr double seeThroughAlpha = 0.9;
 constexpr double opaque = 0xFFFFFFFFU;
 constexpr std::uint8_t depthWithAlpha = 32;
-
-constexpr const char* advice =
-    " To paint the light over it, start it as: NIMBRA_LAYER=aboveMenuBar veloria. Or let the light "
-    "reach below it with the setting extraHeight.";
 
 // The share of the strip's width that panels of one kind cover.
 double coveredShare(const PixelRect& strip, std::span<const PanelFacts> panels, SeeThrough kind,
@@ -47,13 +45,8 @@ SeeThrough seeThrough(const PanelFacts& panel, bool compositorRunning) {
 std::string panelHint(const PixelRect& strip, std::span<const PanelFacts> panels, bool compositorRunning) {
   const double hidden = coveredShare(strip, panels, SeeThrough::no, compositorRunning);
   const double unknown = coveredShare(strip, panels, SeeThrough::unknown, compositorRunning);
-  if (hidden >= 0.5) return std::string("The panel at the top of the screen is opaque and hides the light.") + advice;
-  if (hidden + unknown >= 0.5) {
-    return std::string(
-               "The panel at the top of the screen may hide the light; whether it is see-through can't be told.") +
-           advice;
-  }
-  return {};
+  if (hidden >= 0.5) return opaquePanelHint();
+  return hidden + unknown >= 0.5 ? unknownPanelHint() : std::string();
 }
 
 }  // namespace veloria

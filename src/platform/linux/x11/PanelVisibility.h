@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "platform/linux/x11/ScreenSpace.h"
+#include "platform/linux/screens/ScreenSpace.h"
 
 namespace veloria {
 

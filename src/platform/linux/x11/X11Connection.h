@@ -13,13 +13,11 @@
 #include <vector>
 
 #include "base/Timer.h"
-#include "platform/linux/x11/ScreenSpace.h"
+#include "platform/linux/screens/DescriptorWatcher.h"
+#include "platform/linux/screens/ScreenSpace.h"
 #include "platform/linux/x11/X11Atoms.h"
 
 namespace veloria {
-
-/// Calls back when a descriptor can be read, until the returned object is let go.
-using DescriptorWatcher = std::function<std::shared_ptr<void>(int descriptor, std::function<void()> onReadable)>;
 
 /// Something xcb allocated.
 struct XcbFree {

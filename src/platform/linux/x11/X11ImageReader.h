@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "platform/linux/x11/ScreenSpace.h"
+#include "platform/linux/screens/ScreenSpace.h"
 #include "platform/linux/x11/X11Connection.h"
 
 namespace veloria {

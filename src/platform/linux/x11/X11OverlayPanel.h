@@ -6,7 +6,7 @@
 
 #include "app/OverlayPanel.h"
 #include "gpu/Surface.h"
-#include "platform/linux/x11/AttemptBudget.h"
+#include "platform/linux/screens/AttemptBudget.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11ScreenProvider.h"
 

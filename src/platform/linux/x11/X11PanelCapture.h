@@ -9,7 +9,7 @@
 
 #include "base/MediaClock.h"
 #include "base/Timer.h"
-#include "platform/linux/x11/AttemptBudget.h"
+#include "platform/linux/screens/AttemptBudget.h"
 #include "platform/linux/x11/PanelPicture.h"
 #include "platform/linux/x11/X11ImageReader.h"
 #include "platform/linux/x11/X11PanelProbe.h"

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "base/Timer.h"
-#include "platform/linux/x11/ScreenDescription.h"
+#include "platform/linux/screens/ScreenDescription.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "render/ScreenProvider.h"
 

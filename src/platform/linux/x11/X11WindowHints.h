@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/OverlayPanel.h"
-#include "platform/linux/x11/ScreenSpace.h"
+#include "platform/linux/screens/ScreenSpace.h"
 #include "platform/linux/x11/X11Connection.h"
 
 namespace veloria {

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/AttemptBudget.h"
+#include "platform/linux/screens/AttemptBudget.h"
 
 #include <gtest/gtest.h>
 

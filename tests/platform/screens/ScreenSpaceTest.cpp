@@ -1,4 +1,4 @@
-#include "platform/linux/x11/ScreenSpace.h"
+#include "platform/linux/screens/ScreenSpace.h"
 
 #include <gtest/gtest.h>
 

@@ -8,8 +8,7 @@
 #include <vector>
 
 #include "base/Geometry.h"
-#include "platform/linux/x11/DockStruts.h"
-#include "platform/linux/x11/ScreenSpace.h"
+#include "platform/linux/screens/ScreenSpace.h"
 #include "render/ScreenProvider.h"
 
 namespace veloria {

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/ScreenDescription.h"
+#include "platform/linux/screens/ScreenDescription.h"
 
 #include <array>
 #include <charconv>

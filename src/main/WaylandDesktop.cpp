@@ -1,0 +1,95 @@
+#include "main/WaylandDesktop.h"
+
+#include <wayland-client.h>
+
+// Needs the names of the one above.
+#include <vulkan/vulkan_core.h>
+#include <vulkan/vulkan_wayland.h>
+
+#include <utility>
+
+#include "gpu/vulkan/VulkanFactory.h"
+#include "main/GpuSetup.h"
+#include "platform/linux/hyprland/CursorPosition.h"
+#include "platform/linux/hyprland/HyprlandPointer.h"
+#include "platform/linux/wayland/CompositorQuestions.h"
+#include "platform/linux/wayland/WaylandOverlayPanelFactory.h"
+#include "platform/linux/wayland/WaylandScreenProvider.h"
+
+namespace veloria {
+
+namespace {
+
+class WaylandDesktop final : public Desktop {
+ public:
+  WaylandDesktop(std::unique_ptr<WaylandConnection> connection, const Environment& environment)
+      : environment_(environment),
+        connection_(std::move(connection)),
+        compositor_(environment),
+        screens_(
+            *connection_, [this] { return compositor_.reservedEdges(); }, screenOverridesFromEnvironment()),
+        panels_(*connection_, screens_, compositor_.layerStacking(),
+                [this](wl_display* display, wl_surface* surface) { return makeSurface(display, surface); }) {}
+
+  const char* name() const override { return "wayland"; }
+  ScreenProvider& screens() override { return screens_; }
+  OverlayPanelFactory& panels() override { return panels_; }
+
+  std::unique_ptr<gpu::Device> makeDevice() override {
+    auto device = veloria::makeDevice({});
+    device_ = device.get();
+    return device;
+  }
+
+  BarCaptureStream* captureStream() override { return nullptr; }
+  std::string captureProblem() const override {
+    return "the panel's text can't be kept: on Wayland no program can look at the panel without its own light on it";
+  }
+  void setCaptureChanceHandler(std::function<void()>) override {}
+
+  PointerSource pointerSource() override {
+    const auto socket = hyprlandRequestSocket(environment_);
+    if (!socket) return {nullptr, "on Wayland only Hyprland tells where the pointer is"};
+    return hyprlandPointerSource(*socket, [this](Point point) { return fromLayout(point); });
+  }
+  bool isFullScreen() override { return false; }
+  bool displaysOff() override { return false; }
+
+  void setBrokenHandler(std::function<void(const std::string&)> handler) override {
+    connection_->setBrokenHandler(std::move(handler));
+  }
+
+ private:
+  /// The first screen is the one at the layout's (0, 0) wherever there is such a one.
+  Point fromLayout(Point point) {
+    const auto screens = screens_.screens();
+    return {point.x, (screens.empty() ? 0 : screens.front().frame.height) - point.y};
+  }
+
+  std::unique_ptr<gpu::Surface> makeSurface(wl_display* display, wl_surface* surface) {
+    return gpu::vulkan::makeSurface(*device_, [display, surface](VkInstance instance) {
+      VkWaylandSurfaceCreateInfoKHR info{};
+      info.sType = VK_STRUCTURE_TYPE_WAYLAND_SURFACE_CREATE_INFO_KHR;
+      info.display = display;
+      info.surface = surface;
+      VkSurfaceKHR made = VK_NULL_HANDLE;
+      return vkCreateWaylandSurfaceKHR(instance, &info, nullptr, &made) == VK_SUCCESS ? made : VK_NULL_HANDLE;
+    });
+  }
+
+  Environment environment_;
+  std::unique_ptr<WaylandConnection> connection_;
+  CompositorQuestions compositor_;
+  WaylandScreenProvider screens_;
+  WaylandOverlayPanelFactory panels_;
+  gpu::Device* device_ = nullptr;
+};
+
+}  // namespace
+
+std::unique_ptr<Desktop> makeWaylandDesktop(std::unique_ptr<WaylandConnection> connection,
+                                            const Environment& environment) {
+  return std::make_unique<WaylandDesktop>(std::move(connection), environment);
+}
+
+}  // namespace veloria

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "main/Desktop.h"
+#include "platform/linux/wayland/WaylandConnection.h"
+
+namespace veloria {
+
+/// Throws std::runtime_error where overlays can't be had.
+std::unique_ptr<Desktop> makeWaylandDesktop(std::unique_ptr<WaylandConnection> connection,
+                                            const Environment& environment);
+
+}  // namespace veloria

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "BusSignal.h"
+
+namespace veloria {
+
+/// A connection of its own to a message bus; tries again, seldom, when there is none or it has ended. It waits while it
+/// connects (for up to half a minute when a bus accepts but does not answer), so it lives on a thread that may.
+class BusLink final : public QObject {
+ public:
+  using Followers = std::vector<std::unique_ptr<QObject>>;
+  struct Handlers {
+    std::function<Followers(QDBusConnection)> connected;  ///< what it returns lives as long as the connection
+    std::function<void()> ended;                          ///< after the followers are gone
+  };
+  BusLink(const std::string& address, double retrySeconds, Handlers handlers);
+  ~BusLink() override;
+
+  void open();
+
+ private:
+  void close();
+  void lost();
+
+  QString address_;
+  QString name_;
+  Handlers handlers_;
+  QTimer retry_;
+  std::unique_ptr<BusSignal> disconnected_;
+  Followers followers_;
+};
+
+}  // namespace veloria

@@ -1,0 +1,29 @@
+#include "platform/linux/screens/PanelHint.h"
+
+namespace veloria {
+
+namespace {
+
+std::string withAdvice(const char* sentence) {
+  return std::string(sentence) +
+         " To paint the light over it, start it as: NIMBRA_LAYER=aboveMenuBar veloria. Or let the light "
+         "reach below it with the setting extraHeight.";
+}
+
+}  // namespace
+
+std::string opaquePanelHint() {
+  return withAdvice("The panel at the top of the screen is opaque and hides the light.");
+}
+
+std::string unknownPanelHint() {
+  return withAdvice("The panel at the top of the screen may hide the light; whether it is see-through can't be told.");
+}
+
+std::string untoldPanelHint() {
+  return withAdvice(
+      "This desktop does not tell how high its panel is: set NIMBRA_BAR_HEIGHT to its height in points. The panel may "
+      "hide the light.");
+}
+
+}  // namespace veloria

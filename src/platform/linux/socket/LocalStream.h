@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "base/Result.h"
+#include "platform/linux/socket/OwnedDescriptor.h"
+
+namespace veloria {
+
+/// A connection to another program's local socket for a short question. Everything in it ends at one point in time, so
+/// that a program that doesn't answer holds nobody up for longer. Any thread; blocks.
+class LocalStream {
+ public:
+  /// `end` as mediaTime() counts.
+  static Result<LocalStream> connect(const std::filesystem::path& path, double end);
+
+  Result<Done> send(std::string_view bytes);
+  /// Exactly `count` bytes.
+  Result<std::string> receive(std::size_t count);
+  /// Everything up to the end of the stream; a failure when that is more than `most` bytes.
+  Result<std::string> receiveAll(std::size_t most);
+
+ private:
+  LocalStream(OwnedDescriptor socket, double end) : socket_(std::move(socket)), end_(end) {}
+  bool waitFor(short events) const;
+  Result<std::string> receivePart(std::size_t most);
+
+  OwnedDescriptor socket_;
+  double end_;
+};
+
+}  // namespace veloria

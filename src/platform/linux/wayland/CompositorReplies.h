@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/Result.h"
+#include "platform/linux/screens/ScreenSpace.h"
+
+/// What compositors answer over their own sockets, from any bytes.
+namespace veloria {
+
+/// What panels keep free at the edges of an output, points.
+struct EdgeInsets {
+  int left = 0;
+  int top = 0;
+  int right = 0;
+  int bottom = 0;
+  bool operator==(const EdgeInsets&) const = default;
+};
+
+/// By the output's name.
+using ReservedEdges = std::map<std::string, EdgeInsets>;
+
+/// How surfaces that share a layer lie over each other. Almost everywhere the newest is on top; sway before
+/// version 1.10 puts it at the bottom.
+enum class LayerStacking { newestHighest, newestLowest };
+
+/// A message as sway takes it (i3's format): magic, length and type in the machine's byte order, payload.
+std::string swayMessage(std::uint32_t type, std::string_view payload);
+
+inline constexpr std::size_t swayHeaderBytes = 14;
+
+/// The payload's length from a message's first bytes; nothing when they are no header of this type, or the payload
+/// would be longer than JSON from outside may be.
+std::optional<std::size_t> swayPayloadLength(std::string_view header, std::uint32_t type);
+
+/// From sway's answers to get_outputs and get_workspaces: what the visible workspace leaves free of its output. A gap
+/// around the workspace is no panel: what is free on all four sides is taken off each.
+Result<ReservedEdges> swayReservedEdges(std::string_view outputs, std::string_view workspaces);
+
+/// From sway's answer to get_version.
+Result<LayerStacking> swayLayerStacking(std::string_view version);
+
+/// From Hyprland's answer to j/monitors, whose "reserved" is left, top, right, bottom.
+Result<ReservedEdges> hyprlandReservedEdges(std::string_view monitors);
+
+/// `frame` (points) without what is reserved; an edge that would take more than half of it is left where it is.
+PixelRect withoutReserved(const PixelRect& frame, const EdgeInsets& reserved);
+
+}  // namespace veloria
