@@ -116,9 +116,10 @@ void hidePanelEdges(const PixelRect& strip, std::span<const PanelPicture* const>
     ++count;
   });
   if (count == 0) return;
-  cover.forEach(false, [&](int, int, std::size_t offset) {
-    for (std::size_t i = 0; i < bytesPerPixel; ++i) rows[offset + i] = static_cast<std::byte>(sums[i] / count);
-  });
+  std::array<std::byte, bytesPerPixel> ground{};
+  for (std::size_t i = 0; i < bytesPerPixel; ++i) ground[i] = static_cast<std::byte>(sums[i] / count);
+  cover.forEach(false,
+                [&](int, int, std::size_t offset) { std::memcpy(rows.data() + offset, ground.data(), bytesPerPixel); });
 }
 
 }  // namespace veloria
