@@ -99,7 +99,8 @@ bool AppDelegate::startGpu(std::string& problem) {
     problem = error.what();
     return false;
   }
-  if (services_.captureStream != nullptr) capture_ = std::make_unique<MenuBarCapture>(*device_, *services_.captureStream);
+  if (services_.captureStream != nullptr)
+    capture_ = std::make_unique<MenuBarCapture>(*device_, *services_.captureStream);
   return true;
 }
 

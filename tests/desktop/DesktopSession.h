@@ -13,26 +13,9 @@
 #include <vector>
 
 #include "desktop/ChildProcess.h"
+#include "desktop/Screenshot.h"
 
 namespace veloria::desktop {
-
-/// The colour of one pixel on the screen.
-struct Pixel {
-  std::uint8_t red = 0;
-  std::uint8_t green = 0;
-  std::uint8_t blue = 0;
-  bool operator==(const Pixel&) const = default;
-};
-
-/// What the whole screen shows.
-struct Screenshot {
-  int width = 0;
-  int height = 0;
-  std::vector<Pixel> pixels;  ///< rows from the top
-  Pixel at(int x, int y) const {
-    return pixels.at(static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x));
-  }
-};
 
 /// One mapped window: a child of the root, or the program's own window inside a window manager's frame.
 struct WindowInfo {

@@ -1,7 +1,6 @@
 #include "EndToEndFixture.h"
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <fstream>
 
@@ -14,31 +13,6 @@ namespace {
 const Pixel panelColour{0x20, 0x30, 0x40};
 
 }  // namespace
-
-double litShare(const Screenshot& picture, const Region& region) {
-  int lit = 0;
-  for (int y = region.y; y < region.y + region.height; ++y) {
-    for (int x = region.x; x < region.x + region.width; ++x) {
-      const Pixel p = picture.at(x, y);
-      const int high = std::max({p.red, p.green, p.blue});
-      const int low = std::min({p.red, p.green, p.blue});
-      lit += high > 90 && high - low > 40 ? 1 : 0;
-    }
-  }
-  return static_cast<double>(lit) / (region.width * region.height);
-}
-
-double difference(const Screenshot& a, const Screenshot& b, const Region& region) {
-  double sum = 0;
-  for (int y = region.y; y < region.y + region.height; ++y) {
-    for (int x = region.x; x < region.x + region.width; ++x) {
-      const Pixel p = a.at(x, y);
-      const Pixel q = b.at(x, y);
-      sum += std::abs(p.red - q.red) + std::abs(p.green - q.green) + std::abs(p.blue - q.blue);
-    }
-  }
-  return sum / (3.0 * region.width * region.height);
-}
 
 void EndToEnd::startDesktop(const DesktopSession::Options& options) {
   if (const auto missing = DesktopSession::missing({"xrandr"}); !missing.empty()) GTEST_SKIP() << missing;

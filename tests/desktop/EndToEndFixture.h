@@ -17,21 +17,8 @@ namespace veloria::desktop {
 
 constexpr int barHeight = 32;
 
-struct Region {
-  int x;
-  int y;
-  int width;
-  int height;
-};
-
 constexpr Region strip{0, 0, 1920, barHeight};
 constexpr Region belowStrip{0, barHeight + 4, 1920, 60};
-
-/// The share of pixels that are light: clearly coloured, unlike panel, root window and windows here.
-double litShare(const Screenshot& picture, const Region& region);
-
-/// The mean difference of two pictures' components, of 255.
-double difference(const Screenshot& a, const Screenshot& b, const Region& region);
 
 /// The program itself on a private desktop with a real window manager, panel and compositor.
 class EndToEnd : public testing::Test {

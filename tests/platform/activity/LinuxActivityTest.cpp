@@ -234,7 +234,7 @@ TEST_F(LinuxActivityTest, WithoutASessionItCountsAsActive) {
             {"org.freedesktop.login1.User", QVariantMap{{"Display", "nonsense"}}});
   setSession("Active", false, "shown");
   startActivity();
-  ASSERT_TRUE(hearsLogin());
+  ASSERT_TRUE(waitFor([&] { return bus->calls(login, loginPath, "GetUser") == 1; })) << "the last resort";
   prepareForSleep(true);
   expectSeen({willSleep}, "the session of nobody plays no part");
 }

@@ -1,14 +1,13 @@
 #include "platform/linux/wayland/CompositorQuestions.h"
 
-#include <array>
 #include <filesystem>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "base/Log.h"
 #include "base/MediaClock.h"
 #include "base/StrictJson.h"
+#include "platform/linux/hyprland/CursorPosition.h"
 #include "platform/linux/socket/LocalStream.h"
 
 namespace veloria {
@@ -49,12 +48,6 @@ Result<ReservedEdges> hyprlandEdges(const std::filesystem::path& path) {
   return answer ? hyprlandReservedEdges(*answer) : Failure{answer.error()};
 }
 
-// Newer versions keep their sockets in the runtime folder.
-std::vector<std::filesystem::path> hyprlandSockets(const Environment& environment, const std::string& instance) {
-  const std::filesystem::path rest = std::filesystem::path("hypr") / instance / ".socket.sock";
-  return {std::filesystem::path(environment("XDG_RUNTIME_DIR").value_or("/run")) / rest, "/tmp" / rest};
-}
-
 Result<LayerStacking> swayStacking(const std::filesystem::path& path) {
   auto stream = LocalStream::connect(path, mediaTime() + patience);
   if (!stream) return Failure{stream.error()};
@@ -84,12 +77,8 @@ LayerStacking CompositorQuestions::layerStacking() const {
 
 std::optional<ReservedEdges> CompositorQuestions::reservedEdges() const {
   if (const auto path = swaySocket()) return reported(swayEdges(*path));
-  const auto instance = environment_("HYPRLAND_INSTANCE_SIGNATURE");
-  if (!instance || instance->empty() || instance->find('/') != std::string::npos) return std::nullopt;
-  for (const auto& path : hyprlandSockets(environment_, *instance)) {
-    if (auto edges = reported(hyprlandEdges(path))) return edges;
-  }
-  return std::nullopt;
+  const auto path = hyprlandRequestSocket(environment_);
+  return path ? reported(hyprlandEdges(*path)) : std::nullopt;
 }
 
 }  // namespace veloria

@@ -156,6 +156,7 @@ void WaylandScreenProvider::refresh() {
     monitors.back().visible = withoutReserved(each.monitor.frame, reserved->at(each.monitor.name));
   }
   screens_ = describeScreens(monitors, 1, overrides_);
+  if (!monitors.empty()) space_ = spaceOf(monitors, 1);
   outputs_.clear();
   for (std::size_t i = 0; i < found.size(); ++i) {
     screens_[i].backingScale = pixelsPerPoint(found[i].output->facts(), connection_.viewporter() != nullptr);

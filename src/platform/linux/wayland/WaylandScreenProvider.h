@@ -31,6 +31,8 @@ class WaylandScreenProvider final : public ScreenProvider {
   std::vector<Screen> screens() override { return screens_; }
   void setChangeHandler(std::function<void()> handler) override;
 
+  /// The coordinate system of screens(), from the compositor's logical pixels (y downwards).
+  const ScreenSpace& space() const { return space_; }
   /// The output of the screen with this number; null when it is gone.
   std::shared_ptr<WaylandOutput> output(std::uint32_t number) const;
   /// True when it is known how much panels have reserved, or the environment says it.
@@ -58,6 +60,7 @@ class WaylandScreenProvider final : public ScreenProvider {
   ReservedEdgesQuery reserved_;
   ScreenOverrides overrides_;
   std::vector<Screen> screens_;
+  ScreenSpace space_;
   std::map<std::uint32_t, std::weak_ptr<WaylandOutput>> outputs_;  ///< by the screen's number
   bool panelsTold_ = false;
   struct Space {
