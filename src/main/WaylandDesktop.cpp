@@ -13,6 +13,7 @@
 #include "platform/linux/hyprland/CursorPosition.h"
 #include "platform/linux/hyprland/HyprlandPointer.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
+#include "platform/linux/wayland/WaylandFullScreen.h"
 #include "platform/linux/wayland/WaylandOverlayPanelFactory.h"
 #include "platform/linux/wayland/WaylandScreenProvider.h"
 
@@ -28,6 +29,7 @@ class WaylandDesktop final : public Desktop {
         compositor_(environment),
         screens_(
             *connection_, [this] { return compositor_.reservedEdges(); }, screenOverridesFromEnvironment()),
+        fullScreen_(*connection_),
         panels_(*connection_, screens_, compositor_.layerStacking(),
                 [this](wl_display* display, wl_surface* surface) { return makeSurface(display, surface); }) {}
 
@@ -52,7 +54,11 @@ class WaylandDesktop final : public Desktop {
     if (!socket) return {nullptr, "on Wayland only Hyprland tells where the pointer is"};
     return hyprlandPointerSource(*socket, [this](Point point) { return fromLayout(point); });
   }
-  bool isFullScreen() override { return false; }
+  bool isFullScreen() override {
+    const auto screens = screens_.screens();
+    const auto output = screens.empty() ? nullptr : screens_.output(screens.front().number);
+    return output != nullptr && fullScreen_.isActive(*output);
+  }
   bool displaysOff() override { return false; }
 
   void setBrokenHandler(std::function<void(const std::string&)> handler) override {
@@ -81,6 +87,7 @@ class WaylandDesktop final : public Desktop {
   std::unique_ptr<WaylandConnection> connection_;
   CompositorQuestions compositor_;
   WaylandScreenProvider screens_;
+  WaylandFullScreen fullScreen_;
   WaylandOverlayPanelFactory panels_;
   gpu::Device* device_ = nullptr;
 };
