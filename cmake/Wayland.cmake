@@ -25,7 +25,10 @@ foreach(protocol IN LISTS protocols)
   get_filename_component(name ${protocol} NAME_WE)
   set(header ${protocol_folder}/${name}-client-protocol.h)
   set(code ${protocol_folder}/${name}-protocol.c)
-  add_custom_command(OUTPUT ${header} COMMAND ${WAYLAND_SCANNER} client-header ${protocol} ${header}
+  # A parameter of the layer shell has a name that C++ keeps for itself.
+  add_custom_command(OUTPUT ${header}
+                     COMMAND ${WAYLAND_SCANNER} client-header ${protocol} ${header}
+                     COMMAND sed -i "s/\\bnamespace\\b/name_space/" ${header}
                      DEPENDS ${protocol} VERBATIM)
   add_custom_command(OUTPUT ${code} COMMAND ${WAYLAND_SCANNER} private-code ${protocol} ${code}
                      DEPENDS ${protocol} VERBATIM)

@@ -1,13 +1,9 @@
 #pragma once
 
-#include <wayland-client.h>
-
-// The layer shell's header names a parameter as C++ names its namespaces.
-#define namespace name_space
-#include <wlr-layer-shell-unstable-v1-client-protocol.h>
-#undef namespace
 #include <viewporter-client-protocol.h>
+#include <wayland-client.h>
 #include <wlr-foreign-toplevel-management-unstable-v1-client-protocol.h>
+#include <wlr-layer-shell-unstable-v1-client-protocol.h>
 #include <xdg-output-unstable-v1-client-protocol.h>
 
 #include <memory>
