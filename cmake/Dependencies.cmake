@@ -5,7 +5,7 @@ find_package(Vulkan REQUIRED)
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Network DBus)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-randr xcb-shape xcb-ewmh xcb-icccm xcb-composite xcb-xfixes
-                  xcb-render xcb-damage xcb-shm)
+                  xcb-render xcb-damage xcb-shm xcb-dpms)
 pkg_check_modules(KISSFFT REQUIRED IMPORTED_TARGET kissfft-float)
 pkg_check_modules(PULSE REQUIRED IMPORTED_TARGET libpulse)
 pkg_check_modules(SPIRV_CROSS REQUIRED IMPORTED_TARGET spirv-cross-c-shared)

@@ -15,6 +15,8 @@ constexpr const char* alertTitle = "Veloria could not start";
 constexpr int maximumRecoveryAttempts = 20;
 /// Panels and compositors that start together with us need a moment before they can be looked at.
 constexpr double hintDelay = 2.0;
+/// How far around a window, in points, the pointer still counts as on it.
+constexpr double pointerMargin = 40;
 
 std::string noDeviceText() {
   return "This " + std::string(machineName) + " has no " + std::string(gpuSystemName) +
@@ -73,6 +75,9 @@ AppDelegate::~AppDelegate() {
   settingsSubscription_.cancel();
   services_.driver->onConfig = nullptr;
   services_.screens->setChangeHandler(nullptr);
+  if (services_.activity != nullptr) services_.activity->onChange = nullptr;
+  if (services_.pointer != nullptr) services_.pointer->onSample = nullptr;
+  capture_.reset();
   windows_.clear();
   renderers_.clear();
   library_.reset();
@@ -94,6 +99,8 @@ bool AppDelegate::startGpu(std::string& problem) {
     problem = error.what();
     return false;
   }
+  if (services_.captureStream != nullptr)
+    capture_ = std::make_unique<MenuBarCapture>(*device_, *services_.captureStream);
   return true;
 }
 
@@ -108,12 +115,17 @@ void AppDelegate::didFinishLaunching() {
     for (const auto& [number, renderer] : renderers_) renderer->config = driven;
   };
   services_.driver->recompile();
+  if (services_.activity != nullptr) services_.activity->onChange = [this] { updateRenderingState(); };
+  if (services_.pointer != nullptr) {
+    services_.pointer->onSample = [this](const auto& point, Point velocity) { distributePointer(point, velocity); };
+  }
   services_.screens->setChangeHandler([this] { rebuildWindows(); });
   settingsSubscription_ = services_.settings->subscribe([this](const NimbraConfig& config) { configChanged(config); });
   rebuildWindows();
 }
 
 void AppDelegate::willTerminate() {
+  if (capture_ != nullptr) capture_->stop();
   for (const auto& [number, window] : windows_) window->setRendering(false);
 }
 
@@ -135,7 +147,7 @@ void AppDelegate::rebuildWindows() {
     }
   }
   removeWindows(wanted);
-  updateRenderingState();
+  setRendering(shouldRender() && device_ != nullptr);
   hintTimer_ = services_.timers->repeating(hintDelay, 0.5, [this] {
     hintTimer_.reset();
     giveHints();
@@ -173,16 +185,25 @@ void AppDelegate::configChanged(const NimbraConfig& config) {
       renderer->resizeSimGrid(renderer->drawableSize());
     }
   }
+  if (services_.activity != nullptr) services_.activity->recompute();
   updateRenderingState();
   lastConfig_ = config;
 }
 
 bool AppDelegate::shouldRender() const {
+  if (services_.activity != nullptr) return services_.activity->shouldRender();
   return services_.settings->config().enabled;
 }
 
+/// Screens may have changed unseen while nothing was drawn, so the windows are laid out anew before the first frame.
 void AppDelegate::updateRenderingState() {
   const bool rendering = shouldRender() && device_ != nullptr;
+  if (rendering && !rendering_) return rebuildWindows();
+  setRendering(rendering);
+}
+
+void AppDelegate::setRendering(bool rendering) {
+  rendering_ = rendering;
   NimbraLog::debugf("rendering=%s windows=%zu renderers=%zu", rendering ? "true" : "false", windows_.size(),
                     renderers_.size());
   if (rendering) {
@@ -191,6 +212,59 @@ void AppDelegate::updateRenderingState() {
     services_.driver->suspend();
   }
   for (const auto& [number, window] : windows_) window->setRendering(rendering);
+  updatePointerInterest();
+  updateCapture();
+}
+
+void AppDelegate::updatePointerInterest() {
+  if (services_.pointer == nullptr) return;
+  const NimbraConfig& config = services_.settings->config();
+  const bool on = config.enabled && config.pointerMode != PointerMode::none && shouldRender();
+  Rect interest;
+  for (const auto& [number, window] : windows_) interest = interest.united(window->geometry().windowFrame);
+  services_.pointer->interestRect = interest;
+  services_.pointer->setEnabled(on);
+  if (!on) distributePointer(std::nullopt, {});
+}
+
+void AppDelegate::distributePointer(const std::optional<Point>& point, Point velocity) {
+  for (const auto& [number, window] : windows_) {
+    const Rect& frame = window->geometry().windowFrame;
+    PointerState& pointer = renderers_.at(number)->pointer;
+    if (point && frame.inset(-pointerMargin, -pointerMargin).contains(*point)) {
+      pointer = {Point{point->x - frame.minX(), frame.maxY() - point->y}, velocity, true};
+    } else {
+      pointer = {};
+    }
+  }
+}
+
+bool AppDelegate::wantsCapture() const {
+  const NimbraConfig& config = services_.settings->config();
+  return config.enabled && config.preserveMenuBarText && config.layerMode == LayerMode::aboveMenuBar && shouldRender();
+}
+
+void AppDelegate::updateCapture() {
+  if (capture_ == nullptr) return;
+  const auto screens = targetScreens(services_.settings->config(), services_.screens->screens());
+  const auto window = screens.empty() ? windows_.end() : windows_.find(screens.front().number);
+  if (!wantsCapture() || window == windows_.end()) {
+    if (capture_->isRunning()) capture_->stop();
+    return;
+  }
+  const Screen& screen = screens.front();
+  const Rect& frame = window->second->geometry().windowFrame;
+  capture_->start(screen.number, {frame.minX() - screen.frame.minX(), 0, frame.width, frame.height},
+                  screen.backingScale);
+  for (const auto& [number, renderer] : renderers_) {
+    renderer->backdrop = number == screen.number ? capture_->box() : nullptr;
+  }
+}
+
+CaptureStatus AppDelegate::captureStatus() const {
+  if (capture_ != nullptr) return {capture_->isRunning(), capture_->lastError()};
+  if (!wantsCapture() || services_.captureProblem.empty()) return {};
+  return {false, services_.captureProblem};
 }
 
 void AppDelegate::deviceLost() {
@@ -201,6 +275,7 @@ void AppDelegate::deviceLost() {
 
 void AppDelegate::recoverDevice() {
   windows_.clear();
+  capture_.reset();
   renderers_.clear();
   library_.reset();
   device_.reset();
@@ -230,7 +305,8 @@ std::string AppDelegate::hintFor(const NimbraWindow& window) const {
 
 std::string AppDelegate::reasonForDarkness() const {
   if (device_ == nullptr) return "the GPU was lost and is not back yet";
-  if (!shouldRender()) return "it is paused; 'nimbra resume' goes on";
+  if (!shouldRender() && services_.activity != nullptr) return services_.activity->reason();
+  if (!shouldRender()) return "it is switched off";
   if (windows_.empty()) return "there is no screen to draw on";
   return {};
 }
@@ -251,6 +327,8 @@ AppStatus AppDelegate::status() const {
   status.scriptError = services_.driver->scriptError();
   status.audio = audioStatus(services_.driver->audio());
   status.weather = weatherStatus(services_.driver->weather());
+  status.capture = captureStatus();
+  if (services_.pointer != nullptr) status.pointer = {services_.pointer->available(), services_.pointer->reason()};
   return status;
 }
 

@@ -16,10 +16,14 @@
 #include "base/Environment.h"
 #include "base/Timer.h"
 #include "gpu/Device.h"
+#include "render/BarCaptureStream.h"
+#include "render/MenuBarCapture.h"
 #include "render/NimbraRenderer.h"
+#include "render/PointerTracker.h"
 #include "render/ScreenProvider.h"
 #include "scene/SceneDriver.h"
 #include "settings/SettingsStore.h"
+#include "sources/ActivityWatcher.h"
 
 namespace veloria {
 
@@ -33,6 +37,13 @@ struct AppServices {
   TimerFactory* timers = nullptr;
   SettingsStore* settings = nullptr;
   SceneDriver* driver = nullptr;
+  /// Null: the band is drawn whenever it is enabled.
+  ActivityWatcher* activity = nullptr;
+  /// Null: nobody follows the pointer.
+  PointerTracker* pointer = nullptr;
+  /// Null where the menu bar can't be captured; `captureProblem` then says why, for people.
+  BarCaptureStream* captureStream = nullptr;
+  std::string captureProblem;
   Environment environment;
   /// What the panels are made on, for people: "x11" or "wayland".
   std::string backendName;
@@ -69,6 +80,9 @@ class AppDelegate {
   void didFinishLaunching();
   void willTerminate();
 
+  /// Tries the capture of the menu bar again where it is wanted and does not run: when what it lacked has come.
+  void updateCapture();
+
   /// Empties every fluid; the next frames start from nothing.
   void restartSimulation();
 
@@ -84,6 +98,11 @@ class AppDelegate {
   void removeWindows(const std::set<std::uint32_t>& keep);
   void configChanged(const NimbraConfig& config);
   void updateRenderingState();
+  void setRendering(bool on);
+  void updatePointerInterest();
+  void distributePointer(const std::optional<Point>& point, Point velocity);
+  bool wantsCapture() const;
+  CaptureStatus captureStatus() const;
   bool shouldRender() const;
   std::string reasonForDarkness() const;
   std::string hintFor(const NimbraWindow& window) const;
@@ -94,9 +113,11 @@ class AppDelegate {
   AppServices services_;
   std::unique_ptr<gpu::Device> device_;
   std::unique_ptr<gpu::Library> library_;
+  std::unique_ptr<MenuBarCapture> capture_;
   std::map<std::uint32_t, std::shared_ptr<NimbraRenderer>> renderers_;
   std::map<std::uint32_t, std::unique_ptr<NimbraWindow>> windows_;
   std::optional<NimbraConfig> lastConfig_;
+  bool rendering_ = false;
   Subscription settingsSubscription_;
   std::unique_ptr<Timer> recovery_;
   int recoveryAttempts_ = 0;

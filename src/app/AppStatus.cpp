@@ -120,6 +120,8 @@ Json toJson(const AppStatus& status) {
             {"script", {{"error", orNull(status.scriptError)}}},
             {"audio", audioJson(status.audio)},
             {"weather", status.weather ? weatherJson(*status.weather) : Json(nullptr)},
+            {"capture", {{"running", status.capture.running}, {"error", orNull(status.capture.error)}}},
+            {"pointer", {{"available", status.pointer.available}, {"reason", status.pointer.reason}}},
             {"hint", status.hint}};
   for (const ScreenStatus& screen : status.screens) json["screens"].push_back(screenJson(screen));
   return json;
@@ -141,6 +143,8 @@ std::string statusText(const Json& status) {
   lines.add("sound", audioText(member(status, "audio")));
   lines.add("weather", text(member(status, "weather"), "readout"));
   lines.add("weather error", text(member(status, "weather"), "error"));
+  lines.add("panel's text", text(member(status, "capture"), "error"));
+  lines.add("pointer", text(member(status, "pointer"), "reason"));
   lines.add("hint", text(status, "hint"));
   return result;
 }

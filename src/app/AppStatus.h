@@ -37,6 +37,16 @@ struct WeatherStatus {
   std::optional<std::string> error;
 };
 
+struct CaptureStatus {
+  bool running = false;
+  std::optional<std::string> error;
+};
+
+struct PointerStatus {
+  bool available = false;
+  std::string reason;  ///< why it is not; empty when it is
+};
+
 /// What the running application can say about itself.
 struct AppStatus {
   bool rendering = false;
@@ -49,6 +59,8 @@ struct AppStatus {
   std::optional<std::string> scriptError;
   AudioStatus audio;
   std::optional<WeatherStatus> weather;  ///< nothing before the first answer or error
+  CaptureStatus capture;
+  PointerStatus pointer;
   std::string hint;                      ///< what a person should be told about this desktop; may be empty
 };
 

@@ -18,14 +18,17 @@
 #include "main/LiveSources.h"
 #include "main/RunningApplication.h"
 #include "main/SignalWatch.h"
+#include "platform/linux/activity/LinuxActivity.h"
 #include "platform/linux/files/FileSettingsStorage.h"
 #include "platform/linux/files/UserFolders.h"
 #include "platform/linux/qt/DescriptorWatch.h"
 #include "platform/linux/qt/QtTimerFactory.h"
 #include "platform/linux/socket/InstanceLock.h"
 #include "platform/linux/socket/LocalServer.h"
+#include "render/PointerTracker.h"
 #include "scene/SceneDriver.h"
 #include "settings/SettingsStore.h"
+#include "sources/ActivityWatcher.h"
 
 namespace veloria {
 
@@ -82,6 +85,14 @@ int runApplication(const QStringList&) {
   sources.addTo(driverPorts);
   SceneDriver driver(std::move(driverPorts));
 
+  LinuxActivity system({.environment = environment});
+  ActivityWatcher activity({.settings = [&]() -> const NimbraConfig& { return settings.config(); },
+                            .timers = &timers,
+                            .isFullScreenSpaceActive = [&] { return desktop->isFullScreen(); },
+                            .isOnBattery = [&] { return system.isOnBattery(); },
+                            .onPoll = [&] { system.setDisplaysOff(desktop->displaysOff()); }});
+  PointerTracker pointer(timers, desktop->pointerSource());
+
   int exitCode = done;
   AppDelegate delegate({
       .makeDevice = [&] { return desktop->makeDevice(); },
@@ -91,6 +102,10 @@ int runApplication(const QStringList&) {
       .timers = &timers,
       .settings = &settings,
       .driver = &driver,
+      .activity = &activity,
+      .pointer = &pointer,
+      .captureStream = desktop->captureStream(),
+      .captureProblem = desktop->captureProblem(),
       .environment = environment,
       .backendName = desktop->name(),
       .alert = [](const std::string& message, const std::string& text) { systemLog(message + "\n" + text); },
@@ -106,12 +121,15 @@ int runApplication(const QStringList&) {
     exitCode = failed;
     QCoreApplication::exit(failed);
   });
+  desktop->setCaptureChanceHandler([&] { delegate.updateCapture(); });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
 
   delegate.didFinishLaunching();
+  system.setHandler([&](auto notification) { activity.notify(notification); });
   RemoteControl remote({.settings = &settings, .status = [&] { return delegate.status(); }});
   const auto server = instance.lock ? listenForQuestions(*socketPath, timers, remote) : nullptr;
   QCoreApplication::exec();
+  system.setHandler(nullptr);
   delegate.willTerminate();
   return exitCode;
 }

@@ -9,6 +9,8 @@
 #include "base/Timer.h"
 #include "gpu/Device.h"
 #include "platform/linux/screens/DescriptorWatcher.h"
+#include "render/BarCaptureStream.h"
+#include "render/PointerSource.h"
 #include "render/ScreenProvider.h"
 
 namespace veloria {
@@ -26,6 +28,16 @@ class Desktop {
   virtual OverlayPanelFactory& panels() = 0;
   /// The device that panels which are made from now on draw with. Throws as veloria::makeDevice().
   virtual std::unique_ptr<gpu::Device> makeDevice() = 0;
+  /// Null where nothing can be captured without our own windows; captureProblem() then says why.
+  virtual BarCaptureStream* captureStream() = 0;
+  virtual std::string captureProblem() const = 0;
+  /// Called when a capture that failed may work now.
+  virtual void setCaptureChanceHandler(std::function<void()> handler) = 0;
+  virtual PointerSource pointerSource() = 0;
+  /// Whether a full-screen window is in front on the first screen.
+  virtual bool isFullScreen() = 0;
+  /// Whether the displays are switched off, as far as the display server tells.
+  virtual bool displaysOff() = 0;
   /// Called once, with a sentence for a person, when the display server is gone.
   virtual void setBrokenHandler(std::function<void(const std::string&)> handler) = 0;
 

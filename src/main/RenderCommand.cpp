@@ -127,7 +127,8 @@ VirtualState stateFrom(const std::string& path) {
   if (!readAgentState(*bytes)) throw WorkError(path + ": this is not one JSON object");
   struct stat attributes {};
   if (::stat(path.c_str(), &attributes) != 0) throw WorkError(path + ": its time can't be read");
-  return {path, static_cast<double>(attributes.st_mtim.tv_sec) + 1e-9 * static_cast<double>(attributes.st_mtim.tv_nsec)};
+  return {path,
+          static_cast<double>(attributes.st_mtim.tv_sec) + 1e-9 * static_cast<double>(attributes.st_mtim.tv_nsec)};
 }
 
 std::vector<std::uint8_t> groundFrom(const std::string& text, gpu::Size size) {

@@ -10,7 +10,10 @@
 
 #include "gpu/vulkan/VulkanFactory.h"
 #include "main/GpuSetup.h"
+#include "platform/linux/hyprland/CursorPosition.h"
+#include "platform/linux/hyprland/HyprlandPointer.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
+#include "platform/linux/wayland/WaylandFullScreen.h"
 #include "platform/linux/wayland/WaylandOverlayPanelFactory.h"
 #include "platform/linux/wayland/WaylandScreenProvider.h"
 
@@ -21,10 +24,12 @@ namespace {
 class WaylandDesktop final : public Desktop {
  public:
   WaylandDesktop(std::unique_ptr<WaylandConnection> connection, const Environment& environment)
-      : connection_(std::move(connection)),
+      : environment_(environment),
+        connection_(std::move(connection)),
         compositor_(environment),
         screens_(
             *connection_, [this] { return compositor_.reservedEdges(); }, screenOverridesFromEnvironment()),
+        fullScreen_(*connection_),
         panels_(*connection_, screens_, compositor_.layerStacking(),
                 [this](wl_display* display, wl_surface* surface) { return makeSurface(display, surface); }) {}
 
@@ -38,11 +43,35 @@ class WaylandDesktop final : public Desktop {
     return device;
   }
 
+  BarCaptureStream* captureStream() override { return nullptr; }
+  std::string captureProblem() const override {
+    return "the panel's text can't be kept: on Wayland no program can look at the panel without its own light on it";
+  }
+  void setCaptureChanceHandler(std::function<void()>) override {}
+
+  PointerSource pointerSource() override {
+    const auto socket = hyprlandRequestSocket(environment_);
+    if (!socket) return {nullptr, "on Wayland only Hyprland tells where the pointer is"};
+    return hyprlandPointerSource(*socket, [this](Point point) { return fromLayout(point); });
+  }
+  bool isFullScreen() override {
+    const auto screens = screens_.screens();
+    const auto output = screens.empty() ? nullptr : screens_.output(screens.front().number);
+    return output != nullptr && fullScreen_.isActive(*output);
+  }
+  bool displaysOff() override { return false; }
+
   void setBrokenHandler(std::function<void(const std::string&)> handler) override {
     connection_->setBrokenHandler(std::move(handler));
   }
 
  private:
+  /// The first screen is the one at the layout's (0, 0) wherever there is such a one.
+  Point fromLayout(Point point) {
+    const auto screens = screens_.screens();
+    return {point.x, (screens.empty() ? 0 : screens.front().frame.height) - point.y};
+  }
+
   std::unique_ptr<gpu::Surface> makeSurface(wl_display* display, wl_surface* surface) {
     return gpu::vulkan::makeSurface(*device_, [display, surface](VkInstance instance) {
       VkWaylandSurfaceCreateInfoKHR info{};
@@ -54,9 +83,11 @@ class WaylandDesktop final : public Desktop {
     });
   }
 
+  Environment environment_;
   std::unique_ptr<WaylandConnection> connection_;
   CompositorQuestions compositor_;
   WaylandScreenProvider screens_;
+  WaylandFullScreen fullScreen_;
   WaylandOverlayPanelFactory panels_;
   gpu::Device* device_ = nullptr;
 };

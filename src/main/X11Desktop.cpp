@@ -13,8 +13,12 @@
 #include "gpu/vulkan/VulkanFactory.h"
 #include "main/GpuSetup.h"
 #include "platform/linux/x11/X11Connection.h"
+#include "platform/linux/x11/X11Dpms.h"
+#include "platform/linux/x11/X11FullScreen.h"
 #include "platform/linux/x11/X11OverlayPanelFactory.h"
+#include "platform/linux/x11/X11PanelCapture.h"
 #include "platform/linux/x11/X11PictureSink.h"
+#include "platform/linux/x11/X11Pointer.h"
 #include "platform/linux/x11/X11ScreenProvider.h"
 
 namespace veloria {
@@ -27,7 +31,12 @@ class X11Desktop final : public Desktop {
       : connection_(displayName, watch, timers),
         screens_(connection_, screenOverridesFromEnvironment()),
         panels_(connection_, screens_,
-                [this](xcb_connection_t* server, xcb_window_t window) { return makeSurface(server, window); }) {}
+                [this](xcb_connection_t* server, xcb_window_t window) { return makeSurface(server, window); }),
+        capture_(connection_, screens_),
+        fullScreen_(connection_, screens_),
+        dpms_(connection_) {
+    dpms_.setHandler([this](bool off) { displaysOff_ = off; });
+  }
 
   const char* name() const override { return "x11"; }
   ScreenProvider& screens() override { return screens_; }
@@ -37,6 +46,19 @@ class X11Desktop final : public Desktop {
     auto device = veloria::makeDevice({});
     device_ = device.get();
     return device;
+  }
+
+  BarCaptureStream* captureStream() override { return &capture_; }
+  std::string captureProblem() const override { return {}; }
+  void setCaptureChanceHandler(std::function<void()> handler) override {
+    compositorChange_ = connection_.onCompositorChange(std::move(handler));
+  }
+
+  PointerSource pointerSource() override { return x11PointerSource(connection_, screens_); }
+  bool isFullScreen() override { return fullScreen_.isActive(); }
+  bool displaysOff() override {
+    dpms_.poll();
+    return displaysOff_;
   }
 
   void setBrokenHandler(std::function<void(const std::string&)> handler) override {
@@ -65,6 +87,11 @@ class X11Desktop final : public Desktop {
   X11Connection connection_;
   X11ScreenProvider screens_;
   X11OverlayPanelFactory panels_;
+  X11PanelCapture capture_;
+  X11FullScreen fullScreen_;
+  X11Dpms dpms_;
+  bool displaysOff_ = false;
+  X11Connection::Subscription compositorChange_;
   gpu::Device* device_ = nullptr;
 };
 

@@ -22,8 +22,8 @@ struct BarRegion {
 /// One picture of the menu bar without our own windows.
 struct BarPicture {
   gpu::Size size;
-  /// Tightly packed rows from the top, four bytes a pixel (blue, green, red, alpha), sRGB encoded and premultiplied;
-  /// transparent where there is no bar. Valid during the call only.
+  /// Tightly packed rows from the top, four bytes a pixel (blue, green, red, alpha), sRGB encoded and premultiplied.
+  /// What is beside the bar has no contrast to it that could be taken for text. Valid during the call only.
   std::span<const std::byte> rows;
 };
 

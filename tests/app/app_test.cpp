@@ -171,6 +171,7 @@ class AppTest : public testing::Test {
         .timers = &timers_,
         .settings = &settings_,
         .driver = &driver_,
+        .captureProblem = "nobody can see the panel",
         .environment = [](std::string_view) { return std::nullopt; },
         .backendName = "none",
         .alert = [this](const std::string& title, const std::string& text) { alerts_.push_back(title + "|" + text); },
@@ -302,6 +303,157 @@ TEST_F(AppTest, disabledHidesAndPausesEverythingIncludingTheDriver) {
   EXPECT_TRUE(ticking());
   delegate.willTerminate();
   EXPECT_FALSE(panel->shown);
+}
+
+class FakeStream final : public BarCaptureStream {
+ public:
+  void start(const BarRegion& region, BarCaptureHandlers handlers) override {
+    regions.push_back(region);
+    handlers_ = std::move(handlers);
+    running = true;
+  }
+  void stop() override { running = false; }
+  void show() {
+    const std::vector<std::byte> rows(1920 * 32 * 4, std::byte{200});
+    handlers_.started({1920, 32});
+    handlers_.picture({{1920, 32}, rows});
+  }
+  void fail() { handlers_.failed("it broke"); }
+
+  std::vector<BarRegion> regions;
+  bool running = false;
+
+ private:
+  BarCaptureHandlers handlers_;
+};
+
+TEST_F(AppTest, activityPausesEverythingAndTheWakeLaysOutAnew) {
+  bool fullScreen = false;
+  ActivityWatcher activity({.settings = [&]() -> const NimbraConfig& { return settings_.config(); },
+                            .timers = &timers_,
+                            .isFullScreenSpaceActive = [&] { return fullScreen; }});
+  AppServices mine = services();
+  mine.activity = &activity;
+  AppDelegate delegate(mine);
+  delegate.didFinishLaunching();
+  const auto panel = panels_.live("left");
+  EXPECT_TRUE(panel->shown);
+
+  fullScreen = true;
+  activity.poll();
+  EXPECT_FALSE(panel->shown);
+  EXPECT_TRUE(panel->paused);
+  EXPECT_EQ(delegate.status().rendering, false);
+  EXPECT_EQ(delegate.status().reason, activity.reason());
+  EXPECT_NE(activity.reason(), "");
+
+  screens_.list = {right_};  // the change was missed while everything slept
+  fullScreen = false;
+  activity.poll();
+  EXPECT_TRUE(panel->gone);
+  ASSERT_NE(panels_.live("right"), nullptr);
+  EXPECT_TRUE(panels_.live("right")->shown);
+
+  change([](NimbraConfig& config) { config.enabled = false; });
+  EXPECT_FALSE(panels_.live("right")->shown);
+  activity.notify(ActivityWatcher::Notification::willSleep);
+  change([](NimbraConfig& config) { config.enabled = true; });
+  EXPECT_FALSE(panels_.live("right")->shown);
+  activity.notify(ActivityWatcher::Notification::didWake);
+  EXPECT_TRUE(panels_.live("right")->shown);
+}
+
+TEST_F(AppTest, thePanelsTextIsCapturedWhileItIsWanted) {
+  FakeStream stream;
+  AppServices mine = services();
+  mine.captureStream = &stream;
+  AppDelegate delegate(mine);
+  delegate.didFinishLaunching();
+  EXPECT_TRUE(stream.regions.empty());
+  change([](NimbraConfig& config) {
+    config.layerMode = LayerMode::aboveMenuBar;
+    config.preserveMenuBarText = true;
+  });
+  ASSERT_EQ(stream.regions.size(), 1U);
+  EXPECT_EQ(stream.regions[0], (BarRegion{1, {0, 0, 1920, 32}, 1}));
+  stream.show();
+  EXPECT_TRUE(delegate.status().capture.running);
+  ASSERT_NE(delegate.renderers().at(1)->backdrop, nullptr);
+  EXPECT_NE(delegate.renderers().at(1)->backdrop->stored(), nullptr);
+  change([](NimbraConfig& config) { config.exposure = 2; });
+  EXPECT_EQ(stream.regions.size(), 1U) << "started once";
+  change([](NimbraConfig& config) { config.extraHeight = 10; });
+  ASSERT_EQ(stream.regions.size(), 2U);
+  EXPECT_EQ(stream.regions[1].rect.height, 42);
+
+  stream.fail();
+  EXPECT_EQ(delegate.status().capture.error, "it broke");
+  EXPECT_TRUE(panels_.live("left")->shown);
+  delegate.updateCapture();
+  EXPECT_EQ(stream.regions.size(), 3U);
+  change([](NimbraConfig& config) { config.enabled = false; });
+  EXPECT_FALSE(stream.running);
+  EXPECT_EQ(delegate.renderers().at(1)->backdrop->stored(), nullptr);
+}
+
+TEST_F(AppTest, whereThePanelCantBeCapturedTheStatusSaysSoOnceItIsWanted) {
+  AppDelegate delegate(services());
+  delegate.didFinishLaunching();
+  EXPECT_EQ(delegate.status().capture.error, std::nullopt);
+  change([](NimbraConfig& config) {
+    config.layerMode = LayerMode::aboveMenuBar;
+    config.preserveMenuBarText = true;
+  });
+  EXPECT_EQ(delegate.status().capture.error, "nobody can see the panel");
+}
+
+TEST_F(AppTest, thePointerReachesTheBandsAroundIt) {
+  std::optional<Point> where;
+  double now = 10;
+  PointerTracker pointer(timers_, {[&] { return where; }, ""}, [&] { return now; });
+  AppServices mine = services();
+  mine.pointer = &pointer;
+  AppDelegate delegate(mine);
+  delegate.didFinishLaunching();
+  change([](NimbraConfig& config) {
+    config.allDisplays = true;
+    config.pointerMode = PointerMode::none;
+  });
+  const std::size_t timers = timers_.entries.size();
+  change([](NimbraConfig& config) { config.pointerMode = PointerMode::push; });
+  EXPECT_EQ(timers_.entries.size(), timers + 1);
+  const auto& left = delegate.renderers().at(1)->pointer;
+  const auto& right = delegate.renderers().at(2)->pointer;
+
+  where = Point{100, 1070};
+  timers_.fire();  // slow, then fast
+  now += 0.1;
+  where = Point{106, 1064};
+  timers_.fire();
+  ASSERT_TRUE(left.local);
+  EXPECT_TRUE(left.inside);
+  EXPECT_EQ(left.local->x, 106);
+  EXPECT_EQ(left.local->y, 16);
+  EXPECT_NEAR(left.velocity.x, 1, 1e-9);
+  EXPECT_NEAR(left.velocity.y, -1, 1e-9);
+  EXPECT_FALSE(right.inside);
+
+  where = Point{1940, 1015};  // within the margin of both
+  timers_.fire();
+  EXPECT_TRUE(left.inside);
+  EXPECT_TRUE(right.inside);
+  EXPECT_EQ(right.local->x, 20);
+  EXPECT_EQ(right.local->y, 65);
+  where = Point{1000, 500};
+  timers_.fire();
+  EXPECT_FALSE(left.inside);
+  EXPECT_FALSE(right.local.has_value());
+
+  where = Point{100, 1070};
+  timers_.fire();
+  EXPECT_TRUE(left.inside);
+  change([](NimbraConfig& config) { config.enabled = false; });
+  EXPECT_FALSE(left.inside);
 }
 
 TEST_F(AppTest, noGpuIsToldInPlainWords) {

@@ -212,6 +212,32 @@ TEST_F(Wayland, twoOutputsAtDifferentScalesHaveNoSeam) {
   }
 }
 
+TEST_F(Wayland, aFullScreenWindowInFrontPausesIt) {
+  startSway(screenLine + panelLines("#000000"), 1, {"foot"});
+  if (IsSkipped()) return;
+  startVeloria([](NimbraConfig& config) { config.layerMode = LayerMode::aboveMenuBar; });
+  ASSERT_TRUE(waitForLight(strip)) << veloria_->output();
+  const auto terminal = sway_->run({"foot"});
+  ASSERT_TRUE(sway_->waitUntil(
+      [&] {
+        return focused(nlohmann::json::parse(sway_->message({"-t", "get_tree"}))) == "foot";
+      },
+      30));
+  const auto paused = [&](bool wanted) {
+    return sway_->waitUntil([&] { return status().value("rendering", !wanted) != wanted; }, 20);
+  };
+  sway_->message({"fullscreen enable"});
+  EXPECT_TRUE(paused(true));
+  EXPECT_NE(status()["reason"].get<std::string>().find("full-screen"), std::string::npos) << status();
+  sway_->message({"workspace 2"});
+  EXPECT_TRUE(paused(false)) << "nobody sees the window there";
+  sway_->message({"workspace 1"});
+  EXPECT_TRUE(paused(true));
+  sway_->message({"fullscreen disable"});
+  EXPECT_TRUE(paused(false));
+  EXPECT_TRUE(waitForLight(strip));
+}
+
 TEST_F(Wayland, bandsFollowTheOutputsAndMemoryStaysFlat) {
   if (const auto missing = SwaySession::missing(); !missing.empty()) GTEST_SKIP() << missing;
   const SwaySession host({.configuration = "output HEADLESS-1 resolution 1200x600\n"});

@@ -37,7 +37,6 @@ const QString session = "org.freedesktop.login1.Session";
 const QString power = "org.freedesktop.UPower";
 const QString powerPath = "/org/freedesktop/UPower";
 const QString saver = "org.freedesktop.ScreenSaver";
-const QString saverPath = "/org/freedesktop/ScreenSaver";
 
 QString sessionPath(const QString& id) {
   return "/org/freedesktop/login1/session/" + id;
@@ -81,6 +80,11 @@ class LinuxActivityTest : public testing::Test {
   void startPower(bool onBattery) {
     services[power] = bus->serve(power, {"-t", "upower"});
     setPower(onBattery);
+  }
+
+  void startSaver(const QString& name, const QString& path, bool active) {
+    services[name] = bus->serve(name, {name.toStdString(), path.toStdString(), name.toStdString()});
+    bus->mock(name, path, "AddMethod", {name, "GetActive", "", "b", active ? "ret = True" : "ret = False"});
   }
 
   void setPower(const QVariant& onBattery) {
@@ -234,7 +238,7 @@ TEST_F(LinuxActivityTest, WithoutASessionItCountsAsActive) {
             {"org.freedesktop.login1.User", QVariantMap{{"Display", "nonsense"}}});
   setSession("Active", false, "shown");
   startActivity();
-  ASSERT_TRUE(hearsLogin());
+  ASSERT_TRUE(waitFor([&] { return bus->calls(login, loginPath, "GetUser") == 1; })) << "the last resort";
   prepareForSleep(true);
   expectSeen({willSleep}, "the session of nobody plays no part");
 }
@@ -300,14 +304,11 @@ TEST_F(LinuxActivityTest, AskedForPowerItTellsWhatTheServiceSaysAndTheSuppliesWi
 
 TEST_F(LinuxActivityTest, AScreenSaverPutsTheDisplaysToSleep) {
   environment["DBUS_SESSION_BUS_ADDRESS"] = bus->address();
-  const auto serve = [&](const QString& name, const QString& path, bool active) {
-    services[name] = bus->serve(name, {name.toStdString(), path.toStdString(), name.toStdString()});
-    bus->mock(name, path, "AddMethod", {name, "GetActive", "", "b", active ? "ret = True" : "ret = False"});
-  };
-  serve(saver, saverPath, true);
+  const QString saverPath = "/org/freedesktop/ScreenSaver";
+  startSaver(saver, saverPath, true);
   startActivity();
   expectSeen({screensDidSleep}, "it was active before");
-  sendSignal(saver, "/org/freedesktop/ScreenSaver", saver, "ActiveChanged", "b", {false});
+  sendSignal(saver, saverPath, saver, "ActiveChanged", "b", {false});
   expectSeen({screensDidWake}, "it ends");
   sendSignal(saver, saverPath, saver, "ActiveChanged", "s", {"true"});
   sendSignal(saver, saverPath, saver, "ActiveChanged", "b", {true});
@@ -318,6 +319,25 @@ TEST_F(LinuxActivityTest, AScreenSaverPutsTheDisplaysToSleep) {
   EXPECT_THAT(seen, IsEmpty()) << "the displays are still off";
   activity->setDisplaysOff(false);
   expectSeen({screensDidWake}, "the displays are on and the screen saver is gone");
+}
+
+TEST_F(LinuxActivityTest, NoServiceIsStartedByBeingAsked) {
+  std::filesystem::create_directories(folder.file("dbus-1/services"));
+  const std::string mark = folder.file("started");
+  for (const QString& name : {login, power, saver}) {
+    folder.write("dbus-1/services/" + name.toStdString() + ".service",
+                 "[D-BUS Service]\nName=" + name.toStdString() + "\nExec=/bin/sh -c \"touch " + mark + "; exit 1\"\n");
+  }
+  const QString busService = "org.freedesktop.DBus";
+  bus->call(busService, "/org/freedesktop/DBus", busService, "ReloadConfig");
+  environment["DBUS_SESSION_BUS_ADDRESS"] = bus->address();
+  startSaver("org.xfce.ScreenSaver", "/org/xfce/ScreenSaver", true);
+  startActivity();
+  expectSeen({screensDidSleep}, "the last one that is asked");
+  EXPECT_FALSE(std::filesystem::exists(mark));
+  EXPECT_ANY_THROW(bus->call(busService, "/org/freedesktop/DBus", busService, "StartServiceByName",
+                             {saver, QVariant::fromValue(0U)}));
+  EXPECT_TRUE(waitFor([&] { return std::filesystem::exists(mark); })) << "the bus could have started it";
 }
 
 TEST_F(LinuxActivityTest, ABusThatAcceptsAndSaysNothingHoldsNothingUp) {

@@ -37,7 +37,7 @@ void PrivateBus::start() {
   const std::string log = folder_ + "/" + name_ + std::to_string(++programs_) + ".log";
   daemon_ = std::make_unique<desktop::ChildProcess>(
       std::vector<std::string>{"dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address_},
-      std::map<std::string, std::string>{}, log);
+      std::map<std::string, std::string>{{"XDG_DATA_HOME", folder_}}, log);
   connectionName_ = QUuid::createUuid().toString();
   const bool up = desktop::poll(bound, [&] {
     if (QDBusConnection::connectToBus(QString::fromStdString(address_), connectionName_).isConnected()) return true;
@@ -93,6 +93,7 @@ int PrivateBus::calls(const QString& service, const QString& path, const QString
     calls >> time >> arguments;
     calls.endStructure();
   }
+  calls.endArray();
   return count;
 }
 

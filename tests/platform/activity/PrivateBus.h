@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "desktop/ChildProcess.h"
 #include "Process.h"
+#include "desktop/ChildProcess.h"
 
 namespace veloria::tests {
 
 /// A message bus of its own with mocked services, each a program of its own. Throws std::runtime_error when something
-/// does not start.
+/// does not start. Services that it may start itself are described in dbus-1/services of the folder.
 class PrivateBus {
  public:
   /// A sentence that names what is missing for it; empty when nothing is.

@@ -21,11 +21,12 @@ PanelPicture panel(const PixelRect& bounds, std::uint32_t argb, bool alpha, std:
 
 constexpr PixelRect strip{10, 20, 6, 3};
 
-std::vector<std::uint32_t> compose(const std::vector<PanelPicture>& panels) {
+std::vector<std::uint32_t> compose(const std::vector<PanelPicture>& panels, bool hideEdges = false) {
   std::vector<const PanelPicture*> pointers;
   for (const PanelPicture& each : panels) pointers.push_back(&each);
   Bytes rows{std::byte{99}};
   composePanels(strip, pointers, rows);
+  if (hideEdges) hidePanelEdges(strip, pointers, rows);
   std::vector<std::uint32_t> result;
   for (std::size_t i = 0; i + 3 < rows.size(); i += 4) {
     std::uint32_t pixel = 0;
@@ -68,14 +69,31 @@ TEST(PanelPicture, showsOnlyTheShape) {
   EXPECT_EQ(picture, expected);
 }
 
+TEST(PanelPicture, whatIsBesideThePanelsLooksLikeTheirEdges) {
+  const std::vector<std::uint32_t> empty(18, 0);
+  EXPECT_EQ(compose({}, true), empty);
+  EXPECT_EQ(compose({panel({0, 0, 3, 3}, 0xFFFFFFFF, false)}, true), empty) << "beside the strip";
+  EXPECT_EQ(compose({panel(strip, 0xFF204060, false)}, true), std::vector<std::uint32_t>(18, 0xFF204060));
+  EXPECT_EQ(compose({panel({0, 0, 100, 22}, 0xFF204060, false)}, true), std::vector<std::uint32_t>(18, 0xFF204060));
+  EXPECT_EQ(compose({panel({0, 0, 100, 22}, 0, true)}, true), empty) << "a panel of glass";
+  // Two pixels of the first and one of the second have a neighbour that no panel covers.
+  const auto mean = compose(
+      {panel({10, 20, 2, 2}, 0xFF300000, false, {{10, 20, 2, 1}}), panel({15, 22, 1, 1}, 0xFF600000, false)}, true);
+  const std::uint32_t ground = 0xFF400000;
+  EXPECT_EQ(mean, (std::vector<std::uint32_t>{0xFF300000, 0xFF300000, ground, ground, ground, ground,  //
+                                              ground, ground, ground, ground, ground, ground,          //
+                                              ground, ground, ground, ground, ground, 0xFF600000}));
+}
+
 TEST(PanelPicture, aPictureThatIsCutShortShowsNothing) {
   for (const std::size_t bytes : {0U, 4U, 71U, 73U}) {
     PanelPicture broken = panel(strip, 0xFFFFFFFF, bytes % 2 == 0);
     broken.pixels.resize(bytes);
-    EXPECT_EQ(compose({broken}), std::vector<std::uint32_t>(18, 0)) << bytes;
+    EXPECT_EQ(compose({broken}, true), std::vector<std::uint32_t>(18, 0)) << bytes;
   }
   Bytes rows;
   composePanels({0, 0, -4, 7}, {}, rows);
+  hidePanelEdges({0, 0, -4, 7}, {}, rows);
   EXPECT_TRUE(rows.empty());
 }
 

@@ -2,6 +2,7 @@
 
 #include <viewporter-client-protocol.h>
 #include <wayland-client.h>
+#include <wlr-foreign-toplevel-management-unstable-v1-client-protocol.h>
 #include <wlr-layer-shell-unstable-v1-client-protocol.h>
 #include <xdg-output-unstable-v1-client-protocol.h>
 
@@ -28,6 +29,10 @@ struct WaylandDestroy {
   void operator()(wp_viewport* viewport) const { wp_viewport_destroy(viewport); }
   void operator()(zxdg_output_manager_v1* manager) const { zxdg_output_manager_v1_destroy(manager); }
   void operator()(zxdg_output_v1* output) const { zxdg_output_v1_destroy(output); }
+  void operator()(zwlr_foreign_toplevel_manager_v1* manager) const {
+    zwlr_foreign_toplevel_manager_v1_destroy(manager);
+  }
+  void operator()(zwlr_foreign_toplevel_handle_v1* window) const { zwlr_foreign_toplevel_handle_v1_destroy(window); }
   void operator()(zwlr_layer_surface_v1* surface) const { zwlr_layer_surface_v1_destroy(surface); }
   void operator()(zwlr_layer_shell_v1* shell) const {
     if (zwlr_layer_shell_v1_get_version(shell) >= ZWLR_LAYER_SHELL_V1_DESTROY_SINCE_VERSION) {

@@ -23,4 +23,9 @@ struct PanelPicture {
 /// tightly packed from the top, blue, green, red, alpha, premultiplied.
 void composePanels(const PixelRect& strip, std::span<const PanelPicture* const> panels, std::vector<std::byte>& rows);
 
+/// Gives the part of a composed picture that no panel covers the mean colour of the panels' pixels beside it. Where
+/// text is told from its ground by contrast, a panel's edge would count as text otherwise. A picture without panels, or
+/// full of them, stays as it is. `rows`: as composePanels() left them.
+void hidePanelEdges(const PixelRect& strip, std::span<const PanelPicture* const> panels, std::vector<std::byte>& rows);
+
 }  // namespace veloria

@@ -10,6 +10,8 @@ namespace veloria {
   X(motifWmHints, "_MOTIF_WM_HINTS")                       \
   X(netClientList, "_NET_CLIENT_LIST")                     \
   X(netClientListStacking, "_NET_CLIENT_LIST_STACKING")    \
+  X(netCurrentDesktop, "_NET_CURRENT_DESKTOP")             \
+  X(netDesktopViewport, "_NET_DESKTOP_VIEWPORT")           \
   X(netSupportingWmCheck, "_NET_SUPPORTING_WM_CHECK")      \
   X(netWmDesktop, "_NET_WM_DESKTOP")                       \
   X(netWmName, "_NET_WM_NAME")                             \
@@ -17,6 +19,8 @@ namespace veloria {
   X(netWmState, "_NET_WM_STATE")                           \
   X(netWmStateAbove, "_NET_WM_STATE_ABOVE")                \
   X(netWmStateBelow, "_NET_WM_STATE_BELOW")                \
+  X(netWmStateFullscreen, "_NET_WM_STATE_FULLSCREEN")      \
+  X(netWmStateHidden, "_NET_WM_STATE_HIDDEN")              \
   X(netWmStateSkipPager, "_NET_WM_STATE_SKIP_PAGER")       \
   X(netWmStateSkipTaskbar, "_NET_WM_STATE_SKIP_TASKBAR")   \
   X(netWmStateSticky, "_NET_WM_STATE_STICKY")              \

@@ -4,6 +4,7 @@
 #include <xcb/shape.h>
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "base/Log.h"
@@ -18,7 +19,8 @@ constexpr double keepSeconds = 1;
 constexpr double retrySeconds = 0.1;
 constexpr int mostRetries = 20;
 constexpr double retriesRefillSeconds = 5;
-constexpr std::size_t mostPanels = 16;
+constexpr std::ptrdiff_t mostPanels = 16;
+constexpr std::ptrdiff_t mostGonePanels = 4;
 constexpr std::int64_t mostStripPixels = std::int64_t{1} << 25;
 constexpr std::uint8_t eventCodeMask = 0x7f;
 constexpr std::uint8_t colourDepth = 24;
@@ -200,11 +202,14 @@ void X11PanelCapture::noteStructure(const xcb_generic_event_t& event, std::uint8
   const xcb_window_t window = changedWindow(event, code, connection_.shape());
   if (window == XCB_WINDOW_NONE) return;
   const auto found = std::find_if(panels_.begin(), panels_.end(), [&](const Panel& panel) {
-    return panel.place.window == window || panel.place.topLevel == window;
+    return panel.present && (panel.place.window == window || panel.place.topLevel == window);
   });
   if (found == panels_.end()) return;
-  // The server has taken the damage object along.
-  if (code == XCB_DESTROY_NOTIFY && found->place.topLevel == window) found->damage = XCB_NONE;
+  // At once: the next window may well get the same number. The server has taken a top-level's damage object along.
+  if (code == XCB_DESTROY_NOTIFY) {
+    if (found->place.topLevel == window) found->damage = XCB_NONE;
+    markGone(*found);
+  }
   lookNeeded_ = true;
   wake();
 }
@@ -226,6 +231,7 @@ void X11PanelCapture::update() {
   if (connection_.isBroken()) return fail("The panel's text can't be kept: the connection to the X display was lost.");
   if (lookNeeded_) look();
   readDirtyPanels();
+  sortPanels();
   dropPanels();
   handOn();
 }
@@ -244,15 +250,19 @@ void X11PanelCapture::look() {
     const std::pair identity(panel.place.window, panel.place.topLevel);
     if (panel.present && std::count(seen.begin(), seen.end(), identity) == 0) markGone(panel);
   }
-  std::stable_sort(panels_.begin(), panels_.end(), [](const Panel& a, const Panel& b) {
-    return std::pair(a.present, a.place.position) < std::pair(b.present, b.place.position);
-  });
+}
+
+// Those that are gone lie at the bottom, so that whatever has come in their place hides them.
+void X11PanelCapture::sortPanels() {
+  const auto key = [](const Panel& panel) { return std::tuple(panel.present, panel.goneSince, panel.place.position); };
+  std::stable_sort(panels_.begin(), panels_.end(), [&](const Panel& a, const Panel& b) { return key(a) < key(b); });
 }
 
 void X11PanelCapture::adopt(PanelPlace place) {
   const auto known = std::find_if(panels_.begin(), panels_.end(), [&](const Panel& panel) {
     return panel.present && panel.place.window == place.window && panel.place.topLevel == place.topLevel;
   });
+  const auto isPresent = [](const Panel& panel) { return panel.present; };
   const bool wanted = overlaps(place, strip_) && readable(place.depth);
   if (known != panels_.end() && !wanted) {
     forget(*known);
@@ -263,7 +273,7 @@ void X11PanelCapture::adopt(PanelPlace place) {
     known->place = std::move(place);
     known->picture.shape = known->place.shape;
     known->dirty = known->dirty || moved;
-  } else if (wanted && panels_.size() < mostPanels) {
+  } else if (wanted && std::count_if(panels_.begin(), panels_.end(), isPresent) < mostPanels) {
     panels_.push_back({.place = std::move(place), .picture = {}});
     watch(panels_.back());
   }
@@ -330,17 +340,12 @@ void X11PanelCapture::read(Panel& panel) {
   schedule(clock_() + retrySeconds);
 }
 
-bool X11PanelCapture::isReplaced(const Panel& gone) const {
-  return std::any_of(panels_.begin(), panels_.end(), [&](const Panel& panel) {
-    return panel.present && !panel.picture.pixels.empty() && overlaps(panel.place, gone.place.bounds);
-  });
-}
-
 void X11PanelCapture::dropPanels() {
   const double now = clock_();
-  std::erase_if(panels_, [&](const Panel& panel) {
-    return !panel.present && (now >= panel.goneSince + keepSeconds || isReplaced(panel));
-  });
+  std::erase_if(panels_, [&](const Panel& panel) { return !panel.present && now >= panel.goneSince + keepSeconds; });
+  const auto present =
+      std::partition_point(panels_.begin(), panels_.end(), [](const Panel& each) { return !each.present; });
+  if (present - panels_.begin() > mostGonePanels) panels_.erase(panels_.begin(), present - mostGonePanels);
   for (const Panel& panel : panels_) {
     if (!panel.present) schedule(panel.goneSince + keepSeconds);
   }
@@ -350,6 +355,7 @@ void X11PanelCapture::handOn() {
   std::vector<const PanelPicture*> pictures;
   for (const Panel& panel : panels_) pictures.push_back(&panel.picture);
   composePanels(strip_, pictures, composed_);
+  hidePanelEdges(strip_, pictures, composed_);
   if (anyHandedOn_ && composed_ == handedOn_) return;
   anyHandedOn_ = true;
   handedOn_.swap(composed_);

@@ -24,8 +24,9 @@ namespace veloria {
 /// all programs; so the stream fails then, and says why.
 ///
 /// Something is read only after the server has reported damage to a panel, at most 30 times a second, and handed on
-/// only when the picture has changed. A panel that vanishes stays in the picture for a second, or until another one
-/// shows in its place: panels that restart don't flicker. Main thread; both references must outlive it.
+/// only when the picture has changed. Beside the panels the picture has the mean colour of their edges; it is
+/// transparent while there is no panel. A panel that vanishes stays in the picture for a second, under all others:
+/// panels that restart don't flicker. Main thread; both references must outlive it.
 class X11PanelCapture final : public BarCaptureStream {
  public:
   X11PanelCapture(X11Connection& connection, X11ScreenProvider& screens, MediaClock clock = mediaTime);
@@ -68,8 +69,8 @@ class X11PanelCapture final : public BarCaptureStream {
   void watch(Panel& panel);
   void forget(const Panel& panel);
   void markGone(Panel& panel);
+  void sortPanels();
   void dropPanels();
-  bool isReplaced(const Panel& gone) const;
   void readDirtyPanels();
   void read(Panel& panel);
   void handOn();
@@ -86,7 +87,7 @@ class X11PanelCapture final : public BarCaptureStream {
   PixelRect strip_;
   std::unique_ptr<X11ImageReader> reader_;
   xcb_pixmap_t pixmap_ = XCB_NONE;
-  std::vector<Panel> panels_;  ///< bottom to top
+  std::vector<Panel> panels_;  ///< after an update: bottom to top, those that are gone first
   std::vector<std::byte> composed_;
   std::vector<std::byte> handedOn_;
   bool anyHandedOn_ = false;
