@@ -66,10 +66,9 @@ class WaylandDesktop final : public Desktop {
   }
 
  private:
-  /// The first screen is the one at the layout's (0, 0) wherever there is such a one.
   Point fromLayout(Point point) {
-    const auto screens = screens_.screens();
-    return {point.x, (screens.empty() ? 0 : screens.front().frame.height) - point.y};
+    const ScreenSpace& space = screens_.space();
+    return {point.x - space.originX, space.originBottom - point.y};
   }
 
   std::unique_ptr<gpu::Surface> makeSurface(wl_display* display, wl_surface* surface) {

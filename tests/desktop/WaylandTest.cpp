@@ -170,15 +170,18 @@ TEST_F(Wayland, aboveTheMenuBarTheLightIsOverThePanelAndClicksGoThrough) {
 TEST_F(Wayland, fullModeFillsTheScreenUnderThePanelAndWindowsHideIt) {
   startSway(screenLine + panelLines("#000000"), 1, {"foot"});
   if (IsSkipped()) return;
-  startVeloria([](NimbraConfig& config) { config.layerMode = LayerMode::desktopFull; });
+  startVeloria([](NimbraConfig& config) {
+    config.layerMode = LayerMode::desktopFull;
+    config.pauseInFullScreen = false;
+  });
   ASSERT_TRUE(waitForLight(below, 0.2)) << veloria_->output();
   EXPECT_EQ(litShare(sway_->screenshot(), strip), 0) << "the panel is above";
   const auto window = sway_->run({"foot", "--app-id=cover", "--override=colors.background=000000", "cat"});
   ASSERT_TRUE(sway_->waitUntil([&] { return sway_->message({"-t", "get_tree"}).find("cover") != std::string::npos; }));
-  sway_->message({"fullscreen enable"});
+  sway_->message({"[app_id=cover] fullscreen enable"});
   ASSERT_TRUE(waitUntilDark(below));
   EXPECT_TRUE(status().value("rendering", false)) << "it answers while nothing asks it for frames";
-  sway_->message({"fullscreen disable"});
+  sway_->message({"[app_id=cover] fullscreen disable"});
   sway_->message({"[app_id=cover] floating enable, resize set 100 100"});
   ASSERT_TRUE(waitForLight(below, 0.2)) << veloria_->output();
   EXPECT_TRUE(moves(below));
@@ -233,7 +236,7 @@ TEST_F(Wayland, aFullScreenWindowInFrontPausesIt) {
   EXPECT_TRUE(paused(false)) << "nobody sees the window there";
   sway_->message({"workspace 1"});
   EXPECT_TRUE(paused(true));
-  sway_->message({"fullscreen disable"});
+  sway_->message({"[app_id=cover] fullscreen disable"});
   EXPECT_TRUE(paused(false));
   EXPECT_TRUE(waitForLight(strip));
 }
