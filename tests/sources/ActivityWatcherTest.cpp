@@ -87,7 +87,7 @@ TEST_F(ActivityWatcherTest, FollowsEveryNotification) {
     bool render;
     int changes;
   };
-  using enum Notification;
+  using enum ActivityWatcher::Notification;
   const std::vector<std::vector<Step>> sequences = {
       {{screensDidSleep, false, 1}, {screensDidWake, true, 2}},
       {{willSleep, false, 1}, {didWake, true, 2}},
@@ -117,7 +117,7 @@ TEST_F(ActivityWatcherTest, FollowsEveryNotification) {
 
 // Against the two fields alone, for all orders of all notifications.
 TEST_F(ActivityWatcherTest, EveryOrderEndsWhereItsLastWordsSay) {
-  using enum Notification;
+  using enum ActivityWatcher::Notification;
   std::array order{screensDidSleep, screensDidWake, willSleep, didWake, sessionDidResignActive, sessionDidBecomeActive};
   do {
     start();
