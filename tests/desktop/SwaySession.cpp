@@ -90,7 +90,9 @@ void SwaySession::start(const Options& options) {
   std::vector<std::string> argv{"sway", "-c", folder_ / "sway.conf"};
   if (runsAsRoot()) {
     const std::string user = std::to_string(nobody);
-    const std::vector<std::string> as{"setpriv", "--reuid", user, "--regid", user, "--clear-groups"};
+    // A change of user forgets that the end of the test is the end of its programs.
+    const std::vector<std::string> as{"setpriv", "--reuid",        user,          "--regid",
+                                      user,      "--clear-groups", "--pdeathsig", "KILL"};
     argv.insert(argv.begin(), as.begin(), as.end());
   }
   sway_ = std::make_unique<ChildProcess>(argv, variables, folder_ / "sway.log");
