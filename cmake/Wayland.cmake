@@ -18,6 +18,7 @@ set(protocols
   ${wayland_protocols}/stable/viewporter/viewporter.xml
   ${wayland_protocols}/unstable/xdg-output/xdg-output-unstable-v1.xml
   ${WLR_PROTOCOLS}/unstable/wlr-foreign-toplevel-management-unstable-v1.xml
+  ${WLR_PROTOCOLS}/unstable/wlr-output-power-management-unstable-v1.xml
   ${WLR_PROTOCOLS}/unstable/wlr-layer-shell-unstable-v1.xml)
 set(protocol_folder ${CMAKE_BINARY_DIR}/wayland)
 file(MAKE_DIRECTORY ${protocol_folder})

@@ -14,6 +14,7 @@
 #include "platform/linux/hyprland/HyprlandPointer.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
 #include "platform/linux/wayland/WaylandFullScreen.h"
+#include "platform/linux/wayland/WaylandOutputPower.h"
 #include "platform/linux/wayland/WaylandOverlayPanelFactory.h"
 #include "platform/linux/wayland/WaylandScreenProvider.h"
 
@@ -30,6 +31,7 @@ class WaylandDesktop final : public Desktop {
         screens_(
             *connection_, [this] { return compositor_.reservedEdges(); }, screenOverridesFromEnvironment()),
         fullScreen_(*connection_),
+        outputPower_(*connection_),
         panels_(*connection_, screens_, compositor_.layerStacking(),
                 [this](wl_display* display, wl_surface* surface) { return makeSurface(display, surface); }) {}
 
@@ -59,7 +61,7 @@ class WaylandDesktop final : public Desktop {
     const auto output = screens.empty() ? nullptr : screens_.output(screens.front().number);
     return output != nullptr && fullScreen_.isActive(*output);
   }
-  bool displaysOff() override { return false; }
+  bool displaysOff() override { return outputPower_.allOff(); }
 
   void setBrokenHandler(std::function<void(const std::string&)> handler) override {
     connection_->setBrokenHandler(std::move(handler));
@@ -87,6 +89,7 @@ class WaylandDesktop final : public Desktop {
   CompositorQuestions compositor_;
   WaylandScreenProvider screens_;
   WaylandFullScreen fullScreen_;
+  WaylandOutputPower outputPower_;
   WaylandOverlayPanelFactory panels_;
   gpu::Device* device_ = nullptr;
 };

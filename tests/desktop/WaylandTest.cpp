@@ -241,6 +241,23 @@ TEST_F(Wayland, aFullScreenWindowInFrontPausesIt) {
   EXPECT_TRUE(waitForLight(strip));
 }
 
+TEST_F(Wayland, anOutputThatIsSwitchedOffPausesIt) {
+  startSway(screenLine);
+  if (IsSkipped()) return;
+  startVeloria([](NimbraConfig& config) { config.layerMode = LayerMode::aboveMenuBar; });
+  ASSERT_TRUE(waitForLight({0, 0, 960, 24})) << veloria_->output();
+  sway_->message({"output HEADLESS-1 dpms off"});
+  const auto switchedOff = [&] {
+    return !nlohmann::json::parse(sway_->message({"-t", "get_outputs"}))[0].value("dpms", true);
+  };
+  if (!sway_->waitUntil(switchedOff, 3)) GTEST_SKIP() << "this sway can't switch its outputs off with this renderer";
+  EXPECT_TRUE(sway_->waitUntil([&] { return status().value("rendering", true) == false; }, 20));
+  EXPECT_NE(status()["reason"].get<std::string>().find("displays"), std::string::npos) << status();
+  sway_->message({"output HEADLESS-1 dpms on"});
+  EXPECT_TRUE(sway_->waitUntil([&] { return status().value("rendering", false); }, 20));
+  EXPECT_TRUE(waitForLight({0, 0, 960, 24}));
+}
+
 TEST_F(Wayland, bandsFollowTheOutputsAndMemoryStaysFlat) {
   if (const auto missing = SwaySession::missing(); !missing.empty()) GTEST_SKIP() << missing;
   const SwaySession host({.configuration = "output HEADLESS-1 resolution 1200x600\n"});

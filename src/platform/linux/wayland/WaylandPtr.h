@@ -4,6 +4,7 @@
 #include <wayland-client.h>
 #include <wlr-foreign-toplevel-management-unstable-v1-client-protocol.h>
 #include <wlr-layer-shell-unstable-v1-client-protocol.h>
+#include <wlr-output-power-management-unstable-v1-client-protocol.h>
 #include <xdg-output-unstable-v1-client-protocol.h>
 
 #include <memory>
@@ -33,6 +34,8 @@ struct WaylandDestroy {
     zwlr_foreign_toplevel_manager_v1_destroy(manager);
   }
   void operator()(zwlr_foreign_toplevel_handle_v1* window) const { zwlr_foreign_toplevel_handle_v1_destroy(window); }
+  void operator()(zwlr_output_power_manager_v1* manager) const { zwlr_output_power_manager_v1_destroy(manager); }
+  void operator()(zwlr_output_power_v1* power) const { zwlr_output_power_v1_destroy(power); }
   void operator()(zwlr_layer_surface_v1* surface) const { zwlr_layer_surface_v1_destroy(surface); }
   void operator()(zwlr_layer_shell_v1* shell) const {
     if (zwlr_layer_shell_v1_get_version(shell) >= ZWLR_LAYER_SHELL_V1_DESTROY_SINCE_VERSION) {
