@@ -14,24 +14,11 @@
 #include <thread>
 
 #include "base/MediaClock.h"
+#include "base/OwnedDescriptor.h"
 
 namespace veloria {
 
 namespace {
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() {
-    if (number_ >= 0) ::close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return number_; }
-
- private:
-  int number_;
-};
 
 sockaddr_un addressOf(const std::filesystem::path& path) {
   sockaddr_un address{};
@@ -39,18 +26,6 @@ sockaddr_un addressOf(const std::filesystem::path& path) {
   const std::string& text = path.native();
   std::memcpy(address.sun_path, text.data(), std::min(text.size(), sizeof(address.sun_path) - 1));
   return address;
-}
-
-bool belongsToUs(int socket) {
-#ifdef SO_PEERCRED
-  ucred peer{};
-  socklen_t size = sizeof(peer);
-  return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == ::geteuid();
-#else
-  uid_t user = 0;
-  gid_t group = 0;
-  return ::getpeereid(socket, &user, &group) == 0 && user == ::geteuid();
-#endif
 }
 
 /// Waits until `events` or `end`; false at the end.
@@ -73,7 +48,7 @@ bool connectTo(int socket, const std::filesystem::path& path, double end) {
     if (mediaTime() > end) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
-  return belongsToUs(socket);
+  return peerIsThisUser(socket);
 }
 
 bool sendAll(int socket, std::string_view bytes, double end) {
@@ -108,6 +83,18 @@ Result<std::string> receiveLine(int socket, double end) {
 
 }  // namespace
 
+bool peerIsThisUser(int socket) {
+#ifdef SO_PEERCRED
+  ucred peer{};
+  socklen_t size = sizeof(peer);
+  return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == ::geteuid();
+#else
+  uid_t user = 0;
+  gid_t group = 0;
+  return ::getpeereid(socket, &user, &group) == 0 && user == ::geteuid();
+#endif
+}
+
 std::optional<std::filesystem::path> controlSocketPath(const Environment& environment) {
   const std::filesystem::path runtime = environment("XDG_RUNTIME_DIR").value_or("");
   const std::filesystem::path folder = runtime.is_absolute()
@@ -121,7 +108,7 @@ std::optional<std::filesystem::path> controlSocketPath(const Environment& enviro
 Result<SocketReply> askLocalSocket(const std::filesystem::path& path, std::string_view question, double seconds) {
   const double end = mediaTime() + seconds;
   if (path.native().size() >= sizeof(sockaddr_un::sun_path)) return SocketReply{};
-  const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+  const OwnedDescriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
   if (socket.get() < 0) return Failure{std::string("no socket can be made: ") + std::strerror(errno)};
   ::fcntl(socket.get(), F_SETFD, FD_CLOEXEC);
   ::fcntl(socket.get(), F_SETFL, O_NONBLOCK);

@@ -28,6 +28,9 @@ inline constexpr std::size_t maximumAnswerBytes = std::size_t{1} << 20;
 /// set or not absolute. Nothing when the path is longer than a socket's address can be.
 std::optional<std::filesystem::path> controlSocketPath(const Environment& environment);
 
+/// Whether the program at the other end of a connected local socket is this user's. Any thread.
+bool peerIsThisUser(int socket);
+
 /// What became of a question.
 struct SocketReply {
   bool connected = false;  ///< somebody of this user listens there

@@ -11,9 +11,9 @@
 #include <string>
 
 #include "Process.h"
+#include "base/OwnedDescriptor.h"
 #include "platform/linux/hyprland/CursorPosition.h"
 #include "platform/linux/hyprland/HyprlandPointer.h"
-#include "platform/linux/socket/OwnedDescriptor.h"
 
 namespace veloria::tests {
 namespace {

@@ -13,7 +13,7 @@
 
 #include "Process.h"
 #include "base/MediaClock.h"
-#include "platform/linux/socket/OwnedDescriptor.h"
+#include "base/OwnedDescriptor.h"
 
 namespace veloria::tests {
 namespace {

@@ -12,9 +12,9 @@
 #include <thread>
 
 #include "Process.h"
+#include "base/OwnedDescriptor.h"
 #include "platform/linux/qt/DescriptorWatch.h"
 #include "platform/linux/qt/QtTimerFactory.h"
-#include "platform/linux/socket/OwnedDescriptor.h"
 
 namespace veloria::tests {
 namespace {

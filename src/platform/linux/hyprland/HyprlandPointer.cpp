@@ -9,8 +9,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/OwnedDescriptor.h"
 #include "platform/linux/hyprland/CursorPosition.h"
-#include "platform/linux/socket/OwnedDescriptor.h"
 
 namespace veloria {
 

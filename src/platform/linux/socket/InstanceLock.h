@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <optional>
 
+#include "base/OwnedDescriptor.h"
 #include "base/Result.h"
-#include "platform/linux/socket/OwnedDescriptor.h"
 
 namespace veloria {
 

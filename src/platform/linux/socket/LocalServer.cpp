@@ -27,12 +27,6 @@ Failure failureAt(const std::filesystem::path& path) {
   return Failure{path.string() + ": " + std::strerror(errno)};
 }
 
-bool belongsToUs(int socket) {
-  ucred peer{};
-  socklen_t size = sizeof(peer);
-  return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == ::geteuid();
-}
-
 }  // namespace
 
 Result<std::unique_ptr<LocalServer>> LocalServer::listen(const std::filesystem::path& path, Ports ports) {
@@ -68,7 +62,7 @@ void LocalServer::acceptAll() {
   for (;;) {
     OwnedDescriptor socket(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (socket) {
-      if (belongsToUs(socket.get())) add(std::move(socket));
+      if (peerIsThisUser(socket.get())) add(std::move(socket));
       continue;
     }
     if (errno == EINTR || errno == ECONNABORTED) continue;

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "base/OwnedDescriptor.h"
 #include "base/Result.h"
 #include "base/Timer.h"
-#include "platform/linux/socket/OwnedDescriptor.h"
 
 namespace veloria {
 

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/OwnedDescriptor.h"
 #include "base/Result.h"
-#include "platform/linux/socket/OwnedDescriptor.h"
 
 namespace veloria {
 

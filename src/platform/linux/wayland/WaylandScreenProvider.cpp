@@ -4,15 +4,11 @@
 #include <utility>
 
 #include "base/Log.h"
-#include "base/MediaClock.h"
 
 namespace veloria {
 
 namespace {
 
-constexpr double settleSeconds = 0.25;
-constexpr double longestWait = 2;
-constexpr double pollSeconds = 0.05;
 constexpr std::size_t mostOutputs = 64;
 constexpr std::uint32_t allEdges = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
                                    ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
@@ -49,7 +45,10 @@ void callAll(const Subscribers& list) {
 
 WaylandScreenProvider::WaylandScreenProvider(WaylandConnection& connection, ReservedEdgesQuery reserved,
                                              const ScreenOverrides& overrides)
-    : connection_(connection), reserved_(std::move(reserved)), overrides_(overrides) {
+    : connection_(connection),
+      reserved_(std::move(reserved)),
+      overrides_(overrides),
+      settling_(connection.timers(), [this] { changesSettled(); }) {
   changes_ = connection_.onOutputsChange([this] { outputsChanged(); });
   refresh();
   watchSpace();
@@ -74,7 +73,7 @@ std::shared_ptr<void> WaylandScreenProvider::onPanelsMoved(std::function<void()>
 
 void WaylandScreenProvider::outputsChanged() {
   watchSpace();
-  schedule();
+  settling_.note();
 }
 
 // A surface that never gets a picture, beside what panels reserve: the compositor tells its size again whenever that
@@ -104,20 +103,10 @@ void WaylandScreenProvider::spaceConfigured(std::uint32_t global, std::uint32_t 
   if (space.size == std::pair(width, height)) return;
   space.size = {width, height};
   panelsMoved_ = true;
-  schedule();
+  settling_.note();
 }
 
-void WaylandScreenProvider::schedule() {
-  lastChange_ = mediaTime();
-  if (pending_) return;
-  firstChange_ = lastChange_;
-  pending_ = connection_.timers().repeating(pollSeconds, 0, [this] { refreshIfDue(); });
-}
-
-void WaylandScreenProvider::refreshIfDue() {
-  const double now = mediaTime();
-  if (now - lastChange_ < settleSeconds && now - firstChange_ < longestWait) return;
-  pending_.reset();
+void WaylandScreenProvider::changesSettled() {
   const auto before = screens_;
   refresh();
   const auto handler = changed_;

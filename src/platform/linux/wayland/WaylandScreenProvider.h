@@ -10,6 +10,7 @@
 
 #include "base/Timer.h"
 #include "platform/linux/screens/ScreenDescription.h"
+#include "platform/linux/screens/SettledChanges.h"
 #include "platform/linux/wayland/CompositorReplies.h"
 #include "platform/linux/wayland/LayerSurface.h"
 #include "platform/linux/wayland/WaylandConnection.h"
@@ -50,8 +51,7 @@ class WaylandScreenProvider final : public ScreenProvider {
   };
   std::vector<Found> plausibleOutputs() const;
   void outputsChanged();
-  void schedule();
-  void refreshIfDue();
+  void changesSettled();
   void refresh();
   void watchSpace();
   void spaceConfigured(std::uint32_t global, std::uint32_t width, std::uint32_t height);
@@ -72,9 +72,7 @@ class WaylandScreenProvider final : public ScreenProvider {
   std::vector<std::weak_ptr<std::function<void()>>> panelSubscribers_;
   std::shared_ptr<std::function<void()>> changed_ = std::make_shared<std::function<void()>>();
   std::vector<std::weak_ptr<std::function<void()>>> refreshSubscribers_;
-  std::unique_ptr<Timer> pending_;
-  double firstChange_ = 0;
-  double lastChange_ = 0;
+  SettledChanges settling_;
   WaylandConnection::Subscription changes_;
 };
 

@@ -6,16 +6,12 @@
 #include <utility>
 
 #include "base/Log.h"
-#include "base/MediaClock.h"
 #include "platform/linux/x11/X11Docks.h"
 
 namespace veloria {
 
 namespace {
 
-constexpr double settleSeconds = 0.25;
-constexpr double longestWait = 2;
-constexpr double pollSeconds = 0.05;
 constexpr std::size_t mostMonitors = 64;
 constexpr std::uint32_t longestResources = 65536;  // words
 constexpr std::uint8_t eventCodeMask = 0x7f;
@@ -68,7 +64,7 @@ PixelRect firstWorkArea(X11Connection& connection) {
 }  // namespace
 
 X11ScreenProvider::X11ScreenProvider(X11Connection& connection, const ScreenOverrides& overrides)
-    : connection_(connection), overrides_(overrides) {
+    : connection_(connection), overrides_(overrides), settling_(connection.timers(), [this] { changesSettled(); }) {
   events_ = connection_.onEvent([this](const xcb_generic_event_t& event) { handle(event); });
   refresh();
 }
@@ -85,7 +81,7 @@ std::shared_ptr<void> X11ScreenProvider::onRefresh(std::function<void()> handler
 }
 
 void X11ScreenProvider::handle(const xcb_generic_event_t& event) {
-  if (concerns(event)) schedule();
+  if (concerns(event)) settling_.note();
 }
 
 bool X11ScreenProvider::concerns(const xcb_generic_event_t& event) const {
@@ -125,18 +121,7 @@ bool X11ScreenProvider::concernsProperty(const xcb_property_notify_event_t& even
   return is(X11Atom::netWmStrutPartial) || is(X11Atom::netWmStrut) || is(X11Atom::netWmWindowType);
 }
 
-// A slow poll of two numbers instead of a new timer for every event of a storm.
-void X11ScreenProvider::schedule() {
-  lastChange_ = mediaTime();
-  if (pending_) return;
-  firstChange_ = lastChange_;
-  pending_ = connection_.timers().repeating(pollSeconds, 0, [this] { refreshIfDue(); });
-}
-
-void X11ScreenProvider::refreshIfDue() {
-  const double now = mediaTime();
-  if (now - lastChange_ < settleSeconds && now - firstChange_ < longestWait) return;
-  pending_.reset();
+void X11ScreenProvider::changesSettled() {
   const auto before = screens_;
   refresh();
   const auto handler = changed_;
@@ -196,7 +181,7 @@ void X11ScreenProvider::watchPanels(const std::vector<DockWindow>& docks) {
     if (std::count(watched_.begin(), watched_.end(), dock.window) > 0) continue;
     const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection_.raw(), dock.window, XCB_CW_EVENT_MASK, &mask);
-    schedule();  // what changed between reading it and watching it would be missed
+    settling_.note();  // what changed between reading it and watching it would be missed
   }
   watched_ = std::move(windows);
   connection_.flush();

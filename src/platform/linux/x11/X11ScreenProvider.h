@@ -5,6 +5,7 @@
 
 #include "base/Timer.h"
 #include "platform/linux/screens/ScreenDescription.h"
+#include "platform/linux/screens/SettledChanges.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "render/ScreenProvider.h"
 
@@ -34,8 +35,7 @@ class X11ScreenProvider final : public ScreenProvider {
   void handle(const xcb_generic_event_t& event);
   bool concerns(const xcb_generic_event_t& event) const;
   bool concernsProperty(const xcb_property_notify_event_t& event) const;
-  void schedule();
-  void refreshIfDue();
+  void changesSettled();
   void refresh();
   std::vector<MonitorDescription> monitors();
   void subtractPanels(std::vector<MonitorDescription>& monitors);
@@ -49,9 +49,7 @@ class X11ScreenProvider final : public ScreenProvider {
   std::vector<xcb_window_t> watched_;
   std::shared_ptr<std::function<void()>> changed_ = std::make_shared<std::function<void()>>();
   std::vector<std::weak_ptr<std::function<void()>>> refreshSubscribers_;
-  std::unique_ptr<Timer> pending_;
-  double firstChange_ = 0;
-  double lastChange_ = 0;
+  SettledChanges settling_;
   X11Connection::Subscription events_;
 };
 
