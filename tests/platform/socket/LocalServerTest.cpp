@@ -132,7 +132,7 @@ TEST_F(LocalServerTest, AMessageInPiecesIsOneMessage) {
   EXPECT_STREQ(bytes, "you said one\n");
 }
 
-TEST_F(LocalServerTest, AThousandConnectionsKeepNobodyOut) {
+TEST_F(LocalServerTest, HundredsOfConnectionsKeepNobodyOut) {
   const std::size_t before = openDescriptors();
   std::vector<OwnedDescriptor> idle;
   for (int i = 0; i < 900; ++i) {
