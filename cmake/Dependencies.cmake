@@ -2,7 +2,7 @@
 find_package(nlohmann_json REQUIRED)
 find_package(ICU REQUIRED COMPONENTS uc)
 find_package(Vulkan REQUIRED)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Network DBus)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets Network DBus)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-randr xcb-shape xcb-ewmh xcb-icccm xcb-composite xcb-xfixes
                   xcb-render xcb-damage xcb-shm xcb-dpms)

@@ -18,7 +18,7 @@
 #include "main/Commands.h"
 #include "main/ConfigOptions.h"
 #include "main/GpuSetup.h"
-#include "main/OffscreenTarget.h"
+#include "render/OffscreenTarget.h"
 #include "main/Pictures.h"
 #include "main/VirtualDriver.h"
 #include "render/NimbraRenderer.h"

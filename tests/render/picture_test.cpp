@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "GpuFixture.h"
-#include "main/OffscreenTarget.h"
+#include "render/OffscreenTarget.h"
 #include "main/VirtualDriver.h"
 #include "render/NimbraRenderer.h"
 #include "settings/LookPreset.h"

@@ -1,4 +1,4 @@
-#include "main/OffscreenTarget.h"
+#include "render/OffscreenTarget.h"
 
 namespace veloria {
 

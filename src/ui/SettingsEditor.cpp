@@ -1,0 +1,58 @@
+#include "ui/SettingsEditor.h"
+
+#include <utility>
+
+namespace veloria {
+
+namespace {
+
+/// Replaces in `config` every field in which `from` and `to` differ by that of `to`.
+void applyDifference(NimbraConfig& config, const NimbraConfig& from, const NimbraConfig& to) {
+#define VELORIA_FIELD(type, name, initial, group) \
+  if (!(from.name == to.name)) config.name = to.name;
+#include "settings/NimbraConfigFields.h"
+}
+
+}  // namespace
+
+SettingsEditor::SettingsEditor(SettingsStore& store, MediaClock clock) : store_(store), clock_(std::move(clock)) {}
+
+void SettingsEditor::change(std::string_view what, const std::function<void(NimbraConfig&)>& edit) {
+  const NimbraConfig before = config();
+  NimbraConfig after = before;
+  edit(after);
+  if (after == before) return;
+  const double now = clock_();
+  const bool joins = undone_.empty() && !done_.empty() && done_.back().what == what &&
+                     done_.back().after == before && now - done_.back().time <= joinSeconds;
+  undone_.clear();
+  if (joins) {
+    done_.back().after = after;
+    done_.back().time = now;
+  } else {
+    if (done_.size() == maximumSteps) done_.erase(done_.begin());
+    done_.push_back({std::string(what), before, after, now});
+  }
+  store_.setConfig(std::move(after));
+}
+
+void SettingsEditor::undo() {
+  takeStep(done_, undone_, false);
+}
+
+void SettingsEditor::redo() {
+  takeStep(undone_, done_, true);
+}
+
+void SettingsEditor::takeStep(std::vector<Step>& from, std::vector<Step>& to, bool forwards) {
+  if (from.empty()) return;
+  Step step = std::move(from.back());
+  from.pop_back();
+  step.time = -joinSeconds;  // nothing joins a step that was taken back
+  NimbraConfig config = store_.config();
+  applyDifference(config, forwards ? step.before : step.after, forwards ? step.after : step.before);
+  to.push_back(std::move(step));
+  store_.setConfig(std::move(config));
+}
+
+}  // namespace veloria
