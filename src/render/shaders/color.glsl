@@ -9,6 +9,11 @@ vec3 encodedOf(vec3 c) {
   return mix(c * 12.92, 1.055 * pow(max(c, vec3(0.0031308)), vec3(1.0 / 2.4)) - 0.055, step(0.0031308, c));
 }
 
+// Its exact inverse.
+vec3 decodedOf(vec3 c) {
+  return mix(c / 12.92, pow((max(c, vec3(0.04045)) + 0.055) / 1.055, vec3(2.4)), step(0.04045, c));
+}
+
 float luminance(vec3 c) { return dot(c, vec3(0.2126, 0.7152, 0.0722)); }
 
 // Turns the hue by `turns` around the grey axis (Rodrigues' rotation), keeping the luminance and staying non-negative.
