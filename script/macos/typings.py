@@ -1,0 +1,87 @@
+"""Reads what the TypeScript declarations tell beyond the metadata: which enumeration an integer belongs to, what is a
+truth value, which methods of a protocol may be left out, and which framework something is in."""
+import re
+
+OWNER = re.compile(r"declare (?:interface|class) (\w+)")
+MEMBER = re.compile(r"  (static )?(?:readonly )?(\w+)(\??)(?:\((.*)\))?: (.*);$")
+FUNCTION = re.compile(r"declare function (\w+)\((.*)\): (.*);$")
+CONSTANT = re.compile(r"declare const (\w+): ")
+ENUM = re.compile(r"interop\.Enum<typeof (\w+)>")
+
+RESULT = 0  # arguments are 1 and up
+
+
+def script_name(selector):
+    """The name of a method in TypeScript: setBytes:length: is setBytesLength."""
+    first, *others = selector.split(":")
+    return first + "".join(part[:1].upper() + part[1:] for part in others)
+
+
+def split_arguments(text):
+    """Splits at the commas that stand in no bracket."""
+    arguments, depth, start = [], 0, 0
+    for at, letter in enumerate(text.replace("=>", "  ")):
+        depth += (letter in "(<[{") - (letter in ")>]}")
+        if letter == "," and depth == 0:
+            arguments.append(text[start:at])
+            start = at + 1
+    return [argument for argument in arguments + [text[start:]] if argument.strip()]
+
+
+def meaning(text):
+    """An enumeration's name, "boolean" or nothing."""
+    if "=>" in text:
+        return None
+    found = ENUM.search(text)
+    if found:
+        return found[1]
+    return "boolean" if re.search(r"\bboolean\b", text) else None
+
+
+class Typings:
+    def __init__(self):
+        self.framework = {}  # of each class, protocol, function, constant and enumeration
+        self._meanings = {}
+        self._optional = set()
+
+    def read(self, framework, lines):
+        owner = None
+        for line in lines:
+            member = MEMBER.match(line) if owner else None
+            if member:
+                self._member(owner, member)
+            elif line.startswith("}"):
+                owner = None
+            elif line.startswith("declare"):
+                owner = self._declaration(framework, line)
+
+    def _declaration(self, framework, line):
+        function = FUNCTION.match(line)
+        if function:
+            name, arguments, result = function.groups()
+            self._add(None, name, arguments, result)
+            self.framework.setdefault(name, framework)
+            return None
+        owner = OWNER.match(line)
+        named = owner or CONSTANT.match(line)
+        if named:
+            self.framework.setdefault(named[1], framework)
+        return owner[1] if owner else None
+
+    def _member(self, owner, match):
+        static, name, optional, arguments, result = match.groups()
+        self._add((owner, bool(static)), name, arguments, result)
+        if optional:
+            self._optional.add((owner, name))
+
+    def _add(self, owner, name, arguments, result):
+        meanings = [meaning(text) for text in [result] + split_arguments(arguments or "")]
+        self._meanings.setdefault((owner, name), meanings)
+
+    def meaning(self, owner, static, name, position):
+        """`owner`: a class or protocol, or None for a function. `name`: as TypeScript has it."""
+        meanings = self._meanings.get(((owner, static) if owner else None, name), [])
+        return meanings[position] if position < len(meanings) else None
+
+    def optional(self, owner, name):
+        return (owner, name) in self._optional

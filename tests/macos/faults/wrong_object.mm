@@ -1,0 +1,6 @@
+// expect: incompatible pointer types sending 'CALayer *'
+#import <QuartzCore/QuartzCore.h>
+
+void bind(id<MTLComputeCommandEncoder> encoder, CALayer* layer) {
+  [encoder setTexture:layer atIndex:0];
+}
