@@ -15,6 +15,9 @@ NUMBERS = {
     "half": "__fp16", "unichar": "unichar", "longdouble": "double",
 }
 INTEGERS = ("longlong", "ulonglong", "long", "ulong")
+LOWEST = -2 ** 63
+# Names of properties that C++ keeps for itself; only their accessors can be called from there.
+RESERVED = {"template", "operator", "namespace", "new", "delete", "class", "private", "public", "protected", "this"}
 
 
 def declare(spelling, name):
@@ -54,8 +57,11 @@ class Generator:
 
     def generate(self):
         """The files' texts by their paths."""
-        headers = {f"{framework.name}/{framework.name}.h": self._framework(framework)
-                   for framework in self.uses.frameworks}
+        headers = {}
+        for framework in self.uses.frameworks:
+            headers[f"frameworks/{framework.name}.h"] = self._framework(framework)
+            for path in framework.headers or [f"{framework.name}/{framework.name}.h"]:
+                headers[path] = f"#pragma once\n#include <frameworks/{framework.name}.h>\n"
         unused = set(self.uses.types) - self._used_types
         if unused:
             raise UsesError(f"uses.txt: no such thing to give a type to: {sorted(map(str, unused))}")
@@ -63,7 +69,7 @@ class Generator:
         return headers | files
 
     def _framework(self, framework):
-        lines = ["#pragma once"] + [f"#include <{name}/{name}.h>" for name in framework.imports]
+        lines = ["#pragma once"] + [f"#include <frameworks/{name}.h>" for name in framework.imports]
         for kind, table, make in (("classes", "classes", self._class), ("protocols", "protocols", self._protocol),
                                   ("enums", "enums", self._enum), ("structs", "structs", self._struct),
                                   ("functions", "functions", self._function),
@@ -173,6 +179,8 @@ class Generator:
         name = entry.name.rstrip("$")  # stands behind names that mean something in JavaScript
         sense = self.typings.meaning(owner, entry.static, entry.name, RESULT)
         kind = self._typed(entry.type, file, owner, name, RESULT, sense)
+        if name in RESERVED:
+            return self._accessors(entry, kind)
         attributes = ["class"] if entry.static else []
         attributes += ["readonly"] if entry.setter is None else []
         attributes += [f"getter={entry.getter}"] if entry.getter != name else []
@@ -183,6 +191,11 @@ class Generator:
         else:
             attributes += ["strong"] if kind.endswith("*") or kind.startswith("id") or "^" in kind else []
         return f"@property({', '.join(attributes)}) {declare(kind, name)};"
+
+    def _accessors(self, entry, kind):
+        sign = "+" if entry.static else "-"
+        setter = f" {sign} (void){entry.setter}({kind})value;" if entry.setter else ""
+        return f"{sign} ({kind}){entry.getter};{setter}"
 
     def _member(self, owner, member, file):
         if isinstance(member, Property):
@@ -240,10 +253,12 @@ class Generator:
         if file is None:
             return
         prefix, suffix = self.uses.prefixes.get(name, (name, ""))
-        base = "NSInteger" if min(members.values()) < 0 else "NSUInteger"
+        # The package keeps all values as signed. Of those below 0, some are the highest bit of a set.
+        signed = min(members.values()) in range(LOWEST + 1, 0) and name not in self.uses.options
+        base = "NSInteger" if signed else "NSUInteger"
         # The package leaves out what the names have in common; a name may stand in full all the same.
         full = {(member if member.startswith(prefix) else prefix + member + suffix): value for member, value in members.items()}
-        values = ", ".join(f"{member} = {'' if base == 'NSInteger' else '(NSUInteger)'}{value}"
+        values = ", ".join(f"{member} = {value}" if signed else f"{member} = {value % 2 ** 64}UL"
                            for member, value in full.items())
         if name in self.uses.options:
             file.lines += [f"typedef {base} {name};", f"enum : {name} {{ {values} }};"]

@@ -1,7 +1,7 @@
 """Reads uses.txt, the list of what the port takes from Apple's frameworks."""
 from collections import namedtuple
 
-Framework = namedtuple("Framework", "name imports classes protocols enums structs functions constants")
+Framework = namedtuple("Framework", "name imports headers classes protocols enums structs functions constants")
 LISTS = {"class": "classes", "protocol": "protocols", "enum": "enums", "function": "functions",
          "constant": "constants", "struct": "structs"}
 
@@ -26,7 +26,9 @@ class Uses:
         if not names:
             raise UsesError(f"{where}: nothing follows \"{keyword}\"")
         if keyword == "framework":
-            self.frameworks.append(Framework(names[0], names[1:], [], [], [], [], [], []))
+            self.frameworks.append(Framework(names[0], names[1:], [], [], [], [], [], [], []))
+        elif keyword == "header":
+            self._current(where).headers.extend(names)
         elif keyword == "prefix" and len(names) in (2, 3):
             self.prefixes[names[0]] = (names[1], names[2] if len(names) == 3 else "")
         elif keyword == "type" and len(names) >= 3:

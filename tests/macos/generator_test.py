@@ -66,8 +66,9 @@ def small_blob():
     paused, set_paused = blob.signature(("uint8", b"")), blob.signature(("void", b""), ("uint8", b""))
     blob.add("classes", blob.name_with("Canvas", False) + struct.pack("<II", NULL, root | NEXT) +
              struct.pack("<BIII", 1 | 2 | 128, blob.string("name"), blob.string("name"), name) +
-             struct.pack("<BIIIII", 1, blob.string("paused"), blob.string("isPaused"), paused,
-                         blob.string("setPaused:"), set_paused))
+             struct.pack("<BIIIII", 1 | 128, blob.string("paused"), blob.string("isPaused"), paused,
+                         blob.string("setPaused:"), set_paused) +
+             struct.pack("<BIII", 1 | 2, blob.string("template"), blob.string("isTemplate"), paused))
     open_canvas = blob.signature(("class", struct.pack("<I", root)), ("pointer", bytes([KINDS.index("opaque")])))
     blob.add("functions", struct.pack("<II", blob.string("OpenCanvas"), open_canvas))
     return blob
@@ -87,6 +88,7 @@ declare class Root {
 declare class Canvas extends Root {
   readonly name: string;
   paused: boolean;
+  readonly template: boolean;
 }
 declare function OpenCanvas(place: interop.Pointer): Root;
 """.splitlines()
@@ -128,7 +130,7 @@ class Reading(unittest.TestCase):
         self.assertEqual([argument.kind for argument in draw.signature.arguments], ["struct", "longlong", "block"])
         self.assertEqual(draw.signature.arguments[2].detail.arguments[0].kind, "float")
         canvas = metadata.classes["Canvas"]
-        self.assertEqual((canvas.superclass, len(canvas.members)), ("Root", 2))
+        self.assertEqual((canvas.superclass, len(canvas.members)), ("Root", 3))
         self.assertEqual(canvas.members[1].getter, "isPaused")
 
     def test_what_is_cut_short_or_strange_is_refused(self):
@@ -157,12 +159,23 @@ class Writing(unittest.TestCase):
         self.assertIn("@interface Canvas : Root", text)
         self.assertIn("@property(readonly, strong) NSString *name;", text)
         self.assertIn("@property(getter=isPaused, assign) BOOL paused;", text)
+        self.assertIn("- (BOOL)isTemplate;", text)
+        self.assertNotIn("BOOL template", text)
 
     def test_options_prefixes_and_types_by_hand(self):
         files = generated(["framework Easel", "options Mode", "prefix Mode Go ly", "function OpenCanvas",
                            "type OpenCanvas 1 CanvasRef"])
-        self.assertIn("enum : Mode { GoFastly = 1, GoSlowly = -2 };", files["declarations/Mode.h"])
+        self.assertIn("enum : Mode { GoFastly = 1UL, GoSlowly = 18446744073709551614UL };",
+                      files["declarations/Mode.h"])
         self.assertIn("extern \"C\" Root *OpenCanvas(CanvasRef);", files["declarations/OpenCanvas.h"])
+
+    def test_frameworks_have_headers_of_other_names_where_wanted(self):
+        files = generated(["framework Easel", "class Root", "framework Runtime Easel", "header runtime/one.h two.h"])
+        self.assertIn("Easel/Easel.h", files)
+        self.assertNotIn("Runtime/Runtime.h", files)
+        for path in ("runtime/one.h", "two.h"):
+            self.assertIn("#include <frameworks/Runtime.h>", files[path])
+        self.assertIn("#include <frameworks/Easel.h>", files["frameworks/Runtime.h"])
 
     def test_what_is_not_listed_is_not_there(self):
         files = generated(["framework Easel", "protocol Drawing"])
