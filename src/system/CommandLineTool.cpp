@@ -89,7 +89,7 @@ CommandLineToolState CommandLineTool::look() {
 fs::path CommandLineTool::install() {
   const auto directory = installDirectory();
   if (!directory) throw std::runtime_error("No directory on your PATH is writable.");
-  const fs::path link = *directory / toolName;
+  fs::path link = *directory / toolName;
   if (!port_.isRunnable(places_.command)) throw InstallError(link);
   if (!isOwnFile(link)) makeLink(link);
   if (!port_.isRunnable(link)) throw InstallError(link);
