@@ -47,7 +47,8 @@ writeMetalSource() { # FOLDER
 compileMetal() { # FOLDER with the sources
   local source
   for source in "$1"/*.metal; do
-    xcrun -sdk macosx metal -std=metal3.0 -mmacosx-version-min=14.0 -fno-fast-math -c "$source" -o "${source%.metal}.air"
+    xcrun -sdk macosx metal -std=metal3.0 -mmacosx-version-min=14.0 -fno-fast-math -c "$source" \
+      -o "${source%.metal}.air"
   done
   xcrun -sdk macosx metallib "$1"/*.air -o "$work/default.metallib"
 }

@@ -30,18 +30,19 @@ static constexpr NSInteger NSNotFound = INTPTR_MAX;  // by hand: NSNotFound
 - (BOOL)isEqual:(id)object;
 - (NSUInteger)hash;
 - (Class)superclass;
-- (Class) class;
+- (Class)class;
 - (BOOL)isKindOfClass:(Class)kind;
 - (BOOL)isMemberOfClass:(Class)kind;
-- (BOOL)conformsToProtocol:(Protocol *)protocol;
+- (BOOL)conformsToProtocol:(Protocol*)protocol;
 - (BOOL)respondsToSelector:(SEL)selector;
 - (id)performSelector:(SEL)selector;
-@property(readonly, copy) NSString *description;
+@property(readonly, copy) NSString* description;
 @end
-__attribute__((objc_root_class)) @interface NSObject<NSObject>
+__attribute__((objc_root_class))
+@interface NSObject<NSObject>
 + (instancetype)alloc;
 + (instancetype)new;
-+ (Class) class;
++ (Class)class;
 + (Class)superclass;
 + (BOOL)instancesRespondToSelector:(SEL)selector;
 - (instancetype)init;
@@ -59,13 +60,13 @@ typedef struct _NSRange NSRange;
 // Clang looks for these names in the protocol that "for (x in y)" needs.
 typedef struct {  // by hand: NSFastEnumerationState
   unsigned long state;
-  id __unsafe_unretained *itemsPtr;
-  unsigned long *mutationsPtr;
+  id __unsafe_unretained* itemsPtr;
+  unsigned long* mutationsPtr;
   unsigned long extra[5];
 } NSFastEnumerationState;
 @protocol NSFastEnumeration  // by hand: NSFastEnumeration
-- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState *)state
-                                  objects:(id __unsafe_unretained [])buffer
+- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
+                                  objects:(id __unsafe_unretained[])buffer
                                     count:(NSUInteger)length;
 @end
 
@@ -79,7 +80,7 @@ static inline NSRange NSMakeRange(NSUInteger location, NSUInteger length) {
 @end
 @protocol OS_dispatch_queue
 @end
-typedef NSObject<OS_dispatch_data> *dispatch_data_t;
-typedef NSObject<OS_dispatch_queue> *dispatch_queue_t;
+typedef NSObject<OS_dispatch_data>* dispatch_data_t;
+typedef NSObject<OS_dispatch_queue>* dispatch_queue_t;
 typedef void (^dispatch_block_t)(void);
 #define DISPATCH_DATA_DESTRUCTOR_DEFAULT nil

@@ -2,7 +2,7 @@
 each framework that includes its own."""
 import pathlib
 
-from metadata import Method, Property, Signature, Type
+from metadata import Property
 from typings import RESULT, script_name
 from uses import UsesError
 
@@ -15,6 +15,7 @@ NUMBERS = {
     "half": "__fp16", "unichar": "unichar", "longdouble": "double",
 }
 INTEGERS = ("longlong", "ulonglong", "long", "ulong")
+OBJECTS = ("class", "protocol", "id", "nsstring", "nsmutablestring", "block")
 LOWEST = -2 ** 63
 # Names of properties that C++ keeps for itself; only their accessors can be called from there.
 RESERVED = {"template", "operator", "namespace", "new", "delete", "class", "private", "public", "protected", "this"}
@@ -47,7 +48,8 @@ class File:
 
 class Generator:
     def __init__(self, metadata, typings, uses, by_hand, supplements=()):
-        """`by_hand`: the names that the supplement declares. `supplements`: the frameworks that have one of their own."""
+        """`by_hand`: the names that the supplements declare. `supplements`: the frameworks that have one of their own.
+        """
         self.metadata, self.typings, self.uses, self.by_hand = metadata, typings, uses, by_hand
         self.supplements = supplements
         self.files = {}
@@ -186,11 +188,10 @@ class Generator:
         attributes += [f"getter={entry.getter}"] if entry.getter != name else []
         usual_setter = f"set{name[:1].upper()}{name[1:]}:"
         attributes += [f"setter={entry.setter}"] if entry.setter not in (None, usual_setter) else []
-        if entry.type.kind not in ("class", "protocol", "id", "nsstring", "block"):
-            attributes += ["assign"] if entry.setter else []
-        else:
-            attributes += ["strong"] if kind.endswith("*") or kind.startswith("id") or "^" in kind else []
-        return f"@property({', '.join(attributes)}) {declare(kind, name)};"
+        # A type from uses.txt stands for something else than an object.
+        held = entry.type.kind in OBJECTS and (owner, name, RESULT) not in self.uses.types
+        attributes += ["strong"] if held else ["assign"] if entry.setter else []
+        return f"@property{'(' + ', '.join(attributes) + ')' if attributes else ''} {declare(kind, name)};"
 
     def _accessors(self, entry, kind):
         sign = "+" if entry.static else "-"
@@ -257,7 +258,8 @@ class Generator:
         signed = min(members.values()) in range(LOWEST + 1, 0) and name not in self.uses.options
         base = "NSInteger" if signed else "NSUInteger"
         # The package leaves out what the names have in common; a name may stand in full all the same.
-        full = {(member if member.startswith(prefix) else prefix + member + suffix): value for member, value in members.items()}
+        full = {(member if member.startswith(prefix) else prefix + member + suffix): value
+                for member, value in members.items()}
         values = ", ".join(f"{member} = {value}" if signed else f"{member} = {value % 2 ** 64}UL"
                            for member, value in full.items())
         if name in self.uses.options:
@@ -282,8 +284,7 @@ class Generator:
         if kind.kind == "longlong" and narrow:
             return narrow
         spelling = self._spell(kind, file)
-        ours = kind.kind in ("class", "protocol", "id", "nsstring", "block")
-        return f"__unsafe_unretained {spelling}" if ours else spelling
+        return f"__unsafe_unretained {spelling}" if kind.kind in OBJECTS else spelling
 
     def _function(self, name):
         file, signature = self._file(name), self.metadata.functions[name].signature

@@ -161,6 +161,10 @@ class Writing(unittest.TestCase):
         self.assertIn("@property(getter=isPaused, assign) BOOL paused;", text)
         self.assertIn("- (BOOL)isTemplate;", text)
         self.assertNotIn("BOOL template", text)
+        text = generated(["framework Easel", "class Root Canvas", "type Canvas name 0 CFStringRef",
+                          "type Canvas paused 0 int"])["declarations/Canvas.h"]
+        self.assertIn("@property(readonly) CFStringRef name;", text)
+        self.assertIn("@property(getter=isPaused, assign) int paused;", text)
 
     def test_options_prefixes_and_types_by_hand(self):
         files = generated(["framework Easel", "options Mode", "prefix Mode Go ly", "function OpenCanvas",
