@@ -47,11 +47,12 @@ class File:
 
 
 class Generator:
-    def __init__(self, metadata, typings, uses, by_hand, supplements=()):
+    def __init__(self, metadata, typings, uses, by_hand, supplements=(), oldest=None):
         """`by_hand`: the names that the supplements declare. `supplements`: the frameworks that have one of their own.
+        `oldest`: typings of the oldest system; what it lacks is left out, as far as it has the framework.
         """
         self.metadata, self.typings, self.uses, self.by_hand = metadata, typings, uses, by_hand
-        self.supplements = supplements
+        self.supplements, self.oldest = supplements, oldest
         self.files = {}
         self._used_types = set()
         self._listed_classes = uses.all("classes") | by_hand
@@ -91,6 +92,29 @@ class Generator:
         # Structures are declared wherever they are first met.
         if home not in (framework, "Runtime") and table is not self.metadata.structs:
             raise UsesError(f"uses.txt: {name} stands under {framework}, but is in {home}")
+
+        if self._is_newer(framework, name) and table is not self.metadata.structs:
+            raise UsesError(f"uses.txt: {name} is newer than the oldest system that the port is for")
+
+    # What the oldest system has
+
+    def _is_newer(self, framework, name):
+        if self.oldest is None or framework not in self.oldest.frameworks or name in self.uses.known:
+            return False
+        return name not in self.oldest.framework
+
+    def _is_newer_member(self, owner, member):
+        if self.oldest is None or owner not in self.oldest.framework:
+            return False
+        # The older package calls a property by its getter.
+        names = [member.name, member.getter] if isinstance(member, Property) else [script_name(member.selector)]
+        return not any((owner, name) in self.uses.known or self.oldest.has(owner, member.static, name)
+                       for name in names)
+
+    def _is_newer_value(self, enum, members, name):
+        if self.oldest is None or enum not in self.oldest.values or (enum, name) in self.uses.known:
+            return False
+        return not self.oldest.has_value(enum, members.keys(), name, members[name])
 
     # Types
 
@@ -203,12 +227,12 @@ class Generator:
             return self._property(owner, member, file)
         return self._method(owner, member, file)
 
-    def _members(self, owner, members, file):
+    def _members(self, owner, members):
         # A property's accessors may stand among the methods too.
         accessors = {(selector, member.static) for member in members if isinstance(member, Property)
                      for selector in (member.getter, member.setter)}
-        return [member for member in members
-                if isinstance(member, Property) or (member.selector, member.static) not in accessors]
+        return [member for member in members if not self._is_newer_member(owner, member) and
+                (isinstance(member, Property) or (member.selector, member.static) not in accessors)]
 
     # Declarations
 
@@ -235,7 +259,7 @@ class Generator:
             file.includes.add(entry.superclass)
         above = f" : {entry.superclass}" if entry.superclass else ""
         file.lines.append(f"@interface {name}{above}{self._adopted(entry.protocols, file)}")
-        file.lines += [self._member(name, member, file) for member in self._members(name, entry.members, file)]
+        file.lines += [self._member(name, member, file) for member in self._members(name, entry.members)]
         file.lines.append("@end")
 
     def _protocol(self, name):
@@ -243,7 +267,7 @@ class Generator:
         if file is None:
             return
         file.lines.append(f"@protocol {name}{self._adopted(entry.protocols, file)}")
-        for member in self._members(name, entry.members, file):
+        for member in self._members(name, entry.members):
             script = member.name if isinstance(member, Property) else script_name(member.selector)
             file.lines.append("@optional" if self.typings.optional(name, script) else "@required")
             file.lines.append(self._member(name, member, file))
@@ -259,7 +283,7 @@ class Generator:
         base = "NSInteger" if signed else "NSUInteger"
         # The package leaves out what the names have in common; a name may stand in full all the same.
         full = {(member if member.startswith(prefix) else prefix + member + suffix): value
-                for member, value in members.items()}
+                for member, value in members.items() if not self._is_newer_value(name, members, member)}
         values = ", ".join(f"{member} = {value}" if signed else f"{member} = {value % 2 ** 64}UL"
                            for member, value in full.items())
         if name in self.uses.options:

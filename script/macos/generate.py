@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Makes Objective-C declarations of what uses.txt lists.
 
-usage: generate.py PACKAGE OUT     PACKAGE: the folder of the unpacked package; headers are written below OUT
+usage: generate.py PACKAGE OLDEST OUT
+PACKAGE: the folder of the unpacked package. OLDEST: that of an older one, which knows the oldest system that the port is
+for; what that does not have is left out. Headers are written below OUT.
 """
 import pathlib
 import re
@@ -39,12 +41,14 @@ def read_typings(package, frameworks):
     return typings
 
 
-def main(package, out, uses_path=HERE / "uses.txt"):
+def main(package, oldest, out, uses_path=HERE / "uses.txt"):
     uses = Uses(uses_path.read_text().splitlines())
     supplements = {path.name.removesuffix("Supplement.h"): path for path in HERE.glob("*Supplement.h")}
     names = set().union(*(by_hand(path.read_text()) for path in supplements.values()))
-    typings = read_typings(package, [framework.name for framework in uses.frameworks])
-    files = Generator(Metadata(section(binary_of(package), SECTION)), typings, uses, names, supplements).generate()
+    frameworks = [framework.name for framework in uses.frameworks]
+    generator = Generator(Metadata(section(binary_of(package), SECTION)), read_typings(package, frameworks), uses,
+                          names, supplements, read_typings(oldest, frameworks))
+    files = generator.generate()
     shutil.rmtree(out, ignore_errors=True)
     write(files, out)
     for path in supplements.values():
@@ -52,9 +56,9 @@ def main(package, out, uses_path=HERE / "uses.txt"):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 3:
+    if len(sys.argv) != 4:
         sys.exit(__doc__.strip())
     try:
-        main(pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]))
+        main(*map(pathlib.Path, sys.argv[1:]))
     except (FormatError, UsesError) as problem:
         sys.exit(f"generate.py: {problem}")

@@ -15,6 +15,7 @@ class Uses:
         self.frameworks = []
         self.options = set()
         self.prefixes = {}  # enumeration: (prefix, suffix) of its values' names
+        self.known = set()  # (owner, member) and names that the oldest system has, whatever its package says
         self.types = {}  # (owner or function or constant, selector or None, position): C type
         for number, line in enumerate(lines, 1):
             words = line.split("#")[0].split()
@@ -27,6 +28,8 @@ class Uses:
             raise UsesError(f"{where}: nothing follows \"{keyword}\"")
         if keyword == "framework":
             self.frameworks.append(Framework(names[0], names[1:], [], [], [], [], [], [], []))
+        elif keyword == "known":
+            self.known.update([names[0]] if len(names) == 1 else [(names[0], name) for name in names[1:]])
         elif keyword == "header":
             self._current(where).headers.extend(names)
         elif keyword == "prefix" and len(names) in (2, 3):

@@ -94,10 +94,15 @@ declare function OpenCanvas(place: interop.Pointer): Root;
 """.splitlines()
 
 
-def generated(uses):
+def typings_of(lines, framework="Easel"):
     typings = Typings()
-    typings.read("Easel", TYPINGS)
-    return Generator(Metadata(small_blob().bytes()), typings, Uses(uses), set()).generate()
+    typings.read(framework, lines)
+    return typings
+
+
+def generated(uses, oldest=None, oldest_framework="Easel"):
+    oldest = typings_of(oldest.splitlines(), oldest_framework) if oldest else None
+    return Generator(Metadata(small_blob().bytes()), typings_of(TYPINGS), Uses(uses), set(), (), oldest).generate()
 
 
 class Names(unittest.TestCase):
@@ -143,6 +148,46 @@ class Reading(unittest.TestCase):
         for binary in (b"", b"\xcf\xfa\xed\xfe", b"MZ" + bytes(100)):
             with self.assertRaises(FormatError):
                 section(binary, b"__any")
+
+
+class OldestSystem(unittest.TestCase):
+    CANVAS = """
+declare class Canvas extends Root {
+  readonly isPaused: boolean;
+  static canvasWithName<This extends abstract new (...args: any) => any>(this: This, name: string): InstanceType<This>;
+}
+declare class Root {
+}
+"""
+
+    def test_newer_members_are_left_out(self):
+        text = generated(["framework Easel", "class Root Canvas"], self.CANVAS)["declarations/Canvas.h"]
+        self.assertIn("BOOL paused;", text)  # there by its getter's name
+        self.assertNotIn("name", text)
+        self.assertNotIn("isTemplate", text)
+        text = generated(["framework Easel", "class Root Canvas", "known Canvas name"], self.CANVAS)
+        self.assertIn("NSString *name;", text["declarations/Canvas.h"])
+
+    def test_newer_names_are_refused(self):
+        with self.assertRaisesRegex(UsesError, "Drawing is newer than the oldest system"):
+            generated(["framework Easel", "protocol Drawing"], self.CANVAS)
+        generated(["framework Easel", "protocol Drawing", "known Drawing"], self.CANVAS)
+        # Of a framework that it does not have at all it can't tell.
+        generated(["framework Easel", "protocol Drawing"], self.CANVAS, "Kiln")
+
+    def test_newer_values_are_left_out(self):
+        def values(oldest):
+            return generated(["framework Easel", "protocol Drawing", "known Drawing"], oldest)["declarations/Mode.h"]
+        self.assertNotIn("ModeSlow", values("declare const Mode: {\n  Fast: 1,\n};"))
+        # The names were cut in another way then, so the numbers tell.
+        self.assertIn("ModeFast = 1, ModeSlow = -2",
+                      values("declare const Mode: {\n  VeryFast: 1,\n  VerySlow: -2,\n};"))
+        self.assertNotIn("ModeSlow", values("declare const Mode: {\n  ModeFast: 1,\n};"))
+
+    def test_methods_that_return_their_own_class(self):
+        typings = typings_of(self.CANVAS.splitlines())
+        self.assertTrue(typings.has("Canvas", True, "canvasWithName"))
+        self.assertFalse(typings.has("Canvas", False, "canvasWithName"))
 
 
 class Writing(unittest.TestCase):

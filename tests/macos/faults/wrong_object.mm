@@ -1,4 +1,4 @@
-// expect: incompatible pointer types sending 'CALayer *'
+// expect: 'CALayer *
 #import <QuartzCore/QuartzCore.h>
 
 void bind(id<MTLComputeCommandEncoder> encoder, CALayer* layer) {
