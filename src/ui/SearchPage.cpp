@@ -1,0 +1,92 @@
+#include "ui/SearchPage.h"
+
+#include <QPushButton>
+#include <algorithm>
+
+#include "ui/Card.h"
+#include "ui/SettingControl.h"
+#include "ui/SettingLabel.h"
+#include "ui/SettingSearch.h"
+
+namespace veloria {
+
+SearchPage::SearchPage(SettingsEditor& editor, std::vector<CardPlacement> placements, QWidget* parent)
+    : SettingsPage(parent), editor_(editor), placements_(std::move(placements)) {
+  nothing_ = makeSentence({}, widget());
+  column().addWidget(nothing_);
+  column().addStretch(1);
+  column().setSpacing(14);
+  for (int tab = 0; tab < settingTabCount; ++tab) {
+    for (const CardPlacement& placement : placements_) {
+      if (static_cast<int>(placement.tab) == tab && !placement.title.isEmpty()) addLink(placement);
+    }
+    for (const Setting& setting : SettingCatalogue::all()) {
+      if (static_cast<int>(setting.tab) == tab) addSetting(setting);
+    }
+  }
+}
+
+void SearchPage::addSetting(const Setting& setting) {
+  entries_.push_back({searchText(setting), [this, &setting] { return makeRow(setting); }});
+}
+
+void SearchPage::addLink(const CardPlacement& placement) {
+  entries_.push_back({placement.title + '\n' + placement.synonyms + '\n' +
+                          SettingCatalogue::tr(SettingCatalogue::tabTitle(placement.tab)),
+                      [this, &placement] { return makeLink(placement); }});
+}
+
+int SearchPage::search(const QString& typed) {
+  const QStringList words = searchWords(typed);
+  int count = 0;
+  for (std::size_t i = 0; i < entries_.size(); ++i) {
+    const bool found = !words.isEmpty() && containsWords(entries_[i].text, words);
+    showEntry(i, found);
+    count += found ? 1 : 0;
+  }
+  setSentence(*nothing_, count > 0 ? QString() : tr("Nothing found. Try another word, such as “glow” or “speed”."));
+  return count;
+}
+
+void SearchPage::showEntry(std::size_t index, bool found) {
+  Entry& entry = entries_[index];
+  if (found && entry.row == nullptr) {
+    entry.row = entry.make();
+    const auto before = std::count_if(entries_.begin(), entries_.begin() + static_cast<std::ptrdiff_t>(index),
+                                      [](const Entry& other) { return other.row != nullptr; });
+    column().insertWidget(1 + static_cast<int>(before), entry.row);
+  }
+  if (entry.row != nullptr) entry.row->setVisible(found);
+}
+
+QWidget* SearchPage::makeRow(const Setting& setting) {
+  auto* row = new QWidget(widget());
+  auto* column = new QVBoxLayout(row);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(2);
+  const QString place = tr("%1 › %2").arg(SettingCatalogue::tr(SettingCatalogue::tabTitle(setting.tab)),
+                                          SettingCatalogue::tr(setting.group));
+  column->addWidget(new SettingLabel(SettingLabel::Tone::help, place, row));
+  column->addWidget(makeSettingControl(setting, editor_, row));
+  return row;
+}
+
+QWidget* SearchPage::makeLink(const CardPlacement& placement) {
+  auto* row = new QWidget(widget());
+  auto* column = new QVBoxLayout(row);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(2);
+  const QString tab = SettingCatalogue::tr(SettingCatalogue::tabTitle(placement.tab));
+  column->addWidget(new SettingLabel(SettingLabel::Tone::help, tab, row));
+  auto* line = new QHBoxLayout;
+  line->addWidget(new SettingLabel(SettingLabel::Tone::title, placement.title, row), 1);
+  auto* button = new QPushButton(tr("Show"), row);
+  button->setAccessibleName(tr("Show %1").arg(placement.title));
+  line->addWidget(button, 0, Qt::AlignTop);
+  column->addLayout(line);
+  connect(button, &QPushButton::clicked, this,
+          [this, &placement] { Q_EMIT cardWanted(static_cast<int>(placement.tab), placement.title); });
+  return row;
+}
+
+}  // namespace veloria

@@ -1,0 +1,249 @@
+#include "ui/SettingsWindow.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPainter>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QStackedWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "ui/Card.h"
+#include "ui/GlyphButton.h"
+#include "ui/SearchPage.h"
+#include "ui/TabStrip.h"
+
+namespace veloria {
+
+namespace {
+
+constexpr int previewHeight = 48;
+constexpr int readoutMilliseconds = 400;
+
+/// A sentence of the read-outs that belongs to ordinary settings.
+struct Note {
+  SettingTab tab;
+  const char* afterGroup;
+  std::string Readouts::*text;
+};
+const std::array notes{
+    Note{SettingTab::pointer, "Pointer interaction", &Readouts::pointer},
+    Note{SettingTab::bar, "Bar text", &Readouts::capture},
+};
+
+Qt::WindowFlags flagsOf(SettingsWindow::Kind kind) {
+  return kind == SettingsWindow::Kind::popup ? Qt::Tool | Qt::FramelessWindowHint : Qt::Window;
+}
+
+}  // namespace
+
+SettingsWindow::SettingsWindow(SettingsEditor& editor, Ports ports, Kind kind)
+    : QWidget(nullptr, flagsOf(kind)), editor_(editor), ports_(std::move(ports)), kind_(kind) {
+  setWindowTitle(tr("Veloria settings"));
+  addNotes();
+  build();
+  addShortcuts();
+  readoutTimer_ = new QTimer(this);
+  readoutTimer_->setInterval(readoutMilliseconds);
+  connect(readoutTimer_, &QTimer::timeout, this, &SettingsWindow::readOut);
+  subscription_ = editor_.subscribe([this](const NimbraConfig&) { showUndoable(); });
+  setMinimumSize(360, 400);
+  resize(400, 520);
+}
+
+void SettingsWindow::addNotes() {
+  if (!ports_.readouts) return;
+  for (const Note& note : notes) {
+    ports_.cards.push_back(
+        {note.tab,
+         {},
+         {},
+         [this, text = note.text]() -> QWidget* {
+           QLabel* label = makeSentence({}, nullptr);
+           connect(this, &SettingsWindow::readoutsArrived, label,
+                   [label, text](const Readouts& now) { setSentence(*label, QString::fromStdString(now.*text)); });
+           return label;
+         },
+         note.afterGroup});
+  }
+}
+
+void SettingsWindow::build() {
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(10, 10, 4, 4);
+  column->setSpacing(8);
+  addHeader(*column);
+  if (QWidget* preview = ports_.preview ? ports_.preview() : nullptr) {
+    preview->setFixedHeight(previewHeight);
+    auto* slot = new QHBoxLayout;
+    slot->setContentsMargins(0, 0, 6, 0);
+    slot->addWidget(preview);
+    column->addLayout(slot);
+  }
+  addPages(*column);
+}
+
+void SettingsWindow::addHeader(QVBoxLayout& column) {
+  search_ = new QLineEdit(this);
+  search_->setPlaceholderText(tr("Search settings"));
+  search_->setAccessibleName(tr("Search settings"));
+  search_->setClearButtonEnabled(true);
+  search_->installEventFilter(this);
+  undo_ = new GlyphButton(Glyph::undo, tr("Undo"), this);
+  redo_ = new GlyphButton(Glyph::redo, tr("Redo"), this);
+  auto* header = new QHBoxLayout;
+  header->setContentsMargins(0, 0, 6, 0);
+  header->setSpacing(2);
+  header->addWidget(search_, 1);
+  header->addSpacing(4);
+  header->addWidget(undo_);
+  header->addWidget(redo_);
+  column.addLayout(header);
+  connect(search_, &QLineEdit::textChanged, this, &SettingsWindow::onSearchChanged);
+  connect(undo_, &QToolButton::clicked, this, [this] { editor_.undo(); });
+  connect(redo_, &QToolButton::clicked, this, [this] { editor_.redo(); });
+}
+
+void SettingsWindow::addPages(QVBoxLayout& column) {
+  QStringList titles;
+  pages_ = new QStackedWidget(this);
+  for (int i = 0; i < settingTabCount; ++i) {
+    const auto tab = static_cast<SettingTab>(i);
+    titles += SettingCatalogue::tr(SettingCatalogue::tabTitle(tab));
+    tabPages_[static_cast<std::size_t>(i)] = new TabPage(tab, editor_, ports_.cards, pages_);
+    pages_->addWidget(tabPages_[static_cast<std::size_t>(i)]);
+  }
+  found_ = new SearchPage(editor_, ports_.cards, pages_);
+  pages_->addWidget(found_);
+  tabs_ = new TabStrip(titles, this);
+  tabs_->setCurrent(0);
+  column.addWidget(tabs_);
+  column.addWidget(pages_, 1);
+  connect(tabs_, &TabStrip::chosen, this, [this](int index) { showTab(static_cast<SettingTab>(index)); });
+  connect(found_, &SearchPage::cardWanted, this, &SettingsWindow::showCard);
+}
+
+void SettingsWindow::addShortcuts() {
+  const auto on = [this](const QKeySequence& keys, auto action) {
+    connect(new QShortcut(keys, this), &QShortcut::activated, this, action);
+  };
+  on(QKeySequence::Find, [this] {
+    search_->setFocus(Qt::ShortcutFocusReason);
+    search_->selectAll();
+  });
+  on(QKeySequence(Qt::CTRL | Qt::Key_Z), [this] { editor_.undo(); });
+  on(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), [this] { editor_.redo(); });
+  on(QKeySequence(Qt::CTRL | Qt::Key_Tab), [this] { turnTabs(1); });
+  on(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Tab), [this] { turnTabs(-1); });
+  on(QKeySequence(Qt::CTRL | Qt::Key_PageDown), [this] { turnTabs(1); });
+  on(QKeySequence(Qt::CTRL | Qt::Key_PageUp), [this] { turnTabs(-1); });
+}
+
+void SettingsWindow::showTab(SettingTab tab) {
+  tabs_->setCurrent(static_cast<int>(tab));
+  search_->clear();
+  pages_->setCurrentIndex(static_cast<int>(tab));
+}
+
+void SettingsWindow::search(const QString& words) {
+  search_->setText(words);
+}
+
+void SettingsWindow::onSearchChanged(const QString& text) {
+  if (text.trimmed().isEmpty()) return pages_->setCurrentIndex(tabs_->current());
+  found_->search(text);
+  found_->verticalScrollBar()->setValue(0);
+  pages_->setCurrentWidget(found_);
+}
+
+void SettingsWindow::showCard(int tab, const QString& title) {
+  showTab(static_cast<SettingTab>(tab));
+  tabPages_.at(static_cast<std::size_t>(tab))->showCard(title);
+}
+
+void SettingsWindow::turnTabs(int by) {
+  showTab(static_cast<SettingTab>((tabs_->current() + by + settingTabCount) % settingTabCount));
+}
+
+void SettingsWindow::showUndoable() {
+  undo_->setEnabled(editor_.canUndo());
+  redo_->setEnabled(editor_.canRedo());
+}
+
+void SettingsWindow::readOut() {
+  if (ports_.readouts) Q_EMIT readoutsArrived(ports_.readouts());
+}
+
+void SettingsWindow::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  if (event->spontaneous()) return;
+  search_->setFocus();
+  Q_EMIT visibleChanged(true);
+  readOut();
+  if (ports_.readouts) readoutTimer_->start();
+}
+
+void SettingsWindow::hideEvent(QHideEvent* event) {
+  QWidget::hideEvent(event);
+  if (event->spontaneous()) return;
+  readoutTimer_->stop();
+  Q_EMIT visibleChanged(false);
+}
+
+void SettingsWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->key() != Qt::Key_Escape) return QWidget::keyPressEvent(event);
+  if (search_->text().isEmpty()) {
+    close();
+  } else {
+    search_->clear();
+    search_->setFocus();
+  }
+}
+
+/// Undo in the search field is the window's when nothing was typed, and Down leads from there to what was found.
+bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (watched != search_) return QWidget::eventFilter(watched, event);
+  if (event->type() == QEvent::ShortcutOverride) {
+    const auto& key = static_cast<QKeyEvent&>(*event);
+    if (key.matches(QKeySequence::Undo) && !search_->isUndoAvailable()) return true;
+    if (key.matches(QKeySequence::Redo) && !search_->isRedoAvailable()) return true;
+  }
+  if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent&>(*event).key() == Qt::Key_Down) {
+    QWidget* page = pages_->currentWidget();
+    QWidget* next = page->nextInFocusChain();
+    while (next != page && !(page->isAncestorOf(next) && next->isVisible() && next->focusPolicy() & Qt::TabFocus)) {
+      next = next->nextInFocusChain();
+    }
+    if (next != page) next->setFocus(Qt::TabFocusReason);
+    return true;
+  }
+  return QWidget::eventFilter(watched, event);
+}
+
+void SettingsWindow::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  // Once the window that is used instead is known.
+  if (event->type() == QEvent::ActivationChange && kind_ == Kind::popup && !isActiveWindow()) {
+    QTimer::singleShot(0, this, &SettingsWindow::closeWhenLeft);
+  }
+}
+
+/// Dialogs and lists of its own don't count as leaving it.
+void SettingsWindow::closeWhenLeft() {
+  const QWidget* active = QApplication::activeWindow();
+  const bool own = active == this || (active != nullptr && isAncestorOf(active));
+  if (!own && QApplication::activePopupWidget() == nullptr && QApplication::activeModalWidget() == nullptr) close();
+}
+
+void SettingsWindow::paintEvent(QPaintEvent* event) {
+  QWidget::paintEvent(event);
+  if (kind_ != Kind::popup) return;
+  QPainter painter(this);
+  painter.setPen(palette().color(QPalette::Mid));
+  painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+}  // namespace veloria
