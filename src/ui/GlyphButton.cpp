@@ -18,14 +18,14 @@ QPainterPath arcWithHead(double from, double span, const QRectF& circle) {
   QTransform turn;
   turn.translate(tip.x(), tip.y());
   turn.rotate(-(from + span) - 90);
-  path.moveTo(turn.map(QPointF(-0.42, -0.38)));
+  path.moveTo(turn.map(QPointF(-0.36, -0.36)));
   path.lineTo(tip);
-  path.lineTo(turn.map(QPointF(-0.42, 0.38)));
+  path.lineTo(turn.map(QPointF(-0.36, 0.36)));
   return path;
 }
 
 QPainterPath glyphPath(Glyph glyph) {
-  if (glyph == Glyph::toDefault) return arcWithHead(-20, 300, QRectF(-0.7, -0.7, 1.4, 1.4));
+  if (glyph == Glyph::toDefault) return arcWithHead(-60, 260, QRectF(-0.7, -0.7, 1.4, 1.4));
   const QPainterPath undo = arcWithHead(-35, 215, QRectF(-0.75, -0.45, 1.5, 1.3));
   return glyph == Glyph::undo ? undo : QTransform::fromScale(-1, 1).map(undo);
 }
@@ -52,10 +52,10 @@ void GlyphButton::paintEvent(QPaintEvent*) {
   style()->drawComplexControl(QStyle::CC_ToolButton, &option, &painter, this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(QRectF(rect()).center());
-  const double half = 0.3 * fontMetrics().height();
+  const double half = 0.4 * fontMetrics().height();
   painter.scale(half, half);
   const QPalette::ColorGroup group = isEnabled() ? QPalette::Active : QPalette::Disabled;
-  painter.setPen(QPen(palette().color(group, QPalette::ButtonText), 0.28, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  painter.setPen(QPen(palette().color(group, QPalette::ButtonText), 0.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   painter.drawPath(glyphPath(glyph_));
 }
 

@@ -10,30 +10,20 @@
 
 namespace veloria {
 
-SearchPage::SearchPage(SettingsEditor& editor, std::vector<CardPlacement> placements, QWidget* parent)
-    : SettingsPage(parent), editor_(editor), placements_(std::move(placements)) {
+SearchPage::SearchPage(SettingsEditor& editor, QWidget* parent) : SettingsPage(parent), editor_(editor) {
   nothing_ = makeSentence({}, widget());
   column().addWidget(nothing_);
   column().addStretch(1);
   column().setSpacing(14);
-  for (int tab = 0; tab < settingTabCount; ++tab) {
-    for (const CardPlacement& placement : placements_) {
-      if (static_cast<int>(placement.tab) == tab && !placement.title.isEmpty()) addLink(placement);
-    }
-    for (const Setting& setting : SettingCatalogue::all()) {
-      if (static_cast<int>(setting.tab) == tab) addSetting(setting);
-    }
+  for (const Setting& setting : SettingCatalogue::all()) {
+    entries_.push_back({setting.tab, searchText(setting), [this, &setting] { return makeRow(setting); }});
   }
 }
 
-void SearchPage::addSetting(const Setting& setting) {
-  entries_.push_back({searchText(setting), [this, &setting] { return makeRow(setting); }});
-}
-
-void SearchPage::addLink(const CardPlacement& placement) {
-  entries_.push_back({placement.title + '\n' + placement.synonyms + '\n' +
-                          SettingCatalogue::tr(SettingCatalogue::tabTitle(placement.tab)),
-                      [this, &placement] { return makeLink(placement); }});
+void SearchPage::addLink(SettingTab tab, const QString& title, const QString& synonyms) {
+  const QString text = title + '\n' + synonyms + '\n' + SettingCatalogue::tr(SettingCatalogue::tabTitle(tab));
+  const auto first = std::find_if(entries_.begin(), entries_.end(), [tab](const Entry& e) { return e.tab >= tab; });
+  entries_.insert(first, {tab, text, [this, tab, title] { return makeLink(tab, title); }});
 }
 
 int SearchPage::search(const QString& typed) {
@@ -71,21 +61,20 @@ QWidget* SearchPage::makeRow(const Setting& setting) {
   return row;
 }
 
-QWidget* SearchPage::makeLink(const CardPlacement& placement) {
+QWidget* SearchPage::makeLink(SettingTab tab, const QString& title) {
   auto* row = new QWidget(widget());
   auto* column = new QVBoxLayout(row);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(2);
-  const QString tab = SettingCatalogue::tr(SettingCatalogue::tabTitle(placement.tab));
-  column->addWidget(new SettingLabel(SettingLabel::Tone::help, tab, row));
+  const QString place = SettingCatalogue::tr(SettingCatalogue::tabTitle(tab));
+  column->addWidget(new SettingLabel(SettingLabel::Tone::help, place, row));
   auto* line = new QHBoxLayout;
-  line->addWidget(new SettingLabel(SettingLabel::Tone::title, placement.title, row), 1);
+  line->addWidget(new SettingLabel(SettingLabel::Tone::title, title, row), 1);
   auto* button = new QPushButton(tr("Show"), row);
-  button->setAccessibleName(tr("Show %1").arg(placement.title));
+  button->setAccessibleName(tr("Show %1").arg(title));
   line->addWidget(button, 0, Qt::AlignTop);
   column->addLayout(line);
-  connect(button, &QPushButton::clicked, this,
-          [this, &placement] { Q_EMIT cardWanted(static_cast<int>(placement.tab), placement.title); });
+  connect(button, &QPushButton::clicked, this, [this, tab, title] { Q_EMIT cardWanted(tab, title); });
   return row;
 }
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <map>
+#include <functional>
 #include <vector>
 
+#include "ui/SettingCatalogue.h"
 #include "ui/SettingsEditor.h"
 #include "ui/SettingsPage.h"
-#include "ui/TabPage.h"
 
 class QLabel;
 
@@ -16,29 +16,30 @@ class SearchPage : public SettingsPage {
   Q_OBJECT
 
  public:
-  SearchPage(SettingsEditor& editor, std::vector<CardPlacement> placements, QWidget* parent);
+  SearchPage(SettingsEditor& editor, QWidget* parent);
+
+  /// Makes a card findable.
+  void addLink(SettingTab tab, const QString& title, const QString& synonyms);
 
   /// Shows what has all the words in it, in the order of the tabs. How many there are.
   int search(const QString& typed);
 
  Q_SIGNALS:
   /// A person followed the link to a card.
-  void cardWanted(int tab, const QString& title);
+  void cardWanted(veloria::SettingTab tab, const QString& title);
 
  private:
   struct Entry {
+    SettingTab tab{};
     QString text;                    ///< in which the words are looked for
     std::function<QWidget*()> make;  ///< made when it is found for the first time
     QWidget* row = nullptr;
   };
-  void addSetting(const Setting& setting);
-  void addLink(const CardPlacement& placement);
   QWidget* makeRow(const Setting& setting);
-  QWidget* makeLink(const CardPlacement& placement);
+  QWidget* makeLink(SettingTab tab, const QString& title);
   void showEntry(std::size_t index, bool found);
 
   SettingsEditor& editor_;
-  std::vector<CardPlacement> placements_;
   std::vector<Entry> entries_;
   QLabel* nothing_;
 };

@@ -11,7 +11,6 @@
 #include <QVBoxLayout>
 #include <utility>
 
-#include "ui/Card.h"
 #include "ui/GlyphButton.h"
 #include "ui/SearchPage.h"
 #include "ui/TabStrip.h"
@@ -21,18 +20,6 @@ namespace veloria {
 namespace {
 
 constexpr int previewHeight = 48;
-constexpr int readoutMilliseconds = 400;
-
-/// A sentence of the read-outs that belongs to ordinary settings.
-struct Note {
-  SettingTab tab;
-  const char* afterGroup;
-  std::string Readouts::*text;
-};
-const std::array notes{
-    Note{SettingTab::pointer, "Pointer interaction", &Readouts::pointer},
-    Note{SettingTab::bar, "Bar text", &Readouts::capture},
-};
 
 Qt::WindowFlags flagsOf(SettingsWindow::Kind kind) {
   return kind == SettingsWindow::Kind::popup ? Qt::Tool | Qt::FramelessWindowHint : Qt::Window;
@@ -40,53 +27,33 @@ Qt::WindowFlags flagsOf(SettingsWindow::Kind kind) {
 
 }  // namespace
 
-SettingsWindow::SettingsWindow(SettingsEditor& editor, Ports ports, Kind kind)
-    : QWidget(nullptr, flagsOf(kind)), editor_(editor), ports_(std::move(ports)), kind_(kind) {
+SettingsWindow::SettingsWindow(SettingsEditor& editor, Kind kind)
+    : QWidget(nullptr, flagsOf(kind)), editor_(editor), kind_(kind), column_(new QVBoxLayout(this)) {
   setWindowTitle(tr("Veloria settings"));
-  addNotes();
-  build();
+  column_->setContentsMargins(10, 10, 4, 4);
+  column_->setSpacing(8);
+  addHeader();
+  previewSlot_ = new QHBoxLayout;
+  previewSlot_->setContentsMargins(0, 0, 6, 0);
+  column_->addLayout(previewSlot_);
+  addPages();
   addShortcuts();
-  readoutTimer_ = new QTimer(this);
-  readoutTimer_->setInterval(readoutMilliseconds);
-  connect(readoutTimer_, &QTimer::timeout, this, &SettingsWindow::readOut);
   subscription_ = editor_.subscribe([this](const NimbraConfig&) { showUndoable(); });
   setMinimumSize(360, 400);
   resize(400, 520);
 }
 
-void SettingsWindow::addNotes() {
-  if (!ports_.readouts) return;
-  for (const Note& note : notes) {
-    ports_.cards.push_back(
-        {note.tab,
-         {},
-         {},
-         [this, text = note.text]() -> QWidget* {
-           QLabel* label = makeSentence({}, nullptr);
-           connect(this, &SettingsWindow::readoutsArrived, label,
-                   [label, text](const Readouts& now) { setSentence(*label, QString::fromStdString(now.*text)); });
-           return label;
-         },
-         note.afterGroup});
-  }
+void SettingsWindow::setPreview(QWidget* preview) {
+  preview->setFixedHeight(previewHeight);
+  previewSlot_->addWidget(preview);
 }
 
-void SettingsWindow::build() {
-  auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(10, 10, 4, 4);
-  column->setSpacing(8);
-  addHeader(*column);
-  if (QWidget* preview = ports_.preview ? ports_.preview() : nullptr) {
-    preview->setFixedHeight(previewHeight);
-    auto* slot = new QHBoxLayout;
-    slot->setContentsMargins(0, 0, 6, 0);
-    slot->addWidget(preview);
-    column->addLayout(slot);
-  }
-  addPages(*column);
+void SettingsWindow::addCard(const CardPlacement& placement) {
+  tabPages_.at(static_cast<std::size_t>(placement.tab))->addCard(placement);
+  if (!placement.title.isEmpty()) found_->addLink(placement.tab, placement.title, placement.synonyms);
 }
 
-void SettingsWindow::addHeader(QVBoxLayout& column) {
+void SettingsWindow::addHeader() {
   search_ = new QLineEdit(this);
   search_->setPlaceholderText(tr("Search settings"));
   search_->setAccessibleName(tr("Search settings"));
@@ -101,27 +68,28 @@ void SettingsWindow::addHeader(QVBoxLayout& column) {
   header->addSpacing(4);
   header->addWidget(undo_);
   header->addWidget(redo_);
-  column.addLayout(header);
+  column_->addLayout(header);
   connect(search_, &QLineEdit::textChanged, this, &SettingsWindow::onSearchChanged);
   connect(undo_, &QToolButton::clicked, this, [this] { editor_.undo(); });
   connect(redo_, &QToolButton::clicked, this, [this] { editor_.redo(); });
 }
 
-void SettingsWindow::addPages(QVBoxLayout& column) {
+void SettingsWindow::addPages() {
   QStringList titles;
   pages_ = new QStackedWidget(this);
   for (int i = 0; i < settingTabCount; ++i) {
     const auto tab = static_cast<SettingTab>(i);
     titles += SettingCatalogue::tr(SettingCatalogue::tabTitle(tab));
-    tabPages_[static_cast<std::size_t>(i)] = new TabPage(tab, editor_, ports_.cards, pages_);
-    pages_->addWidget(tabPages_[static_cast<std::size_t>(i)]);
+    auto* page = new TabPage(tab, editor_, pages_);
+    tabPages_[static_cast<std::size_t>(i)] = page;
+    pages_->addWidget(page);
   }
-  found_ = new SearchPage(editor_, ports_.cards, pages_);
+  found_ = new SearchPage(editor_, pages_);
   pages_->addWidget(found_);
   tabs_ = new TabStrip(titles, this);
   tabs_->setCurrent(0);
-  column.addWidget(tabs_);
-  column.addWidget(pages_, 1);
+  column_->addWidget(tabs_);
+  column_->addWidget(pages_, 1);
   connect(tabs_, &TabStrip::chosen, this, [this](int index) { showTab(static_cast<SettingTab>(index)); });
   connect(found_, &SearchPage::cardWanted, this, &SettingsWindow::showCard);
 }
@@ -143,9 +111,9 @@ void SettingsWindow::addShortcuts() {
 }
 
 void SettingsWindow::showTab(SettingTab tab) {
-  tabs_->setCurrent(static_cast<int>(tab));
+  tab_ = tab;
   search_->clear();
-  pages_->setCurrentIndex(static_cast<int>(tab));
+  onSearchChanged({});
 }
 
 void SettingsWindow::search(const QString& words) {
@@ -153,19 +121,22 @@ void SettingsWindow::search(const QString& words) {
 }
 
 void SettingsWindow::onSearchChanged(const QString& text) {
-  if (text.trimmed().isEmpty()) return pages_->setCurrentIndex(tabs_->current());
-  found_->search(text);
-  found_->verticalScrollBar()->setValue(0);
-  pages_->setCurrentWidget(found_);
+  const bool searching = !text.trimmed().isEmpty();
+  if (searching) {
+    found_->search(text);
+    found_->verticalScrollBar()->setValue(0);
+  }
+  tabs_->setCurrent(searching ? -1 : static_cast<int>(tab_));
+  pages_->setCurrentIndex(searching ? settingTabCount : static_cast<int>(tab_));
 }
 
-void SettingsWindow::showCard(int tab, const QString& title) {
-  showTab(static_cast<SettingTab>(tab));
+void SettingsWindow::showCard(SettingTab tab, const QString& title) {
+  showTab(tab);
   tabPages_.at(static_cast<std::size_t>(tab))->showCard(title);
 }
 
 void SettingsWindow::turnTabs(int by) {
-  showTab(static_cast<SettingTab>((tabs_->current() + by + settingTabCount) % settingTabCount));
+  showTab(static_cast<SettingTab>((static_cast<int>(tab_) + by + settingTabCount) % settingTabCount));
 }
 
 void SettingsWindow::showUndoable() {
@@ -173,23 +144,16 @@ void SettingsWindow::showUndoable() {
   redo_->setEnabled(editor_.canRedo());
 }
 
-void SettingsWindow::readOut() {
-  if (ports_.readouts) Q_EMIT readoutsArrived(ports_.readouts());
-}
-
 void SettingsWindow::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   if (event->spontaneous()) return;
   search_->setFocus();
   Q_EMIT visibleChanged(true);
-  readOut();
-  if (ports_.readouts) readoutTimer_->start();
 }
 
 void SettingsWindow::hideEvent(QHideEvent* event) {
   QWidget::hideEvent(event);
   if (event->spontaneous()) return;
-  readoutTimer_->stop();
   Q_EMIT visibleChanged(false);
 }
 

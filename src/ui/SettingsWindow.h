@@ -2,16 +2,14 @@
 
 #include <QWidget>
 #include <array>
-#include <functional>
-#include <vector>
 
-#include "ui/Readouts.h"
 #include "ui/SettingsEditor.h"
 #include "ui/TabPage.h"
 
+class QHBoxLayout;
 class QLineEdit;
 class QStackedWidget;
-class QTimer;
+class QVBoxLayout;
 
 namespace veloria {
 
@@ -31,15 +29,12 @@ class SettingsWindow : public QWidget {
     popup,  ///< without a frame; closes when another window is used. Its place is up to the caller.
   };
 
-  /// What is put into it. Whatever is left out is not there.
-  struct Ports {
-    ReadoutSource readouts;
-    /// The live picture above the tabs, 48 points high, made at once. The slot becomes its parent.
-    std::function<QWidget*()> preview;
-    std::vector<CardPlacement> cards;
-  };
+  explicit SettingsWindow(SettingsEditor& editor, Kind kind = Kind::ordinary);
 
-  SettingsWindow(SettingsEditor& editor, Ports ports, Kind kind = Kind::ordinary);
+  /// Puts the live picture above the tabs, 48 points high. The window becomes its parent.
+  void setPreview(QWidget* preview);
+  /// Adds a card to a tab that has not been seen yet.
+  void addCard(const CardPlacement& placement);
 
   void showTab(SettingTab tab);
   /// Types into the search field.
@@ -48,8 +43,6 @@ class SettingsWindow : public QWidget {
  Q_SIGNALS:
   /// It was opened or closed: work that only serves to be seen should begin or end.
   void visibleChanged(bool visible);
-  /// What the running program tells now, a few times a second while it is open and at once when it opens.
-  void readoutsArrived(const veloria::Readouts& readouts);
 
  protected:
   void showEvent(QShowEvent* event) override;
@@ -60,21 +53,20 @@ class SettingsWindow : public QWidget {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  void build();
-  void addNotes();
-  void addHeader(class QVBoxLayout& column);
-  void addPages(QVBoxLayout& column);
+  void addHeader();
+  void addPages();
   void addShortcuts();
   void onSearchChanged(const QString& text);
-  void showCard(int tab, const QString& title);
+  void showCard(SettingTab tab, const QString& title);
   void turnTabs(int by);
   void showUndoable();
-  void readOut();
   void closeWhenLeft();
 
   SettingsEditor& editor_;
-  Ports ports_;
   Kind kind_;
+  SettingTab tab_ = SettingTab::look;  ///< the one that is seen unless something is searched for
+  QVBoxLayout* column_;
+  QHBoxLayout* previewSlot_;
   QLineEdit* search_ = nullptr;
   GlyphButton* undo_ = nullptr;
   GlyphButton* redo_ = nullptr;
@@ -82,7 +74,6 @@ class SettingsWindow : public QWidget {
   QStackedWidget* pages_ = nullptr;
   std::array<TabPage*, settingTabCount> tabPages_{};
   SearchPage* found_ = nullptr;
-  QTimer* readoutTimer_ = nullptr;
   Subscription subscription_;
 };
 

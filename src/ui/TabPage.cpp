@@ -18,8 +18,12 @@ bool sameText(const char* a, const char* b) {
 
 }  // namespace
 
-TabPage::TabPage(SettingTab tab, SettingsEditor& editor, std::vector<CardPlacement> placements, QWidget* parent)
-    : SettingsPage(parent), tab_(tab), editor_(editor), placements_(std::move(placements)) {}
+TabPage::TabPage(SettingTab tab, SettingsEditor& editor, QWidget* parent)
+    : SettingsPage(parent), tab_(tab), editor_(editor) {}
+
+void TabPage::addCard(CardPlacement placement) {
+  placements_.push_back(std::move(placement));
+}
 
 void TabPage::showEvent(QShowEvent* event) {
   if (!std::exchange(built_, true)) build();
@@ -51,9 +55,8 @@ void TabPage::addGroups() {
 
 void TabPage::addCardsAfter(const char* group) {
   for (const CardPlacement& placement : placements_) {
-    if (placement.tab != tab_ || !sameText(placement.afterGroup, group)) continue;
+    if (!sameText(placement.afterGroup, group)) continue;
     QWidget* card = placement.make();
-    if (card == nullptr) continue;
     column().addWidget(card);
     cards_.emplace_back(placement.title, card);
   }

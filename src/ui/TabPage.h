@@ -13,12 +13,13 @@ namespace veloria {
 /// A card of its own kind, and where it belongs.
 struct CardPlacement {
   SettingTab tab{};
-  QString title;     ///< as people read it; the search finds it by this and its synonyms
-  QString synonyms;  ///< other words for it, may be empty
-  /// Makes it, when its tab is opened for the first time. The page becomes its parent. May return null: no card.
-  std::function<QWidget*()> make;
-  /// The English title of the group of ordinary controls that it follows; null: above all of them.
+  /// The English title of the group of ordinary controls that it follows; null: above all of them. Cards of one place
+  /// stand in the order in which they were added.
   const char* afterGroup = nullptr;
+  QString title;     ///< as people read it; the search finds it by this and its synonyms. Empty: not to be searched for
+  QString synonyms;  ///< other words for it, may be empty
+  /// Makes it, when its tab is opened for the first time. The page becomes its parent.
+  std::function<QWidget*()> make;
 };
 
 /// One tab: its cards, and its ordinary settings in a card for each group. It is built when it is first shown. Main
@@ -27,7 +28,10 @@ class TabPage : public SettingsPage {
   Q_OBJECT
 
  public:
-  TabPage(SettingTab tab, SettingsEditor& editor, std::vector<CardPlacement> placements, QWidget* parent);
+  TabPage(SettingTab tab, SettingsEditor& editor, QWidget* parent);
+
+  /// Before the page is shown for the first time.
+  void addCard(CardPlacement placement);
 
   /// Scrolls to a card, by its title.
   void showCard(const QString& title);

@@ -57,7 +57,10 @@ TabStrip::TabStrip(const QStringList& titles, QWidget* parent) : QWidget(parent)
 }
 
 void TabStrip::setCurrent(int index) {
-  if (QAbstractButton* button = buttons_->button(index)) button->setChecked(true);
+  if (QAbstractButton* button = buttons_->button(index)) return button->setChecked(true);
+  buttons_->setExclusive(false);
+  for (QAbstractButton* button : buttons_->buttons()) button->setChecked(false);
+  buttons_->setExclusive(true);
 }
 
 int TabStrip::widestButton() const {

@@ -14,7 +14,7 @@ class TabStrip : public QWidget {
  public:
   TabStrip(const QStringList& titles, QWidget* parent);
 
-  int current() const { return buttons_->checkedId(); }
+  /// -1: none is chosen.
   void setCurrent(int index);
 
   bool hasHeightForWidth() const override { return true; }

@@ -3,7 +3,6 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QSignalBlocker>
-#include <QStyleOptionSpinBox>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -65,12 +64,10 @@ QValidator::State ValueField::validate(QString& text, int& position) const {
 
 QSize ValueField::sizeHint() const {
   const auto width = [this](const QString& text) { return fontMetrics().horizontalAdvance(text); };
-  const int number = std::max(
-      {width(QStringLiteral("-0.0000")), width(textFromValue(range_.minimum)), width(textFromValue(range_.maximum))});
-  const QSize content(number + width(suffix()) + 6, fontMetrics().height());
-  QStyleOptionSpinBox option;
-  initStyleOption(&option);
-  return style()->sizeFromContents(QStyle::CT_SpinBox, &option, content, this);
+  // As wide as most values need, so that the fields of a card stand in a column.
+  const int number = std::max({width(QStringLiteral("-00.0000")), width(textFromValue(range_.minimum) + suffix()),
+                               width(textFromValue(range_.maximum) + suffix())});
+  return {number + 18, QDoubleSpinBox::sizeHint().height()};
 }
 
 bool ValueField::event(QEvent* event) {
