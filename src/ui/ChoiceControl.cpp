@@ -17,7 +17,7 @@ ChoiceControl::ChoiceControl(const Setting& setting, SettingsEditor& editor, QWi
   head->addWidget(resetButton(), 0, Qt::AlignTop);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
-  column->setSpacing(4);
+  column->setSpacing(6);
   column->addLayout(head);
   QWidget* last = nullptr;
   for (const Choice& choice : SettingCatalogue::choices(setting)) {

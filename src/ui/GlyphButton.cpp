@@ -25,7 +25,7 @@ QPainterPath arcWithHead(double from, double span, const QRectF& circle) {
 }
 
 QPainterPath glyphPath(Glyph glyph) {
-  if (glyph == Glyph::toDefault) return arcWithHead(-60, 260, QRectF(-0.7, -0.7, 1.4, 1.4));
+  if (glyph == Glyph::toDefault) return arcWithHead(195, 300, QRectF(-0.7, -0.7, 1.4, 1.4));
   const QPainterPath undo = arcWithHead(-35, 215, QRectF(-0.75, -0.45, 1.5, 1.3));
   return glyph == Glyph::undo ? undo : QTransform::fromScale(-1, 1).map(undo);
 }

@@ -6,8 +6,6 @@ SettingsPage::SettingsPage(QWidget* parent) : QScrollArea(parent) {
   setFrameShape(NoFrame);
   setWidgetResizable(true);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  // So that nothing changes its width when a page grows longer than the window.
-  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   setFocusPolicy(Qt::NoFocus);
   auto* content = new QWidget;
   column_ = new QVBoxLayout(content);

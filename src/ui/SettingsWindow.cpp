@@ -39,6 +39,10 @@ SettingsWindow::SettingsWindow(SettingsEditor& editor, Kind kind)
   addPages();
   addShortcuts();
   subscription_ = editor_.subscribe([this](const NimbraConfig&) { showUndoable(); });
+  if (kind_ == Kind::popup) {
+    // Later: once the window that is used instead is known.
+    connect(qApp, &QGuiApplication::focusWindowChanged, this, &SettingsWindow::closeWhenLeft, Qt::QueuedConnection);
+  }
   setMinimumSize(360, 400);
   resize(400, 520);
 }
@@ -49,7 +53,7 @@ void SettingsWindow::setPreview(QWidget* preview) {
 }
 
 void SettingsWindow::addCard(const CardPlacement& placement) {
-  tabPages_.at(static_cast<std::size_t>(placement.tab))->addCard(placement);
+  page(placement.tab).addCard(placement);
   if (!placement.title.isEmpty()) found_->addLink(placement.tab, placement.title, placement.synonyms);
 }
 
@@ -113,7 +117,7 @@ void SettingsWindow::addShortcuts() {
 void SettingsWindow::showTab(SettingTab tab) {
   tab_ = tab;
   search_->clear();
-  onSearchChanged({});
+  showPage();
 }
 
 void SettingsWindow::search(const QString& words) {
@@ -121,18 +125,27 @@ void SettingsWindow::search(const QString& words) {
 }
 
 void SettingsWindow::onSearchChanged(const QString& text) {
-  const bool searching = !text.trimmed().isEmpty();
-  if (searching) {
-    found_->search(text);
-    found_->verticalScrollBar()->setValue(0);
-  }
-  tabs_->setCurrent(searching ? -1 : static_cast<int>(tab_));
-  pages_->setCurrentIndex(searching ? settingTabCount : static_cast<int>(tab_));
+  if (text.trimmed().isEmpty()) return showPage();
+  found_->search(text);
+  found_->verticalScrollBar()->setValue(0);
+  tabs_->setCurrent(-1);
+  pages_->setCurrentWidget(found_);
+}
+
+void SettingsWindow::showPage() {
+  if (isVisible()) page(tab_).build();
+  tabs_->setCurrent(static_cast<int>(tab_));
+  pages_->setCurrentIndex(static_cast<int>(tab_));
+}
+
+void SettingsWindow::setVisible(bool visible) {
+  if (visible) page(tab_).build();
+  QWidget::setVisible(visible);
 }
 
 void SettingsWindow::showCard(SettingTab tab, const QString& title) {
   showTab(tab);
-  tabPages_.at(static_cast<std::size_t>(tab))->showCard(title);
+  page(tab).showCard(title);
 }
 
 void SettingsWindow::turnTabs(int by) {
@@ -187,19 +200,14 @@ bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {
   return QWidget::eventFilter(watched, event);
 }
 
-void SettingsWindow::changeEvent(QEvent* event) {
-  QWidget::changeEvent(event);
-  // Once the window that is used instead is known.
-  if (event->type() == QEvent::ActivationChange && kind_ == Kind::popup && !isActiveWindow()) {
-    QTimer::singleShot(0, this, &SettingsWindow::closeWhenLeft);
-  }
-}
-
 /// Dialogs and lists of its own don't count as leaving it.
 void SettingsWindow::closeWhenLeft() {
   const QWidget* active = QApplication::activeWindow();
-  const bool own = active == this || (active != nullptr && isAncestorOf(active));
-  if (!own && QApplication::activePopupWidget() == nullptr && QApplication::activeModalWidget() == nullptr) close();
+  while (active != nullptr && active != this) active = active->parentWidget();
+  if (active == nullptr && QApplication::activePopupWidget() == nullptr &&
+      QApplication::activeModalWidget() == nullptr) {
+    close();
+  }
 }
 
 void SettingsWindow::paintEvent(QPaintEvent* event) {

@@ -40,6 +40,8 @@ class SettingsWindow : public QWidget {
   /// Types into the search field.
   void search(const QString& words);
 
+  void setVisible(bool visible) override;
+
  Q_SIGNALS:
   /// It was opened or closed: work that only serves to be seen should begin or end.
   void visibleChanged(bool visible);
@@ -48,7 +50,6 @@ class SettingsWindow : public QWidget {
   void showEvent(QShowEvent* event) override;
   void hideEvent(QHideEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
-  void changeEvent(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -57,6 +58,8 @@ class SettingsWindow : public QWidget {
   void addPages();
   void addShortcuts();
   void onSearchChanged(const QString& text);
+  void showPage();
+  TabPage& page(SettingTab tab) { return *tabPages_.at(static_cast<std::size_t>(tab)); }
   void showCard(SettingTab tab, const QString& title);
   void turnTabs(int by);
   void showUndoable();

@@ -25,12 +25,8 @@ void TabPage::addCard(CardPlacement placement) {
   placements_.push_back(std::move(placement));
 }
 
-void TabPage::showEvent(QShowEvent* event) {
-  if (!std::exchange(built_, true)) build();
-  SettingsPage::showEvent(event);
-}
-
 void TabPage::build() {
+  if (std::exchange(built_, true)) return;
   addCardsAfter(nullptr);
   addGroups();
   column().addStretch(1);

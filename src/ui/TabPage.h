@@ -18,11 +18,11 @@ struct CardPlacement {
   const char* afterGroup = nullptr;
   QString title;     ///< as people read it; the search finds it by this and its synonyms. Empty: not to be searched for
   QString synonyms;  ///< other words for it, may be empty
-  /// Makes it, when its tab is opened for the first time. The page becomes its parent.
+  /// Makes it, when its tab is about to be seen for the first time. The page becomes its parent.
   std::function<QWidget*()> make;
 };
 
-/// One tab: its cards, and its ordinary settings in a card for each group. It is built when it is first shown. Main
+/// One tab: its cards, and its ordinary settings in a card for each group. It is empty until it is built. Main
 /// thread; the editor must outlive it.
 class TabPage : public SettingsPage {
   Q_OBJECT
@@ -30,17 +30,16 @@ class TabPage : public SettingsPage {
  public:
   TabPage(SettingTab tab, SettingsEditor& editor, QWidget* parent);
 
-  /// Before the page is shown for the first time.
+  /// Before it is built.
   void addCard(CardPlacement placement);
+
+  /// Makes what is in it, unless that is there already: before it is shown for the first time.
+  void build();
 
   /// Scrolls to a card, by its title.
   void showCard(const QString& title);
 
- protected:
-  void showEvent(QShowEvent* event) override;
-
  private:
-  void build();
   void addCardsAfter(const char* group);
   void addGroups();
 
