@@ -403,7 +403,9 @@ TEST_F(SettingsWindowTest, CardsStandInTheirPlaceAreMadeLateAndAreFound) {
   EXPECT_EQ(made, 2);
   auto* first = window->findChild<QLabel*>("first");
   auto* second = window->findChild<QLabel*>("second");
-  const auto top = [](const QWidget& widget) { return widget.mapTo(widget.window(), QPoint()).y(); };
+  EXPECT_FALSE(second->visibleRegion().isEmpty()) << "not scrolled to";
+  QWidget* page = second->parentWidget();
+  const auto top = [page](const QWidget& widget) { return widget.mapTo(page, QPoint()).y(); };
   EXPECT_LT(top(*first), top(shown("tempo")));
   EXPECT_GT(top(*second), top(shown("buoyancy")));
   EXPECT_LT(top(*second), top(shown("curlStrength")));
