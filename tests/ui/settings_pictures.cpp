@@ -1,10 +1,12 @@
-// Saves a picture of each tab of the settings window, light and dark: settings_pictures FOLDER. It needs no display.
-// QT_SCALE_FACTOR=2 in the environment makes pictures of twice the size. Prints how long opening the window takes.
+// Saves a picture of each tab of the settings window, light and dark: settings_pictures FOLDER [FONTSCALE]. It needs no
+// display. QT_SCALE_FACTOR=2 in the environment makes pictures of twice the size. Prints how long opening the window
+// takes.
 
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QScrollBar>
+#include <algorithm>
 #include <cstdio>
 
 #include "Palettes.h"
@@ -73,13 +75,18 @@ void printOpeningTimes(SettingsEditor& editor) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fputs("usage: settings_pictures FOLDER\n", stderr);
+  if (argc != 2 && argc != 3) {
+    std::fputs("usage: settings_pictures FOLDER [FONTSCALE]\n", stderr);
     return 2;
   }
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(argc, argv);
   QApplication::setStyle(QStringLiteral("Fusion"));
+  if (argc == 3) {
+    QFont font = QApplication::font();
+    font.setPointSizeF(font.pointSizeF() * std::max(QByteArray(argv[2]).toDouble(), 0.5));
+    QApplication::setFont(font);
+  }
   const QString folder = QString::fromLocal8Bit(argv[1]);
   QDir().mkpath(folder);
   NimbraConfig config;
