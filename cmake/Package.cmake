@@ -8,11 +8,14 @@ set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/DebianLayout.cmake)
 set(CPACK_PACKAGE_VENDOR "The Veloria authors")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "living band of coloured light over the top panel")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-"Veloria paints curtains of light over the strip of the screen that the top panel occupies: a real fluid, simulated
-on the GPU for every frame. It can lie behind all windows, over the panel, or fill the screen, and it can be driven by
-music, by programs and coding agents, by the weather, or by a script. Clicks go through it.
+"Veloria paints curtains of light over the strip of the screen that the top
+panel occupies: a real fluid, simulated on the GPU for every frame. It can
+lie behind all windows, over the panel, or fill the screen, and it can be
+driven by music, by programs and coding agents, by the weather, or by a
+script. Clicks go through it.
 .
-The command nimbra tells it what programs do. It runs on X11, and on Wayland compositors that have the layer shell.")
+The command nimbra tells it what programs do. It runs on X11, and on Wayland
+compositors that have the layer shell.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
 if(NOT DEFINED ENV{DEBFULLNAME} OR NOT DEFINED ENV{DEBEMAIL})
