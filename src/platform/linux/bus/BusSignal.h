@@ -27,7 +27,7 @@ class BusSignal final : public QObject {
   using Handler = std::function<void(const QDBusMessage&)>;
   BusSignal(QDBusConnection bus, const BusSignalName& name, Handler handler);
 
- private slots:
+ private Q_SLOTS:
   void receive(const QDBusMessage& message);
 
  private:

@@ -1,4 +1,4 @@
-#include "platform/linux/activity/BusAddresses.h"
+#include "platform/linux/bus/BusAddresses.h"
 
 namespace veloria {
 

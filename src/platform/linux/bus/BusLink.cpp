@@ -1,4 +1,4 @@
-#include "BusLink.h"
+#include "platform/linux/bus/BusLink.h"
 
 #include <QUuid>
 #include <utility>
@@ -21,6 +21,7 @@ BusLink::~BusLink() {
 }
 
 void BusLink::open() {
+  if (isOpen()) return;
   {
     const QDBusConnection bus = QDBusConnection::connectToBus(address_, name_);
     if (bus.isConnected()) {
@@ -38,13 +39,17 @@ void BusLink::open() {
     }
   }
   close();
-  retry_.start();
+  retryLater();
 }
 
 void BusLink::lost() {
   close();
   handlers_.ended();
-  retry_.start();
+  retryLater();
+}
+
+void BusLink::retryLater() {
+  if (retry_.interval() > 0) retry_.start();
 }
 
 void BusLink::close() {

@@ -1,8 +1,8 @@
-#include "BusProperties.h"
+#include "platform/linux/bus/BusProperties.h"
 
 #include <utility>
 
-#include "BusCall.h"
+#include "platform/linux/bus/BusCall.h"
 
 namespace veloria {
 

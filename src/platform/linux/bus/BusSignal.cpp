@@ -1,4 +1,4 @@
-#include "BusSignal.h"
+#include "platform/linux/bus/BusSignal.h"
 
 #include <utility>
 

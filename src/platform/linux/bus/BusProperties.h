@@ -6,7 +6,7 @@
 #include <QVariantMap>
 #include <functional>
 
-#include "BusSignal.h"
+#include "platform/linux/bus/BusSignal.h"
 
 namespace veloria {
 

@@ -9,12 +9,13 @@
 #include <string>
 #include <vector>
 
-#include "BusSignal.h"
+#include "platform/linux/bus/BusSignal.h"
 
 namespace veloria {
 
-/// A connection of its own to a message bus; tries again, seldom, when there is none or it has ended. It waits while it
-/// connects (for up to half a minute when a bus accepts but does not answer), so it lives on a thread that may.
+/// A connection of its own to a message bus; tries again every `retrySeconds` when there is none or it has ended (0:
+/// only when it is told to). It waits while it connects (for up to half a minute when a bus accepts but does not
+/// answer), so it lives on a thread that may.
 class BusLink final : public QObject {
  public:
   using Followers = std::vector<std::unique_ptr<QObject>>;
@@ -25,11 +26,14 @@ class BusLink final : public QObject {
   BusLink(const std::string& address, double retrySeconds, Handlers handlers);
   ~BusLink() override;
 
+  /// Connects unless it is connected.
   void open();
+  bool isOpen() const { return disconnected_ != nullptr; }
 
  private:
   void close();
   void lost();
+  void retryLater();
 
   QString address_;
   QString name_;

@@ -1,4 +1,4 @@
-#include "platform/linux/wallpaper/TextLines.h"
+#include "base/TextLines.h"
 
 namespace veloria {
 

@@ -1,4 +1,4 @@
-#include "BusCall.h"
+#include "platform/linux/bus/BusCall.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>

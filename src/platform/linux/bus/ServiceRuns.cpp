@@ -1,4 +1,4 @@
-#include "ServiceRuns.h"
+#include "platform/linux/bus/ServiceRuns.h"
 
 #include <utility>
 
