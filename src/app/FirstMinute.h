@@ -22,7 +22,8 @@ std::string_view label(LightOffer offer);
 /// elsewhere the band is made faint enough to read through.
 NimbraConfig take(LightOffer offer, const NimbraConfig& config, bool textCanBeKept);
 
-/// Tells a newcomer, once, that a panel hides the light, with a way out that is one click away. Main thread.
+/// Tells a newcomer, once, that a panel hides the light, with a way out that is one click away. It is called back by
+/// the notifier, so it must live until no more events come. Main thread.
 class FirstMinute {
  public:
   struct Ports {

@@ -4,35 +4,55 @@
 
 namespace veloria::tests {
 
-void TrayTest::SetUpTestSuite() {
-  if (!PrivateBus::missing().empty() || !desktop::DesktopSession::missing({"xdotool"}).empty()) return;
+void TrayTest::startOnX11() {
+  missing_ = desktop::DesktopSession::missing({"xdotool"});
+  startBus();
+  if (!missing_.empty()) return;
+  x11_ = std::make_unique<desktop::DesktopSession>();
+  x11_->setIdle([] { QApplication::processEvents(QEventLoop::AllEvents); });
+  startApplication("xcb", x11_->environment());
+}
+
+void TrayTest::startOnWayland() {
+  missing_ = desktop::SwaySession::missing();
+  startBus();
+  if (!missing_.empty()) return;
+  wayland_ = std::make_unique<desktop::SwaySession>(desktop::SwaySession::Options{});
+  startApplication("wayland", wayland_->environment());
+}
+
+void TrayTest::startBus() {
+  if (missing_.empty()) missing_ = PrivateBus::missing();
+  if (!missing_.empty()) return;
   folder_ = std::make_unique<TemporaryFolder>();
   bus_ = std::make_unique<PrivateBus>(*folder_, "bus");
-  desktop_ = std::make_unique<desktop::DesktopSession>();
   qputenv("DBUS_SESSION_BUS_ADDRESS", QByteArray::fromStdString(bus_->address()));
-  for (const auto& [name, value] : desktop_->environment()) qputenv(name.c_str(), QByteArray::fromStdString(value));
-  qputenv("QT_QPA_PLATFORM", "xcb");
+}
+
+void TrayTest::startApplication(const char* platform, const std::map<std::string, std::string>& environment) {
+  for (const auto& [name, value] : environment) qputenv(name.c_str(), QByteArray::fromStdString(value));
+  qputenv("QT_QPA_PLATFORM", platform);
   static int argc = 1;
   static char name[] = "veloria";
   static char* argv[] = {name, nullptr};
   QApplication::setQuitOnLastWindowClosed(false);
   application_ = std::make_unique<QApplication>(argc, argv);
-  desktop_->setIdle([] { QApplication::processEvents(QEventLoop::AllEvents); });
 }
 
 void TrayTest::TearDownTestSuite() {
   application_.reset();
-  desktop_.reset();
+  x11_.reset();
+  wayland_.reset();
   bus_.reset();
   folder_.reset();
 }
 
 void TrayTest::SetUp() {
-  if (const auto missing = PrivateBus::missing(); !missing.empty()) GTEST_SKIP() << missing;
-  if (const auto missing = desktop::DesktopSession::missing({"xdotool"}); !missing.empty()) GTEST_SKIP() << missing;
+  if (!missing_.empty()) GTEST_SKIP() << missing_;
 }
 
 void TrayTest::TearDown() {
+  if (IsSkipped()) return;
   closeMenu();
   controller_.reset();
   icon_.reset();
@@ -49,7 +69,10 @@ void TrayTest::startIcon() {
 }
 
 bool TrayTest::waitFor(const std::function<bool()>& condition, double seconds) {
-  return desktop_->waitUntil(condition, seconds);
+  return desktop::poll(seconds, [&] {
+    QApplication::processEvents(QEventLoop::AllEvents);
+    return condition();
+  });
 }
 
 void TrayTest::closeMenu() {

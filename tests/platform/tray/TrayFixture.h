@@ -3,12 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QString>
-#include <QVariant>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +14,7 @@
 #include "Process.h"
 #include "app/MenuBarController.h"
 #include "desktop/DesktopSession.h"
+#include "desktop/SwaySession.h"
 #include "platform/linux/tray/TrayIcon.h"
 
 namespace veloria::tests {
@@ -43,11 +40,13 @@ class CountingPresenter final : public SettingsPresenter {
   std::optional<Rect> place;
 };
 
-/// The status icon of a real application on an X server and a session bus of its own, with the controller behind it.
-/// The application lives as long as the test program: what the library finds out about the desktop it keeps.
+/// The status icon of a real application on a desktop and a session bus of their own, with the controller behind it.
+/// The application lives as long as the test program: what the library finds out about the desktop it keeps. Each suite
+/// starts one of the desktops.
 class TrayTest : public testing::Test {
  protected:
-  static void SetUpTestSuite();
+  static void startOnX11();
+  static void startOnWayland();
   static void TearDownTestSuite();
   void SetUp() override;
   void TearDown() override;
@@ -61,7 +60,8 @@ class TrayTest : public testing::Test {
   }
   static bool menuIsOpen() { return QApplication::activePopupWidget() != nullptr; }
   static void closeMenu();
-  static desktop::DesktopSession& desktop() { return *desktop_; }
+  /// The desktop of startOnX11().
+  static desktop::DesktopSession& desktop() { return *x11_; }
   static PrivateBus& bus() { return *bus_; }
 
   const NimbraConfig& config() const { return settings_.config(); }
@@ -75,9 +75,14 @@ class TrayTest : public testing::Test {
   std::unique_ptr<MenuBarController> controller_;
 
  private:
+  static void startBus();
+  static void startApplication(const char* platform, const std::map<std::string, std::string>& environment);
+
+  inline static std::string missing_;
   inline static std::unique_ptr<TemporaryFolder> folder_;
   inline static std::unique_ptr<PrivateBus> bus_;
-  inline static std::unique_ptr<desktop::DesktopSession> desktop_;
+  inline static std::unique_ptr<desktop::DesktopSession> x11_;
+  inline static std::unique_ptr<desktop::SwaySession> wayland_;
   inline static std::unique_ptr<QApplication> application_;
 };
 

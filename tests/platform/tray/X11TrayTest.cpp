@@ -14,6 +14,8 @@ namespace {
 
 class X11TrayTest : public TrayTest {
  protected:
+  static void SetUpTestSuite() { startOnX11(); }
+
   void SetUp() override {
     TrayTest::SetUp();
     if (IsSkipped()) return;

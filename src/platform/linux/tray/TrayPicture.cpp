@@ -14,7 +14,7 @@ namespace {
 constexpr int sizes[] = {16, 22, 24, 32, 44, 48, 64};
 constexpr double waist = 0.16;  // how far the sides of a star bend in, as a share of its reach
 constexpr double edgeWidth = 0.07;
-constexpr int edgeAlpha = 80;
+constexpr int edgeAlpha = 120;
 
 struct Star {
   QPointF centre;  // in a square of side 1, y down
