@@ -20,6 +20,18 @@ const QString iconPath = QStringLiteral("/StatusNotifierItem");
 const QString iconInterface = QStringLiteral("org.kde.StatusNotifierItem");
 const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
 
+std::vector<IconPicture> readPictures(const QDBusArgument& argument) {
+  std::vector<IconPicture> pictures;
+  for (argument.beginArray(); !argument.atEnd();) {
+    IconPicture& picture = pictures.emplace_back();
+    argument.beginStructure();
+    argument >> picture.width >> picture.height >> picture.pixels;
+    argument.endStructure();
+  }
+  argument.endArray();
+  return pictures;
+}
+
 MenuLine readLine(const QDBusArgument& argument) {
   MenuLine line;
   QVariantList children;
@@ -130,16 +142,19 @@ QVariant StatusHost::property(const QString& name) {
 }
 
 std::vector<IconPicture> StatusHost::pictures() {
-  std::vector<IconPicture> pictures;
-  const auto argument = qvariant_cast<QDBusArgument>(property("IconPixmap"));
-  for (argument.beginArray(); !argument.atEnd();) {
-    IconPicture& picture = pictures.emplace_back();
-    argument.beginStructure();
-    argument >> picture.width >> picture.height >> picture.pixels;
-    argument.endStructure();
-  }
-  argument.endArray();
-  return pictures;
+  return readPictures(qvariant_cast<QDBusArgument>(property("IconPixmap")));
+}
+
+QString StatusHost::toolTip() {
+  const auto argument = qvariant_cast<QDBusArgument>(property("ToolTip"));
+  QString iconName;
+  QString title;
+  argument.beginStructure();
+  argument >> iconName;
+  readPictures(argument);
+  argument >> title;
+  argument.endStructure();
+  return title;
 }
 
 QString StatusHost::menuPath() {

@@ -66,6 +66,7 @@ class StatusHost {
 
   /// Of the icon that registered first.
   QVariant property(const QString& name);
+  QString toolTip();
   std::vector<IconPicture> pictures();
   MenuLine menu();
   /// Clicks a line of the menu; the icon may do its work later. False when there is no such line.

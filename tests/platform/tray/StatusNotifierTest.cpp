@@ -56,6 +56,7 @@ TEST_F(StatusNotifierTest, theHostSeesIconToolTipAndMenu) {
   EXPECT_EQ(host().property("Status"), "Active");
   EXPECT_EQ(host().property("Category"), "ApplicationStatus");
   EXPECT_NE(host().property("Title"), "");
+  EXPECT_EQ(host().toolTip(), "Veloria — click for settings");
   EXPECT_FALSE(host().property("ItemIsMenu").toBool()) << "a plain click is ours";
 
   const MenuLine menu = host().menu();
