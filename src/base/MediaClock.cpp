@@ -5,19 +5,30 @@
 
 namespace veloria {
 
+namespace {
+
+double seconds(clockid_t clock) {
+  timespec time{};
+  ::clock_gettime(clock, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+}  // namespace
+
 double mediaTime() {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+#ifdef CLOCK_UPTIME_RAW
+  return seconds(CLOCK_UPTIME_RAW);  // the other one there goes on during sleep
+#else
+  return seconds(CLOCK_MONOTONIC);
+#endif
 }
 
 double continuousTime() {
 #ifdef CLOCK_BOOTTIME
-  constexpr clockid_t clock = CLOCK_BOOTTIME;
+  return seconds(CLOCK_BOOTTIME);
 #else
-  constexpr clockid_t clock = CLOCK_MONOTONIC;  // goes on during sleep where there is no other
+  return seconds(CLOCK_MONOTONIC);  // goes on during sleep where there is no other
 #endif
-  timespec time{};
-  ::clock_gettime(clock, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 double wallTime() {

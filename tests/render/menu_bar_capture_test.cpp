@@ -126,6 +126,35 @@ TEST_F(MenuBarCaptureTest, picturesThatCantBeTexturesAreDropped) {
   EXPECT_EQ(firstByteShown(), std::byte{9});
 }
 
+TEST_F(MenuBarCaptureTest, texturesOfTheSystemsAreShownAsTheyAreAndGivenBackInTime) {
+  capture_.start(7, strip, 1);
+  const gpu::TextureDescriptor wanted{.format = gpu::PixelFormat::bgra8Unorm, .size = size, .label = "captured"};
+  std::vector<std::weak_ptr<gpu::Texture>> given;
+  for (int i = 0; i < 5; ++i) {
+    const auto texture = device_.makeTexture(wanted);
+    given.push_back(texture);
+    stream_.handlers.texture(texture);
+    EXPECT_EQ(capture_.box()->stored(), texture);
+  }
+  EXPECT_EQ(capture_.frameCount(), 5);
+  EXPECT_FALSE(given[4].expired());
+  EXPECT_FALSE(given[3].expired()) << "a frame in flight may still read it";
+  EXPECT_TRUE(given[2].expired()) << "the system has only a few";
+  capture_.stop();
+  EXPECT_EQ(capture_.box()->stored(), nullptr);
+  for (const auto& texture : given) EXPECT_TRUE(texture.expired());
+}
+
+TEST_F(MenuBarCaptureTest, texturesThatCantBeReadAsAPictureAreDropped) {
+  capture_.start(7, strip, 1);
+  using gpu::TextureUsage;
+  stream_.handlers.texture(device_.makeTexture({.format = gpu::PixelFormat::rgba16Float, .size = size, .label = {}}));
+  stream_.handlers.texture(device_.makeTexture(
+      {.format = gpu::PixelFormat::bgra8Unorm, .size = size, .usage = TextureUsage::renderTarget, .label = {}}));
+  EXPECT_EQ(capture_.box()->stored(), nullptr);
+  EXPECT_EQ(capture_.frameCount(), 0);
+}
+
 TEST_F(MenuBarCaptureTest, aFailureIsKeptAndTheNextStartTriesAgain) {
   stream_.failsAtOnce = true;
   capture_.start(7, strip, 1);

@@ -44,7 +44,12 @@ std::optional<fs::path> configFolder(const Environment& environment) {
 }
 
 std::optional<fs::path> dataFolder(const Environment& environment) {
+#ifdef __APPLE__
+  const auto home = homeFolder(environment);
+  return home ? std::optional(*home / "Library/Application Support/Veloria") : std::nullopt;
+#else
   return userFolder(environment, "XDG_DATA_HOME", ".local/share");
+#endif
 }
 
 std::optional<fs::path> stateFolder(const Environment& environment) {

@@ -5,7 +5,8 @@
 
 namespace veloria {
 
-/// This program's folder in the user's Application Support folder, where agents' state.json is. Made with those above
+/// This program's folder in the user's Application Support folder, where agents' state.json is; for what asks no
+/// framework, the nimbra command for one, it is dataFolder() of UserFolders.h. Made with those above
 /// it where it is missing; nothing where that fails. Main thread.
 std::optional<std::filesystem::path> applicationSupportFolder();
 

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "base/Log.h"
-#include "platform/macos/files/SupportPlace.h"
 #include "platform/macos/text/MacText.h"
 
 namespace veloria {
@@ -19,7 +18,7 @@ std::optional<std::filesystem::path> applicationSupportFolder() {
                       appropriateForURL:nil
                                  create:YES
                                   error:&error];
-    const std::filesystem::path own = std::filesystem::path(plainText(all.path)) / supportFolderName;
+    const std::filesystem::path own = std::filesystem::path(plainText(all.path)) / "Veloria";
     if (all != nil && [files createDirectoryAtPath:systemText(own.native())
                           withIntermediateDirectories:YES
                                            attributes:nil
