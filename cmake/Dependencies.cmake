@@ -12,5 +12,6 @@ pkg_check_modules(SPIRV_CROSS REQUIRED IMPORTED_TARGET spirv-cross-c-shared)
 
 if(VELORIA_TESTS)
   find_package(GTest REQUIRED)
+  find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
   find_package(benchmark REQUIRED)
 endif()

@@ -37,9 +37,12 @@ void DriveModeChooser::addMode(Visualizer mode) {
   auto* line = makeSentence(about, this);
   const int indent = style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth, nullptr, button) +
                      style()->pixelMetric(QStyle::PM_RadioButtonLabelSpacing, nullptr, button);
-  line->setContentsMargins(indent, 0, 0, 4);
-  body().addWidget(button);
-  body().addWidget(line);
+  line->setContentsMargins(indent, 0, 0, 0);
+  auto* choice = new QVBoxLayout;
+  choice->setSpacing(0);
+  choice->addWidget(button);
+  choice->addWidget(line);
+  body().addLayout(choice);
 }
 
 }  // namespace veloria

@@ -69,15 +69,20 @@ void PreviewStrip::ask() {
 void PreviewStrip::showPicture(const QImage& picture) {
   if (!timer_.isActive()) return;
   picture_ = picture;
-  failure_.clear();
-  update();
+  setFailure({}, {});
 }
 
 void PreviewStrip::showFailure(const QString& reason) {
   picture_ = {};
-  failure_ = tr("There is no preview: the GPU can't be used here.");
-  setToolTip(reason);
-  setAccessibleDescription(failure_ + QLatin1Char(' ') + reason);
+  setFailure(tr("There is no preview: the GPU can't be used here."), reason);
+}
+
+void PreviewStrip::setFailure(const QString& sentence, const QString& reason) {
+  if (sentence != failure_) {
+    failure_ = sentence;
+    setToolTip(reason);
+    setAccessibleDescription((sentence + QLatin1Char(' ') + reason).trimmed());
+  }
   update();
 }
 

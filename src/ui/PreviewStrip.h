@@ -41,6 +41,7 @@ class PreviewStrip : public QWidget {
   void showPicture(const QImage& picture);
   QSize wantedPixels() const;
   void showFailure(const QString& reason);
+  void setFailure(const QString& sentence, const QString& reason);
 
   PreviewPainter& painter_;
   std::function<NimbraConfig()> config_;

@@ -1,5 +1,6 @@
 #include "ui/VerbatimText.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QClipboard>
 #include <QCoreApplication>
 #include <QEvent>
@@ -46,14 +47,16 @@ bool VerbatimText::event(QEvent* event) {
 
 void VerbatimText::fit() {
   const QFontMetricsF metrics(font());
-  const int around = 2 * (frameWidth() + static_cast<int>(std::ceil(document()->documentMargin())));
+  const QAbstractTextDocumentLayout& layout = *document()->documentLayout();
+  const double around = 2 * (frameWidth() + document()->documentMargin());
   double widest = 0;
+  double height = around + 1;
   for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
     widest = std::max(widest, metrics.horizontalAdvance(block.text()));
+    height += layout.blockBoundingRect(block).height();
   }
-  const bool scrolls = widest + around > width();
-  const int lines = static_cast<int>(std::ceil(metrics.lineSpacing() * document()->blockCount()));
-  setFixedHeight(lines + around + (scrolls ? horizontalScrollBar()->sizeHint().height() : 0));
+  if (widest + around > width()) height += horizontalScrollBar()->sizeHint().height();
+  setFixedHeight(static_cast<int>(std::ceil(height)));
 }
 
 QPushButton* makeCopyButton(const VerbatimText& text, QWidget* parent) {
