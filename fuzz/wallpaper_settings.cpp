@@ -21,7 +21,7 @@
 #include "platform/linux/wallpaper/Slideshow.h"
 #include "platform/linux/wallpaper/SwaybgArguments.h"
 #include "platform/linux/wallpaper/SwwwQuery.h"
-#include "platform/linux/wallpaper/TextLines.h"
+#include "base/TextLines.h"
 #include "platform/linux/wallpaper/XfceSettings.h"
 
 namespace {

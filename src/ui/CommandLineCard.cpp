@@ -21,12 +21,16 @@ QString pathText(const std::filesystem::path& path) {
   return QString::fromStdString(path.string());
 }
 
+bool isReady(const CommandLineView& view) {
+  return view.installedHere || view.ownFileOnPath;
+}
+
 bool offersInstall(const CommandLineView& view) {
-  return !view.installedHere && view.installDirectory.has_value();
+  return !isReady(view) && view.installDirectory.has_value();
 }
 
 bool needsHand(const CommandLineView& view) {
-  return !view.installedHere && !view.installDirectory;
+  return !isReady(view) && !view.installDirectory;
 }
 
 }  // namespace
@@ -35,7 +39,7 @@ QString commandLineSentence(const CommandLineView& view) {
   if (needsHand(view)) {
     return CommandLineCard::tr("No directory on your PATH is writable. Use the command below instead.");
   }
-  if (view.installedHere) {
+  if (isReady(view)) {
     return view.resolvedPath ? CommandLineCard::tr("nimbra is ready to use: %1").arg(pathText(*view.resolvedPath))
                              : CommandLineCard::tr("nimbra is ready to use.");
   }

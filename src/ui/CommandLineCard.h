@@ -17,6 +17,7 @@ struct CommandLineView {
   std::optional<std::filesystem::path> resolvedPath;      ///< of a command that can be run
   std::optional<std::filesystem::path> installDirectory;  ///< where a link would be put; nothing: nowhere
   bool installedHere = false;                             ///< the link is there and leads to this program's command
+  bool ownFileOnPath = false;                             ///< a package put it there: nothing to install
   std::string manualCommand;                              ///< makes the link by hand
 };
 

@@ -1,9 +1,9 @@
 #include "ui/DriveModeChooser.h"
 
 #include <QRadioButton>
-#include <QStyle>
 #include <array>
 
+#include "ui/ButtonRow.h"
 #include "ui/QtText.h"
 
 namespace veloria {
@@ -29,20 +29,10 @@ DriveModeChooser::DriveModeChooser(SettingsEditor& editor, QWidget* parent)
 }
 
 void DriveModeChooser::addMode(Visualizer mode) {
-  auto* button = new QRadioButton(driveModeTitle(mode), this);
+  auto* button = new QRadioButton(this);
   button->setObjectName(toQString(rawValue(mode)));
-  const QString about = translated("DriveMode", description(mode));
-  button->setAccessibleDescription(about);
   modes_->addButton(button, static_cast<int>(mode));
-  auto* line = makeSentence(about, this);
-  const int indent = style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth, nullptr, button) +
-                     style()->pixelMetric(QStyle::PM_RadioButtonLabelSpacing, nullptr, button);
-  line->setContentsMargins(indent, 0, 0, 0);
-  auto* choice = new QVBoxLayout;
-  choice->setSpacing(0);
-  choice->addWidget(button);
-  choice->addWidget(line);
-  body().addLayout(choice);
+  body().addLayout(makeButtonRow(*button, driveModeTitle(mode), translated("DriveMode", description(mode)), *this));
 }
 
 }  // namespace veloria

@@ -2,14 +2,13 @@
 
 #include <utility>
 
+#include "ui/ButtonRow.h"
+
 namespace veloria {
 
 LoginItemCard::LoginItemCard(LoginItemPorts ports, QWidget* parent)
-    : Card(tr("Start"), parent),
-      ports_(std::move(ports)),
-      box_(new QCheckBox(tr("Start when I log in"), this)),
-      error_(makeSentence({}, this)) {
-  body().addWidget(box_);
+    : Card(tr("Start"), parent), ports_(std::move(ports)), box_(new QCheckBox(this)), error_(makeSentence({}, this)) {
+  body().addLayout(makeButtonRow(*box_, tr("Start at login"), tr("Veloria starts with your desktop."), *this));
   body().addWidget(error_);
   connect(box_, &QCheckBox::clicked, this, &LoginItemCard::set);
 }

@@ -1,5 +1,6 @@
 #include "ui/PaletteGallery.h"
 
+#include "ui/ButtonRow.h"
 #include "ui/QtText.h"
 #include "ui/TileLayout.h"
 
@@ -14,11 +15,11 @@ constexpr int gradientHeight = 28;
 PaletteGallery::PaletteGallery(SettingsEditor& editor, QWidget* parent)
     : Card(tr("Palette"), parent),
       editor_(editor),
-      wallpaper_(new QCheckBox(tr("Match the desktop picture"), this)),
-      note_(makeSentence({}, this)) {
+      wallpaper_(new QCheckBox(this)) {
   wallpaper_->setObjectName(QStringLiteral("matchWallpaper"));
-  body().addWidget(wallpaper_);
-  body().addWidget(note_);
+  body().addLayout(makeButtonRow(*wallpaper_, tr("Colours of the desktop picture"),
+                                 tr("Takes the palette from your wallpaper. Those below are for when there is none."),
+                                 *this));
   auto* tiles = new QWidget(this);
   auto* layout = new TileLayout(TileLayout::Width::fill, tiles);
   for (const Palette& palette : Palette::presets()) {
@@ -47,9 +48,6 @@ Tile* PaletteGallery::makeTile(const Palette& palette, QWidget* parent) {
 
 void PaletteGallery::showRecord(const NimbraConfig& config) {
   wallpaper_->setChecked(config.matchWallpaper);
-  setSentence(*note_, config.matchWallpaper
-                          ? tr("The colours come from the desktop picture; a palette is for when there is none.")
-                          : QString());
   for (std::size_t i = 0; i < tiles_.size(); ++i) {
     tiles_[i]->setChecked(!config.customPalette && config.palette().name == Palette::presets()[i].name);
   }

@@ -23,7 +23,6 @@ class PaletteGallery : public Card {
 
   SettingsEditor& editor_;
   QCheckBox* wallpaper_;
-  QLabel* note_;
   std::vector<Tile*> tiles_;
   Subscription subscription_;
 };

@@ -29,6 +29,7 @@ void SettingsEditor::change(std::string_view what, const std::function<void(Nimb
   if (joins) {
     done_.back().after = after;
     done_.back().time = now;
+    if (done_.back().before == after) done_.pop_back();  // back to where it was: nothing to take back
   } else {
     if (done_.size() == maximumSteps) done_.erase(done_.begin());
     done_.push_back({std::string(what), before, after, now});

@@ -28,7 +28,7 @@ QLabel* SystemFactsCard::addFact(const QString& buttonText, const QString& butto
 }
 
 void SystemFactsCard::showFacts() {
-  const SystemFacts facts = ports_.facts();
+  const SystemFactsView facts = ports_.facts();
   setSentence(
       *transparency_,
       facts.reducedTransparency

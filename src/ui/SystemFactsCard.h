@@ -10,7 +10,7 @@
 namespace veloria {
 
 /// The system's display settings that decide how much of the band can be seen.
-struct SystemFacts {
+struct SystemFactsView {
   bool reducedTransparency = false;
   bool increasedContrast = false;
 };
@@ -19,7 +19,7 @@ struct SystemFacts {
 /// change that setting. These open the system's own window for it and return why they could not, or nothing; one that
 /// is not set has no button.
 struct SystemFactsPorts {
-  std::function<SystemFacts()> facts;
+  std::function<SystemFactsView()> facts;
   std::function<std::string()> openTransparency;
   std::function<std::string()> openContrast;
 };

@@ -2,11 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <sstream>
-
+#include "CompletionShells.h"
 #include "NimbraFixture.h"
-#include "PtySession.h"
 #include "cli/CommandDescription.h"
 #include "settings/LookPreset.h"
 
@@ -19,17 +16,8 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
 using testing::UnorderedElementsAreArray;
-using Texts = std::vector<std::string>;
 
 const std::string packaging = VELORIA_PACKAGING;
-const std::string completions = packaging + "/completions/";
-
-Texts linesOf(const std::string& text) {
-  Texts lines;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) lines.push_back(line.substr(0, line.find('\t')));
-  return lines;
-}
 
 Texts commandNames() {
   Texts names;
@@ -45,27 +33,9 @@ Texts presetNames() {
 
 class CompletionTest : public NimbraFixture {
  protected:
-  /// What bash offers for the last of `words`.
-  Texts bash(const Texts& words) const {
-    Texts arguments{"--norc", "-c",
-                    "set -eu; source \"$0\"; COMP_WORDS=(nimbra \"$@\"); COMP_CWORD=$#; _nimbra; "
-                    "for word in \"${COMPREPLY[@]}\"; do eval \"printf '%s\\n' $word\"; done",
-                    completions + "nimbra.bash"};
-    arguments.insert(arguments.end(), words.begin(), words.end());
-    const ProcessResult result = runProcess("/bin/bash", arguments, folder.path(), environment());
-    EXPECT_EQ(result.errors, "");
-    return linesOf(result.output);
-  }
-
-  Texts fish(const std::string& line) const {
-    const ProcessResult result =
-        runProcess("/usr/bin/env",
-                   {"HOME=" + folder.path(), "fish", "--no-config", "-c",
-                    "source $argv[1]; complete --do-complete=$argv[2]", completions + "nimbra.fish", line},
-                   folder.path(), environment());
-    EXPECT_EQ(result.errors, "");
-    return linesOf(result.output);
-  }
+  CompletedProgram completed() const { return {"nimbra", packaging + "/completions", folder.path(), environment()}; }
+  Texts bash(const Texts& words) const { return bashOffers(completed(), words); }
+  Texts fish(const std::string& line) const { return fishOffers(completed(), line); }
 };
 
 TEST_F(CompletionTest, Bash) {
@@ -96,26 +66,15 @@ TEST_F(CompletionTest, Fish) {
 }
 
 TEST_F(CompletionTest, Zsh) {
-  PtySession terminal({"zsh", "-fi"}, environment());
-  terminal.type("PS1='> '; fpath=(" + completions + " $fpath); autoload -Uz compinit; compinit -u -D; echo re''ady\n");
-  ASSERT_TRUE(terminal.waitFor("ready")) << terminal.screen();
-  const auto offers = [&](const std::string& line, const Texts& texts) {
-    terminal.forget();
-    terminal.type(line + "\t");
-    for (const auto& text : texts) EXPECT_TRUE(terminal.waitFor(text)) << line << ": " << terminal.screen();
-    terminal.type(
-        "\x15"
-        "echo em''pty\n");
-    EXPECT_TRUE(terminal.waitFor("empty"));
-  };
+  ZshLine zsh(completed());
   Texts firstWords;
   for (const auto& name : presetNames()) firstWords.push_back(name.substr(0, name.find(' ')));
-  offers("nimbra ", commandNames());
-  offers("nimbra run --", {"--session", "--ttl", "--verbose"});
-  offers("nimbra run --ttl 3 -- dirna", {"me"});
-  offers("nimbra run dirna", {"me"});
-  offers("nimbra run nimbra status --j", {"son"});
-  offers("nimbra preset ", firstWords);
+  EXPECT_TRUE(zsh.offers("nimbra ", commandNames()));
+  EXPECT_TRUE(zsh.offers("nimbra run --", {"--session", "--ttl", "--verbose"}));
+  EXPECT_TRUE(zsh.offers("nimbra run --ttl 3 -- dirna", {"me"}));
+  EXPECT_TRUE(zsh.offers("nimbra run dirna", {"me"}));
+  EXPECT_TRUE(zsh.offers("nimbra run nimbra status --j", {"son"}));
+  EXPECT_TRUE(zsh.offers("nimbra preset ", firstWords));
 }
 
 TEST_F(CompletionTest, ManualPage) {

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace veloria::tests {
@@ -81,6 +82,22 @@ ProcessResult runProcess(const std::string& program, const std::vector<std::stri
   return result;
 }
 
+bool isAlive(int pid) {
+  std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  const auto name = text.rfind(')');
+  return name != std::string::npos && text.compare(name, 3, ") Z") != 0;
+}
+
+EnvironmentChange::EnvironmentChange(const std::string& name, const std::optional<std::string>& value) : name_(name) {
+  if (const char* former = getenv(name.c_str())) former_ = former;
+  value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
+}
+
+EnvironmentChange::~EnvironmentChange() {
+  former_ ? setenv(name_.c_str(), former_->c_str(), 1) : unsetenv(name_.c_str());
+}
+
 TemporaryFolder::TemporaryFolder() {
   std::string pattern = (std::filesystem::temp_directory_path() / "veloria-test-XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
@@ -94,6 +111,13 @@ TemporaryFolder::~TemporaryFolder() {
 
 std::string TemporaryFolder::write(const std::string& name, const std::string& bytes) const {
   std::ofstream(file(name), std::ios::binary) << bytes;
+  return file(name);
+}
+
+std::string TemporaryFolder::writeProgram(const std::string& name, const std::string& bytes) const {
+  std::filesystem::create_directories(std::filesystem::path(file(name)).parent_path());
+  write(name, bytes);
+  std::filesystem::permissions(file(name), std::filesystem::perms(0755));
   return file(name);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,22 @@ ProcessResult runProcess(const std::string& program, const std::vector<std::stri
                          const std::string& folder = {}, const std::vector<std::string>& environment = {},
                          int seconds = 120);
 
+/// Whether a process still runs; one that has ended and that nobody has asked about does not.
+bool isAlive(int pid);
+
+/// Sets a variable of this process's environment (nothing: removes it), and back again at its end.
+class EnvironmentChange {
+ public:
+  EnvironmentChange(const std::string& name, const std::optional<std::string>& value);
+  ~EnvironmentChange();
+  EnvironmentChange(const EnvironmentChange&) = delete;
+  EnvironmentChange& operator=(const EnvironmentChange&) = delete;
+
+ private:
+  std::string name_;
+  std::optional<std::string> former_;
+};
+
 /// A fresh folder that is removed with everything in it.
 class TemporaryFolder {
  public:
@@ -29,6 +46,8 @@ class TemporaryFolder {
   std::string file(const std::string& name) const { return path_ + "/" + name; }
   /// Writes a file in it and returns its path.
   std::string write(const std::string& name, const std::string& bytes) const;
+  /// The same, in a folder that is made when there is none, for a program that anybody may run.
+  std::string writeProgram(const std::string& name, const std::string& bytes) const;
 
  private:
   std::string path_;

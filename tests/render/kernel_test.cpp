@@ -225,6 +225,31 @@ TEST_F(Kernel, advectionMovesADotByDtTimesVelocity) {
   EXPECT_LT(rms(moved), 1e-4);
 }
 
+TEST_F(Kernel, advectionKeepsEdgesAndAddsNothing) {
+  Field curtain(W, H, 4);
+  for (std::uint32_t y = 0; y < H; ++y) {
+    for (std::uint32_t x = 8; x < 20; ++x) curtain.at(x, y, 3) = 1;
+  }
+  Field flow(W, H, 2);
+  for (std::uint32_t i = 0; i < W * H; ++i) flow.values[i * 2] = 0.3F;
+  const auto velocity = upload(flow);
+  std::shared_ptr<gpu::Texture> dye[2] = {upload(curtain), colour()};
+  constexpr int steps = 60;  // 18 cells
+  for (int i = 0; i < steps; ++i) {
+    runKernel("k_advect_dye", {dye[i % 2].get(), velocity.get(), dye[1 - i % 2].get()}, bytesOf(still()), W, H);
+  }
+  const Field moved = download(*dye[0]);
+  int soft = 0;
+  for (std::uint32_t x = 0; x < W; ++x) {
+    const float a = moved.at(x, H / 2, 3);
+    EXPECT_GE(a, 0);
+    EXPECT_LE(a, 1);
+    soft += a > 0.05F && a < 0.95F ? 1 : 0;
+  }
+  EXPECT_GT(moved.at(32, H / 2, 3), 0.9F) << "its middle has moved by 18 cells";
+  EXPECT_LT(soft, 18) << "cells of both edges; a plain step leaves about 24, and no 0.9 in the middle";
+}
+
 TEST_F(Kernel, emissionIsBornInTheBandAndStopsWhenFull) {
   SimParams params = still();
   params.emitRate = 2.2F;
@@ -245,7 +270,7 @@ TEST_F(Kernel, emissionIsBornInTheBandAndStopsWhenFull) {
     EXPECT_EQ(light.values[i * 4 + 1], 0);
   }
   EXPECT_GT(most, 0.5F);
-  EXPECT_LE(most, 2.0F);
+  EXPECT_LE(most, 2.4F);  // what a full source holds
 }
 
 TEST_F(Kernel, noForceLeavesTheFlowAlone) {

@@ -97,7 +97,7 @@ class CardLayoutTest : public CardsFixture {
             {"weather", [this](QWidget* p) { return ReadoutCard::makeWeather(*ticker_, p); }},
             {"audio", [this](QWidget* p) { return ReadoutCard::makeAudio(*ticker_, p); }},
             {"system", [this, none](QWidget* p) {
-               return new SystemFactsCard({[] { return SystemFacts{true, true}; }, none, none}, *ticker_, p);
+               return new SystemFactsCard({[] { return SystemFactsView{true, true}; }, none, none}, *ticker_, p);
              }}};
   }
 

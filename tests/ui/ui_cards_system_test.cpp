@@ -32,24 +32,29 @@ TEST_F(CommandLineTest, saysHowItIsAndOffersWhatCanBeDone) {
     bool install, uninstall, byHand;
   };
   const std::vector<Case> cases{
-      {{{}, "/home/me/bin", false, "sudo ln"},
+      {{{}, "/home/me/bin", false, false, "sudo ln"},
        "nimbra can be put on your PATH, into /home/me/bin.",
        true,
        false,
        false},
-      {{"/usr/bin/nimbra", "/home/me/bin", false, "sudo ln"},
+      {{"/usr/bin/nimbra", "/home/me/bin", false, false, "sudo ln"},
        "The nimbra on your PATH is not this program's: /usr/bin/nimbra. This one can be put into /home/me/bin.",
        true,
        false,
        false},
-      {{"/home/me/bin/nimbra", "/home/me/bin", true, "sudo ln"},
+      {{"/home/me/bin/nimbra", "/home/me/bin", true, false, "sudo ln"},
        "nimbra is ready to use: /home/me/bin/nimbra",
        false,
        true,
        false},
-      {{"/usr/bin/nimbra", {}, true, "sudo ln"}, "nimbra is ready to use: /usr/bin/nimbra", false, true, false},
-      {{{}, {}, true, "sudo ln"}, "nimbra is ready to use.", false, true, false},
-      {{{}, {}, false, "sudo ln -sf '/opt/v/nimbra' /usr/local/bin/nimbra"},
+      {{"/usr/bin/nimbra", {}, true, false, "sudo ln"}, "nimbra is ready to use: /usr/bin/nimbra", false, true, false},
+      {{"/usr/bin/nimbra", "/home/me/bin", false, true, "sudo ln"},
+       "nimbra is ready to use: /usr/bin/nimbra",
+       false,
+       false,
+       false},
+      {{{}, {}, true, false, "sudo ln"}, "nimbra is ready to use.", false, true, false},
+      {{{}, {}, false, false, "sudo ln -sf '/opt/v/nimbra' /usr/local/bin/nimbra"},
        "No directory on your PATH is writable. Use the command below instead.",
        false,
        false,
@@ -259,7 +264,7 @@ TEST_F(ReadoutTest, cardsShowWhatIsToldAndNothingElse) {
 }
 
 TEST_F(ReadoutTest, systemFactsAreFollowedAndLeadToTheirPanes) {
-  SystemFacts facts;
+  SystemFactsView facts;
   std::string failure;
   int opened = 0;
   auto* card = new SystemFactsCard({[&] { return facts; },

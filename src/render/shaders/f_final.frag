@@ -30,7 +30,7 @@ vec3 toned(vec3 c) {
   float limit = eightBit ? 1.0 : 2.5;
   float level = limit * (1.0 - exp(-peak / limit));
   vec3 kept = c * (level / peak);
-  float white = smoothstep(1.2, 6.0, peak) * 0.45;
+  float white = smoothstep(2.0, 12.0, peak) * 0.35;
   return mix(kept, vec3(level), white);
 }
 
@@ -51,23 +51,39 @@ float barLuminance(vec2 at) {
 
 vec2 eighthTurn(vec2 v) { return vec2(v.x - v.y, v.x + v.y) * 0.70710678; }
 
+// The ground's luminance on a ring of eight places around, `to` (pixels) being the first. The two that differ most count
+// for nothing: a stroke of text that the ring happens to cross.
+float ringMean(vec2 to) {
+  vec2 pixel = 1.0 / vec2(textureSize(bar, 0));
+  float sum = 0.0;
+  float low = 1e4;
+  float high = -1e4;
+  for (int i = 0; i < 8; ++i) {
+    float c = barLuminance(uv + to * pixel);
+    sum += c;
+    low = min(low, c);
+    high = max(high, c);
+    to = eighthTurn(to);
+  }
+  return (sum - low - high) / 6.0;
+}
+
 // x: how much of the bar's own text is here (0 to 1). y: how near text is, for its shadow.
 vec2 textMask() {
   vec2 pixel = 1.0 / vec2(textureSize(bar, 0));
-  vec2 to = vec2(clamp(params.textBlur, 1.0, 32.0), 0.0);
-  float ground = 0.0;
-  for (int i = 0; i < 8; ++i) {
-    ground += 0.125 * barLuminance(uv + to * pixel);
-    to = eighthTurn(to);
-  }
+  float blur = clamp(params.textBlur, 1.0, 32.0);
+  float nearGround = ringMean(vec2(blur, 0.0));
+  float farGround = ringMean(vec2(1.386, 0.574) * blur);
   float dilate = clamp(params.textDilate, 0.0, 16.0) * 0.5;
   float spread = clamp(params.textShadowSpread, 0.0, 32.0);
   float strongest = 0.0;
   float around = 0.0;
-  to = vec2(1.0, 0.0);
+  vec2 to = vec2(1.0, 0.0);
   for (int i = 0; i < 24; ++i) {
     float radius = i < 8 ? 0.35 * dilate : (i < 16 ? dilate : spread);
-    float stroke = abs(barLuminance(uv + to * radius * pixel) - ground);
+    // Text stands out from both grounds; a place where one of them is wrong does not.
+    float c = barLuminance(uv + to * radius * pixel);
+    float stroke = min(abs(c - nearGround), abs(c - farGround));
     strongest = max(strongest, i < 16 ? stroke : 0.0);
     around += i < 16 ? 0.0 : stroke;
     to = eighthTurn(to);

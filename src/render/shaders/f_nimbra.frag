@@ -49,7 +49,7 @@ float rays(float x) {
 // The hue's drift over time, in turns. It swings around the palette's own hue instead of leaving it for good, at `speed`
 // turns a second on average: a look that drifts stays what it is, and one that cycles goes around the whole circle.
 float hueSwing(float speed) {
-  float width = min(0.5, 250.0 * speed * speed);
+  float width = min(0.5, 7000.0 * abs(speed * speed * speed));
   if (width < 1e-5) return 0.0;
   Phase phase = phaseOf(abs(speed) / (4.0 * width), params.time);
   return sign(speed) * width * sin(6.28318531 * fract(phase.value));
@@ -61,35 +61,47 @@ void main() {
   vec2 p = uv * grid / unit;
   float height = 1.0 - uv.y;
 
-  vec4 d = smoothDye(uv, grid);
-  vec2 flow = textureLod(velocity, uv, 0.0).xy / unit;
+  // Light rises: what is seen here shines from the dye below as well, which draws the flow's eddies out into curtains
+  // that are crisp where they begin and soft where they end.
+  vec2 below = vec2(0.0, unit / grid.y);
+  vec4 here = smoothDye(uv, grid);
+  vec4 rising = 0.45 * textureLod(dye, uv + 0.10 * below, 0.0) + 0.33 * textureLod(dye, uv + 0.22 * below, 0.0) +
+                0.22 * textureLod(dye, uv + 0.38 * below, 0.0);
+  vec4 d = mix(here, rising, 0.15 + 0.55 * clamp((rising.a - here.a) * 1.5, 0.0, 1.0));
 
-  // Rays stand upright, lean with the flow (softly limited, or fast flow would tear them) and differ in their reach.
-  float lean = clamp(params.rayFlow, -4.0, 4.0) * (flow.x * 150.0 + flow.y * 60.0);
-  lean = 0.35 * lean / (0.35 + abs(lean));
-  float x = (p.x + lean * (0.2 + height)) * clamp(params.rayScale, 0.05, 64.0);
-  float ray = pow(rays(x), clamp(params.raySharpness, 0.05, 16.0) * 1.7);
+  // Rays stand on the lower edge and bend with the flow between there and here (softly limited, or fast flow would tear
+  // them); they differ in their reach.
+  vec2 flow = textureLod(velocity, vec2(uv.x, uv.y + 0.25 * height), 0.0).xy +
+              textureLod(velocity, vec2(uv.x, uv.y + 0.75 * height), 0.0).xy;
+  float lean = clamp(params.rayFlow, -4.0, 4.0) * (flow.x + 0.4 * flow.y) * height * 270.0 / unit;
+  lean = 0.5 * lean / (0.5 + abs(lean));
+  float x = (p.x + lean) * clamp(params.rayScale, 0.05, 64.0);
+  float sharp = clamp(params.raySharpness, 0.05, 16.0);
+  // A thin bright core in a wide soft skirt.
+  float comb = rays(x);
+  float ray = 0.72 * pow(comb, sharp * 2.0) + 0.28 * pow(comb, sharp * 0.6);
   float tip = noise(x * 0.5, phaseOf(min(abs(params.raySpeed) * 20.0, 64.0), params.time), 0xbb67aeu);
   float reach = exp(-max(height - 0.15 - 0.55 * tip, 0.0) * 2.6);
-  float combed = mix(1.0, (0.03 + 3.4 * ray) * reach, clamp(params.rayIntensity, 0.0, 1.0));
+  // Sharper rays leave more of the band dark, so they are brighter.
+  float combed = mix(1.0, (0.04 + (2.3 + 0.8 * min(sharp, 4.0)) * ray) * reach, clamp(params.rayIntensity, 0.0, 1.0));
 
   // Thin dye is dark, so that gaps open between the curtains.
-  float dense = d.a * d.a / (d.a * d.a + 0.12);
+  float dense = d.a * d.a / (d.a * d.a + 0.3);
 
   // Where the dye begins from below, the hem glows.
-  float under = textureLod(dye, uv + vec2(0.0, 0.16 * unit / grid.y), 0.0).a;
-  float hem = clamp((d.a - under) * 1.6, 0.0, 1.0) * (1.0 - height);
+  float under = textureLod(dye, uv + 0.12 * below, 0.0).a;
+  float hem = clamp((here.a - under) * 1.6, 0.0, 1.0) * (1.0 - 0.7 * height);
 
   float sparkle = noise(x * 2.7, phaseOf(3.5, params.time), 0x510e52u) - 0.5;
-  float amount = dense * combed * (1.0 + hem * 1.3) * max(1.0 + clamp(params.shimmer, 0.0, 4.0) * sparkle, 0.0);
-  vec3 colour = d.rgb * amount;
+  float amount = dense * combed * (1.0 + hem * 1.6) * max(1.0 + clamp(params.shimmer, 0.0, 4.0) * sparkle, 0.0);
+  vec3 colour = d.rgb * (amount / max(d.a, 0.6));
 
   vec3 tint = gradient(height * 0.9 + 0.1, stop0(), stop1(), stop2(), stop3());
   float bright = luminance(colour);
   vec3 tinted = tint * (bright / max(luminance(tint), 0.05));
-  colour = mix(colour, tinted, clamp(params.heightTint, 0.0, 1.0) * smoothstep(0.15, 0.95, height));
+  colour = mix(colour, tinted, clamp(params.heightTint * 1.7, 0.0, 1.0) * smoothstep(0.2, 0.95, height));
 
-  colour += clamp(params.ambientLevel, 0.0, 4.0) * 0.35 * mix(stop0(), stop2(), uv.x * 0.4 + height * 0.3);
+  colour += clamp(params.ambientLevel, 0.0, 4.0) * 0.24 * mix(stop0(), stop2(), uv.x * 0.4 + height * 0.3);
 
   if (params.pointerGlowOn > 0.5) {
     vec2 away = (uv - vec2(params.pointerX, params.pointerY)) * grid / unit;
@@ -100,8 +112,7 @@ void main() {
   float along = noise(p.x * clamp(params.hueSpreadScale, 0.0, 64.0) * 0.12,
                       phaseOf(min(abs(params.hueSpreadDrift) * 4.0, 64.0), params.time), 0x9b0568u) - 0.5;
   float cycle = hueSwing(params.colorCycle);
-  colour = hueTurned(colour, params.hueShift + cycle + params.hueSpread * along * 0.5);
-  colour = max(mix(vec3(luminance(colour)), colour, clamp(params.saturation, 0.0, 4.0)), 0.0);
+  colour = graded(colour, params.hueShift + cycle + params.hueSpread * along * 0.35, clamp(params.saturation, 0.0, 4.0));
   colour *= clamp(params.exposure, 0.0, 64.0);
 
   bool sound = all(lessThanEqual(colour, vec3(1e4)));

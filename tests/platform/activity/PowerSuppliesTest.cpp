@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Process.h"
-#include "platform/linux/activity/BusAddresses.h"
+#include "platform/linux/bus/BusAddresses.h"
 
 namespace veloria {
 namespace {

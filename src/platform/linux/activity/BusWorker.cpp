@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "BusProperties.h"
 #include "LoginWatch.h"
 #include "SaverWatch.h"
-#include "ServiceRuns.h"
 #include "platform/linux/activity/PowerSupplies.h"
+#include "platform/linux/bus/BusProperties.h"
+#include "platform/linux/bus/ServiceRuns.h"
 
 namespace veloria {
 

@@ -10,8 +10,8 @@
 #include <string>
 
 #include "BusFact.h"
-#include "BusLink.h"
-#include "platform/linux/activity/BusAddresses.h"
+#include "platform/linux/bus/BusAddresses.h"
+#include "platform/linux/bus/BusLink.h"
 
 namespace veloria {
 

@@ -6,10 +6,10 @@
 #include <memory>
 #include <vector>
 
-#include "BusCall.h"
 #include "BusFact.h"
-#include "BusProperties.h"
-#include "BusSignal.h"
+#include "platform/linux/bus/BusCall.h"
+#include "platform/linux/bus/BusProperties.h"
+#include "platform/linux/bus/BusSignal.h"
 
 namespace veloria {
 

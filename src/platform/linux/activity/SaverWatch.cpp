@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "BusCall.h"
+#include "platform/linux/bus/BusCall.h"
 
 namespace veloria {
 

@@ -5,7 +5,7 @@
 #include <QString>
 #include <functional>
 
-#include "BusSignal.h"
+#include "platform/linux/bus/BusSignal.h"
 
 namespace veloria {
 

@@ -19,7 +19,7 @@ struct DesktopSurroundings {
   std::filesystem::path processes = "/proc";  ///< where processes are listed
 };
 
-/// Names come from XDG_CURRENT_DESKTOP, or XDG_SESSION_DESKTOP where that says nothing; folders as in UserFolders.h.
+/// Names as in DesktopNames.h, folders as in UserFolders.h.
 DesktopSurroundings desktopSurroundings(const Environment& environment);
 
 }  // namespace veloria

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "platform/linux/wallpaper/TextLines.h"
+#include "base/TextLines.h"
 
 namespace veloria {
 

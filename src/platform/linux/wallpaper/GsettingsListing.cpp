@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-#include "platform/linux/wallpaper/TextLines.h"
+#include "base/TextLines.h"
 
 namespace veloria {
 

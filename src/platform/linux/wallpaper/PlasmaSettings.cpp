@@ -4,7 +4,7 @@
 #include <map>
 #include <vector>
 
-#include "platform/linux/wallpaper/TextLines.h"
+#include "base/TextLines.h"
 
 namespace veloria {
 

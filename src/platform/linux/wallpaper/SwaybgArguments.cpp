@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "platform/linux/wallpaper/ScreenPicture.h"
-#include "platform/linux/wallpaper/TextLines.h"
+#include "base/TextLines.h"
 
 namespace veloria {
 

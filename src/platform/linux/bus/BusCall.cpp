@@ -1,0 +1,57 @@
+#include "platform/linux/bus/BusCall.h"
+
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
+#include <QDBusVariant>
+#include <memory>
+#include <utility>
+
+namespace veloria {
+
+namespace {
+
+constexpr int patienceMilliseconds = 10000;
+
+bool isReply(const QDBusMessage& message, const char* signature) {
+  return message.type() == QDBusMessage::ReplyMessage && message.signature() == QLatin1String(signature);
+}
+
+}  // namespace
+
+void callOnBus(QDBusConnection bus, const BusMethod& method, const QVariantList& arguments, QObject* owner,
+               std::function<void(const QDBusMessage&)> then) {
+  QDBusMessage message = QDBusMessage::createMethodCall(method.service, method.path, method.interface, method.member);
+  message.setArguments(arguments);
+  message.setAutoStartService(false);
+  // Its owner ends it, unless it has ended itself.
+  auto* watcher =
+      std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, patienceMilliseconds), owner).release();
+  QObject::connect(watcher, &QDBusPendingCallWatcher::finished, owner, [watcher, then = std::move(then)] {
+    watcher->deleteLater();
+    then(watcher->reply());
+  });
+}
+
+std::optional<QString> pathIn(const QDBusMessage& reply) {
+  if (!isReply(reply, "o")) return std::nullopt;
+  const QString path = qvariant_cast<QDBusObjectPath>(reply.arguments().constFirst()).path();
+  return path.size() > 1 ? std::optional(path) : std::nullopt;
+}
+
+QVariant variantIn(const QDBusMessage& reply) {
+  if (!isReply(reply, "v")) return {};
+  return qvariant_cast<QDBusVariant>(reply.arguments().constFirst()).variant();
+}
+
+std::optional<QVariantMap> propertiesIn(const QDBusMessage& reply) {
+  if (!isReply(reply, "a{sv}")) return std::nullopt;
+  return qdbus_cast<QVariantMap>(reply.arguments().constFirst());
+}
+
+std::optional<bool> asBool(const QVariant& value) {
+  return value.typeId() == QMetaType::Bool ? std::optional(value.toBool()) : std::nullopt;
+}
+
+}  // namespace veloria

@@ -1,0 +1,32 @@
+#include "platform/linux/files/DesktopNames.h"
+
+#include <algorithm>
+
+#include "base/TextLines.h"
+
+namespace veloria {
+
+namespace {
+
+char lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+std::vector<std::string> namesIn(const std::string& list) {
+  std::vector<std::string> names;
+  for (const std::string_view part : splitText(list, ':')) {
+    std::string name(trimmed(part));
+    std::ranges::transform(name, name.begin(), lower);
+    if (!name.empty()) names.push_back(std::move(name));
+  }
+  return names;
+}
+
+}  // namespace
+
+std::vector<std::string> desktopNames(const Environment& environment) {
+  auto names = namesIn(environment("XDG_CURRENT_DESKTOP").value_or(""));
+  return names.empty() ? namesIn(environment("XDG_SESSION_DESKTOP").value_or("")) : names;
+}
+
+}  // namespace veloria

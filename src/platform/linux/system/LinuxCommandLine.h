@@ -1,0 +1,29 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "system/CommandLinePort.h"
+
+namespace veloria {
+
+/// This program's own nimbra: beside `executable`, or in the folder `bin` beside its folder; the former when there is
+/// neither. `executable` is absolute. Any thread.
+std::filesystem::path commandBeside(const std::filesystem::path& executable);
+
+/// Asks the system for the installer of the command-line tool. Programs have `seconds` and 256 KiB to answer. Any
+/// thread.
+class LinuxCommandLine final : public CommandLinePort {
+ public:
+  explicit LinuxCommandLine(double seconds = 5) : seconds_(seconds) {}
+
+  std::string output(const std::vector<std::string>& argv) override;
+  bool isWritableFolder(const std::filesystem::path& folder) override;
+  bool isRunnable(const std::filesystem::path& file) override;
+
+ private:
+  double seconds_;
+};
+
+}  // namespace veloria

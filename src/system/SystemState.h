@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+
+#include "base/Observable.h"
+#include "base/Timer.h"
+#include "system/SystemPort.h"
+
+namespace veloria {
+
+/// Follows the desktop's display settings, and opens them. Changes that the system tells of are followed all the time;
+/// those that it doesn't tell of only between start() and stop(), so that nothing wakes up while nobody looks. Main
+/// thread.
+class SystemState {
+ public:
+  using Pane = SystemPane;
+  static constexpr double pollSeconds = 5;
+  static constexpr double pollTolerance = 2;
+
+  /// Refreshes once. Both must outlive this object.
+  SystemState(SystemPort& port, TimerFactory& timers);
+  ~SystemState();
+  SystemState(const SystemState&) = delete;
+  SystemState& operator=(const SystemState&) = delete;
+
+  /// The settings now; observers are told of each change.
+  Observable<SystemFacts>& facts() { return facts_; }
+  bool reduceTransparency() const { return facts_.get().reduceTransparency; }
+  bool increaseContrast() const { return facts_.get().increaseContrast; }
+  double glassTint() const { return facts_.get().glassTint; }
+
+  /// Looks now. An answer that takes time comes later.
+  void refresh();
+  /// Looks now and from now on regularly, until stop().
+  void start();
+  void stop();
+
+  /// Shows a pane of the desktop's settings. The error is a sentence for the user.
+  Result<Done> open(Pane pane) { return port_.open(pane); }
+
+ private:
+  SystemPort& port_;
+  TimerFactory& timers_;
+  Observable<SystemFacts> facts_{SystemFacts{}};
+  std::unique_ptr<Timer> timer_;
+};
+
+}  // namespace veloria
