@@ -58,7 +58,7 @@ struct _NSRange {  // by hand: _NSRange
 typedef struct _NSRange NSRange;
 
 // Clang looks for these names in the protocol that "for (x in y)" needs.
-typedef struct {  // by hand: NSFastEnumerationState
+typedef struct NSFastEnumerationState {  // by hand: NSFastEnumerationState
   unsigned long state;
   id __unsafe_unretained* itemsPtr;
   unsigned long* mutationsPtr;
@@ -75,6 +75,11 @@ static inline NSRange NSMakeRange(NSUInteger location, NSUInteger length) {
   return {location, length};
 }
 
+// Core Foundation's objects: the package takes them all for id.
+typedef const struct __CFString* CFStringRef;
+typedef struct CGColor* CGColorRef;
+typedef struct CGColorSpace* CGColorSpaceRef;
+
 // Dispatch objects: the package takes them all for NSObject.
 @protocol OS_dispatch_data
 @end
@@ -84,3 +89,6 @@ typedef NSObject<OS_dispatch_data>* dispatch_data_t;
 typedef NSObject<OS_dispatch_queue>* dispatch_queue_t;
 typedef void (^dispatch_block_t)(void);
 #define DISPATCH_DATA_DESTRUCTOR_DEFAULT nil
+static inline dispatch_queue_t dispatch_get_main_queue(void) {
+  return nil;
+}
