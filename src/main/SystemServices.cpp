@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/linux/files/UserFolders.h"
+#include "platform/posix/files/UserFolders.h"
 
 namespace veloria {
 

@@ -1,4 +1,4 @@
-#include "platform/linux/qt/QtTimerFactory.h"
+#include "platform/qt/QtTimerFactory.h"
 
 #include <QObject>
 #include <QTimer>

@@ -1,4 +1,4 @@
-#include "platform/linux/qt/DescriptorWatch.h"
+#include "platform/qt/DescriptorWatch.h"
 
 #include <QSocketNotifier>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "platform/linux/socket/LocalStream.h"
+#include "platform/posix/socket/LocalStream.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "base/MediaClock.h"
+#include "base/SocketCalls.h"
 
 namespace veloria {
 
@@ -31,7 +32,7 @@ Result<LocalStream> LocalStream::connect(const std::filesystem::path& path, doub
   const std::string& text = path.native();
   if (text.size() >= sizeof(address.sun_path)) return Failure{"the socket's path is too long"};
   std::memcpy(address.sun_path, text.data(), text.size());
-  OwnedDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  OwnedDescriptor socket = makeLocalSocket();
   if (!socket) return systemFailure();
   if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
     return systemFailure();
@@ -52,7 +53,7 @@ bool LocalStream::waitFor(short events) const {
 
 Result<Done> LocalStream::send(std::string_view bytes) {
   while (!bytes.empty()) {
-    const ssize_t sent = ::send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    const ssize_t sent = sendQuietly(socket_.get(), bytes);
     if (sent > 0) {
       bytes.remove_prefix(static_cast<std::size_t>(sent));
     } else if (errno == EAGAIN) {

@@ -1,4 +1,4 @@
-#include "platform/linux/socket/LocalServer.h"
+#include "platform/posix/socket/LocalServer.h"
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -13,6 +13,7 @@
 
 #include "base/LocalSocket.h"
 #include "base/MediaClock.h"
+#include "base/SocketCalls.h"
 
 namespace veloria {
 
@@ -34,7 +35,7 @@ Result<std::unique_ptr<LocalServer>> LocalServer::listen(const std::filesystem::
   address.sun_family = AF_UNIX;
   if (path.native().size() >= sizeof(address.sun_path)) return Failure{path.string() + ": the path is too long"};
   path.native().copy(address.sun_path, sizeof(address.sun_path) - 1);
-  OwnedDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  OwnedDescriptor socket = makeLocalSocket();
   if (!socket) return failureAt(path);
   ::unlink(path.c_str());
   // The folder lets nobody else in; the socket's own permissions are a second door.
@@ -60,7 +61,7 @@ void LocalServer::watchForConnections() {
 
 void LocalServer::acceptAll() {
   for (;;) {
-    OwnedDescriptor socket(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    OwnedDescriptor socket = acceptConnection(socket_.get());
     if (socket) {
       if (peerIsThisUser(socket.get())) add(std::move(socket));
       continue;
@@ -106,7 +107,7 @@ void LocalServer::respond(Connections::iterator connection) {
   const int room = static_cast<int>(answer.size()) * 2;
   ::setsockopt(connection->socket.get(), SOL_SOCKET, SO_SNDBUF, &room, sizeof(room));
   // One that did not all fit into the socket's buffer is cut off, which the other side sees by its missing line feed.
-  [[maybe_unused]] const auto sent = ::send(connection->socket.get(), answer.data(), answer.size(), MSG_NOSIGNAL);
+  [[maybe_unused]] const auto sent = sendQuietly(connection->socket.get(), answer);
   close(connection);
 }
 

@@ -1,4 +1,4 @@
-#include "platform/linux/files/UserFolders.h"
+#include "platform/posix/files/UserFolders.h"
 
 #include <pwd.h>
 #include <sys/stat.h>
@@ -7,16 +7,13 @@
 #include <array>
 #include <system_error>
 
+#include "platform/posix/files/FolderRules.h"
+
 namespace veloria {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::optional<fs::path> absolutePath(const std::optional<std::string>& value) {
-  if (!value || !fs::path(*value).is_absolute()) return std::nullopt;
-  return *value;
-}
 
 std::optional<fs::path> homeInUserDatabase() {
   passwd entry{};
@@ -24,12 +21,6 @@ std::optional<fs::path> homeInUserDatabase() {
   std::array<char, 16384> text{};
   if (::getpwuid_r(::geteuid(), &entry, text.data(), text.size(), &found) != 0 || !found) return std::nullopt;
   return absolutePath(found->pw_dir);
-}
-
-std::optional<fs::path> userFolder(const Environment& environment, const char* variable, const char* belowHome) {
-  if (const auto named = absolutePath(environment(variable))) return *named / "Veloria";
-  if (const auto folder = homeFolder(environment)) return *folder / belowHome / "Veloria";
-  return std::nullopt;
 }
 
 }  // namespace
@@ -40,19 +31,19 @@ std::optional<fs::path> homeFolder(const Environment& environment) {
 }
 
 std::optional<fs::path> configFolder(const Environment& environment) {
-  return userFolder(environment, "XDG_CONFIG_HOME", ".config");
+  return folderBy(systemFolders.config, environment);
 }
 
 std::optional<fs::path> dataFolder(const Environment& environment) {
-  return userFolder(environment, "XDG_DATA_HOME", ".local/share");
+  return folderBy(systemFolders.data, environment);
 }
 
 std::optional<fs::path> stateFolder(const Environment& environment) {
-  return userFolder(environment, "XDG_STATE_HOME", ".local/state");
+  return folderBy(systemFolders.state, environment);
 }
 
 std::optional<fs::path> cacheFolder(const Environment& environment) {
-  return userFolder(environment, "XDG_CACHE_HOME", ".cache");
+  return folderBy(systemFolders.cache, environment);
 }
 
 bool makeUserFolder(const fs::path& folder) {

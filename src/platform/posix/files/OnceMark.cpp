@@ -1,10 +1,10 @@
-#include "platform/linux/files/OnceMark.h"
+#include "platform/posix/files/OnceMark.h"
 
 #include <system_error>
 
 #include "base/Files.h"
 #include "base/Log.h"
-#include "platform/linux/files/UserFolders.h"
+#include "platform/posix/files/UserFolders.h"
 
 namespace veloria {
 

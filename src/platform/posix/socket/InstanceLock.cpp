@@ -1,4 +1,4 @@
-#include "platform/linux/socket/InstanceLock.h"
+#include "platform/posix/socket/InstanceLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
