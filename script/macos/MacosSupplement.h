@@ -75,20 +75,57 @@ static inline NSRange NSMakeRange(NSUInteger location, NSUInteger length) {
   return {location, length};
 }
 
-// Core Foundation's objects: the package takes them all for id.
-typedef const struct __CFString* CFStringRef;
-typedef struct CGColor* CGColorRef;
-typedef struct CGColorSpace* CGColorSpaceRef;
-
 // Dispatch objects: the package takes them all for NSObject.
 @protocol OS_dispatch_data
 @end
 @protocol OS_dispatch_queue
 @end
 typedef NSObject<OS_dispatch_data>* dispatch_data_t;
+@protocol OS_dispatch_queue_attr
+@end
 typedef NSObject<OS_dispatch_queue>* dispatch_queue_t;
+typedef NSObject<OS_dispatch_queue_attr>* dispatch_queue_attr_t;
 typedef void (^dispatch_block_t)(void);
 #define DISPATCH_DATA_DESTRUCTOR_DEFAULT nil
-static inline dispatch_queue_t dispatch_get_main_queue(void) {
-  return nil;
-}
+#define DISPATCH_QUEUE_SERIAL nil
+#define DISPATCH_QUEUE_PRIORITY_DEFAULT 0
+// A function that lives in a header only.
+dispatch_queue_t dispatch_get_main_queue();
+
+// Core Foundation's objects, and those made like them: the package takes all of them for objects of Objective-C. Those
+// that are one and the same thing in both worlds say so.
+#define VELORIA_BRIDGED(KIND) __attribute__((objc_bridge(KIND)))
+typedef const void* CFTypeRef;
+typedef const struct VELORIA_BRIDGED(NSArray) __CFArray* CFArrayRef;
+typedef const struct VELORIA_BRIDGED(NSDictionary) __CFDictionary* CFDictionaryRef;
+typedef const struct VELORIA_BRIDGED(NSString) __CFString* CFStringRef;
+typedef const struct VELORIA_BRIDGED(NSURL) __CFURL* CFURLRef;
+typedef const struct __CFAllocator* CFAllocatorRef;
+typedef struct CGColor* CGColorRef;
+typedef struct CGColorSpace* CGColorSpaceRef;
+typedef struct CGContext* CGContextRef;
+typedef struct CGImage* CGImageRef;
+typedef struct CGImageSource* CGImageSourceRef;
+typedef struct OpaqueCMBlockBuffer* CMBlockBufferRef;
+typedef const struct opaqueCMFormatDescription* CMFormatDescriptionRef;
+typedef struct opaqueCMSampleBuffer* CMSampleBufferRef;
+typedef struct __CVBuffer* CVImageBufferRef;
+typedef CVImageBufferRef CVPixelBufferRef;
+typedef CVImageBufferRef CVMetalTextureRef;
+typedef struct __CVMetalTextureCache* CVMetalTextureCacheRef;
+
+// Names of numbers.
+typedef int OSStatus;
+typedef unsigned int OSType;
+typedef int CVReturn;
+
+// A structure that ends in an array of any length, which the package can't tell.
+typedef struct AudioBuffer {  // by hand: AudioBuffer
+  unsigned int mNumberChannels;
+  unsigned int mDataByteSize;
+  void* mData;
+} AudioBuffer;
+typedef struct AudioBufferList {  // by hand: AudioBufferList
+  unsigned int mNumberBuffers;
+  AudioBuffer mBuffers[1];
+} AudioBufferList;

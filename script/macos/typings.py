@@ -9,7 +9,7 @@ FUNCTION = re.compile(r"declare function (\w+)\((.*)\): (.*);$")
 CONSTANT = re.compile(r"declare const (\w+): ")
 VALUE = re.compile(r"  (\w+): (-?\d+),$")
 # What the older package puts around the arguments of methods that return their own class.
-OWN_CLASS = re.compile(r"<This extends [^>]*=> any>|\bthis: This(?:, )?")
+OWN_CLASS = re.compile(r"<(?:\w+, )*This extends [^>]*=> any>|\bthis: This(?:, )?")
 ENUM = re.compile(r"interop\.Enum<typeof (\w+)>")
 
 RESULT = 0  # arguments are 1 and up

@@ -3,10 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 
 #include "base/Geometry.h"
+#include "gpu/Texture.h"
 #include "gpu/Types.h"
 
 namespace veloria {
@@ -31,6 +33,10 @@ struct BarPicture {
 struct BarCaptureHandlers {
   std::function<void(gpu::Size)> started;  ///< once, before the first picture: the pictures' size
   std::function<void(const BarPicture&)> picture;
+  /// Instead of `picture`, where the system's pictures are textures already: bgra8Unorm, read by shaders, of the device
+  /// that the renderers draw with. What BarPicture says of the colours holds. The memory may be the system's, which
+  /// gets it back when the texture is released.
+  std::function<void(std::shared_ptr<gpu::Texture>)> texture = {};
   std::function<void(const std::string&)> failed;  ///< a sentence for a person; the stream has stopped
 };
 

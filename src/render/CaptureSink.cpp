@@ -1,5 +1,7 @@
 #include "render/CaptureSink.h"
 
+#include <utility>
+
 #include "base/Log.h"
 
 namespace veloria {
@@ -12,6 +14,10 @@ bool fitsTexture(const BarPicture& picture) {
   if (size.width > gpu::maxTextureLength || size.height > gpu::maxTextureLength) return false;
   return picture.rows.size() ==
          std::size_t{size.width} * size.height * gpu::bytesPerPixel(gpu::PixelFormat::bgra8Unorm);
+}
+
+bool isReadablePicture(const gpu::TextureDescriptor& texture) {
+  return texture.format == gpu::PixelFormat::bgra8Unorm && gpu::contains(texture.usage, gpu::TextureUsage::shaderRead);
 }
 
 }  // namespace
@@ -31,6 +37,13 @@ void CaptureSink::publish(const BarPicture& picture) {
   ++frameCount_;
 }
 
+void CaptureSink::publish(std::shared_ptr<gpu::Texture> texture) {
+  if (!isReadablePicture(texture->descriptor())) return;
+  before_ = box_->stored();
+  box_->store(std::move(texture));
+  ++frameCount_;
+}
+
 gpu::Texture& CaptureSink::nextTexture(gpu::Size size) {
   auto& texture = textures_[next_];
   if (texture && texture->size() == size) return *texture;
@@ -45,6 +58,7 @@ gpu::Texture& CaptureSink::nextTexture(gpu::Size size) {
 void CaptureSink::clear() {
   box_->store(nullptr);
   textures_ = {};
+  before_ = nullptr;
 }
 
 }  // namespace veloria

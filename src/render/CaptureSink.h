@@ -24,6 +24,9 @@ class CaptureSink {
   /// Shows `picture` to renderers from their next frame on. One that can't be a texture, or whose size and bytes don't
   /// agree, is dropped, and the one before it stays.
   void publish(const BarPicture& picture);
+  /// The same with a picture that is a texture already; not null. One that is not bgra8Unorm or that shaders can't read
+  /// is dropped.
+  void publish(std::shared_ptr<gpu::Texture> texture);
   /// Empties the box and lets the textures go.
   void clear();
 
@@ -38,6 +41,7 @@ class CaptureSink {
   std::shared_ptr<TextureBox> box_ = std::make_shared<TextureBox>();
   std::array<std::shared_ptr<gpu::Texture>, textureCount> textures_;
   std::size_t next_ = 0;
+  std::shared_ptr<gpu::Texture> before_;  // of those that were made elsewhere; frames in flight may still read it
   std::int64_t frameCount_ = 0;
 };
 

@@ -1,5 +1,7 @@
 #include "render/MenuBarCapture.h"
 
+#include <utility>
+
 #include "base/Log.h"
 
 namespace veloria {
@@ -18,6 +20,7 @@ void MenuBarCapture::start(std::uint32_t displayID, const Rect& rect, double sca
   isRunning_ = true;
   stream_.start(wanted, {.started = [this](gpu::Size size) { started(size); },
                          .picture = [this](const BarPicture& picture) { sink_.publish(picture); },
+                         .texture = [this](auto texture) { sink_.publish(std::move(texture)); },
                          .failed = [this](const std::string& message) { fail(message); }});
 }
 

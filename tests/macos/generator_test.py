@@ -155,6 +155,7 @@ class OldestSystem(unittest.TestCase):
 declare class Canvas extends Root {
   readonly isPaused: boolean;
   static canvasWithName<This extends abstract new (...args: any) => any>(this: This, name: string): InstanceType<This>;
+  static canvasOf<Paint, This extends abstract new (...args: any) => any>(this: This, paint: Paint): InstanceType<This>;
 }
 declare class Root {
 }
@@ -192,6 +193,7 @@ declare class Root {
     def test_methods_that_return_their_own_class(self):
         typings = typings_of(self.CANVAS.splitlines())
         self.assertTrue(typings.has("Canvas", True, "canvasWithName"))
+        self.assertTrue(typings.has("Canvas", True, "canvasOf"))
         self.assertFalse(typings.has("Canvas", False, "canvasWithName"))
 
 

@@ -35,6 +35,14 @@ std::unique_ptr<Device> makeMetalDevice(const MetalOptions& options);
 /// Throws PreconditionError when the object is no CAMetalLayer.
 std::unique_ptr<Surface> makeSurface(Device& device, void* layer);
 
+/// The system's object (an MTLDevice, still the device's) behind `device`, one of makeMetalDevice().
+void* systemDevice(Device& device);
+
+/// `texture`, an MTLTexture that something else made on the same GPU, as one that functions can read. It can't be
+/// written or read back. `owner` is kept as long as the result.
+/// Throws DeviceError when the object is no texture, or has a pixel format that the interface does not have.
+std::shared_ptr<Texture> wrapTexture(Device& device, void* texture, std::shared_ptr<const void> owner);
+
 /// For tests: from now on `device` behaves as if the system had taken it away.
 void simulateLoss(Device& device);
 

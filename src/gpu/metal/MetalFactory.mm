@@ -3,10 +3,13 @@
 #import <Metal/Metal.h>
 #import <QuartzCore/QuartzCore.h>
 
+#include <utility>
+
 #include "gpu/Precondition.h"
 #include "gpu/metal/MetalDevice.h"
 #include "gpu/metal/MetalError.h"
 #include "gpu/metal/MetalSurface.h"
+#include "gpu/metal/MetalTexture.h"
 
 namespace veloria::gpu::metal {
 
@@ -24,6 +27,15 @@ id<MTLDevice> chooseDevice(const std::string& wish) {
     if (matches(index, devices[index], metalString(wish))) return devices[index];
   }
   throw NoDeviceError("no Metal device matches \"" + wish + "\"");
+}
+
+TextureDescriptor describeShared(id<MTLTexture> texture) {
+  TextureDescriptor descriptor;
+  descriptor.format = static_cast<PixelFormat>(texture.pixelFormat);
+  descriptor.size = {static_cast<std::uint32_t>(texture.width), static_cast<std::uint32_t>(texture.height)};
+  descriptor.storage = StorageMode::shared;
+  if (bytesPerPixel(descriptor.format) == 0) throw DeviceError("what was captured has an unknown pixel format");
+  return descriptor;
 }
 
 }  // namespace
@@ -50,6 +62,16 @@ std::unique_ptr<Surface> makeSurface(Device& device, void* layer) {
   id object = (__bridge id)layer;
   require([object isKindOfClass:[CAMetalLayer class]], "makeSurface: the layer is no CAMetalLayer");
   return std::make_unique<MetalSurface>(metalDevice(device), object);
+}
+
+void* systemDevice(Device& device) {
+  return (__bridge void*)metalDevice(device).device();
+}
+
+std::shared_ptr<Texture> wrapTexture(Device& device, void* texture, std::shared_ptr<const void> owner) {
+  id object = (__bridge id)texture;
+  if (![object conformsToProtocol:@protocol(MTLTexture)]) throw DeviceError("what was captured is no texture");
+  return std::make_shared<MetalTexture>(metalDevice(device), describeShared(object), object, std::move(owner));
 }
 
 void simulateLoss(Device& device) {

@@ -2,6 +2,8 @@
 
 #import <Metal/Metal.h>
 
+#include <memory>
+
 #include "gpu/Texture.h"
 
 namespace veloria::gpu::metal {
@@ -11,8 +13,10 @@ class MetalDevice;
 class MetalTexture final : public Texture {
  public:
   MetalTexture(MetalDevice& device, const TextureDescriptor& descriptor);
-  /// A drawable's texture, which can only be drawn into.
-  MetalTexture(MetalDevice& device, const TextureDescriptor& descriptor, id<MTLTexture> drawable);
+  /// A texture of the system's, a drawable's or a captured picture's, which can't be read or written here. `owner` is
+  /// kept as long as it.
+  MetalTexture(MetalDevice& device, const TextureDescriptor& descriptor, id<MTLTexture> texture,
+               std::shared_ptr<const void> owner = nullptr);
 
   id<MTLTexture> texture() const { return texture_; }
 
@@ -25,7 +29,8 @@ class MetalTexture final : public Texture {
 
   MetalDevice& device_;
   id<MTLTexture> texture_;
-  bool drawables_ = false;
+  bool systems_ = false;
+  std::shared_ptr<const void> owner_;
   mutable id<MTLBuffer> staging_ = nil;  // kept for shared textures, which are written again and again
 };
 

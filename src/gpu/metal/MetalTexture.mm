@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "gpu/Precondition.h"
 #include "gpu/metal/MetalDevice.h"
@@ -51,11 +52,12 @@ MetalTexture::MetalTexture(MetalDevice& device, const TextureDescriptor& descrip
   }
 }
 
-MetalTexture::MetalTexture(MetalDevice& device, const TextureDescriptor& descriptor, id<MTLTexture> drawable)
-    : Texture(descriptor), device_(device), texture_(drawable), drawables_(true) {}
+MetalTexture::MetalTexture(MetalDevice& device, const TextureDescriptor& descriptor, id<MTLTexture> texture,
+                           std::shared_ptr<const void> owner)
+    : Texture(descriptor), device_(device), texture_(texture), systems_(true), owner_(std::move(owner)) {}
 
 void MetalTexture::requireOwn() const {
-  require(!drawables_, "a drawable's texture can't be read or written");
+  require(!systems_, "a texture of the system's can't be read or written");
 }
 
 id<MTLBuffer> MetalTexture::staging() const {

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "sources/ActivityWatcher.h"
+
+namespace veloria {
+
+/// Tells the activity watcher what happens to this Mac and session, as the workspace's notifications and the list of
+/// power sources say it. Full-screen spaces: FullScreenSpace.h. Nothing ever delays or prevents sleep. Main thread.
+class MacActivity {
+ public:
+  using Notification = ActivityWatcher::Notification;
+
+  MacActivity();
+  ~MacActivity();
+  MacActivity(const MacActivity&) = delete;
+  MacActivity& operator=(const MacActivity&) = delete;
+
+  /// `handler` gets every change from now on; it must not destroy this object. An empty one ends that.
+  void setHandler(std::function<void(Notification)> handler);
+
+  /// Reads the list of power sources, which the system keeps ready.
+  bool isOnBattery();
+
+ private:
+  struct Observers;
+  std::unique_ptr<Observers> observers_;
+};
+
+}  // namespace veloria

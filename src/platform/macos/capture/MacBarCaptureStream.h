@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "gpu/Device.h"
+#include "render/BarCaptureStream.h"
+
+namespace veloria {
+
+/// Captures the menu bar through ScreenCaptureKit, our own windows left out. Its pictures are textures of the device,
+/// without a copy. Needs the Screen Recording permission, which the system asks the user for when a capture starts;
+/// without it, and when the system ends the capture, failed() gets the system's own words. Main thread.
+class MacBarCaptureStream final : public BarCaptureStream {
+ public:
+  /// `device` gives the one that draws now (of gpu::metal), null while there is none; it is asked at each start, and
+  /// what it gives must live until the next stop.
+  explicit MacBarCaptureStream(std::function<gpu::Device*()> device);
+  ~MacBarCaptureStream() override;
+
+  void start(const BarRegion& region, BarCaptureHandlers handlers) override;
+  void stop() override;
+
+ private:
+  struct Run;
+
+  std::function<gpu::Device*()> device_;
+  std::shared_ptr<Run> run_;
+};
+
+}  // namespace veloria

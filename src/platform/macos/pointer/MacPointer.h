@@ -1,0 +1,10 @@
+#pragma once
+
+#include "render/PointerSource.h"
+
+namespace veloria {
+
+/// The pointer on a Mac. It needs no permission. Main thread.
+PointerSource macPointerSource();
+
+}  // namespace veloria
