@@ -92,7 +92,6 @@ typedef void (^dispatch_block_t)(void);
 // A function that lives in a header only.
 dispatch_queue_t dispatch_get_main_queue();
 
-
 // Core Foundation's objects, and those made like them: the package takes all of them for objects of Objective-C. Those
 // that are one and the same thing in both worlds say so.
 #define VELORIA_BRIDGED(KIND) __attribute__((objc_bridge(KIND)))
@@ -102,6 +101,7 @@ typedef const struct VELORIA_BRIDGED(NSDictionary) __CFDictionary* CFDictionaryR
 typedef const struct VELORIA_BRIDGED(NSString) __CFString* CFStringRef;
 typedef const struct VELORIA_BRIDGED(NSURL) __CFURL* CFURLRef;
 typedef const struct __CFAllocator* CFAllocatorRef;
+typedef struct CGColor* CGColorRef;
 typedef struct CGColorSpace* CGColorSpaceRef;
 typedef struct CGContext* CGContextRef;
 typedef struct CGImage* CGImageRef;

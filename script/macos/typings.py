@@ -4,7 +4,7 @@ also tell what the oldest system has that the port is for."""
 import re
 
 OWNER = re.compile(r"declare (?:interface|class) (\w+)")
-MEMBER = re.compile(r"  (static )?(?:readonly )?(\w+)(\??)(?:\((.*)\))?: (.*);$")
+MEMBER = re.compile(r"  (static )?(?:readonly |get )?(\w+)(\??)(?:\((.*)\))?: (.*);$")
 FUNCTION = re.compile(r"declare function (\w+)\((.*)\): (.*);$")
 CONSTANT = re.compile(r"declare const (\w+): ")
 VALUE = re.compile(r"  (\w+): (-?\d+),$")

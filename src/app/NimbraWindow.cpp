@@ -12,19 +12,6 @@ namespace veloria {
 
 namespace {
 
-std::optional<long> parseLevel(const std::optional<std::string>& text) {
-  if (!text) return std::nullopt;
-  std::string_view digits(*text);
-  if (digits.starts_with('+')) {
-    digits.remove_prefix(1);
-    if (digits.starts_with('-')) return std::nullopt;
-  }
-  long level = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), level);
-  if (error != std::errc() || end != digits.data() + digits.size()) return std::nullopt;
-  return level;
-}
-
 void logPlacement(OverlayLevel level, const StripGeometry& geometry) {
   if (!NimbraLog::enabled()) return;
   const Rect& frame = geometry.windowFrame;
@@ -40,8 +27,21 @@ void logPlacement(OverlayLevel level, const StripGeometry& geometry) {
 
 }  // namespace
 
+std::optional<long> debugWindowLevel(const std::optional<std::string>& text) {
+  if (!text) return std::nullopt;
+  std::string_view digits(*text);
+  if (digits.starts_with('+')) {
+    digits.remove_prefix(1);
+    if (digits.starts_with('-')) return std::nullopt;
+  }
+  long level = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), level);
+  if (error != std::errc() || end != digits.data() + digits.size()) return std::nullopt;
+  return level;
+}
+
 OverlayLevel overlayLevelFor(LayerMode mode, const std::optional<std::string>& debugLevel) {
-  if (const auto level = parseLevel(debugLevel)) {
+  if (const auto level = debugWindowLevel(debugLevel)) {
     return *level > 0 ? OverlayLevel::aboveMenuBar : OverlayLevel::desktop;
   }
   return mode == LayerMode::aboveMenuBar ? OverlayLevel::aboveMenuBar : OverlayLevel::desktop;

@@ -14,6 +14,9 @@
 
 namespace veloria {
 
+/// The number that NIMBRA_DEBUG_LEVEL gives: a base-10 integer with an optional sign; nothing for all else.
+std::optional<long> debugWindowLevel(const std::optional<std::string>& text);
+
 /// The level for a layer mode. `debugLevel` (NIMBRA_DEBUG_LEVEL) wins when it is a base-10 integer with an optional
 /// sign: above 0 is above the menu bar, all else the desktop.
 OverlayLevel overlayLevelFor(LayerMode mode, const std::optional<std::string>& debugLevel);

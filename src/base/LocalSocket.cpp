@@ -1,6 +1,5 @@
 #include "base/LocalSocket.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -15,6 +14,7 @@
 
 #include "base/MediaClock.h"
 #include "base/OwnedDescriptor.h"
+#include "base/SocketCalls.h"
 
 namespace veloria {
 
@@ -53,7 +53,7 @@ bool connectTo(int socket, const std::filesystem::path& path, double end) {
 
 bool sendAll(int socket, std::string_view bytes, double end) {
   while (!bytes.empty()) {
-    const ssize_t sent = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    const ssize_t sent = sendQuietly(socket, bytes);
     if (sent > 0) {
       bytes.remove_prefix(static_cast<std::size_t>(sent));
     } else if (errno == EAGAIN) {
@@ -108,10 +108,8 @@ std::optional<std::filesystem::path> controlSocketPath(const Environment& enviro
 Result<SocketReply> askLocalSocket(const std::filesystem::path& path, std::string_view question, double seconds) {
   const double end = mediaTime() + seconds;
   if (path.native().size() >= sizeof(sockaddr_un::sun_path)) return SocketReply{};
-  const OwnedDescriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
-  if (socket.get() < 0) return Failure{std::string("no socket can be made: ") + std::strerror(errno)};
-  ::fcntl(socket.get(), F_SETFD, FD_CLOEXEC);
-  ::fcntl(socket.get(), F_SETFL, O_NONBLOCK);
+  const OwnedDescriptor socket = makeLocalSocket();
+  if (!socket) return Failure{std::string("no socket can be made: ") + std::strerror(errno)};
   if (!connectTo(socket.get(), path, end)) return SocketReply{};
   if (!sendAll(socket.get(), std::string(question) + "\n", end)) {
     return Failure{"the running application does not take questions"};

@@ -1,15 +1,14 @@
 #include "cli/ChildProgram.h"
 
-#include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <system_error>
 
 #include "base/MediaClock.h"
+#include "base/SocketCalls.h"
 
 namespace veloria::cli {
 
@@ -45,14 +44,13 @@ int errorFrom(int descriptor) {
 
 ChildProgram::ChildProgram(const std::vector<std::string>& commandLine, const SignalInbox& inbox) {
   const auto pointers = pointersTo(commandLine);
-  std::array<int, 2> report{};
-  if (::pipe2(report.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category());
+  auto report = makePipe(true);
+  if (!report) throw std::system_error(errno, std::generic_category());
   pid_ = ::fork();
-  if (pid_ == 0) become(pointers.data(), inbox, report[1]);
+  if (pid_ == 0) become(pointers.data(), inbox, report->writable.get());
   int error = pid_ < 0 ? errno : 0;
-  ::close(report[1]);
-  if (error == 0) error = errorFrom(report[0]);
-  ::close(report[0]);
+  report->writable.reset();
+  if (error == 0) error = errorFrom(report->readable.get());
   if (error == 0) return;
   if (pid_ > 0) ::waitpid(pid_, nullptr, 0);
   throw std::system_error(error, std::generic_category());

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cmath>
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "base/PlainNumber.h"
 #include "cli/UsageError.h"
 #include "scene/ColorStops.h"
 
@@ -93,9 +92,7 @@ std::string sessionName(const std::string& text) {
 double finiteNumber(std::string_view what, const std::string& text) {
   std::string_view digits = text;
   if (digits.starts_with('+') && !digits.starts_with("+-")) digits.remove_prefix(1);
-  double value = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-  if (error == std::errc() && end == digits.data() + digits.size() && std::isfinite(value)) return value;
+  if (const auto value = plainNumber(digits)) return *value;
   throw UsageError(std::string(what) + " " + inQuotes(text) + " is not a number such as 1 or 0.25.");
 }
 

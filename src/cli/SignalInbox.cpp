@@ -1,26 +1,41 @@
 #include "cli/SignalInbox.h"
 
 #include <sys/resource.h>
+#include <sys/select.h>
 
 #include <algorithm>
 #include <cmath>
 #include <ctime>
-#include <initializer_list>
+#include <span>
 
 namespace veloria::cli {
 
 namespace {
 
-sigset_t setOf(std::initializer_list<int> signals) {
+// What the last signal was: a handler can reach nothing but a global. One at a time, as the handler keeps the others
+// out and they are let in for the length of one wait only.
+volatile sig_atomic_t receivedNumber = 0;
+volatile sig_atomic_t receivedFromProcess = 0;
+volatile pid_t receivedFrom = 0;
+
+bool sentByProcess(const siginfo_t& info) {
+#ifdef SI_TKILL
+  if (info.si_code == SI_TKILL) return true;
+#endif
+  return info.si_code == SI_USER || info.si_code == SI_QUEUE;
+}
+
+extern "C" void noteReceived(int number, siginfo_t* info, void*) {
+  receivedNumber = number;
+  receivedFromProcess = sentByProcess(*info) ? 1 : 0;
+  receivedFrom = info->si_pid;
+}
+
+sigset_t setOf(std::span<const int> signals) {
   sigset_t set;
   sigemptyset(&set);
   for (const int signal : signals) sigaddset(&set, signal);
   return set;
-}
-
-/// SIGPIPE is among them so that a warning nobody reads does not end us before the child.
-sigset_t queuedSignals() {
-  return setOf({SIGCHLD, SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGUSR1, SIGUSR2, SIGTSTP, SIGCONT, SIGPIPE});
 }
 
 timespec duration(double seconds) {
@@ -33,12 +48,13 @@ timespec duration(double seconds) {
 }  // namespace
 
 SignalInbox::SignalInbox() {
-  const sigset_t queued = queuedSignals();
-  sigprocmask(SIG_BLOCK, &queued, &formerMask_);
-  // Where it is ignored, nobody learns how a child ended.
-  struct sigaction plain {};
-  plain.sa_handler = SIG_DFL;
-  sigaction(SIGCHLD, &plain, &formerChildAction_);
+  const sigset_t set = setOf(queued);
+  sigprocmask(SIG_BLOCK, &set, &formerMask_);
+  struct sigaction note {};
+  note.sa_sigaction = noteReceived;
+  note.sa_flags = SA_SIGINFO;
+  note.sa_mask = set;
+  for (std::size_t i = 0; i < queued.size(); ++i) sigaction(queued[i], &note, &formerActions_[i]);
 }
 
 SignalInbox::~SignalInbox() {
@@ -46,18 +62,19 @@ SignalInbox::~SignalInbox() {
 }
 
 void SignalInbox::restore() const noexcept {
-  sigaction(SIGCHLD, &formerChildAction_, nullptr);
+  for (std::size_t i = 0; i < queued.size(); ++i) sigaction(queued[i], &formerActions_[i], nullptr);
   sigprocmask(SIG_SETMASK, &formerMask_, nullptr);
 }
 
 std::optional<ReceivedSignal> SignalInbox::next(double seconds) {
-  const sigset_t queued = queuedSignals();
   const timespec wait = duration(seconds);
-  siginfo_t info{};
-  const int number = sigtimedwait(&queued, &info, &wait);
-  if (number < 0) return std::nullopt;
-  const bool sent = info.si_code == SI_USER || info.si_code == SI_QUEUE || info.si_code == SI_TKILL;
-  return ReceivedSignal{number, sent, sent ? info.si_pid : 0};
+  sigset_t others = formerMask_;
+  for (const int signal : queued) sigdelset(&others, signal);
+  receivedNumber = 0;
+  pselect(0, nullptr, nullptr, nullptr, &wait, &others);
+  if (receivedNumber == 0) return std::nullopt;
+  const bool sent = receivedFromProcess != 0;
+  return ReceivedSignal{receivedNumber, sent, sent ? receivedFrom : 0};
 }
 
 // Raised before it is let through, so that one that is queued already does not stop us a second time.
@@ -67,7 +84,7 @@ void SignalInbox::actByDefault(int number) {
   struct sigaction former {};
   sigaction(number, &plain, &former);
   raise(number);
-  const sigset_t let = setOf({number});
+  const sigset_t let = setOf({&number, 1});
   sigset_t mask{};
   sigprocmask(SIG_UNBLOCK, &let, &mask);
   sigprocmask(SIG_SETMASK, &mask, nullptr);

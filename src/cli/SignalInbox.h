@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <csignal>
 #include <optional>
 
@@ -32,8 +33,12 @@ class SignalInbox {
  private:
   void actByDefault(int number);
 
+  // SIGPIPE is among them so that a warning nobody reads does not end us before the child.
+  static constexpr std::array queued{SIGCHLD, SIGINT,  SIGQUIT, SIGTERM, SIGHUP,
+                                     SIGUSR1, SIGUSR2, SIGTSTP, SIGCONT, SIGPIPE};
+
   sigset_t formerMask_{};
-  struct sigaction formerChildAction_ {};
+  std::array<struct sigaction, queued.size()> formerActions_{};
 };
 
 }  // namespace veloria::cli

@@ -10,7 +10,7 @@
 #include "base/Files.h"
 #include "base/StrictJson.h"
 #include "cli/FileLock.h"
-#include "platform/linux/files/UserFolders.h"
+#include "platform/posix/files/UserFolders.h"
 
 namespace veloria::cli {
 

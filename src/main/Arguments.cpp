@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/PlainNumber.h"
 #include "main/Command.h"
 
 namespace veloria {
@@ -20,11 +21,7 @@ constexpr double largestSize = 16384;
 
 std::optional<double> numberIn(std::string_view text) {
   if (text.starts_with('+')) text.remove_prefix(1);
-  double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (text.empty() || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  if (!std::isfinite(value)) return std::nullopt;
-  return value;
+  return plainNumber(text);
 }
 
 std::string plain(double value) {

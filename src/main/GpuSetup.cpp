@@ -6,7 +6,7 @@
 #include "base/Environment.h"
 #include "base/Log.h"
 #include "gpu/vulkan/VulkanFactory.h"
-#include "platform/linux/files/UserFolders.h"
+#include "platform/posix/files/UserFolders.h"
 #include "render/RendererError.h"
 
 namespace veloria {

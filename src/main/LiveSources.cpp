@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "main/Command.h"
-#include "platform/linux/files/UserFolders.h"
+#include "platform/posix/files/UserFolders.h"
 #include "platform/linux/http/WeatherAddress.h"
 #include "platform/linux/pulse/PulseAudioTap.h"
 #include "render/WallpaperPalette.h"

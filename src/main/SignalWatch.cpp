@@ -1,6 +1,5 @@
 #include "main/SignalWatch.h"
 
-#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -9,7 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/qt/DescriptorWatch.h"
+#include "base/SocketCalls.h"
+#include "platform/qt/DescriptorWatch.h"
 
 namespace veloria {
 
@@ -26,16 +26,18 @@ extern "C" void noteSignal(int) {
 }  // namespace
 
 struct SignalWatch::State {
-  std::array<int, 2> pipe{-1, -1};
+  Pipe pipe;
   std::vector<std::pair<int, struct sigaction>> former;
   std::shared_ptr<void> watch;
 };
 
 SignalWatch::SignalWatch(std::initializer_list<int> signals, std::function<void()> action)
     : state_(std::make_unique<State>()) {
-  if (pipe2(state_->pipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) throw std::runtime_error("no pipe for signals");
-  signalPipe = state_->pipe[1];
-  const int readable = state_->pipe[0];
+  auto pipe = makePipe(false);
+  if (!pipe) throw std::runtime_error("no pipe for signals");
+  state_->pipe = *std::move(pipe);
+  signalPipe = state_->pipe.writable.get();
+  const int readable = state_->pipe.readable.get();
   state_->watch = watchDescriptor(readable, [readable, action = std::move(action)] {
     std::array<char, 16> bytes;
     while (read(readable, bytes.data(), bytes.size()) > 0) {
@@ -56,8 +58,6 @@ SignalWatch::~SignalWatch() {
   for (const auto& [signal, former] : state_->former) sigaction(signal, &former, nullptr);
   state_->watch.reset();
   signalPipe = -1;
-  close(state_->pipe[0]);
-  close(state_->pipe[1]);
 }
 
 }  // namespace veloria

@@ -1,11 +1,11 @@
 #include "render/Uniforms.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <stdexcept>
 #include <string_view>
 
+#include "base/PlainNumber.h"
 #include "render/FramePlan.h"
 #include "render/UniformFloat.h"
 
@@ -175,11 +175,7 @@ RenderParams makeRenderParams(const NimbraConfig& config, double simTime, gpu::S
 
 float debugSolidValue(const char* text) {
   if (text == nullptr) return 0;
-  const std::string_view view(text);
-  float value = 0;
-  const auto [end, error] = std::from_chars(view.data(), view.data() + view.size(), value);
-  const bool whole = error == std::errc() && end == view.data() + view.size();
-  return whole ? uniformFloat(value) : 0;
+  return uniformFloat(plainNumber(text).value_or(0));
 }
 
 }  // namespace veloria

@@ -7,6 +7,7 @@
 #include <numeric>
 #include <utility>
 
+#include "base/PlainNumber.h"
 #include "base/StrictJson.h"
 
 namespace veloria {
@@ -96,9 +97,7 @@ struct Coding<std::string> {
 double shortest(float value) {
   std::array<char, 32> digits{};
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-  double result = 0;
-  std::from_chars(digits.data(), end, result);
-  return result;
+  return plainNumber({digits.data(), end}).value_or(0);
 }
 
 bool isChannel(const Json& json) {

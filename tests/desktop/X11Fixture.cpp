@@ -4,7 +4,7 @@
 #include <QEventLoop>
 #include <algorithm>
 
-#include "platform/linux/qt/DescriptorWatch.h"
+#include "platform/qt/DescriptorWatch.h"
 
 namespace veloria::desktop {
 

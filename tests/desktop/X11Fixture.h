@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "desktop/DesktopSession.h"
-#include "platform/linux/qt/QtTimerFactory.h"
+#include "platform/qt/QtTimerFactory.h"
 #include "platform/linux/x11/X11OverlayPanelFactory.h"
 
 namespace veloria::desktop {

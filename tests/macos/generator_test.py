@@ -169,6 +169,11 @@ declare class Root {
         text = generated(["framework Easel", "class Root Canvas", "known Canvas name"], self.CANVAS)
         self.assertIn("NSString *name;", text["declarations/Canvas.h"])
 
+    def test_accessors_count_as_properties(self):
+        accessors = "  get name(): string;\n  set name(value: string);\n  static"
+        text = generated(["framework Easel", "class Root Canvas"], self.CANVAS.replace("  static", accessors))
+        self.assertIn("NSString *name;", text["declarations/Canvas.h"])
+
     def test_newer_names_are_refused(self):
         with self.assertRaisesRegex(UsesError, "Drawing is newer than the oldest system"):
             generated(["framework Easel", "protocol Drawing"], self.CANVAS)

@@ -9,8 +9,8 @@
 #include <map>
 
 #include "base/StrictJson.h"
-#include "platform/linux/files/OnceMark.h"
-#include "platform/linux/files/UserFolders.h"
+#include "platform/posix/files/OnceMark.h"
+#include "platform/posix/files/UserFolders.h"
 #include "settings/SettingsStore.h"
 
 namespace veloria {

@@ -16,7 +16,7 @@
 #include "PrivateBus.h"
 #include "Process.h"
 #include "app/FirstMinute.h"
-#include "platform/linux/files/OnceMark.h"
+#include "platform/posix/files/OnceMark.h"
 
 namespace veloria::tests {
 namespace {

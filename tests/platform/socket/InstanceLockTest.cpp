@@ -1,4 +1,4 @@
-#include "platform/linux/socket/InstanceLock.h"
+#include "platform/posix/socket/InstanceLock.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
 // The server on Qt's real event loop, asked by the real client and by all who mean it harm.
 
-#include "platform/linux/socket/LocalServer.h"
+#include "platform/posix/socket/LocalServer.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -18,8 +18,8 @@
 #include "Process.h"
 #include "base/LocalSocket.h"
 #include "base/MediaClock.h"
-#include "platform/linux/qt/DescriptorWatch.h"
-#include "platform/linux/qt/QtTimerFactory.h"
+#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/QtTimerFactory.h"
 
 namespace veloria::tests {
 namespace {

@@ -8,7 +8,7 @@
 #include "Process.h"
 #include "base/MediaClock.h"
 #include "desktop/ChildProcess.h"
-#include "platform/linux/qt/QtTimerFactory.h"
+#include "platform/qt/QtTimerFactory.h"
 
 namespace veloria::tests {
 namespace {

@@ -13,8 +13,8 @@
 
 #include "Process.h"
 #include "base/OwnedDescriptor.h"
-#include "platform/linux/qt/DescriptorWatch.h"
-#include "platform/linux/qt/QtTimerFactory.h"
+#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/QtTimerFactory.h"
 
 namespace veloria::tests {
 namespace {

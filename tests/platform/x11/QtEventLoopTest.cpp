@@ -7,8 +7,8 @@
 #include <limits>
 
 #include "base/MediaClock.h"
-#include "platform/linux/qt/DescriptorWatch.h"
-#include "platform/linux/qt/QtTimerFactory.h"
+#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/QtTimerFactory.h"
 
 namespace veloria {
 namespace {

@@ -5,7 +5,7 @@
 #include "base/Files.h"
 #include "base/Log.h"
 #include "base/StrictJson.h"
-#include "platform/linux/files/UserFolders.h"
+#include "platform/posix/files/UserFolders.h"
 
 namespace veloria {
 

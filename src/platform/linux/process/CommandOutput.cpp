@@ -14,23 +14,9 @@
 #include "base/MediaClock.h"
 #include "base/OwnedDescriptor.h"
 
-#ifdef __APPLE__
-extern char** environ;  // no header has it there
-#endif
-
 namespace veloria {
 
 namespace {
-
-// Neither end is there for other programs that are started.
-bool makePipe(std::array<int, 2>& ends) {
-#ifdef __APPLE__
-  return ::pipe(ends.data()) == 0 && ::fcntl(ends[0], F_SETFD, FD_CLOEXEC) == 0 &&
-         ::fcntl(ends[1], F_SETFD, FD_CLOEXEC) == 0;
-#else
-  return ::pipe2(ends.data(), O_CLOEXEC) == 0;
-#endif
-}
 
 // The end of the output is seen at once; these are for a program that has closed its output and still runs, and for one
 // that has ended and left its output to others.
@@ -143,7 +129,7 @@ class OutputReader {
 std::optional<ProgramOutput> runProgram(const std::vector<std::string>& argv, double seconds, std::size_t cap) {
   const double deadline = mediaTime() + seconds;
   std::array<int, 2> ends{};
-  if (argv.empty() || !makePipe(ends)) return std::nullopt;
+  if (argv.empty() || ::pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
   OutputReader output(OwnedDescriptor{ends[0]}, cap);
   OwnedDescriptor writing(ends[1]);
   Child child(SpawnSetup(writing.get()).start(argv));

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "base/Files.h"
-#include "platform/linux/files/UserFolders.h"
+#include "platform/posix/files/UserFolders.h"
 #include "platform/linux/system/AutostartEntry.h"
 
 namespace veloria {

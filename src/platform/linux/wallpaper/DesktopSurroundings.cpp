@@ -1,7 +1,7 @@
 #include "platform/linux/wallpaper/DesktopSurroundings.h"
 
 #include "platform/linux/files/DesktopNames.h"
-#include "platform/linux/files/UserFolders.h"
+#include "platform/posix/files/UserFolders.h"
 
 namespace veloria {
 

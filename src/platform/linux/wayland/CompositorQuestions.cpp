@@ -8,7 +8,7 @@
 #include "base/MediaClock.h"
 #include "base/StrictJson.h"
 #include "platform/linux/hyprland/CursorPosition.h"
-#include "platform/linux/socket/LocalStream.h"
+#include "platform/posix/socket/LocalStream.h"
 
 namespace veloria {
 

@@ -1,0 +1,25 @@
+#include "platform/macos/run/MacApplication.h"
+
+#import <AppKit/AppKit.h>
+
+#include "platform/macos/text/MacText.h"
+
+namespace veloria {
+
+void becomeAccessory() {
+  [[NSApplication sharedApplication] setActivationPolicy:NSApplicationActivationPolicyAccessory];
+}
+
+void showCriticalAlert(const std::string& message, const std::string& informative) {
+  @autoreleasepool {
+    NSAlert* alert = [[NSAlert alloc] init];
+    alert.alertStyle = NSAlertStyleCritical;
+    alert.messageText = systemText(message);
+    alert.informativeText = systemText(informative);
+    // Without a Dock icon it would open behind what is in front.
+    [[NSApplication sharedApplication] activateIgnoringOtherApps:YES];
+    [alert runModal];
+  }
+}
+
+}  // namespace veloria

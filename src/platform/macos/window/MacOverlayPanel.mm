@@ -1,0 +1,135 @@
+#include "platform/macos/window/MacOverlayPanel.h"
+
+#import <QuartzCore/QuartzCore.h>
+
+#include <cmath>
+#include <utility>
+
+#include "platform/macos/window/FrameRate.h"
+#include "platform/macos/window/WindowLevel.h"
+
+@implementation NimbraViewDelegate
+
+- (void)drawInMTKView:(MTKView*)view {
+  (void)view;
+  if (self.onDraw != nil) self.onDraw();
+}
+
+// The renderer looks at the size of each drawable.
+- (void)mtkView:(MTKView*)view drawableSizeWillChange:(CGSize)size {
+  (void)view;
+  (void)size;
+}
+
+@end
+
+namespace veloria {
+
+namespace {
+
+static_assert(MTLPixelFormatRGBA16Float == 115 && MTLPixelFormatBGRA8Unorm_sRGB == 81);
+
+MTLPixelFormat viewFormat(gpu::PixelFormat wanted) {
+  return wanted == gpu::PixelFormat::rgba16Float ? MTLPixelFormatRGBA16Float : MTLPixelFormatBGRA8Unorm_sRGB;
+}
+
+SystemLevels systemLevels() {
+  return {.mainMenu = CGWindowLevelForKey(kCGMainMenuWindowLevelKey),
+          .desktop = CGWindowLevelForKey(kCGDesktopWindowLevelKey)};
+}
+
+// Both count upwards from the bottom left corner of the first screen.
+NSRect systemRect(const Rect& rect) {
+  return CGRectMake(rect.x, rect.y, rect.width, rect.height);
+}
+
+std::uint32_t wholePixels(CGFloat length) {
+  return length > 0 ? static_cast<std::uint32_t>(std::lround(length)) : 0;
+}
+
+}  // namespace
+
+MacOverlayPanel::MacOverlayPanel(const Screen& screen, const MetalSurfaceMaker& makeSurface,
+                                 std::optional<long> debugLevel)
+    : debugLevel_(debugLevel),
+      view_([[NimbraMetalView alloc] initWithSize:CGSizeMake(screen.frame.width, screen.frame.height)]),
+      panel_([[NimbraPanel alloc] initWithFrame:systemRect(screen.frame) view:view_]),
+      delegate_([[NimbraViewDelegate alloc] init]),
+      surface_(makeSurface((__bridge void*)view_.layer)) {
+  // The surface gave the layer its device; a view without one never draws.
+  view_.device = static_cast<CAMetalLayer*>(view_.layer).device;
+  view_.delegate = delegate_;
+}
+
+MacOverlayPanel::~MacOverlayPanel() {
+  delegate_.onDraw = nil;
+  view_.paused = YES;
+  view_.delegate = nil;
+  [panel_ orderOut:nil];
+  [panel_ close];
+}
+
+gpu::Size MacOverlayPanel::drawableSize() const {
+  const CGSize size = view_.drawableSize;
+  return {wholePixels(size.width), wholePixels(size.height)};
+}
+
+gpu::PixelFormat MacOverlayPanel::colorPixelFormat() const {
+  return surface_->format();
+}
+
+gpu::Drawable* MacOverlayPanel::currentDrawable() {
+  configureSurface();
+  return surface_->nextDrawable();
+}
+
+void MacOverlayPanel::configureSurface() {
+  surface_->configure(drawableSize(), wanted_);
+}
+
+// The view finds out by itself how many pixels a point has.
+void MacOverlayPanel::setFrame(const Rect& frame, double) {
+  const NSRect wanted = systemRect(frame);
+  if (!NSEqualRects(wanted, panel_.frame)) [panel_ setFrame:wanted display:YES];
+  configureSurface();
+}
+
+void MacOverlayPanel::setLevel(OverlayLevel level) {
+  panel_.level = windowLevel(level, debugLevel_, systemLevels());
+}
+
+void MacOverlayPanel::setPixelFormat(gpu::PixelFormat wanted) {
+  wanted_ = wanted;
+  const MTLPixelFormat format = viewFormat(wanted);
+  if (view_.colorPixelFormat != format) view_.colorPixelFormat = format;
+  configureSurface();
+  [view_ configureLayerForHdr:wanted == gpu::PixelFormat::rgba16Float];
+}
+
+void MacOverlayPanel::setPreferredFramesPerSecond(double rate) {
+  view_.preferredFramesPerSecond = viewFrameRate(rate);
+}
+
+void MacOverlayPanel::setPaused(bool paused) {
+  view_.paused = paused;
+}
+
+void MacOverlayPanel::setDrawHandler(std::function<void()> handler) {
+  if (!handler) {
+    delegate_.onDraw = nil;
+    return;
+  }
+  delegate_.onDraw = ^{
+    handler();
+  };
+}
+
+void MacOverlayPanel::orderFront() {
+  [panel_ orderFrontRegardless];
+}
+
+void MacOverlayPanel::orderOut() {
+  [panel_ orderOut:nil];
+}
+
+}  // namespace veloria

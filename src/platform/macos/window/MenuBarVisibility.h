@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "app/OverlayPanel.h"
+
+namespace veloria {
+
+/// What a person should be told about a band on this side of the menu bar; empty when it is seen. The menu bar lets the
+/// light behind it through unless the system was told to reduce transparency.
+std::string menuBarHint(OverlayLevel side, bool transparencyReduced);
+
+}  // namespace veloria

@@ -1,0 +1,57 @@
+#include "platform/posix/files/UserFolders.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <system_error>
+
+#include "platform/posix/files/FolderRules.h"
+
+namespace veloria {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::optional<fs::path> homeInUserDatabase() {
+  passwd entry{};
+  passwd* found = nullptr;
+  std::array<char, 16384> text{};
+  if (::getpwuid_r(::geteuid(), &entry, text.data(), text.size(), &found) != 0 || !found) return std::nullopt;
+  return absolutePath(found->pw_dir);
+}
+
+}  // namespace
+
+std::optional<fs::path> homeFolder(const Environment& environment) {
+  const auto named = absolutePath(environment("HOME"));
+  return named ? named : homeInUserDatabase();
+}
+
+std::optional<fs::path> configFolder(const Environment& environment) {
+  return folderBy(systemFolders.config, environment);
+}
+
+std::optional<fs::path> dataFolder(const Environment& environment) {
+  return folderBy(systemFolders.data, environment);
+}
+
+std::optional<fs::path> stateFolder(const Environment& environment) {
+  return folderBy(systemFolders.state, environment);
+}
+
+std::optional<fs::path> cacheFolder(const Environment& environment) {
+  return folderBy(systemFolders.cache, environment);
+}
+
+bool makeUserFolder(const fs::path& folder) {
+  std::error_code error;
+  if (fs::is_directory(folder, error)) return true;
+  const fs::path above = folder.parent_path();
+  if (above != folder && !above.empty() && !makeUserFolder(above)) return false;
+  return ::mkdir(folder.c_str(), 0700) == 0 || fs::is_directory(folder, error);
+}
+
+}  // namespace veloria

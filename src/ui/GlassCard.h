@@ -1,0 +1,17 @@
+#pragma once
+
+#include "ui/Card.h"
+#include "ui/SettingsEditor.h"
+
+namespace veloria {
+
+/// Retunes the current look for a bar of glass.
+class GlassCard : public Card {
+  Q_OBJECT
+
+ public:
+  /// The editor must outlive it.
+  explicit GlassCard(SettingsEditor& editor, QWidget* parent = nullptr);
+};
+
+}  // namespace veloria

@@ -1,0 +1,28 @@
+#include "ui/LoginItemCard.h"
+
+#include <utility>
+
+#include "ui/ButtonRow.h"
+
+namespace veloria {
+
+LoginItemCard::LoginItemCard(LoginItemPorts ports, QWidget* parent)
+    : Card(tr("Start"), parent), ports_(std::move(ports)), box_(new QCheckBox(this)), error_(makeSentence({}, this)) {
+  body().addLayout(makeButtonRow(*box_, tr("Start at login"), tr("Veloria starts with your desktop."), *this));
+  body().addWidget(error_);
+  connect(box_, &QCheckBox::clicked, this, &LoginItemCard::set);
+}
+
+void LoginItemCard::showEvent(QShowEvent* event) {
+  Card::showEvent(event);
+  box_->setChecked(ports_.isEnabled());
+}
+
+void LoginItemCard::set(bool on) {
+  ports_.set(on);
+  const bool is = ports_.isEnabled();
+  box_->setChecked(is);
+  setSentence(*error_, is == on ? QString() : tr("This could not be changed. The log says why."));
+}
+
+}  // namespace veloria

@@ -1,0 +1,56 @@
+#include "ui/PaletteGallery.h"
+
+#include "ui/ButtonRow.h"
+#include "ui/QtText.h"
+#include "ui/TileLayout.h"
+
+namespace veloria {
+
+namespace {
+
+constexpr int gradientHeight = 28;
+
+}  // namespace
+
+PaletteGallery::PaletteGallery(SettingsEditor& editor, QWidget* parent)
+    : Card(tr("Palette"), parent),
+      editor_(editor),
+      wallpaper_(new QCheckBox(this)) {
+  wallpaper_->setObjectName(QStringLiteral("matchWallpaper"));
+  body().addLayout(makeButtonRow(*wallpaper_, tr("Colours of the desktop picture"),
+                                 tr("Takes the palette from your wallpaper. Those below are for when there is none."),
+                                 *this));
+  auto* tiles = new QWidget(this);
+  auto* layout = new TileLayout(TileLayout::Width::fill, tiles);
+  for (const Palette& palette : Palette::presets()) {
+    tiles_.push_back(makeTile(palette, tiles));
+    layout->addWidget(tiles_.back());
+  }
+  body().addWidget(tiles);
+  connect(wallpaper_, &QCheckBox::clicked, this, [this](bool on) {
+    editor_.change("matchWallpaper", [on](NimbraConfig& config) { config.matchWallpaper = on; });
+  });
+  subscription_ = editor_.subscribe([this](const NimbraConfig& config) { showRecord(config); });
+}
+
+Tile* PaletteGallery::makeTile(const Palette& palette, QWidget* parent) {
+  auto* tile = new Tile(translated("Palette", palette.name), {}, gradientHeight, parent);
+  tile->setObjectName(toQString(palette.name));
+  tile->setColours(palette);
+  connect(tile, &Tile::clicked, this, [this, &palette] {
+    editor_.change("paletteName", [&palette](NimbraConfig& config) {
+      config.paletteName = palette.name;
+      config.customPalette.reset();
+    });
+  });
+  return tile;
+}
+
+void PaletteGallery::showRecord(const NimbraConfig& config) {
+  wallpaper_->setChecked(config.matchWallpaper);
+  for (std::size_t i = 0; i < tiles_.size(); ++i) {
+    tiles_[i]->setChecked(!config.customPalette && config.palette().name == Palette::presets()[i].name);
+  }
+}
+
+}  // namespace veloria

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <vector>
+
+#include "ui/Card.h"
+#include "ui/PresetPictures.h"
+#include "ui/SettingsEditor.h"
+#include "ui/Tile.h"
+
+namespace veloria {
+
+/// The look presets, each as a picture of itself. Choosing one puts its look into the record; the one that the record
+/// has is marked. Pictures that are missing are drawn while the gallery is seen.
+class PresetGallery : public Card {
+  Q_OBJECT
+
+ public:
+  /// Both must outlive it.
+  PresetGallery(SettingsEditor& editor, PresetPictures& pictures, QWidget* parent = nullptr);
+  ~PresetGallery() override;
+
+ private:
+  Tile* makeTile(int preset, QWidget* parent);
+  void mark(const NimbraConfig& config);
+
+  SettingsEditor& editor_;
+  PresetPictures& pictures_;
+  bool seen_ = false;
+  std::vector<Tile*> tiles_;
+  Subscription subscription_;
+};
+
+}  // namespace veloria

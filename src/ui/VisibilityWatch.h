@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+#include <functional>
+
+namespace veloria {
+
+/// Tells when a widget begins and ceases to be seen: shown, in a window that is not minimised.
+class VisibilityWatch : public QObject {
+  Q_OBJECT
+
+ public:
+  /// Belongs to `watched`. `changed` is called on changes only, never from here.
+  VisibilityWatch(QWidget* watched, std::function<void(bool seen)> changed);
+
+  bool seen() const { return seen_; }
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
+  void look(bool shown);
+
+  QWidget* watched_;
+  QPointer<QWidget> window_;
+  std::function<void(bool)> changed_;
+  bool seen_ = false;
+};
+
+}  // namespace veloria

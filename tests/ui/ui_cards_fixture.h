@@ -1,0 +1,66 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QLabel>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "settings/SettingsStore.h"
+#include "ui/SettingsEditor.h"
+
+namespace veloria::tests {
+
+class MapStorage final : public SettingsStorage {
+ public:
+  std::optional<std::string> read(std::string_view) override { return std::nullopt; }
+  bool write(std::string_view, std::string_view bytes) override {
+    written = bytes;
+    return true;
+  }
+  std::string written;
+};
+
+/// Lets the event loop run until the condition holds; false when it never did.
+template <typename Condition>
+bool runUntil(Condition condition, int milliseconds = 20000) {
+  QElapsedTimer timer;
+  timer.start();
+  while (!condition() && timer.elapsed() < milliseconds) QApplication::processEvents(QEventLoop::AllEvents, 10);
+  return condition();
+}
+
+inline void runFor(int milliseconds) {
+  runUntil([] { return false; }, milliseconds);
+}
+
+/// A settings store with an editor on it, and widgets found by their object names.
+class CardsFixture : public testing::Test {
+ protected:
+  const NimbraConfig& config() const { return store_.config(); }
+
+  template <typename W>
+  static W& child(const QWidget& parent, const char* name) {
+    W* found = parent.findChild<W*>(QString::fromLatin1(name));
+    if (found == nullptr) throw std::runtime_error(std::string("there is no ") + name);
+    return *found;
+  }
+
+  /// All sentences that a person can read on it.
+  static QString sentences(const QWidget& widget) {
+    QString all;
+    for (const QLabel* label : widget.findChildren<QLabel*>()) {
+      if (label->isVisible()) all += label->text() + QLatin1Char('\n');
+    }
+    return all.remove(QChar(0x200B));
+  }
+
+  SettingsStore store_{std::make_unique<MapStorage>(), [](std::string_view) { return std::nullopt; }};
+  SettingsEditor editor_{store_};
+};
+
+}  // namespace veloria::tests

@@ -1,0 +1,201 @@
+// Room for every text: in a narrow window, with the long words of translations, in light and dark.
+
+#include <QAbstractButton>
+#include <QDir>
+#include <QLineEdit>
+#include <QPainter>
+#include <QTranslator>
+#include <functional>
+
+#include "ui/AgentCard.h"
+#include "ui/CommandLineCard.h"
+#include "ui/DriveModeChooser.h"
+#include "ui/GlassCard.h"
+#include "ui/LoginItemCard.h"
+#include "ui/PaletteEditor.h"
+#include "ui/PaletteGallery.h"
+#include "ui/PresetGallery.h"
+#include "ui/ReadoutCard.h"
+#include "ui/ScriptCard.h"
+#include "ui/SystemFactsCard.h"
+#include "ui_cards_fixture.h"
+
+namespace veloria::tests {
+namespace {
+
+/// As if in a language that needs half as much room again.
+class LongWords final : public QTranslator {
+ public:
+  bool isEmpty() const override { return false; }
+  QString translate(const char*, const char* text, const char*, int) const override {
+    const QString source = QString::fromUtf8(text);
+    return source + QLatin1Char(' ') + source.left(source.size() / 2).replace(QLatin1Char('%'), QLatin1Char('x'));
+  }
+};
+
+QPalette darkColours() {
+  QPalette dark;
+  dark.setColor(QPalette::Window, QColor(38, 40, 46));
+  dark.setColor(QPalette::WindowText, QColor(232, 232, 236));
+  dark.setColor(QPalette::Base, QColor(26, 27, 32));
+  dark.setColor(QPalette::Text, QColor(232, 232, 236));
+  dark.setColor(QPalette::Button, QColor(54, 57, 65));
+  dark.setColor(QPalette::ButtonText, QColor(232, 232, 236));
+  dark.setColor(QPalette::Highlight, QColor(76, 132, 255));
+  dark.setColor(QPalette::HighlightedText, Qt::white);
+  return dark;
+}
+
+class CardLayoutTest : public CardsFixture {
+ protected:
+  CardLayoutTest() {
+    readouts_ = {.darkness = "Nothing is drawn: the display sleeps.",
+                 .hint = "The panel is opaque, so the band behind it can't be seen. Draw it over the panel instead.",
+                 .figures = "1.2 ms GPU · 60 fps · 634x32 grid",
+                 .cutout = "Cutout 200 × 32 pt · menu bar 37 pt tall.",
+                 .weather = "12°C · wind 9 mph · gusts 17 mph · cloud 75%",
+                 .weatherError = "https://a-very-long-address.example/of/a/service/that/does/not/answer?latitude=1",
+                 .audio = "Listening: level 0.31",
+                 .capture = "/a/path/without/a/single/space/in/it/that/is/longer/than/the/window/is/wide",
+                 .pointer = "This compositor does not tell where the pointer is.",
+                 .script = {}};
+    view_.resolvedPath = "/opt/of/another/program/with/a/long/path/bin/nimbra";
+    view_.installDirectory = "/home/somebody/with/a/long/name/.local/bin";
+    byHand_.manualCommand = "sudo ln -sf '/home/somebody/with/a/long/name/veloria/bin/nimbra' /usr/local/bin/nimbra";
+    editor_.change("start", [](NimbraConfig& c) {
+      c.visualizer = Visualizer::wind;
+      c.customScript = "# mine\nset glow 2\nbind glw = 1";
+      c.matchWallpaper = true;
+      c = choose(c, LookPreset::all()[3]);
+      c.paletteName = "Nebula";
+    });
+  }
+
+  using Maker = std::function<QWidget*(QWidget*)>;
+  std::vector<std::pair<std::string, Maker>> cards() {
+    const auto commands = [this](const CommandLineToolState& view) {
+      return [this, &view](QWidget* p) {
+        return new CommandLineCard({[&view] { return view; }, [] {}, [] {}}, "get it from a package", p);
+      };
+    };
+    const auto none = [] { return std::string(); };
+    return {{"presets", [this](QWidget* p) { return new PresetGallery(editor_, pictures_, p); }},
+            {"palettes", [this](QWidget* p) { return new PaletteGallery(editor_, p); }},
+            {"palette-editor", [this](QWidget* p) { return new PaletteEditor(editor_, p); }},
+            {"glass", [this](QWidget* p) { return new GlassCard(editor_, p); }},
+            {"drive", [this](QWidget* p) { return new DriveModeChooser(editor_, p); }},
+            {"script", [this](QWidget* p) { return new ScriptCard(editor_, draft_, p); }},
+            {"agent", [](QWidget* p) { return new AgentCard(p); }},
+            {"command", commands(view_)},
+            {"command-by-hand", commands(byHand_)},
+            {"login",
+             [](QWidget* p) {
+               return new LoginItemCard({[] { return true; }, [](bool) {}}, p);
+             }},
+            {"status", [this](QWidget* p) { return ReadoutCard::makeStatus(*ticker_, p); }},
+            {"notch", [this](QWidget* p) { return ReadoutCard::makeNotch(*ticker_, p); }},
+            {"weather", [this](QWidget* p) { return ReadoutCard::makeWeather(*ticker_, p); }},
+            {"audio", [this](QWidget* p) { return ReadoutCard::makeAudio(*ticker_, p); }},
+            {"system", [this, none](QWidget* p) {
+               return new SystemFactsCard({[] { return SystemFacts{true, true}; }, none, none}, *ticker_, p);
+             }}};
+  }
+
+  /// A window of this width with one card that is as tall as it wants to be.
+  std::unique_ptr<QWidget> windowWith(const Maker& make, int width) {
+    auto window = std::make_unique<QWidget>();
+    auto* column = new QVBoxLayout(window.get());
+    column->addWidget(make(window.get()));
+    column->addStretch();
+    column->setContentsMargins(8, 8, 8, 8);
+    window->resize(width, 100);
+    window->show();
+    runFor(ScriptCard::checkMs + 100);
+    for (int i = 0; i < 3; ++i) {
+      window->resize(width, column->totalHeightForWidth(window->width()));
+      runFor(10);
+    }
+    return window;
+  }
+
+  static void expectRoom(const QWidget& window) {
+    for (const QWidget* widget : window.findChildren<QWidget*>()) {
+      if (!widget->isVisible() || widget->parentWidget()->inherits("QAbstractScrollArea")) continue;
+      const std::string who = std::string(widget->metaObject()->className()) + " " +
+                              widget->accessibleName().toStdString() + widget->objectName().toStdString();
+      if (!widget->parentWidget()->parentWidget() || !widget->parentWidget()->parentWidget()->inherits("QLineEdit")) {
+        EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry())) << who;
+      }
+      if (const auto* label = qobject_cast<const QLabel*>(widget)) {
+        EXPECT_GE(label->height(), label->heightForWidth(label->width())) << label->text().toStdString();
+        EXPECT_GE(label->width(), label->minimumSizeHint().width()) << label->text().toStdString();
+      } else if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
+        EXPECT_GE(button->width(), button->minimumSizeHint().width()) << who;
+        const int height =
+            button->hasHeightForWidth() ? button->heightForWidth(button->width()) : button->minimumSizeHint().height();
+        EXPECT_GE(button->height(), height) << who;
+      }
+    }
+  }
+
+  Readouts readouts_;
+  CommandLineToolState view_, byHand_;
+  ScriptDraft draft_;
+  QWidget host_;
+  ReadoutTicker* ticker_ = new ReadoutTicker(&host_, [this] { return readouts_; });
+  PreviewPainter painter_{[]() -> PreviewGpu { throw std::runtime_error("not here"); }};
+  PresetPictures pictures_{painter_};
+};
+
+TEST_F(CardLayoutTest, fitANarrowWindowInLongWords) {
+  host_.show();
+  LongWords words;
+  QApplication::installTranslator(&words);
+  for (const auto& [name, make] : cards()) {
+    SCOPED_TRACE(name);
+    const auto window = windowWith(make, 400);
+    EXPECT_LE(window->minimumSizeHint().width(), 400);
+    EXPECT_EQ(window->width(), 400);
+    expectRoom(*window);
+  }
+  QApplication::removeTranslator(&words);
+}
+
+TEST_F(CardLayoutTest, everyControlCanBeReachedByKeyAndHasAName) {
+  host_.show();
+  for (const auto& [name, make] : cards()) {
+    SCOPED_TRACE(name);
+    const auto window = windowWith(make, 500);
+    for (const QWidget* widget : window->findChildren<QWidget*>()) {
+      const bool control =
+          widget->inherits("QAbstractButton") || widget->inherits("QLineEdit") || widget->inherits("QPlainTextEdit");
+      if (!control || !widget->isVisible() || widget->parentWidget()->inherits("QLineEdit")) continue;
+      const auto* button = qobject_cast<const QAbstractButton*>(widget);
+      EXPECT_TRUE(!widget->accessibleName().isEmpty() || (button != nullptr && !button->text().isEmpty()))
+          << widget->metaObject()->className();
+      EXPECT_NE(widget->focusPolicy() & Qt::ClickFocus, 0) << widget->objectName().toStdString();
+    }
+  }
+}
+
+/// For a person to look at; written where UI_CARDS_PICTURES says.
+TEST_F(CardLayoutTest, picturesForAPerson) {
+  const QString folder = qEnvironmentVariable("UI_CARDS_PICTURES");
+  if (folder.isEmpty()) GTEST_SKIP() << "UI_CARDS_PICTURES names no folder";
+  host_.show();
+  const QPalette light = QApplication::palette();
+  for (const bool dark : {false, true}) {
+    QApplication::setPalette(dark ? darkColours() : light);
+    for (const auto& [name, make] : cards()) {
+      for (const int width : {400, 640}) {
+        const auto window = windowWith(make, width);
+        const QString file = QString("%1/%2-%3-%4.png").arg(folder, name.c_str(), dark ? "dark" : "light").arg(width);
+        EXPECT_TRUE(window->grab().save(file)) << file.toStdString();
+      }
+    }
+  }
+  QApplication::setPalette(light);
+}
+
+}  // namespace
+}  // namespace veloria::tests
