@@ -1,0 +1,48 @@
+# The conformance suite with Vulkan's back end, and what else is tested with it.
+set(gpu_test_library ${CMAKE_CURRENT_BINARY_DIR}/test.spv)
+add_custom_command(
+  OUTPUT ${gpu_test_library}
+  COMMAND spirv-link --target-env vulkan1.2 ${gpu_test_modules} -o ${gpu_test_library}
+  COMMAND spirv-val --target-env vulkan1.2 ${gpu_test_library}
+  DEPENDS ${gpu_test_modules}
+  COMMENT "Compiling the GPU tests' functions"
+  VERBATIM)
+add_custom_target(gpu_test_library DEPENDS ${gpu_test_library})
+
+veloria_test(gpu_vulkan_tests
+  SOURCES
+    ${gpu_conformance}
+    AllocationTest.cpp
+    ExecutionTest.cpp
+    VulkanBackend.cpp
+    VulkanDeviceTest.cpp
+    VulkanPartsTest.cpp
+  LINK veloria_allocation_count veloria_gpu_vulkan veloria_gpu)
+
+veloria_test(gpu_surface_tests
+  SOURCES
+    Backend.h BackendHelpers.cpp GpuTest.h
+    SurfaceTest.cpp
+    VulkanBackend.cpp
+  LINK veloria_gpu_vulkan veloria_gpu veloria_desktop_harness PkgConfig::XCB
+  LABELS desktop)
+
+foreach(test gpu_vulkan_tests gpu_surface_tests)
+  add_dependencies(${test} gpu_test_library)
+  target_compile_definitions(${test} PRIVATE GPU_TEST_LIBRARY="${gpu_test_library}")
+endforeach()
+
+# The Metal source of the product's functions.
+set(metal_source ${CMAKE_CURRENT_BINARY_DIR}/metal)
+add_custom_command(
+  OUTPUT ${metal_source}/stamp
+  COMMAND ${CMAKE_COMMAND} -E rm -rf ${metal_source}
+  COMMAND ${CMAKE_SOURCE_DIR}/build.sh --msl ${metal_source}
+  COMMAND ${CMAKE_COMMAND} -E touch ${metal_source}/stamp
+  DEPENDS ${shader_sources} ${CMAKE_SOURCE_DIR}/build.sh
+  COMMENT "Writing the Metal source"
+  VERBATIM)
+add_custom_target(metal_source DEPENDS ${metal_source}/stamp)
+veloria_test(gpu_metal_source_tests SOURCES MetalSourceTest.cpp LINK veloria_render veloria_gpu_vulkan)
+target_compile_definitions(gpu_metal_source_tests PRIVATE METAL_SOURCE="${metal_source}")
+add_dependencies(gpu_metal_source_tests metal_source shaders)
