@@ -8,7 +8,7 @@
 
 #include "main/Command.h"
 #include "platform/posix/files/UserFolders.h"
-#include "platform/linux/http/WeatherAddress.h"
+#include "platform/qt/http/WeatherAddress.h"
 #include "platform/linux/pulse/PulseAudioTap.h"
 #include "render/WallpaperPalette.h"
 

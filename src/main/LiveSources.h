@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Environment.h"
-#include "platform/linux/http/QtHttpFetcher.h"
+#include "platform/qt/http/QtHttpFetcher.h"
 #include "platform/linux/wallpaper/LinuxDesktopPicture.h"
 #include "render/ScreenProvider.h"
 #include "scene/SceneDriver.h"

@@ -6,7 +6,7 @@
 #include "base/Environment.h"
 #include "base/Timer.h"
 #include "platform/linux/system/AutostartLoginItem.h"
-#include "platform/linux/system/LinuxCommandLine.h"
+#include "platform/posix/process/PosixCommandLine.h"
 #include "platform/linux/system/LinuxSystem.h"
 #include "system/CommandLineTool.h"
 #include "system/LoginItem.h"
@@ -34,7 +34,7 @@ class SystemServices {
  private:
   LinuxSystem system_;
   SystemState state_;
-  LinuxCommandLine commandLine_;
+  PosixCommandLine commandLine_;
   CommandLineTool tool_;
   AutostartLoginItem autostart_;
   LoginItem loginItem_;

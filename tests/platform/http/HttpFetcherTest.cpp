@@ -17,9 +17,9 @@
 
 #include "WebServer.h"
 #include "base/MediaClock.h"
-#include "platform/linux/http/QtHttpFetcher.h"
-#include "platform/linux/http/RequestPacing.h"
-#include "platform/linux/http/WeatherAddress.h"
+#include "platform/qt/http/QtHttpFetcher.h"
+#include "platform/qt/http/RequestPacing.h"
+#include "platform/qt/http/WeatherAddress.h"
 #include "sources/WeatherSource.h"
 
 namespace veloria {

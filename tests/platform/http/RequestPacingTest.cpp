@@ -1,4 +1,4 @@
-#include "platform/linux/http/RequestPacing.h"
+#include "platform/qt/http/RequestPacing.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/process/CommandOutput.h"
+#include "platform/posix/process/CommandOutput.h"
 
 #include <gtest/gtest.h>
 

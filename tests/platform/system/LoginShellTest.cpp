@@ -9,7 +9,7 @@
 
 #include "Process.h"
 #include "base/MediaClock.h"
-#include "platform/linux/system/LinuxCommandLine.h"
+#include "platform/posix/process/PosixCommandLine.h"
 #include "system/CommandLineTool.h"
 
 namespace veloria {
@@ -35,11 +35,11 @@ class LoginShellTest : public testing::Test {
   }
 
   std::vector<fs::path> directories(const std::optional<std::string>& shell, double seconds = longTime) {
-    LinuxCommandLine port(seconds);
+    PosixCommandLine port(seconds);
     return tool(port, shell).shellPathDirectories();
   }
 
-  CommandLineTool tool(LinuxCommandLine& port, const std::optional<std::string>& shell) {
+  CommandLineTool tool(PosixCommandLine& port, const std::optional<std::string>& shell) {
     return {port,
             [shell](std::string_view name) { return name == "SHELL" ? shell : std::nullopt; },
             {.command = folder.file("app/nimbra"), .home = folder.path(), .usual = {}}};
@@ -90,7 +90,7 @@ TEST_F(LoginShellTest, WhichCannotBeStartedHasNoPath) {
 TEST_F(LoginShellTest, ThatPrintsRubbishLeavesTheRestUsable) {
   writeInHome(".bash_profile", "echo Welcome; echo problems >&2; PATH=/first:$HOME/bin\n");
   EXPECT_THAT(directories("/bin/bash"), ElementsAre("Welcome\n/first", folder.file("bin")));
-  LinuxCommandLine port;
+  PosixCommandLine port;
   EXPECT_EQ(tool(port, "/bin/bash").installDirectory(), folder.file("bin"));
 }
 
@@ -152,7 +152,7 @@ TEST_F(LoginShellTest, PassesOverFoldersThatTheUserMayNotWrite) {
   const std::string command = folder.writeProgram("app/nimbra", "#!/bin/sh\n");
   fs::permissions(folder.path(), fs::perms(0755));
   EXPECT_EQ(asOrdinaryUser([&] {
-              LinuxCommandLine port;
+              PosixCommandLine port;
               CommandLineTool tool = this->tool(port, shell);
               if (tool.installDirectory() != folder.file("open")) return 1;
               if (tool.install() != folder.file("open/nimbra")) return 2;

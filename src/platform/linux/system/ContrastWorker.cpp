@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "PortalContrast.h"
-#include "platform/linux/process/CommandOutput.h"
+#include "platform/posix/process/CommandOutput.h"
 
 namespace veloria {
 

@@ -10,7 +10,7 @@
 #include "ContrastWorker.h"
 #include "platform/linux/bus/BusAddresses.h"
 #include "platform/linux/files/DesktopNames.h"
-#include "platform/linux/process/Programs.h"
+#include "platform/posix/process/Programs.h"
 #include "platform/linux/system/SettingsPanes.h"
 
 namespace veloria {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/Files.h"
-#include "platform/linux/process/CommandOutput.h"
+#include "platform/posix/process/CommandOutput.h"
 #include "platform/linux/wallpaper/FehScript.h"
 #include "platform/linux/wallpaper/GsettingsListing.h"
 #include "platform/linux/wallpaper/HyprpaperSettings.h"

@@ -14,9 +14,9 @@ std::filesystem::path commandBeside(const std::filesystem::path& executable);
 
 /// Asks the system for the installer of the command-line tool. Programs have `seconds` and 256 KiB to answer. Any
 /// thread.
-class LinuxCommandLine final : public CommandLinePort {
+class PosixCommandLine final : public CommandLinePort {
  public:
-  explicit LinuxCommandLine(double seconds = 5) : seconds_(seconds) {}
+  explicit PosixCommandLine(double seconds = 5) : seconds_(seconds) {}
 
   std::string output(const std::vector<std::string>& argv) override;
   bool isWritableFolder(const std::filesystem::path& folder) override;

@@ -1,4 +1,4 @@
-#include "platform/linux/process/CommandOutput.h"
+#include "platform/posix/process/CommandOutput.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -13,6 +13,11 @@
 
 #include "base/MediaClock.h"
 #include "base/OwnedDescriptor.h"
+#include "base/SocketCalls.h"
+
+#ifdef __APPLE__
+extern char** environ;  // no header has it there
+#endif
 
 namespace veloria {
 
@@ -34,9 +39,9 @@ class SpawnSetup {
     ::posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     sigset_t none;
     sigset_t pipes;
-    ::sigemptyset(&none);
-    ::sigemptyset(&pipes);
-    ::sigaddset(&pipes, SIGPIPE);
+    sigemptyset(&none);
+    sigemptyset(&pipes);
+    sigaddset(&pipes, SIGPIPE);
     ::posix_spawnattr_init(&attributes_);
     ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
     ::posix_spawnattr_setsigmask(&attributes_, &none);
@@ -128,10 +133,10 @@ class OutputReader {
 
 std::optional<ProgramOutput> runProgram(const std::vector<std::string>& argv, double seconds, std::size_t cap) {
   const double deadline = mediaTime() + seconds;
-  std::array<int, 2> ends{};
-  if (argv.empty() || ::pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
-  OutputReader output(OwnedDescriptor{ends[0]}, cap);
-  OwnedDescriptor writing(ends[1]);
+  auto pipe = argv.empty() ? std::nullopt : makePipe(true);
+  if (!pipe) return std::nullopt;
+  OutputReader output(std::move(pipe->readable), cap);
+  OwnedDescriptor writing = std::move(pipe->writable);
   Child child(SpawnSetup(writing.get()).start(argv));
   writing.reset();
   if (!child.runs()) return std::nullopt;

@@ -1,7 +1,7 @@
-#include "platform/linux/system/LinuxCommandLine.h"
+#include "platform/posix/process/PosixCommandLine.h"
 
-#include "platform/linux/process/CommandOutput.h"
-#include "platform/linux/process/Programs.h"
+#include "platform/posix/process/CommandOutput.h"
+#include "platform/posix/process/Programs.h"
 
 namespace veloria {
 
@@ -22,16 +22,16 @@ fs::path commandBeside(const fs::path& executable) {
   return folder / "nimbra";
 }
 
-std::string LinuxCommandLine::output(const std::vector<std::string>& argv) {
+std::string PosixCommandLine::output(const std::vector<std::string>& argv) {
   auto output = runProgram(argv, seconds_, mostBytes);
   return output ? std::move(output->text) : std::string();
 }
 
-bool LinuxCommandLine::isWritableFolder(const fs::path& folder) {
+bool PosixCommandLine::isWritableFolder(const fs::path& folder) {
   return veloria::isWritableFolder(folder);
 }
 
-bool LinuxCommandLine::isRunnable(const fs::path& file) {
+bool PosixCommandLine::isRunnable(const fs::path& file) {
   return veloria::isRunnable(file);
 }
 

@@ -1,4 +1,4 @@
-#include "platform/linux/http/QtHttpFetcher.h"
+#include "platform/qt/http/QtHttpFetcher.h"
 
 #include <QObject>
 #include <QThread>
@@ -11,7 +11,7 @@
 #include "HttpWorker.h"
 #include "UrlRules.h"
 #include "base/MediaClock.h"
-#include "platform/linux/http/RequestPacing.h"
+#include "platform/qt/http/RequestPacing.h"
 
 namespace veloria {
 

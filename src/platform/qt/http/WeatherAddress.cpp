@@ -1,4 +1,4 @@
-#include "platform/linux/http/WeatherAddress.h"
+#include "platform/qt/http/WeatherAddress.h"
 
 #include <QUrl>
 

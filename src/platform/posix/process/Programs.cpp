@@ -1,4 +1,4 @@
-#include "platform/linux/process/Programs.h"
+#include "platform/posix/process/Programs.h"
 
 #include <fcntl.h>
 #include <unistd.h>
