@@ -4,10 +4,10 @@
 
 #include <utility>
 
+#include "SampleBufferAudio.h"
 #include "platform/macos/audio/AudioBuffers.h"
 #include "platform/macos/audio/AudioGate.h"
 #include "platform/macos/audio/AudioTapSettings.h"
-#include "platform/macos/audio/SampleBufferAudio.h"
 #include "platform/macos/stream/ScreenStream.h"
 
 namespace veloria {

@@ -1,4 +1,4 @@
-#include "platform/macos/audio/SampleBufferAudio.h"
+#include "SampleBufferAudio.h"
 
 #import <CoreFoundation/CoreFoundation.h>
 

@@ -1,4 +1,4 @@
-#include "platform/macos/capture/BarStreamPlan.h"
+#include "BarStreamPlan.h"
 
 #import <CoreGraphics/CoreGraphics.h>
 #import <CoreVideo/CoreVideo.h>

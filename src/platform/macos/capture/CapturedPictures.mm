@@ -1,4 +1,4 @@
-#include "platform/macos/capture/CapturedPictures.h"
+#include "CapturedPictures.h"
 
 #import <CoreFoundation/CoreFoundation.h>
 

@@ -2,11 +2,11 @@
 
 #include <utility>
 
+#include "BarStreamPlan.h"
+#include "CapturedPictures.h"
 #include "base/Log.h"
 #include "gpu/metal/MetalFactory.h"
 #include "platform/macos/capture/BarCaptureSettings.h"
-#include "platform/macos/capture/BarStreamPlan.h"
-#include "platform/macos/capture/CapturedPictures.h"
 #include "platform/macos/mainqueue/MainQueue.h"
 #include "platform/macos/stream/ScreenStream.h"
 

@@ -7,10 +7,10 @@
 #include <filesystem>
 #include <utility>
 
+#include "PictureDecoder.h"
 #include "base/Log.h"
 #include "platform/macos/mainqueue/MainQueue.h"
 #include "platform/macos/text/MacText.h"
-#include "platform/macos/wallpaper/PictureDecoder.h"
 
 namespace veloria {
 

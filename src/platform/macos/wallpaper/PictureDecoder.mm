@@ -1,4 +1,4 @@
-#include "platform/macos/wallpaper/PictureDecoder.h"
+#include "PictureDecoder.h"
 
 #import <CoreGraphics/CoreGraphics.h>
 #import <Foundation/Foundation.h>
