@@ -19,6 +19,18 @@ std::size_t bytesPerPixel(PixelFormat format) {
   return 0;
 }
 
+TargetKind targetKind(PixelFormat format) {
+  switch (format) {
+    case PixelFormat::rgba8Unorm:
+    case PixelFormat::bgra8Unorm:
+      return TargetKind::encodedBytes;
+    case PixelFormat::bgra8UnormSrgb:
+      return TargetKind::encodingBytes;
+    default:
+      return TargetKind::light;
+  }
+}
+
 const char* pixelFormatName(PixelFormat format) {
   switch (format) {
     case PixelFormat::r16Float:

@@ -25,6 +25,16 @@ std::size_t bytesPerPixel(PixelFormat format);
 /// The format's name, for messages ("rgba16Float").
 const char* pixelFormatName(PixelFormat format);
 
+/// How a target keeps the light that a fragment function gives it. Fragment functions that care get it as
+/// specialisation constant 2.
+enum class TargetKind : std::uint32_t {
+  light = 0,         ///< floating point: as it is
+  encodedBytes = 1,  ///< 8 bits, as they are: the function encodes sRGB itself
+  encodingBytes = 2  ///< 8 bits, encoded as sRGB by the target (what is given is light, yet only 8 bits of it are kept)
+};
+
+TargetKind targetKind(PixelFormat format);
+
 /// A size in pixels.
 struct Size {
   std::uint32_t width = 0;

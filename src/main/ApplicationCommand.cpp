@@ -1,4 +1,4 @@
-#include <QCoreApplication>
+#include <QApplication>
 #include <QTimer>
 #include <csignal>
 #include <cstdio>
@@ -8,6 +8,8 @@
 #include <utility>
 
 #include "app/AppDelegate.h"
+#include "app/FirstMinute.h"
+#include "app/MenuBarController.h"
 #include "app/RemoteControl.h"
 #include "base/LocalSocket.h"
 #include "base/Log.h"
@@ -17,14 +19,20 @@
 #include "main/GpuSetup.h"
 #include "main/LiveSources.h"
 #include "main/RunningApplication.h"
+#include "main/SettingsHost.h"
 #include "main/SignalWatch.h"
+#include "main/StatusReadouts.h"
+#include "main/SystemServices.h"
 #include "platform/linux/activity/LinuxActivity.h"
 #include "platform/linux/files/FileSettingsStorage.h"
+#include "platform/linux/files/OnceMark.h"
 #include "platform/linux/files/UserFolders.h"
+#include "platform/linux/notifications/DesktopNotifier.h"
 #include "platform/linux/qt/DescriptorWatch.h"
 #include "platform/linux/qt/QtTimerFactory.h"
 #include "platform/linux/socket/InstanceLock.h"
 #include "platform/linux/socket/LocalServer.h"
+#include "platform/linux/tray/TrayIcon.h"
 #include "render/PointerTracker.h"
 #include "scene/SceneDriver.h"
 #include "settings/SettingsStore.h"
@@ -50,12 +58,27 @@ Instance becomeTheOne(const std::optional<std::filesystem::path>& socketPath) {
   return {!lock->has_value(), *std::move(lock)};
 }
 
-/// Brings up the settings of the one that runs; while it has no window for them, tells how it is.
+/// Brings up the settings of the one that runs.
 int greetTheOther() {
-  std::puts("Veloria is running already.");
-  const auto status = askRunningApplication(R"({"command": "status"})");
-  if (status) std::fputs(statusText(*status).c_str(), stdout);
+  std::puts("Veloria is running already; here are its settings.");
+  try {
+    askRunningApplication(R"({"command": "settings"})");
+  } catch (const WorkError& error) {
+    std::fprintf(stderr, "veloria: its settings can't be shown: %s\n", error.what());
+    return failed;
+  }
   return done;
+}
+
+/// Where Qt shows the settings and the icon. The display is opened once more for the band itself, and what is wrong
+/// with it is said there, so where Qt finds none it goes on without.
+void choosePlatform(const Environment& environment) {
+  if (environment("QT_QPA_PLATFORM")) return;
+  std::string platforms = "offscreen";
+  if (environment("DISPLAY")) platforms = "xcb;" + platforms;
+  if (environment("WAYLAND_DISPLAY")) platforms = "wayland;" + platforms;
+  qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(platforms));
+  if (!NimbraLog::enabled()) qputenv("QT_LOGGING_RULES", "qt.qpa.*=false");
 }
 
 std::unique_ptr<LocalServer> listenForQuestions(const std::filesystem::path& path, TimerFactory& timers,
@@ -70,11 +93,15 @@ std::unique_ptr<LocalServer> listenForQuestions(const std::filesystem::path& pat
 
 }  // namespace
 
-int runApplication(const QStringList&) {
+int runApplication(int& argc, char** argv) {
   const Environment environment = processEnvironment();
   const auto socketPath = controlSocketPath(environment);
   const Instance instance = becomeTheOne(socketPath);
   if (instance.otherRuns) return greetTheOther();
+  choosePlatform(environment);
+  QApplication application(argc, argv);
+  QApplication::setQuitOnLastWindowClosed(false);
+  QGuiApplication::setDesktopFileName("com.tollmere.Veloria");
   QtTimerFactory timers;
   const auto desktop = openDesktop(environment, watchDescriptor, timers);
   SettingsStore& settings = SettingsStore::makeShared(
@@ -93,10 +120,23 @@ int runApplication(const QStringList&) {
                             .onPoll = [&] { system.setDisplaysOff(desktop->displaysOff()); }});
   PointerTracker pointer(timers, desktop->pointerSource());
 
+  DesktopNotifier notifier;
+  const OnceMark told(stateFolder(environment), "first-minute");
+  FirstMinute firstMinute({.settings = &settings,
+                           .notifier = &notifier,
+                           .textCanBeKept = [&] { return desktop->captureStream() != nullptr; },
+                           .wasTold = [&] { return told.isSet(); },
+                           .rememberTold = [&] { told.set(); }});
+  const auto shaderLibraries = shaderLibraryCandidates(programPlaces());
+
   int exitCode = done;
+  const auto quit = [&](ExitCode code) {
+    exitCode = code;
+    QTimer::singleShot(0, [&] { QCoreApplication::exit(exitCode); });
+  };
   AppDelegate delegate({
       .makeDevice = [&] { return desktop->makeDevice(); },
-      .shaderLibraries = shaderLibraryCandidates(programPlaces()),
+      .shaderLibraries = shaderLibraries,
       .screens = &desktop->screens(),
       .panels = &desktop->panels(),
       .timers = &timers,
@@ -109,12 +149,12 @@ int runApplication(const QStringList&) {
       .environment = environment,
       .backendName = desktop->name(),
       .alert = [](const std::string& message, const std::string& text) { systemLog(message + "\n" + text); },
-      .terminate =
-          [&](bool failure) {
-            exitCode = failure ? failed : done;
-            QTimer::singleShot(0, [&] { QCoreApplication::exit(exitCode); });
+      .terminate = [&](bool failure) { quit(failure ? failed : done); },
+      .hint =
+          [&](const std::string& text) {
+            systemLog("Veloria: " + text);
+            firstMinute.lightIsHidden();
           },
-      .hint = [](const std::string& text) { systemLog("Veloria: " + text); },
   });
   desktop->setBrokenHandler([&](const std::string& reason) {
     systemLog("veloria: " + reason);
@@ -124,9 +164,42 @@ int runApplication(const QStringList&) {
   desktop->setCaptureChanceHandler([&] { delegate.updateCapture(); });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
 
+  SystemServices services(environment, QCoreApplication::applicationFilePath().toStdString(), timers,
+                          [&] { return !desktop->showsTranslucency(); });
+  SettingsHost host({
+      .settings = &settings,
+      .readouts =
+          [&] {
+            const auto screens = desktop->screens().screens();
+            return readoutsOf(delegate.status(), RenderStats::shared().figures(),
+                              screens.empty() ? nullptr : &screens.front());
+          },
+      .makeGpu =
+          [shaderLibraries] {
+            PreviewGpu gpu{makeDevice({}), nullptr};
+            gpu.library = loadShaderLibrary(*gpu.device, shaderLibraries);
+            return gpu;
+          },
+      .drivenConfig = [&] { return activity.shouldRender() ? driver.driven() : settings.config().applyingTempo(); },
+      .commandLine = services.commandLinePorts(),
+      .loginItem = services.loginItemPorts(),
+      .systemFacts = services.systemFactsPorts(),
+      .visibleChanged = [&](bool visible) { visible ? services.state().start() : services.state().stop(); },
+  });
+  TrayIcon trayIcon;
+  MenuBarController menuBar({.settings = &settings,
+                             .statusItem = &trayIcon,
+                             .presenter = &host,
+                             .refreshSystemState = [&] { services.state().refresh(); },
+                             .terminate = [&] { quit(done); },
+                             .version = VELORIA_VERSION});
+  menuBar.onResetSim = [&] { delegate.restartSimulation(); };
+
   delegate.didFinishLaunching();
   system.setHandler([&](auto notification) { activity.notify(notification); });
-  RemoteControl remote({.settings = &settings, .status = [&] { return delegate.status(); }});
+  RemoteControl remote({.settings = &settings,
+                        .status = [&] { return delegate.status(); },
+                        .showSettings = [&] { menuBar.openSettings(); }});
   const auto server = instance.lock ? listenForQuestions(*socketPath, timers, remote) : nullptr;
   QCoreApplication::exec();
   system.setHandler(nullptr);

@@ -11,7 +11,9 @@ int runRender(const QStringList& arguments);       ///< draws frames without a d
 int runBench(const QStringList& arguments);        ///< measures
 int runCheck(const QStringList& arguments);        ///< checks a scene script
 int runStatus(const QStringList& arguments);       ///< asks the running band
-int runDevices(const QStringList& arguments);      ///< lists the GPUs
-int runApplication(const QStringList& arguments);  ///< the band itself
+int runDevices(const QStringList& arguments);  ///< lists the GPUs
+
+/// The band itself. Makes the application object of the event loop, so there must be none yet.
+int runApplication(int& argc, char** argv);
 
 }  // namespace veloria

@@ -38,6 +38,8 @@ class Desktop {
   virtual bool isFullScreen() = 0;
   /// Whether the displays are switched off, as far as the display server tells.
   virtual bool displaysOff() = 0;
+  /// Whether what is translucent is shown so. A plain read of what is known.
+  virtual bool showsTranslucency() const = 0;
   /// Called once, with a sentence for a person, when the display server is gone.
   virtual void setBrokenHandler(std::function<void(const std::string&)> handler) = 0;
 

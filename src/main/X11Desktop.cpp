@@ -48,6 +48,7 @@ class X11Desktop final : public Desktop {
     return device;
   }
 
+  bool showsTranslucency() const override { return connection_.compositorRunning(); }
   BarCaptureStream* captureStream() override { return &capture_; }
   std::string captureProblem() const override { return {}; }
   void setCaptureChanceHandler(std::function<void()> handler) override {

@@ -27,7 +27,7 @@ constexpr std::array<CommandEntry, 5> commands{{
 void printHelp() {
   std::printf(
       "Veloria paints a living band of light over the strip of the screen that the top panel occupies.\n\n"
-      "Usage: veloria            start the band\n");
+      "Usage: veloria            start the band; when it runs already, show its settings\n");
   for (const auto& command : commands) {
     std::printf("       veloria %-10s %s\n", command.name.data(), command.summary);
   }
@@ -51,12 +51,12 @@ void printHelp() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  QCoreApplication application(argc, argv);
   QCoreApplication::setApplicationName("veloria");
-  const QStringList arguments = QCoreApplication::arguments().mid(1);
-  if (arguments.isEmpty()) return runCommand("veloria", [&] { return runApplication(arguments); });
+  if (argc <= 1) return runCommand("veloria", [&] { return runApplication(argc, argv); });
 
-  const std::string first = arguments.first().toStdString();
+  QCoreApplication application(argc, argv);
+  const QStringList arguments = QCoreApplication::arguments().mid(1);
+  const std::string first = arguments.isEmpty() ? std::string() : arguments.first().toStdString();
   if (first == "--help" || first == "-h" || first == "help") return printHelp(), done;
   if (first == "--version" || first == "-v") return std::printf("veloria %s\n", VELORIA_VERSION), done;
   for (const auto& command : commands) {

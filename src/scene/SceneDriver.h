@@ -73,6 +73,8 @@ class SceneDriver {
   void resume();
 
   const NimbraScript& compiled() const { return compiled_; }
+  /// The record of the last tick; the plain settings before the first.
+  const NimbraConfig& driven() const { return driven_; }
   /// The description of the last recompile's error; nothing when the script is right.
   const std::optional<std::string>& scriptError() const { return scriptError_; }
   /// Null while nobody listens.

@@ -21,21 +21,21 @@ QString pathText(const std::filesystem::path& path) {
   return QString::fromStdString(path.string());
 }
 
-bool isReady(const CommandLineView& view) {
+bool isReady(const CommandLineToolState& view) {
   return view.installedHere || view.ownFileOnPath;
 }
 
-bool offersInstall(const CommandLineView& view) {
+bool offersInstall(const CommandLineToolState& view) {
   return !isReady(view) && view.installDirectory.has_value();
 }
 
-bool needsHand(const CommandLineView& view) {
+bool needsHand(const CommandLineToolState& view) {
   return !isReady(view) && !view.installDirectory;
 }
 
 }  // namespace
 
-QString commandLineSentence(const CommandLineView& view) {
+QString commandLineSentence(const CommandLineToolState& view) {
   if (needsHand(view)) {
     return CommandLineCard::tr("No directory on your PATH is writable. Use the command below instead.");
   }
@@ -128,7 +128,7 @@ void CommandLineCard::finish(const Outcome& outcome) {
   setSentence(*state_, {});
 }
 
-void CommandLineCard::showView(const CommandLineView& view) {
+void CommandLineCard::showView(const CommandLineToolState& view) {
   setSentence(*state_, breakable(commandLineSentence(view)));
   install_->setVisible(offersInstall(view));
   uninstall_->setVisible(view.installedHere);

@@ -1,30 +1,21 @@
 #pragma once
 
 #include <QPushButton>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "system/CommandLineTool.h"
 #include "ui/Card.h"
 #include "ui/VerbatimText.h"
 
 namespace veloria {
 
-/// How it stands with the nimbra command.
-struct CommandLineView {
-  std::optional<std::filesystem::path> resolvedPath;      ///< of a command that can be run
-  std::optional<std::filesystem::path> installDirectory;  ///< where a link would be put; nothing: nowhere
-  bool installedHere = false;                             ///< the link is there and leads to this program's command
-  bool ownFileOnPath = false;                             ///< a package put it there: nothing to install
-  std::string manualCommand;                              ///< makes the link by hand
-};
-
 /// What the card asks for. Each may take seconds: they are called on threads of the pool, one at a time, and must be
 /// good for as long as the program runs. What they throw is shown.
 struct CommandLinePorts {
-  std::function<CommandLineView()> look;
+  std::function<CommandLineToolState()> look;
   std::function<void()> install;
   std::function<void()> uninstall;
 };
@@ -44,7 +35,7 @@ class CommandLineCard : public Card {
 
  private:
   struct Outcome {
-    std::optional<CommandLineView> view;
+    std::optional<CommandLineToolState> view;
     std::string error;
   };
   struct Command {
@@ -57,7 +48,7 @@ class CommandLineCard : public Card {
   /// Does `action`, which may be empty, and looks afterwards.
   void run(std::function<void()> action);
   void finish(const Outcome& outcome);
-  void showView(const CommandLineView& view);
+  void showView(const CommandLineToolState& view);
 
   std::shared_ptr<const CommandLinePorts> ports_;
   std::string byPackage_;
@@ -70,6 +61,6 @@ class CommandLineCard : public Card {
 };
 
 /// What the card says about a view.
-QString commandLineSentence(const CommandLineView& view);
+QString commandLineSentence(const CommandLineToolState& view);
 
 }  // namespace veloria

@@ -28,13 +28,13 @@ QLabel* SystemFactsCard::addFact(const QString& buttonText, const QString& butto
 }
 
 void SystemFactsCard::showFacts() {
-  const SystemFactsView facts = ports_.facts();
+  const SystemFacts facts = ports_.facts();
   setSentence(
       *transparency_,
-      facts.reducedTransparency
+      facts.reduceTransparency
           ? tr("Transparency is reduced. The bar may hide a band that lies behind it; one over the bar is seen.")
           : tr("Transparency is not reduced."));
-  setSentence(*contrast_, facts.increasedContrast
+  setSentence(*contrast_, facts.increaseContrast
                               ? tr("Contrast is increased. The bar may be less see-through, and the band fainter.")
                               : tr("Contrast is not increased."));
 }

@@ -4,22 +4,17 @@
 #include <functional>
 #include <string>
 
+#include "system/SystemPort.h"
 #include "ui/Card.h"
 #include "ui/ReadoutTicker.h"
 
 namespace veloria {
 
-/// The system's display settings that decide how much of the band can be seen.
-struct SystemFactsView {
-  bool reducedTransparency = false;
-  bool increasedContrast = false;
-};
-
 /// Asked on the main thread: `facts` a few times a second while the window is open, the others when a person wants to
 /// change that setting. These open the system's own window for it and return why they could not, or nothing; one that
 /// is not set has no button.
 struct SystemFactsPorts {
-  std::function<SystemFactsView()> facts;
+  std::function<SystemFacts()> facts;
   std::function<std::string()> openTransparency;
   std::function<std::string()> openContrast;
 };

@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <span>
 
 #include "GpuFixture.h"
 #include "render/FluidSim.h"
+#include "render/RenderParams.h"
 #include "render/SimParams.h"
 #include "settings/NimbraConfig.h"
 
@@ -458,6 +461,60 @@ TEST_F(Kernel, steppingFlipsTheFieldsAndClearingEmptiesThem) {
   params.emitRate = 0;
   runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 3); });
   EXPECT_EQ(rms(download(*sim.dyeTexture())), 0);
+}
+
+class Composite : public Kernel {
+ protected:
+  /// The bytes that `f_final` leaves in a target of this format, from light that grows along both directions.
+  std::vector<std::uint8_t> drawn(gpu::PixelFormat format) {
+    Field light(W, H, 4);
+    for (std::uint32_t y = 0; y < H; ++y) {
+      for (std::uint32_t x = 0; x < W; ++x) {
+        for (std::uint32_t c = 0; c < 3; ++c) light.at(x, y, c) = 0.0004F * static_cast<float>(x * y + 100 * c);
+      }
+    }
+    const auto scene = upload(light);
+    const auto target = device_->makeTexture({.format = format,
+                                              .size = {W, H},
+                                              .usage = gpu::TextureUsage::shaderRead | gpu::TextureUsage::renderTarget,
+                                              .label = "target"});
+    const auto pipeline = device_->makeRenderPipeline(*library_, {"v_fullscreen", "f_final", format, "f_final", 0});
+    runBuffer([&](gpu::CommandBuffer& buffer) {
+      gpu::RenderEncoder* encoder = buffer.renderEncoder(*target, "composite");
+      encoder->setPipeline(*pipeline);
+      for (std::uint32_t index = 0; index < 3; ++index) encoder->setFragmentTexture(*scene, index);
+      encoder->setFragmentBytes(std::as_bytes(std::span(&params_, 1)), 0);
+      encoder->draw(3);
+      encoder->endEncoding();
+    });
+    std::vector<std::uint8_t> bytes(target->byteCount());
+    target->read(std::as_writable_bytes(std::span(bytes)));
+    return bytes;
+  }
+
+  static RenderParams plainParams() {
+    RenderParams params;
+    params.targetW = W;
+    params.targetH = H;
+    params.opacity = 1;
+    params.contrast = 1;
+    params.coverGain = 1;
+    return params;
+  }
+
+  RenderParams params_ = plainParams();
+};
+
+TEST_F(Composite, aTargetThatEncodesHoldsWhatOneThatDoesNotHolds) {
+  for (const float additive : {0.0F, 1.0F}) {
+    params_.additive = additive;
+    const auto plain = drawn(gpu::PixelFormat::bgra8Unorm);
+    const auto encoding = drawn(gpu::PixelFormat::bgra8UnormSrgb);
+    int furthest = 0;
+    for (std::size_t i = 0; i < plain.size(); ++i) furthest = std::max(furthest, std::abs(plain[i] - encoding[i]));
+    EXPECT_LE(furthest, 1);
+    EXPECT_GT(*std::max_element(plain.begin(), plain.end()), 150);
+  }
 }
 
 }  // namespace

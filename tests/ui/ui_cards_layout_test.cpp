@@ -73,7 +73,7 @@ class CardLayoutTest : public CardsFixture {
 
   using Maker = std::function<QWidget*(QWidget*)>;
   std::vector<std::pair<std::string, Maker>> cards() {
-    const auto commands = [](const CommandLineView& view) {
+    const auto commands = [](const CommandLineToolState& view) {
       return [&view](QWidget* p) {
         return new CommandLineCard({[&view] { return view; }, [] {}, [] {}}, "get it from a package", p);
       };
@@ -97,7 +97,7 @@ class CardLayoutTest : public CardsFixture {
             {"weather", [this](QWidget* p) { return ReadoutCard::makeWeather(*ticker_, p); }},
             {"audio", [this](QWidget* p) { return ReadoutCard::makeAudio(*ticker_, p); }},
             {"system", [this, none](QWidget* p) {
-               return new SystemFactsCard({[] { return SystemFactsView{true, true}; }, none, none}, *ticker_, p);
+               return new SystemFactsCard({[] { return SystemFacts{true, true}; }, none, none}, *ticker_, p);
              }}};
   }
 
@@ -139,7 +139,7 @@ class CardLayoutTest : public CardsFixture {
   }
 
   Readouts readouts_;
-  CommandLineView view_, byHand_;
+  CommandLineToolState view_, byHand_;
   ScriptDraft draft_;
   QWidget host_;
   ReadoutTicker* ticker_ = new ReadoutTicker(&host_, [this] { return readouts_; });

@@ -27,7 +27,7 @@ bool isSettled(const QWidget& card) {
 
 TEST_F(CommandLineTest, saysHowItIsAndOffersWhatCanBeDone) {
   struct Case {
-    CommandLineView view;
+    CommandLineToolState view;
     const char* sentence;
     bool install, uninstall, byHand;
   };
@@ -88,7 +88,7 @@ TEST_F(CommandLineTest, installsAndRemovesOnAnotherThreadAndLooksAgain) {
   CommandLinePorts ports{[&] {
                            EXPECT_NE(std::this_thread::get_id(), mainThread);
                            ++looks;
-                           CommandLineView view;
+                           CommandLineToolState view;
                            view.installDirectory = "/d";
                            view.installedHere = installed;
                            return view;
@@ -116,7 +116,7 @@ TEST_F(CommandLineTest, installsAndRemovesOnAnotherThreadAndLooksAgain) {
 
 TEST_F(CommandLineTest, showsWhatWentWrong) {
   const auto fails = [](const char* why) { throw std::runtime_error(why); };
-  CommandLineView view;
+  CommandLineToolState view;
   view.installDirectory = "/d";
   CommandLineCard card(
       {[&] { return view; }, [&] { fails("The link /d/nimbra does not resolve to a runnable file."); }, {}}, "");
@@ -127,7 +127,8 @@ TEST_F(CommandLineTest, showsWhatWentWrong) {
   EXPECT_TRUE(runUntil([&] { return sentences(card).contains("does not resolve"); }));
   EXPECT_TRUE(install.isEnabled()) << "to be tried again";
 
-  CommandLineCard blind({[&]() -> CommandLineView { throw std::runtime_error("the shell is broken"); }, {}, {}}, "");
+  CommandLineCard blind({[&]() -> CommandLineToolState { throw std::runtime_error("the shell is broken"); }, {}, {}},
+                        "");
   blind.show();
   EXPECT_TRUE(runUntil([&] { return sentences(blind).contains("the shell is broken"); }));
 }
@@ -144,7 +145,7 @@ TEST_F(CommandLineTest, mayBeDestroyedWhileItLooks) {
                                                                    std::unique_lock guard(gate->lock);
                                                                    gate->opened.wait(guard, [&] { return gate->open; });
                                                                    ++gate->passed;
-                                                                   return CommandLineView();
+                                                                   return CommandLineToolState();
                                                                  },
                                                                  {},
                                                                  {}},
@@ -264,7 +265,7 @@ TEST_F(ReadoutTest, cardsShowWhatIsToldAndNothingElse) {
 }
 
 TEST_F(ReadoutTest, systemFactsAreFollowedAndLeadToTheirPanes) {
-  SystemFactsView facts;
+  SystemFacts facts;
   std::string failure;
   int opened = 0;
   auto* card = new SystemFactsCard({[&] { return facts; },

@@ -30,10 +30,6 @@ PixelFormat pixelFormat(VkFormat format) {
   return PixelFormat::invalid;
 }
 
-bool functionEncodes(PixelFormat format) {
-  return format == PixelFormat::bgra8Unorm || format == PixelFormat::rgba8Unorm;
-}
-
 VkFormatFeatureFlags neededFeatures(TextureUsage usage) {
   VkFormatFeatureFlags features = 0;
   if (contains(usage, TextureUsage::shaderRead)) {

@@ -11,9 +11,6 @@ VkFormat vulkanFormat(PixelFormat format);
 /// `invalid` for a format that this interface does not have.
 PixelFormat pixelFormat(VkFormat format);
 
-/// True for formats whose fragment functions encode sRGB themselves (specialisation constant 2).
-bool functionEncodes(PixelFormat format);
-
 /// How an image of this format is used for `usage` where the device has `features` for it. Copies both ways are
 /// always in. A texture that functions read can be read through a storage binding too, if its format can.
 VkImageUsageFlags imageUsage(TextureUsage usage, VkFormatFeatureFlags features);

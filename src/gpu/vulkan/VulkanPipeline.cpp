@@ -82,8 +82,8 @@ RenderPassOwner makeRenderPass(const VulkanContext& context, VkFormat format) {
 // The values of the specialisation constants, in the order of their ids.
 class Specialization {
  public:
-  Specialization(Size groupSize, bool encodes, std::uint32_t variant)
-      : values_{groupSize.width, groupSize.height, encodes ? 1U : 0U, variant} {
+  Specialization(Size groupSize, TargetKind target, std::uint32_t variant)
+      : values_{groupSize.width, groupSize.height, static_cast<std::uint32_t>(target), variant} {
     for (std::uint32_t id = 0; id < values_.size(); ++id) {
       entries_[id] = {id, id * static_cast<std::uint32_t>(sizeof(std::uint32_t)), sizeof(std::uint32_t)};
     }
@@ -117,7 +117,7 @@ Size groupSizeOf(const FunctionInfo& function, Size wanted) {
 
 PipelineOwner makeComputePipeline(VulkanDevice& device, const VulkanLibrary& library, const std::string& function,
                                   const VulkanProgram& program) {
-  const Specialization specialization(device.context().limits().groupSize, false, 0);
+  const Specialization specialization(device.context().limits().groupSize, TargetKind::light, 0);
   VkComputePipelineCreateInfo info{};
   info.sType = VK_STRUCTURE_TYPE_COMPUTE_PIPELINE_CREATE_INFO;
   info.stage = stage(VK_SHADER_STAGE_COMPUTE_BIT, library, function, specialization);
@@ -130,7 +130,7 @@ PipelineOwner makeComputePipeline(VulkanDevice& device, const VulkanLibrary& lib
 
 PipelineOwner makeRenderPipeline(VulkanDevice& device, const VulkanLibrary& library,
                                  const RenderPipelineDescriptor& descriptor, const VulkanProgram& program) {
-  const Specialization specialization(device.context().limits().groupSize, functionEncodes(descriptor.format),
+  const Specialization specialization(device.context().limits().groupSize, targetKind(descriptor.format),
                                       descriptor.variant);
   const std::array stages{stage(VK_SHADER_STAGE_VERTEX_BIT, library, descriptor.vertexFunction, specialization),
                           stage(VK_SHADER_STAGE_FRAGMENT_BIT, library, descriptor.fragmentFunction, specialization)};

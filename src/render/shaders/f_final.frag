@@ -10,8 +10,10 @@ layout(set = 0, binding = 0) uniform sampler2D scene;
 layout(set = 0, binding = 1) uniform sampler2D glow;
 layout(set = 0, binding = 2) uniform sampler2D bar;
 
-// Set when the target holds 8 bits a channel: such a target wants encoded, dithered values; a float one wants light.
-layout(constant_id = 2) const bool eightBit = false;
+// How the target keeps light: 0 as it is; 1 in 8 bits a channel, which want encoded, dithered values; 2 in 8 bits that
+// the target encodes itself, so that what it should hold has to be decoded first.
+layout(constant_id = 2) const uint target = 0u;
+const bool eightBit = target != 0u;
 // What most bands do without costs time even where a branch passes it by, so it is compiled in only when needed:
 // 1 the text mask, 2 the camera housing, 4 a scene that has to be enlarged.
 layout(constant_id = 3) const uint extras = 0u;
@@ -186,7 +188,8 @@ void main() {
     vec3 premultiplied = mix(covering, encodedOf(shown), additive);
     float strongest = max(premultiplied.r, max(premultiplied.g, premultiplied.b));
     vec3 dithered = premultiplied + ditherNoise() * step(1.0 / 512.0, strongest);
-    colour = vec4(clamp(dithered, 0.0, additive > 0.0 ? 1.0 : alpha), covered);
+    vec3 kept = clamp(dithered, 0.0, additive > 0.0 ? 1.0 : alpha);
+    colour = vec4(target == 2u ? decodedOf(kept) : kept, covered);
   } else {
     colour = vec4(shown, covered);
   }

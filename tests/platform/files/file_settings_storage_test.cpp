@@ -9,6 +9,7 @@
 #include <map>
 
 #include "base/StrictJson.h"
+#include "platform/linux/files/OnceMark.h"
 #include "platform/linux/files/UserFolders.h"
 #include "settings/SettingsStore.h"
 
@@ -127,12 +128,26 @@ TEST(UserFoldersTest, FollowTheBaseDirectoryRules) {
   EXPECT_EQ(configFolder(full), "/c/Veloria");
   EXPECT_EQ(dataFolder(full), "/d/Veloria");
   EXPECT_EQ(cacheFolder(full), "/home/a/.cache/Veloria");
+  EXPECT_EQ(stateFolder(full), "/home/a/.local/state/Veloria");
+  EXPECT_EQ(stateFolder(in({{"HOME", "/home/a"}, {"XDG_STATE_HOME", "/s"}})), "/s/Veloria");
   for (const char* ignored : {"", "relative", "./c", "~/c"}) {
     EXPECT_EQ(configFolder(in({{"HOME", "/home/a"}, {"XDG_CONFIG_HOME", ignored}})), "/home/a/.config/Veloria");
   }
   EXPECT_EQ(dataFolder(in({{"HOME", "/home/a"}})), "/home/a/.local/share/Veloria");
   EXPECT_EQ(configFolder(in({{"HOME", "relative"}})), configFolder(in({})));
   EXPECT_TRUE(configFolder(in({})).value_or("").is_absolute()) << "the user database knows a home";
+}
+
+TEST_F(FileSettingsStorageTest, AMarkIsRememberedWhereItCanBe) {
+  EXPECT_FALSE(OnceMark(folder, "told").isSet());
+  OnceMark(folder, "told").set();
+  OnceMark(folder, "told").set();
+  EXPECT_TRUE(OnceMark(folder, "told").isSet());
+  EXPECT_FALSE(OnceMark(folder, "another").isSet());
+  for (const std::optional<fs::path>& nowhere : {std::optional<fs::path>(), std::optional<fs::path>("/dev/null/x")}) {
+    OnceMark(nowhere, "told").set();
+    EXPECT_FALSE(OnceMark(nowhere, "told").isSet());
+  }
 }
 
 }  // namespace

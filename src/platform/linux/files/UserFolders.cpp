@@ -47,6 +47,10 @@ std::optional<fs::path> dataFolder(const Environment& environment) {
   return userFolder(environment, "XDG_DATA_HOME", ".local/share");
 }
 
+std::optional<fs::path> stateFolder(const Environment& environment) {
+  return userFolder(environment, "XDG_STATE_HOME", ".local/state");
+}
+
 std::optional<fs::path> cacheFolder(const Environment& environment) {
   return userFolder(environment, "XDG_CACHE_HOME", ".cache");
 }

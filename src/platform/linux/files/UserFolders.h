@@ -8,11 +8,12 @@
 namespace veloria {
 
 /// This program's folders in the user's home, by the XDG base directory rules: `Veloria` in $XDG_CONFIG_HOME, or in
-/// ~/.config when that is not set, empty or not absolute; likewise $XDG_DATA_HOME with ~/.local/share and
-/// $XDG_CACHE_HOME with ~/.cache. Nothing when that needs a home and there is none. The folders need not exist. Any
+/// ~/.config when that is not set, empty or not absolute; likewise $XDG_DATA_HOME with ~/.local/share, $XDG_STATE_HOME
+/// with ~/.local/state and $XDG_CACHE_HOME with ~/.cache. Nothing when that needs a home and there is none. The folders need not exist. Any
 /// thread.
 std::optional<std::filesystem::path> configFolder(const Environment& environment);
 std::optional<std::filesystem::path> dataFolder(const Environment& environment);
+std::optional<std::filesystem::path> stateFolder(const Environment& environment);
 std::optional<std::filesystem::path> cacheFolder(const Environment& environment);
 
 /// The user's home: $HOME, or what the user database says when that is not absolute; nothing when nobody knows it. Any

@@ -1,0 +1,31 @@
+#pragma once
+
+#import <Metal/Metal.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <span>
+#include <string>
+
+#include "gpu/Pipeline.h"
+
+namespace veloria::gpu::metal {
+
+/// A library of the platform's compiler (the bytes of a .metallib file).
+class MetalLibrary final : public Library {
+ public:
+  /// Throws DeviceError when the bytes are no library.
+  MetalLibrary(id<MTLDevice> device, std::span<const std::byte> bytes);
+
+  bool contains(const std::string& function) const override { return functions_.contains(function); }
+
+  /// The function with its constants set. Throws DeviceError.
+  id<MTLFunction> function(const std::string& name, TargetKind target, std::uint32_t variant) const;
+
+ private:
+  id<MTLLibrary> library_;
+  std::set<std::string> functions_;
+};
+
+}  // namespace veloria::gpu::metal

@@ -1,0 +1,158 @@
+#include "main/SettingsHost.h"
+
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWindow>
+#include <utility>
+
+#include "ui/AgentCard.h"
+#include "ui/DriveModeChooser.h"
+#include "ui/GlassCard.h"
+#include "ui/PaletteEditor.h"
+#include "ui/PaletteGallery.h"
+#include "ui/PresetGallery.h"
+#include "ui/PresetPictures.h"
+#include "ui/PreviewPainter.h"
+#include "ui/PreviewStrip.h"
+#include "ui/ReadoutCard.h"
+#include "ui/ReadoutTicker.h"
+#include "ui/SettingsWindow.h"
+
+namespace veloria {
+
+/// What draws the window's pictures; kept when the window is made anew.
+struct SettingsHost::Studio {
+  explicit Studio(PreviewGpuFactory makeGpu) : painter(std::move(makeGpu)), pictures(painter) {}
+  PreviewPainter painter;
+  PresetPictures pictures;
+};
+
+/// The window with everything that its cards need.
+class SettingsHost::Window {
+ public:
+  Window(SettingsHost& host, SettingsWindow::Kind kind)
+      : host_(host),
+        studio_(*host.studio_),
+        kind_(kind),
+        window_(host.editor_, kind),
+        ticker_(&window_, host.ports_.readouts) {
+    window_.setWindowTitle(text("Veloria settings"));
+    window_.setPreview(new PreviewStrip(studio_.painter, host.ports_.drivenConfig));
+    addLook();
+    addBarAndPointer();
+    addDrive();
+    addSystem();
+    QObject::connect(&window_, &SettingsWindow::visibleChanged, [this](bool visible) {
+      if (!visible && kind_ == SettingsWindow::Kind::popup) left_.start();
+      if (host_.ports_.visibleChanged) host_.ports_.visibleChanged(visible);
+    });
+  }
+
+  void show(const std::optional<Rect>& place) {
+    if (place && !window_.isVisible()) moveTo(*place);
+    window_.show();
+    if (window_.isMinimized()) window_.showNormal();
+    window_.raise();
+    window_.activateWindow();
+  }
+
+  SettingsWindow::Kind kind() const { return kind_; }
+  /// When a popover was closed last; invalid otherwise.
+  const QElapsedTimer& leftSince() const { return left_; }
+  SettingsWindow& widget() { return window_; }
+
+ private:
+  static QString text(const char* english) { return QCoreApplication::translate("SettingsHost", english); }
+
+  void add(SettingTab tab, const char* title, const char* synonyms, std::function<QWidget*()> make,
+           const char* afterGroup = nullptr) {
+    window_.addCard({tab, afterGroup, text(title), text(synonyms), std::move(make)});
+  }
+
+  void addLook() {
+    SettingsEditor& editor = host_.editor_;
+    add(SettingTab::look, "Presets", "looks", [&, this] { return new PresetGallery(editor, studio_.pictures); });
+    add(SettingTab::look, "Palette", "colours gradient wallpaper", [&] { return new PaletteGallery(editor); });
+    add(SettingTab::look, "Your own palette", "custom colours hex", [&] { return new PaletteEditor(editor); });
+    add(SettingTab::look, "Glass compensation", "clear tinted", [&] { return new GlassCard(editor); });
+  }
+
+  void addBarAndPointer() {
+    add(
+        SettingTab::bar, "", "", [this] { return ReadoutCard::makeNotch(ticker_); }, "Camera housing");
+    add(SettingTab::pointer, "", "", [this] { return ReadoutCard::makePointer(ticker_); });
+  }
+
+  void addDrive() {
+    SettingsEditor& editor = host_.editor_;
+    add(SettingTab::drive, "What drives it", "mode visualizer music agent weather wind script",
+        [&] { return new DriveModeChooser(editor); });
+    add(SettingTab::drive, "Sound", "audio music", [this] { return ReadoutCard::makeAudio(ticker_); });
+    add(SettingTab::drive, "Weather now", "temperature wind", [this] { return ReadoutCard::makeWeather(ticker_); });
+    add(SettingTab::drive, "Coding agents", "nimbra state file", [] { return new AgentCard; });
+    add(SettingTab::drive, "Your own script", "scene language editor",
+        [&, this] { return new ScriptCard(editor, host_.draft_); });
+  }
+
+  void addSystem() {
+    Ports& ports = host_.ports_;
+    add(SettingTab::system, "Status", "fps gpu dark why paused", [this] { return ReadoutCard::makeStatus(ticker_); });
+    add(SettingTab::system, "Start at login", "autostart", [&] { return new LoginItemCard(ports.loginItem); });
+    add(SettingTab::system, "The nimbra command", "command line shell path",
+        [&] { return new CommandLineCard(ports.commandLine, packageCommand); });
+    add(SettingTab::system, "The desktop's own settings", "transparency contrast",
+        [&, this] { return new SystemFactsCard(ports.systemFacts, ticker_); });
+  }
+
+  /// Below or above the place, wholly on its screen.
+  void moveTo(const Rect& place) {
+    const QRect icon(QPoint(qRound(place.x), qRound(place.y)), QSize(qRound(place.width), qRound(place.height)));
+    const QScreen* screen = QGuiApplication::screenAt(icon.center());
+    if (screen == nullptr) return;
+    const QRect room = screen->availableGeometry();
+    const QSize size = window_.size();
+    const int x =
+        qBound(room.left(), icon.center().x() - size.width() / 2, qMax(room.left(), room.right() - size.width()));
+    const bool below = icon.bottom() + size.height() <= room.bottom();
+    const int y = below ? qMax(icon.bottom() + 1, room.top()) : qMax(room.top(), icon.top() - size.height());
+    window_.move(x, y);
+  }
+
+  SettingsHost& host_;
+  Studio& studio_;
+  SettingsWindow::Kind kind_;
+  QElapsedTimer left_;
+  SettingsWindow window_;
+  ReadoutTicker ticker_;
+};
+
+SettingsHost::SettingsHost(Ports ports) : ports_(std::move(ports)), editor_(*ports_.settings) {}
+
+SettingsHost::~SettingsHost() = default;
+
+/// By the icon it is a popover, elsewhere a window like any other.
+SettingsHost::Window& SettingsHost::window(bool byIcon) {
+  const auto kind = byIcon ? SettingsWindow::Kind::popup : SettingsWindow::Kind::ordinary;
+  if (!studio_) studio_ = std::make_unique<Studio>(ports_.makeGpu);
+  if (!window_ || (window_->kind() != kind && !window_->widget().isVisible()))
+    window_ = std::make_unique<Window>(*this, kind);
+  return *window_;
+}
+
+void SettingsHost::show(const std::optional<Rect>& place) {
+  window(place.has_value()).show(place);
+}
+
+void SettingsHost::close() {
+  if (window_) window_->widget().close();
+}
+
+/// A click on the icon takes the focus from a popover, which closes by itself before the click is told.
+bool SettingsHost::isShown() const {
+  constexpr int clickMs = 250;
+  return window_ && (window_->widget().isVisible() ||
+                     (window_->leftSince().isValid() && !window_->leftSince().hasExpired(clickMs)));
+}
+
+}  // namespace veloria

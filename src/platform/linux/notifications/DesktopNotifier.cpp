@@ -1,0 +1,104 @@
+#include "platform/linux/notifications/DesktopNotifier.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+#include <algorithm>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "NotifyArguments.h"
+#include "base/Log.h"
+#include "platform/linux/bus/BusSignal.h"
+
+namespace veloria {
+
+namespace {
+
+const auto serviceName = QStringLiteral("org.freedesktop.Notifications");
+const auto servicePath = QStringLiteral("/org/freedesktop/Notifications");
+constexpr int patienceMilliseconds = 30000;
+constexpr std::size_t mostShown = 8;  // whose actions are remembered
+
+BusSignalName serviceSignal(const char* member) {
+  return {serviceName, servicePath, serviceName, QString::fromLatin1(member)};
+}
+
+}  // namespace
+
+class DesktopNotifier::Service final : public QObject {
+ public:
+  Service()
+      : bus_(QDBusConnection::sessionBus()),
+        invoked_(bus_, serviceSignal("ActionInvoked"), [this](const auto& message) { takeAction(message); }),
+        closed_(bus_, serviceSignal("NotificationClosed"), [this](const auto& message) { forget(message); }) {}
+
+  void show(Notification notification, std::function<void()> delivered) {
+    call("GetCapabilities", {}, "as",
+         [this, notification = std::move(notification), delivered = std::move(delivered)](const QDBusMessage& reply) {
+           send(notification, reply.arguments().constFirst().toStringList(), delivered);
+         });
+  }
+
+ private:
+  void send(const Notification& notification, const QStringList& capabilities, const std::function<void()>& delivered) {
+    call("Notify", notifyArguments(notification, capabilities), "u",
+         [this, actions = notification.actions, delivered](const QDBusMessage& reply) {
+           shown_[reply.arguments().constFirst().toUInt()] = actions;
+           if (shown_.size() > mostShown) shown_.erase(shown_.begin());
+           if (delivered) delivered();
+         });
+  }
+
+  /// `then` gets a reply of this signature; any other ends the matter.
+  template <typename Then>
+  void call(const char* method, const QVariantList& arguments, const char* signature, Then then) {
+    auto message = QDBusMessage::createMethodCall(serviceName, servicePath, serviceName, QString::fromLatin1(method));
+    message.setArguments(arguments);
+    // Its owner ends it, unless it has ended itself.
+    auto* watcher =
+        std::make_unique<QDBusPendingCallWatcher>(bus_.asyncCall(message, patienceMilliseconds), this).release();
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, signature, then = std::move(then)] {
+      watcher->deleteLater();
+      const QDBusMessage reply = watcher->reply();
+      const bool fits = reply.type() == QDBusMessage::ReplyMessage && reply.signature() == QLatin1String(signature);
+      if (fits) return then(reply);
+      NimbraLog::debug("no notification: " + reply.errorMessage().toStdString());
+    });
+  }
+
+  void takeAction(const QDBusMessage& message) {
+    if (message.signature() != QLatin1String("us")) return;
+    const auto notification = shown_.find(message.arguments().at(0).toUInt());
+    if (notification == shown_.end()) return;
+    const auto actions = notification->second;  // what is done may show another notification
+    for (std::size_t i = 0; i < actions.size(); ++i) {
+      if (message.arguments().at(1).toString() == actionKey(i)) return actions[i].chosen();
+    }
+  }
+
+  void forget(const QDBusMessage& message) {
+    if (message.signature() == QLatin1String("uu")) shown_.erase(message.arguments().at(0).toUInt());
+  }
+
+  QDBusConnection bus_;
+  BusSignal invoked_;
+  BusSignal closed_;
+  std::map<uint, std::vector<Notification::Action>> shown_;
+};
+
+DesktopNotifier::DesktopNotifier() : service_(std::make_unique<Service>()) {}
+
+DesktopNotifier::~DesktopNotifier() = default;
+
+void DesktopNotifier::show(Notification notification, std::function<void()> delivered) {
+  service_->show(std::move(notification), std::move(delivered));
+}
+
+}  // namespace veloria

@@ -1,0 +1,4 @@
+// expect: unknown type name 'CAMetalLayer'
+#import <Metal/Metal.h>
+
+void configure(CAMetalLayer* layer);

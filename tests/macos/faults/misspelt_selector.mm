@@ -1,0 +1,6 @@
+// expect: undeclared selector 'tikc:'
+#import <Foundation/Foundation.h>
+
+SEL action() {
+  return @selector(tikc:);
+}

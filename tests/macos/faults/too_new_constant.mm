@@ -1,0 +1,6 @@
+// expect: undeclared identifier 'MTLPipelineOptionBindingInfo'
+#import <Metal/Metal.h>
+
+MTLPipelineOption wanted() {
+  return MTLPipelineOptionBindingInfo;
+}

@@ -1,0 +1,6 @@
+// expect: use of undeclared identifier 'MTLTextureDescription'
+#import <Metal/Metal.h>
+
+id make() {
+  return [MTLTextureDescription new];
+}
