@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <QIcon>
 #include <QTimer>
 #include <csignal>
 #include <cstdio>
@@ -102,6 +103,7 @@ int runApplication(int& argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName("com.tollmere.Veloria");
+  QGuiApplication::setWindowIcon(QIcon::fromTheme("veloria"));
   QtTimerFactory timers;
   const auto desktop = openDesktop(environment, watchDescriptor, timers);
   SettingsStore& settings = SettingsStore::makeShared(

@@ -80,16 +80,16 @@ class SettingsHost::Window {
 
   void addBarAndPointer() {
     add(
-        SettingTab::bar, "", "", [this] { return ReadoutCard::makeNotch(ticker_); }, "Camera housing");
-    add(SettingTab::pointer, "", "", [this] { return ReadoutCard::makePointer(ticker_); });
+        SettingTab::bar, "", "", [this] { return ReadoutCard::makeNotch(ticker_, &window_); }, "Camera housing");
+    add(SettingTab::pointer, "", "", [this] { return ReadoutCard::makePointer(ticker_, &window_); });
   }
 
   void addDrive() {
     SettingsEditor& editor = host_.editor_;
     add(SettingTab::drive, "What drives the band", "mode visualizer music agent weather wind script",
         [&] { return new DriveModeChooser(editor); });
-    add(SettingTab::drive, "Sound", "audio music", [this] { return ReadoutCard::makeAudio(ticker_); });
-    add(SettingTab::drive, "Weather now", "temperature wind", [this] { return ReadoutCard::makeWeather(ticker_); });
+    add(SettingTab::drive, "Sound", "audio music", [this] { return ReadoutCard::makeAudio(ticker_, &window_); });
+    add(SettingTab::drive, "Weather now", "temperature wind", [this] { return ReadoutCard::makeWeather(ticker_, &window_); });
     add(SettingTab::drive, "Agents and shells", "coding agents nimbra state file", [] { return new AgentCard; });
     add(SettingTab::drive, "Your script", "scene language editor",
         [&, this] { return new ScriptCard(editor, host_.draft_); });
@@ -97,7 +97,7 @@ class SettingsHost::Window {
 
   void addSystem() {
     Ports& ports = host_.ports_;
-    add(SettingTab::system, "Status", "fps gpu dark why paused", [this] { return ReadoutCard::makeStatus(ticker_); });
+    add(SettingTab::system, "Status", "fps gpu dark why paused", [this] { return ReadoutCard::makeStatus(ticker_, &window_); });
     add(SettingTab::system, "Start", "login autostart", [&] { return new LoginItemCard(ports.loginItem); });
     add(SettingTab::system, "The nimbra command", "command line shell path",
         [&] { return new CommandLineCard(ports.commandLine, packageCommand); });

@@ -24,9 +24,15 @@ SystemServices::SystemServices(const Environment& environment, const std::filesy
       loginItem_(autostart_) {}
 
 CommandLinePorts SystemServices::commandLinePorts() {
-  return {.look = [this] { return tool_.look(); },
-          .install = [this] { tool_.install(); },
-          .uninstall = [this] { tool_.uninstall(); }};
+  const auto alone = [this](auto action) {
+    return [this, action] {
+      const std::scoped_lock lock(toolLock_);
+      return action(tool_);
+    };
+  };
+  return {.look = alone([](CommandLineTool& tool) { return tool.look(); }),
+          .install = alone([](CommandLineTool& tool) { tool.install(); }),
+          .uninstall = alone([](CommandLineTool& tool) { tool.uninstall(); })};
 }
 
 LoginItemPorts SystemServices::loginItemPorts() {

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <mutex>
 
 #include "base/Environment.h"
 #include "base/Timer.h"
@@ -35,6 +36,7 @@ class SystemServices {
   LinuxSystem system_;
   SystemState state_;
   LinuxCommandLine commandLine_;
+  std::mutex toolLock_;  // a card that is gone may still be asking when the next one does
   CommandLineTool tool_;
   AutostartLoginItem autostart_;
   LoginItem loginItem_;
