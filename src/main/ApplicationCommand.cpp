@@ -102,7 +102,7 @@ int runApplication(int& argc, char** argv) {
   choosePlatform(environment);
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
-  QGuiApplication::setDesktopFileName("com.tollmere.Veloria");
+  QGuiApplication::setDesktopFileName("veloria");
   QGuiApplication::setWindowIcon(QIcon::fromTheme("veloria"));
   QtTimerFactory timers;
   const auto desktop = openDesktop(environment, watchDescriptor, timers);
