@@ -4,17 +4,19 @@
 
 namespace veloria {
 
-/// The words that differ between systems in texts that people read.
+/// The words that differ between systems in texts that people read, and the names of files and folders.
 #ifdef __APPLE__
 inline constexpr std::string_view gpuSystemName = "Metal";
 inline constexpr std::string_view gpuSystemNameInLines = "metal";  ///< in diagnostics
 inline constexpr std::string_view machineName = "Mac";
 inline constexpr std::string_view shaderLibraryFile = "default.metallib";
+inline constexpr std::string_view resourceFolderFromProgram = "../Resources";
 #else
 inline constexpr std::string_view gpuSystemName = "Vulkan";
 inline constexpr std::string_view gpuSystemNameInLines = "vulkan";  ///< in diagnostics
 inline constexpr std::string_view machineName = "computer";
 inline constexpr std::string_view shaderLibraryFile = "default.spv";
+inline constexpr std::string_view resourceFolderFromProgram = "../share/veloria";
 #endif
 
 }  // namespace veloria

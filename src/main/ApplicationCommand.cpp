@@ -1,7 +1,7 @@
 #include <QApplication>
+#include <QIcon>
 #include <QTimer>
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -11,28 +11,30 @@
 #include "app/FirstMinute.h"
 #include "app/MenuBarController.h"
 #include "app/RemoteControl.h"
-#include "base/LocalSocket.h"
 #include "base/Log.h"
 #include "main/Command.h"
 #include "main/Commands.h"
 #include "main/Desktop.h"
 #include "main/GpuSetup.h"
 #include "main/LiveSources.h"
-#include "main/RunningApplication.h"
 #include "main/SettingsHost.h"
 #include "main/SignalWatch.h"
+#include "main/SingleInstance.h"
 #include "main/StatusReadouts.h"
 #include "main/SystemServices.h"
 #include "platform/linux/activity/LinuxActivity.h"
 #include "platform/linux/files/FileSettingsStorage.h"
+#include "platform/linux/notifications/DesktopNotifier.h"
+#include "platform/linux/pulse/PulseAudioTap.h"
+#include "platform/linux/system/AutostartLoginItem.h"
+#include "platform/linux/system/LinuxSystem.h"
+#include "platform/linux/tray/TrayIcon.h"
+#include "platform/linux/wallpaper/LinuxDesktopPicture.h"
 #include "platform/posix/files/OnceMark.h"
 #include "platform/posix/files/UserFolders.h"
-#include "platform/linux/notifications/DesktopNotifier.h"
+#include "platform/posix/process/PosixCommandLine.h"
 #include "platform/qt/DescriptorWatch.h"
 #include "platform/qt/QtTimerFactory.h"
-#include "platform/posix/socket/InstanceLock.h"
-#include "platform/posix/socket/LocalServer.h"
-#include "platform/linux/tray/TrayIcon.h"
 #include "render/PointerTracker.h"
 #include "scene/SceneDriver.h"
 #include "settings/SettingsStore.h"
@@ -41,34 +43,6 @@
 namespace veloria {
 
 namespace {
-
-struct Instance {
-  bool otherRuns = false;
-  std::optional<InstanceLock> lock;  ///< nothing where it can't be had: running without it is better than not running
-};
-
-void complainAboutSocket(const std::string& reason) {
-  systemLog("veloria: 'veloria status' and 'nimbra' can't reach this one: " + reason);
-}
-
-Instance becomeTheOne(const std::optional<std::filesystem::path>& socketPath) {
-  if (!socketPath) return complainAboutSocket("XDG_RUNTIME_DIR is too long"), Instance{};
-  auto lock = InstanceLock::take(*socketPath);
-  if (!lock) return complainAboutSocket(lock.error()), Instance{};
-  return {!lock->has_value(), *std::move(lock)};
-}
-
-/// Brings up the settings of the one that runs.
-int greetTheOther() {
-  std::puts("Veloria is running already; here are its settings.");
-  try {
-    askRunningApplication(R"({"command": "settings"})");
-  } catch (const WorkError& error) {
-    std::fprintf(stderr, "veloria: its settings can't be shown: %s\n", error.what());
-    return failed;
-  }
-  return done;
-}
 
 /// Where Qt shows the settings and the icon. The display is opened once more for the band itself, and what is wrong
 /// with it is said there, so where Qt finds none it goes on without.
@@ -81,32 +55,31 @@ void choosePlatform(const Environment& environment) {
   if (!NimbraLog::enabled()) qputenv("QT_LOGGING_RULES", "qt.qpa.*=false");
 }
 
-std::unique_ptr<LocalServer> listenForQuestions(const std::filesystem::path& path, TimerFactory& timers,
-                                                RemoteControl& remote) {
-  auto server = LocalServer::listen(path, {.watch = watchDescriptor, .timers = &timers, .answer = [&](auto question) {
-                                             return remote.answer(question);
-                                           }});
-  if (server) return *std::move(server);
-  complainAboutSocket(server.error());
-  return nullptr;
+void postToMain(std::function<void()> action) {
+  if (auto* application = QCoreApplication::instance()) {
+    QMetaObject::invokeMethod(application, std::move(action), Qt::QueuedConnection);
+  }
 }
 
 }  // namespace
 
 int runApplication(int& argc, char** argv) {
   const Environment environment = processEnvironment();
-  const auto socketPath = controlSocketPath(environment);
-  const Instance instance = becomeTheOne(socketPath);
-  if (instance.otherRuns) return greetTheOther();
+  const SingleInstance instance(environment);
+  if (instance.otherRuns()) return instance.greetTheOther();
   choosePlatform(environment);
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
-  QGuiApplication::setDesktopFileName("com.tollmere.Veloria");
+  QGuiApplication::setDesktopFileName("veloria");
+  QGuiApplication::setWindowIcon(QIcon::fromTheme("veloria"));
   QtTimerFactory timers;
   const auto desktop = openDesktop(environment, watchDescriptor, timers);
   SettingsStore& settings = SettingsStore::makeShared(
       std::make_unique<FileSettingsStorage>(configFolder(environment).value_or("")), environment);
-  LiveSources sources(environment, desktop->screens());
+  LinuxDesktopPicture picture(environment, postToMain);
+  LiveSources sources(environment, {.screens = &desktop->screens(), .picture = &picture, .makeAudioTap = [] {
+                                      return std::make_unique<PulseAudioTap>();
+                                    }});
   SceneDriver::Ports driverPorts{.settings = [&]() -> const NimbraConfig& { return settings.config(); },
                                  .timers = &timers};
   sources.addTo(driverPorts);
@@ -164,8 +137,13 @@ int runApplication(int& argc, char** argv) {
   desktop->setCaptureChanceHandler([&] { delegate.updateCapture(); });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
 
-  SystemServices services(environment, QCoreApplication::applicationFilePath().toStdString(), timers,
-                          [&] { return !desktop->showsTranslucency(); });
+  const std::filesystem::path program = QCoreApplication::applicationFilePath().toStdString();
+  LinuxSystem desktopSettings(
+      {.environment = environment, .transparencyReduced = [&] { return !desktop->showsTranslucency(); }});
+  AutostartLoginItem autostart(environment, program);
+  SystemServices services(
+      environment,
+      {.system = &desktopSettings, .loginItem = &autostart, .timers = &timers, .command = commandBeside(program)});
   SettingsHost host({
       .settings = &settings,
       .readouts =
@@ -200,7 +178,7 @@ int runApplication(int& argc, char** argv) {
   RemoteControl remote({.settings = &settings,
                         .status = [&] { return delegate.status(); },
                         .showSettings = [&] { menuBar.openSettings(); }});
-  const auto server = instance.lock ? listenForQuestions(*socketPath, timers, remote) : nullptr;
+  const auto server = instance.listen(timers, remote);
   QCoreApplication::exec();
   system.setHandler(nullptr);
   delegate.willTerminate();

@@ -17,10 +17,10 @@
 #include "main/Commands.h"
 #include "main/ConfigOptions.h"
 #include "main/GpuSetup.h"
-#include "render/OffscreenTarget.h"
 #include "main/VirtualDriver.h"
 #include "render/FramePlan.h"
 #include "render/NimbraRenderer.h"
+#include "render/OffscreenTarget.h"
 
 namespace veloria {
 
@@ -65,7 +65,12 @@ double threadCpuSeconds() {
 double peakMemoryMiB() {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_maxrss) / 1024;
+#ifdef __APPLE__
+  constexpr double unitsInMiB = 1024.0 * 1024.0;
+#else
+  constexpr double unitsInMiB = 1024.0;
+#endif
+  return static_cast<double>(usage.ru_maxrss) / unitsInMiB;
 }
 
 /// Everything that draws, with a clock that moves one 60 Hz frame at a time.

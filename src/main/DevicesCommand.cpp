@@ -1,9 +1,9 @@
 #include <QCommandLineParser>
 #include <cstdio>
 
-#include "gpu/vulkan/VulkanFactory.h"
 #include "main/Command.h"
 #include "main/Commands.h"
+#include "main/GpuSetup.h"
 #include "render/RendererError.h"
 
 namespace veloria {
@@ -11,12 +11,9 @@ namespace veloria {
 int runDevices(const QStringList& arguments) {
   QCommandLineParser parser;
   if (!parseArguments(parser, "veloria devices", arguments, 0)) return done;
-  const auto devices = gpu::vulkan::listDevices();
-  if (devices.empty()) throw RendererError::noDevice();
-  for (const auto& device : devices) {
-    std::printf("%u  %-10s %s%s\n", device.index, gpu::vulkan::deviceTypeName(device.type), device.name.c_str(),
-                device.usable ? "" : "  (can't be used: it lacks something that Veloria needs)");
-  }
+  const auto lines = deviceLines();
+  if (lines.empty()) throw RendererError::noDevice();
+  for (const auto& line : lines) std::printf("%s\n", line.c_str());
   return done;
 }
 

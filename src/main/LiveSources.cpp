@@ -1,7 +1,5 @@
 #include "main/LiveSources.h"
 
-#include <QCoreApplication>
-#include <QMetaObject>
 #include <filesystem>
 #include <memory>
 #include <utility>
@@ -9,7 +7,6 @@
 #include "main/Command.h"
 #include "platform/posix/files/UserFolders.h"
 #include "platform/qt/http/WeatherAddress.h"
-#include "platform/linux/pulse/PulseAudioTap.h"
 #include "render/WallpaperPalette.h"
 
 namespace veloria {
@@ -29,32 +26,23 @@ std::string weatherUrl(const Environment& environment) {
   return *std::move(url);
 }
 
-void postToMain(std::function<void()> action) {
-  if (auto* application = QCoreApplication::instance()) {
-    QMetaObject::invokeMethod(application, std::move(action), Qt::QueuedConnection);
-  }
-}
-
 }  // namespace
 
-LiveSources::LiveSources(const Environment& environment, ScreenProvider& screens)
-    : environment_(environment),
-      screens_(screens),
-      weatherUrl_(weatherUrl(environment)),
-      picture_(environment, postToMain) {}
+LiveSources::LiveSources(const Environment& environment, Ports ports)
+    : environment_(environment), ports_(std::move(ports)), weatherUrl_(weatherUrl(environment)) {}
 
 void LiveSources::addTo(SceneDriver::Ports& ports) {
   ports.agentStateFile = stateFile(environment_);
-  ports.makeAudioSource = [] { return std::make_unique<AudioSource>(std::make_unique<PulseAudioTap>()); };
+  ports.makeAudioSource = [make = ports_.makeAudioTap] { return std::make_unique<AudioSource>(make()); };
   ports.weather.http = &http_;
   ports.weather.baseUrl = weatherUrl_;
   ports.sampleWallpaper = [this](const auto& done) { sampleWallpaper(done); };
 }
 
 void LiveSources::sampleWallpaper(const std::function<void(std::optional<Palette>)>& done) {
-  const auto screens = screens_.screens();
+  const auto screens = ports_.screens->screens();
   if (screens.empty()) return;
-  picture_.thumbnail(screens.front(), [done](const std::optional<DesktopPicture::Pixels>& pixels) {
+  ports_.picture->thumbnail(screens.front(), [done](const std::optional<DesktopPicture::Pixels>& pixels) {
     done(pixels ? wallpaperPalette(*pixels) : std::nullopt);
   });
 }

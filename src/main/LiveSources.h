@@ -1,10 +1,14 @@
 #pragma once
 
+#include <functional>
+#include <memory>
+
 #include "base/Environment.h"
 #include "platform/qt/http/QtHttpFetcher.h"
-#include "platform/linux/wallpaper/LinuxDesktopPicture.h"
+#include "render/DesktopPicture.h"
 #include "render/ScreenProvider.h"
 #include "scene/SceneDriver.h"
+#include "sources/AudioTap.h"
 
 namespace veloria {
 
@@ -12,8 +16,15 @@ namespace veloria {
 /// thread; outlives the driver.
 class LiveSources {
  public:
-  /// Throws UsageError when NIMBRA_WEATHER_URL is no address that may be asked. `screens` outlives this.
-  LiveSources(const Environment& environment, ScreenProvider& screens);
+  /// The system's side of it; what the pointers point to must outlive this.
+  struct Ports {
+    ScreenProvider* screens = nullptr;
+    DesktopPicture* picture = nullptr;
+    std::function<std::unique_ptr<AudioTap>()> makeAudioTap;
+  };
+
+  /// Throws UsageError when NIMBRA_WEATHER_URL is no address that may be asked.
+  LiveSources(const Environment& environment, Ports ports);
 
   /// Fills in what belongs to the sources.
   void addTo(SceneDriver::Ports& ports);
@@ -22,10 +33,9 @@ class LiveSources {
   void sampleWallpaper(const std::function<void(std::optional<Palette>)>& done);
 
   Environment environment_;
-  ScreenProvider& screens_;
+  Ports ports_;
   std::string weatherUrl_;
   QtHttpFetcher http_;
-  LinuxDesktopPicture picture_;
 };
 
 }  // namespace veloria

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "base/FileTime.h"
 #include "base/Files.h"
 #include "base/StrictJson.h"
 #include "main/Arguments.h"
@@ -18,10 +19,10 @@
 #include "main/Commands.h"
 #include "main/ConfigOptions.h"
 #include "main/GpuSetup.h"
-#include "render/OffscreenTarget.h"
 #include "main/Pictures.h"
 #include "main/VirtualDriver.h"
 #include "render/NimbraRenderer.h"
+#include "render/OffscreenTarget.h"
 #include "render/ScreenGeometry.h"
 #include "scene/AgentSource.h"
 
@@ -127,8 +128,8 @@ VirtualState stateFrom(const std::string& path) {
   if (!readAgentState(*bytes)) throw WorkError(path + ": this is not one JSON object");
   struct stat attributes {};
   if (::stat(path.c_str(), &attributes) != 0) throw WorkError(path + ": its time can't be read");
-  return {path,
-          static_cast<double>(attributes.st_mtim.tv_sec) + 1e-9 * static_cast<double>(attributes.st_mtim.tv_nsec)};
+  const timespec modified = modificationTime(attributes);
+  return {path, static_cast<double>(modified.tv_sec) + 1e-9 * static_cast<double>(modified.tv_nsec)};
 }
 
 std::vector<std::uint8_t> groundFrom(const std::string& text, gpu::Size size) {

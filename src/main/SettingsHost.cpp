@@ -72,7 +72,7 @@ class SettingsHost::Window {
 
   void addLook() {
     SettingsEditor& editor = host_.editor_;
-    add(SettingTab::look, "Presets", "looks", [&, this] { return new PresetGallery(editor, studio_.pictures); });
+    add(SettingTab::look, "Looks", "presets", [&, this] { return new PresetGallery(editor, studio_.pictures); });
     add(SettingTab::look, "Palette", "colours gradient wallpaper", [&] { return new PaletteGallery(editor); });
     add(SettingTab::look, "Your own palette", "custom colours hex", [&] { return new PaletteEditor(editor); });
     add(SettingTab::look, "Glass compensation", "clear tinted", [&] { return new GlassCard(editor); });
@@ -80,28 +80,30 @@ class SettingsHost::Window {
 
   void addBarAndPointer() {
     add(
-        SettingTab::bar, "", "", [this] { return ReadoutCard::makeNotch(ticker_); }, "Camera housing");
-    add(SettingTab::pointer, "", "", [this] { return ReadoutCard::makePointer(ticker_); });
+        SettingTab::bar, "", "", [this] { return ReadoutCard::makeNotch(ticker_, &window_); }, "Camera housing");
+    add(SettingTab::pointer, "", "", [this] { return ReadoutCard::makePointer(ticker_, &window_); });
   }
 
   void addDrive() {
     SettingsEditor& editor = host_.editor_;
-    add(SettingTab::drive, "What drives it", "mode visualizer music agent weather wind script",
+    add(SettingTab::drive, "What drives the band", "mode visualizer music agent weather wind script",
         [&] { return new DriveModeChooser(editor); });
-    add(SettingTab::drive, "Sound", "audio music", [this] { return ReadoutCard::makeAudio(ticker_); });
-    add(SettingTab::drive, "Weather now", "temperature wind", [this] { return ReadoutCard::makeWeather(ticker_); });
-    add(SettingTab::drive, "Coding agents", "nimbra state file", [] { return new AgentCard; });
-    add(SettingTab::drive, "Your own script", "scene language editor",
+    add(SettingTab::drive, "Sound", "audio music", [this] { return ReadoutCard::makeAudio(ticker_, &window_); });
+    add(SettingTab::drive, "Weather now", "temperature wind",
+        [this] { return ReadoutCard::makeWeather(ticker_, &window_); });
+    add(SettingTab::drive, "Agents and shells", "coding agents nimbra state file", [] { return new AgentCard; });
+    add(SettingTab::drive, "Your script", "scene language editor",
         [&, this] { return new ScriptCard(editor, host_.draft_); });
   }
 
   void addSystem() {
     Ports& ports = host_.ports_;
-    add(SettingTab::system, "Status", "fps gpu dark why paused", [this] { return ReadoutCard::makeStatus(ticker_); });
-    add(SettingTab::system, "Start at login", "autostart", [&] { return new LoginItemCard(ports.loginItem); });
+    add(SettingTab::system, "Status", "fps gpu dark why paused",
+        [this] { return ReadoutCard::makeStatus(ticker_, &window_); });
+    add(SettingTab::system, "Start", "login autostart", [&] { return new LoginItemCard(ports.loginItem); });
     add(SettingTab::system, "The nimbra command", "command line shell path",
         [&] { return new CommandLineCard(ports.commandLine, packageCommand); });
-    add(SettingTab::system, "The desktop's own settings", "transparency contrast",
+    add(SettingTab::system, "What the system does to the band", "transparency contrast",
         [&, this] { return new SystemFactsCard(ports.systemFacts, ticker_); });
   }
 
@@ -146,6 +148,10 @@ void SettingsHost::show(const std::optional<Rect>& place) {
 
 void SettingsHost::close() {
   if (window_) window_->widget().close();
+}
+
+QWidget& SettingsHost::embeddable() {
+  return window(false).widget();
 }
 
 /// A click on the icon takes the focus from a popover, which closes by itself before the click is told.

@@ -13,6 +13,8 @@
 #include "ui/SettingsEditor.h"
 #include "ui/SystemFactsCard.h"
 
+class QWidget;
+
 namespace veloria {
 
 /// The settings window of the running application: made when it is first asked for, then kept. Main thread, with a
@@ -38,6 +40,10 @@ class SettingsHost final : public SettingsPresenter {
   void show(const std::optional<Rect>& place) override;
   void close() override;
   bool isShown() const override;
+
+  /// The window, made when it is first asked for, for a platform that shows it inside something of its own instead of
+  /// calling show(). It stays this object's.
+  QWidget& embeddable();
 
  private:
   struct Studio;

@@ -1,7 +1,5 @@
 #include "main/SystemServices.h"
 
-#include <utility>
-
 #include "platform/posix/files/UserFolders.h"
 
 namespace veloria {
@@ -14,19 +12,21 @@ std::string problemOf(const Result<Done>& result) {
 
 }  // namespace
 
-SystemServices::SystemServices(const Environment& environment, const std::filesystem::path& program,
-                               TimerFactory& timers, std::function<bool()> transparencyReduced)
-    : system_({.environment = environment, .transparencyReduced = std::move(transparencyReduced)}),
-      state_(system_, timers),
-      tool_(commandLine_, environment,
-            {.command = commandBeside(program), .home = homeFolder(environment).value_or("")}),
-      autostart_(environment, program),
-      loginItem_(autostart_) {}
+SystemServices::SystemServices(const Environment& environment, const Ports& ports)
+    : state_(*ports.system, *ports.timers),
+      tool_(commandLine_, environment, {.command = ports.command, .home = homeFolder(environment).value_or("")}),
+      loginItem_(*ports.loginItem) {}
 
 CommandLinePorts SystemServices::commandLinePorts() {
-  return {.look = [this] { return tool_.look(); },
-          .install = [this] { tool_.install(); },
-          .uninstall = [this] { tool_.uninstall(); }};
+  const auto alone = [this](auto action) {
+    return [this, action] {
+      const std::scoped_lock lock(toolLock_);
+      return action(tool_);
+    };
+  };
+  return {.look = alone([](CommandLineTool& tool) { return tool.look(); }),
+          .install = alone([](CommandLineTool& tool) { tool.install(); }),
+          .uninstall = alone([](CommandLineTool& tool) { tool.uninstall(); })};
 }
 
 LoginItemPorts SystemServices::loginItemPorts() {

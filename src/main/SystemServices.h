@@ -1,13 +1,11 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
+#include <mutex>
 
 #include "base/Environment.h"
 #include "base/Timer.h"
-#include "platform/linux/system/AutostartLoginItem.h"
 #include "platform/posix/process/PosixCommandLine.h"
-#include "platform/linux/system/LinuxSystem.h"
 #include "system/CommandLineTool.h"
 #include "system/LoginItem.h"
 #include "system/SystemState.h"
@@ -22,9 +20,15 @@ namespace veloria {
 /// command.
 class SystemServices {
  public:
-  /// `program` is this executable, absolute. `transparencyReduced` as in LinuxSystem.
-  SystemServices(const Environment& environment, const std::filesystem::path& program, TimerFactory& timers,
-                 std::function<bool()> transparencyReduced);
+  /// The system's side of it; what the pointers point to must outlive this.
+  struct Ports {
+    SystemPort* system = nullptr;
+    LoginItemPort* loginItem = nullptr;
+    TimerFactory* timers = nullptr;
+    std::filesystem::path command;  ///< this program's own nimbra, absolute
+  };
+
+  SystemServices(const Environment& environment, const Ports& ports);
 
   SystemState& state() { return state_; }
   CommandLinePorts commandLinePorts();
@@ -32,11 +36,10 @@ class SystemServices {
   SystemFactsPorts systemFactsPorts();
 
  private:
-  LinuxSystem system_;
   SystemState state_;
   PosixCommandLine commandLine_;
+  std::mutex toolLock_;  // a card that is gone may still be asking when the next one does
   CommandLineTool tool_;
-  AutostartLoginItem autostart_;
   LoginItem loginItem_;
 };
 

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/FileTime.h"
 #include "base/Files.h"
 #include "base/StrictJson.h"
 
@@ -80,11 +81,7 @@ void AgentSource::poll(double now) {
 std::optional<AgentSource::Version> AgentSource::currentVersion() const {
   struct stat attributes {};
   if (file_.empty() || ::stat(file_.c_str(), &attributes) != 0) return std::nullopt;
-#ifdef __APPLE__
-  const timespec modified = attributes.st_mtimespec;
-#else
-  const timespec modified = attributes.st_mtim;
-#endif
+  const timespec modified = modificationTime(attributes);
   return Version{modified.tv_sec, modified.tv_nsec, attributes.st_ino, attributes.st_size};
 }
 

@@ -52,6 +52,10 @@ PaletteEditor::PaletteEditor(SettingsEditor& editor, QWidget* parent)
   subscription_ = editor_.subscribe([this](const NimbraConfig& config) { showRecord(config); });
 }
 
+PaletteEditor::~PaletteEditor() {
+  for (const Stop& stop : stops_) stop.hex->disconnect(this);  // one loses the focus after this is gone
+}
+
 QWidget* PaletteEditor::makeStop(std::size_t index) {
   auto* box = new QWidget(this);
   auto* row = new QHBoxLayout(box);

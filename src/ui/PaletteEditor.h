@@ -17,6 +17,7 @@ class PaletteEditor : public Card {
  public:
   /// The editor must outlive it.
   explicit PaletteEditor(SettingsEditor& editor, QWidget* parent = nullptr);
+  ~PaletteEditor() override;
 
  private:
   static constexpr std::size_t stopCount = 4;

@@ -4,7 +4,6 @@
 
 #include "ui/QtText.h"
 #include "ui/TileLayout.h"
-#include "ui/VisibilityWatch.h"
 
 namespace veloria {
 
@@ -20,7 +19,10 @@ Palette paletteOf(const LookPreset& preset) {
 }  // namespace
 
 PresetGallery::PresetGallery(SettingsEditor& editor, PresetPictures& pictures, QWidget* parent)
-    : Card(tr("Looks"), parent), editor_(editor), pictures_(pictures) {
+    : Card(tr("Looks"), parent),
+      editor_(editor),
+      pictures_(pictures),
+      watch_(this, [this](bool seen) { setSeen(seen); }) {
   auto* tiles = new QWidget(this);
   auto* layout = new TileLayout(TileLayout::Width::fill, tiles);
   for (int i = 0; i < static_cast<int>(LookPreset::all().size()); ++i) {
@@ -31,14 +33,15 @@ PresetGallery::PresetGallery(SettingsEditor& editor, PresetPictures& pictures, Q
   connect(&pictures_, &PresetPictures::drawn, this,
           [this](int preset) { tiles_.at(static_cast<std::size_t>(preset))->setPicture(pictures_.picture(preset)); });
   subscription_ = editor_.subscribe([this](const NimbraConfig& config) { mark(config); });
-  new VisibilityWatch(this, [this](bool seen) {
-    seen_ = seen;
-    seen ? pictures_.draw() : pictures_.pause();
-  });
 }
 
 PresetGallery::~PresetGallery() {
-  if (seen_) pictures_.pause();
+  if (watch_.seen()) pictures_.pause();
+}
+
+void PresetGallery::setSeen(bool seen) {
+  if (seen) return pictures_.draw();
+  pictures_.pause();
 }
 
 Tile* PresetGallery::makeTile(int preset, QWidget* parent) {

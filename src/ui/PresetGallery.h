@@ -6,6 +6,7 @@
 #include "ui/PresetPictures.h"
 #include "ui/SettingsEditor.h"
 #include "ui/Tile.h"
+#include "ui/VisibilityWatch.h"
 
 namespace veloria {
 
@@ -22,12 +23,13 @@ class PresetGallery : public Card {
  private:
   Tile* makeTile(int preset, QWidget* parent);
   void mark(const NimbraConfig& config);
+  void setSeen(bool seen);
 
   SettingsEditor& editor_;
   PresetPictures& pictures_;
-  bool seen_ = false;
   std::vector<Tile*> tiles_;
   Subscription subscription_;
+  VisibilityWatch watch_;
 };
 
 }  // namespace veloria

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "ui/Swatch.h"
-#include "ui/VisibilityWatch.h"
 
 namespace veloria {
 
@@ -28,7 +27,10 @@ QSize previewPixels(QSize points, double ratio) {
 }
 
 PreviewStrip::PreviewStrip(PreviewPainter& painter, std::function<NimbraConfig()> config, QWidget* parent)
-    : QWidget(parent), painter_(painter), config_(std::move(config)) {
+    : QWidget(parent),
+      painter_(painter),
+      config_(std::move(config)),
+      watch_(this, [this](bool seen) { setRunning(seen); }) {
   setFixedHeight(heightPoints);
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
   setAccessibleName(tr("Preview"));
@@ -39,7 +41,6 @@ PreviewStrip::PreviewStrip(PreviewPainter& painter, std::function<NimbraConfig()
   connect(&settling_, &QTimer::timeout, this, [this] { pixels_ = wantedPixels(); });
   connect(&painter_, &PreviewPainter::frameDrawn, this, &PreviewStrip::showPicture);
   connect(&painter_, &PreviewPainter::failed, this, &PreviewStrip::showFailure);
-  new VisibilityWatch(this, [this](bool seen) { setRunning(seen); });
 }
 
 PreviewStrip::~PreviewStrip() {

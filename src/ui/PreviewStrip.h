@@ -7,6 +7,7 @@
 
 #include "settings/NimbraConfig.h"
 #include "ui/PreviewPainter.h"
+#include "ui/VisibilityWatch.h"
 
 namespace veloria {
 
@@ -19,7 +20,8 @@ class PreviewStrip : public QWidget {
   static constexpr int heightPoints = 48;
   /// Frames are no larger than this, in pixels, and enlarged where there is more room: light is soft.
   static constexpr QSize maximumPixels{400, 48};
-  static constexpr int intervalMs = 66;
+  /// A longer one would show everything slower than it is: the renderer moves on by 50 ms at most.
+  static constexpr int intervalMs = 50;
 
   /// `config` is asked on the main thread. The painter must outlive the strip.
   PreviewStrip(PreviewPainter& painter, std::function<NimbraConfig()> config, QWidget* parent = nullptr);
@@ -50,6 +52,7 @@ class PreviewStrip : public QWidget {
   QSize pixels_;
   QImage picture_;
   QString failure_;
+  VisibilityWatch watch_;
 };
 
 /// The pixels to draw for a strip of `points` on a screen with `ratio` pixels a point: its shape, within

@@ -2,16 +2,13 @@
 
 #include <utility>
 
-#include "ui/VisibilityWatch.h"
-
 namespace veloria {
 
-ReadoutTicker::ReadoutTicker(QWidget* window, ReadoutSource source) : QObject(window), source_(std::move(source)) {
+ReadoutTicker::ReadoutTicker(QWidget* window, ReadoutSource source)
+    : QObject(window), source_(std::move(source)), watch_(window, [this](bool seen) { setRunning(seen); }) {
   timer_.setInterval(intervalMs);
   timer_.setTimerType(Qt::CoarseTimer);
   connect(&timer_, &QTimer::timeout, this, &ReadoutTicker::ask);
-  const auto* watch = new VisibilityWatch(window, [this](bool seen) { setRunning(seen); });
-  connect(watch, &QObject::destroyed, &timer_, &QTimer::stop);
   if (window->isVisible()) setRunning(true);
 }
 

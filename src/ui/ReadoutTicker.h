@@ -5,6 +5,7 @@
 
 #include "base/Observable.h"
 #include "ui/Readouts.h"
+#include "ui/VisibilityWatch.h"
 
 namespace veloria {
 
@@ -29,6 +30,7 @@ class ReadoutTicker : public QObject {
   ReadoutSource source_;
   Observable<Readouts> last_{Readouts()};
   QTimer timer_;
+  VisibilityWatch watch_;
 };
 
 }  // namespace veloria

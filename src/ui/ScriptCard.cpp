@@ -70,7 +70,10 @@ ScriptCard::ScriptCard(SettingsEditor& editor, ScriptDraft& draft, QWidget* pare
   subscription_ = editor_.subscribe([this](const NimbraConfig& config) { showRecord(config); });
 }
 
-ScriptCard::~ScriptCard() = default;
+ScriptCard::~ScriptCard() {
+  text_->disconnect(this);  // it loses the focus after this is gone
+  settle();
+}
 
 void ScriptCard::build() {
   checkTimer_.setSingleShot(true);

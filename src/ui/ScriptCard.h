@@ -29,6 +29,7 @@ class ScriptCard : public Card {
 
   /// Both must outlive it.
   ScriptCard(SettingsEditor& editor, ScriptDraft& draft, QWidget* parent = nullptr);
+  /// Stores what is right and not stored yet.
   ~ScriptCard() override;
 
  protected:

@@ -6,7 +6,7 @@
 namespace veloria {
 
 VisibilityWatch::VisibilityWatch(QWidget* watched, std::function<void(bool seen)> changed)
-    : QObject(watched), watched_(watched), changed_(std::move(changed)) {
+    : watched_(watched), changed_(std::move(changed)) {
   watched->installEventFilter(this);
 }
 

@@ -11,7 +11,8 @@ class VisibilityWatch : public QObject {
   Q_OBJECT
 
  public:
-  /// Belongs to `watched`. `changed` is called on changes only, never from here.
+  /// `changed` is called on changes only, never from here, and never after this is gone: an owner that derives from
+  /// the watched widget holds it as a member, for a widget is hidden once more while it is destroyed.
   VisibilityWatch(QWidget* watched, std::function<void(bool seen)> changed);
 
   bool seen() const { return seen_; }

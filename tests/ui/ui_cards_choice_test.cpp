@@ -151,6 +151,15 @@ TEST_F(ChoiceTest, whatIsNoColourChangesNothingAndIsExplained) {
   EXPECT_FALSE(sentences(card).contains("six digits"));
 }
 
+TEST_F(ChoiceTest, aPaletteEditorMayGoWhileAFieldHasTheFocus) {
+  auto card = std::make_unique<PaletteEditor>(editor_);
+  card->show();
+  QApplication::setActiveWindow(card.get());
+  type(child<QLineEdit>(*card, "hex1"), "#12");
+  card.reset();
+  EXPECT_EQ(config(), NimbraConfig());
+}
+
 TEST_F(ChoiceTest, theColourDialogIsFollowedWhileItIsOpen) {
   PaletteEditor card(editor_);
   card.show();

@@ -73,8 +73,8 @@ class CardLayoutTest : public CardsFixture {
 
   using Maker = std::function<QWidget*(QWidget*)>;
   std::vector<std::pair<std::string, Maker>> cards() {
-    const auto commands = [this](const CommandLineToolState& view) {
-      return [this, &view](QWidget* p) {
+    const auto commands = [](const CommandLineToolState& view) {
+      return [&view](QWidget* p) {
         return new CommandLineCard({[&view] { return view; }, [] {}, [] {}}, "get it from a package", p);
       };
     };

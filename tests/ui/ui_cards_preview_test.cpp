@@ -245,11 +245,12 @@ TEST_F(PreviewTest, withoutAGpuThereIsASentenceAndOneAttemptEachTime) {
        }}};
   for (const auto& [name, way] : ways) {
     SCOPED_TRACE(name);
+    const PreviewGpuFactory& make = way;
     std::atomic<int> attempts = 0;
     std::atomic<bool> mended = false;
     PreviewPainter painter([&] {
       ++attempts;
-      return mended ? makeGpu() : way();
+      return mended ? makeGpu() : make();
     });
     int failures = 0;
     QObject::connect(&painter, &PreviewPainter::failed, &context_, [&] { ++failures; });

@@ -127,7 +127,8 @@ TEST_F(CommandLineTest, showsWhatWentWrong) {
   EXPECT_TRUE(runUntil([&] { return sentences(card).contains("does not resolve"); }));
   EXPECT_TRUE(install.isEnabled()) << "to be tried again";
 
-  CommandLineCard blind({[&]() -> CommandLineToolState { throw std::runtime_error("the shell is broken"); }, {}, {}}, "");
+  CommandLineCard blind({[&]() -> CommandLineToolState { throw std::runtime_error("the shell is broken"); }, {}, {}},
+                        "");
   blind.show();
   EXPECT_TRUE(runUntil([&] { return sentences(blind).contains("the shell is broken"); }));
 }

@@ -6,8 +6,8 @@ namespace {
 
 std::string withAdvice(const char* sentence) {
   return std::string(sentence) +
-         " To paint the light over it, start it as: NIMBRA_LAYER=aboveMenuBar veloria. Or let the light "
-         "reach below it with the setting extraHeight.";
+         " In the settings (start veloria again to open them), under Bar, choose a layer above the panel, or a "
+         "bleed below it.";
 }
 
 }  // namespace
