@@ -17,6 +17,7 @@
 #include "main/Command.h"
 #include "main/Commands.h"
 #include "main/Desktop.h"
+#include "main/DesktopChoice.h"
 #include "main/GpuSetup.h"
 #include "main/LiveSources.h"
 #include "main/RunningApplication.h"
@@ -74,10 +75,12 @@ int greetTheOther() {
 /// Where Qt shows the settings and the icon. The display is opened once more for the band itself, and what is wrong
 /// with it is said there, so where Qt finds none it goes on without.
 void choosePlatform(const Environment& environment) {
-  if (environment("QT_QPA_PLATFORM")) return;
+  const auto names = [&](const char* variable) { return !environment(variable).value_or("").empty(); };
+  if (names("QT_QPA_PLATFORM")) return;
+  if (!names("DISPLAY") && !names("WAYLAND_DISPLAY")) throw WorkError(chooseDesktop({}).problem);
   std::string platforms = "offscreen";
-  if (environment("DISPLAY")) platforms = "xcb;" + platforms;
-  if (environment("WAYLAND_DISPLAY")) platforms = "wayland;" + platforms;
+  if (names("DISPLAY")) platforms = "xcb;" + platforms;
+  if (names("WAYLAND_DISPLAY")) platforms = "wayland;" + platforms;
   qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(platforms));
   if (!NimbraLog::enabled()) qputenv("QT_LOGGING_RULES", "qt.qpa.*=false");
 }
