@@ -72,6 +72,11 @@ int greetTheOther() {
   return done;
 }
 
+/// What Qt has to say about displays is said by the band's own connection to them, in one line.
+void keepQtQuiet(QtMsgType, const QMessageLogContext&, const QString& message) {
+  NimbraLog::debug(message.toStdString());
+}
+
 /// Where Qt shows the settings and the icon. The display is opened once more for the band itself, and what is wrong
 /// with it is said there, so where Qt finds none it goes on without.
 void choosePlatform(const Environment& environment) {
@@ -82,7 +87,6 @@ void choosePlatform(const Environment& environment) {
   if (names("DISPLAY")) platforms = "xcb;" + platforms;
   if (names("WAYLAND_DISPLAY")) platforms = "wayland;" + platforms;
   qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(platforms));
-  if (!NimbraLog::enabled()) qputenv("QT_LOGGING_RULES", "qt.qpa.*=false");
 }
 
 std::unique_ptr<LocalServer> listenForQuestions(const std::filesystem::path& path, TimerFactory& timers,
@@ -103,6 +107,7 @@ int runApplication(int& argc, char** argv) {
   const Instance instance = becomeTheOne(socketPath);
   if (instance.otherRuns) return greetTheOther();
   choosePlatform(environment);
+  qInstallMessageHandler(keepQtQuiet);
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName("veloria");
