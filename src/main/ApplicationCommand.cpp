@@ -110,7 +110,7 @@ int runApplication(int& argc, char** argv) {
   qInstallMessageHandler(keepQtQuiet);
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
-  QGuiApplication::setDesktopFileName("veloria");
+  QGuiApplication::setDesktopFileName("com.tollmere.Veloria");
   QGuiApplication::setWindowIcon(QIcon::fromTheme("veloria"));
   QtTimerFactory timers;
   const auto desktop = openDesktop(environment, watchDescriptor, timers);
