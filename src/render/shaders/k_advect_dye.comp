@@ -60,7 +60,7 @@ vec3 colourAt(vec2 p, float height) {
   float spread = clamp(sim.paletteSpread, 0.0, 16.0);
   Phase phase = phaseOf(0.03, sim.time);
   float along = smoothstep(0.12, 0.96, noise(p.x * 0.26 * max(spread, 0.05), phase, 0x1f83d9u));
-  float x = 0.03 + height * 0.22 + along * along * 0.57 * min(spread, 3.0);
+  float x = 0.03 + height * 0.22 + along * along * along * 0.64 * min(spread, 3.0);
   return gradient(x, linearOf(vec3(sim.palette0r, sim.palette0g, sim.palette0b)),
                   linearOf(vec3(sim.palette1r, sim.palette1g, sim.palette1b)),
                   linearOf(vec3(sim.palette2r, sim.palette2g, sim.palette2b)),
