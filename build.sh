@@ -1,19 +1,40 @@
 #!/usr/bin/env bash
 # Compiles the shader library: every GPU function of src/render/shaders into one module with named entry points.
 # usage: ./build.sh [FOLDER]        writes FOLDER/default.spv and, on macOS, FOLDER/default.metallib
+#        ./build.sh --app [FOLDER]  macOS: builds the programs too, and makes FOLDER/Veloria.app
 #        ./build.sh --msl FOLDER    writes the Metal source of every function, FOLDER/<function>.metal
-# The folder is build/ when none is named.
+# The folder is build/ when none is named. On macOS ./build.sh alone is ./build.sh --app.
 set -euo pipefail
 top=$(cd "$(dirname "$0")" && pwd)
 shaders=$top/src/render/shaders
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-metalSource=false
-if [ "${1:-}" = --msl ]; then metalSource=true; shift; fi
-out=${1:-$top/build}
 onMac=false
 [ "$(uname)" != Darwin ] || onMac=true
+metalSource=false
+app=false
+case ${1:-} in
+  --msl) metalSource=true; shift ;;
+  --app) app=true; shift ;;
+  '') app=$onMac ;;
+esac
+out=${1:-$top/build}
+
+# CMake calls this script again for the shader library.
+makeApp() {
+  local release=$top/build/release
+  (cd "$top" && cmake --preset release "-DCMAKE_PREFIX_PATH=$(packaging/macos/prefixes)")
+  cmake --build "$release" --target veloria nimbra shaders
+  "$top/packaging/macos/make-bundle" "$release" "$out/Veloria.app"
+  cp "$release/default.metallib" "$out/default.metallib"
+}
+
+if $app; then
+  $onMac || { echo "build.sh: an application bundle can be made on macOS only" >&2; exit 1; }
+  makeApp
+  exit
+fi
 
 tools=(glslangValidator spirv-link spirv-val)
 if $metalSource || $onMac; then tools+=(spirv-cross); fi
