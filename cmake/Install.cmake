@@ -1,5 +1,8 @@
 # Where everything goes: `cmake --install build/release --prefix P`. The program looks for its shader library in
 # ../share/veloria from where it stands, so the folder P can be moved as a whole.
+if(APPLE)
+  return()  # ./build.sh makes an application bundle there
+endif()
 include(GNUInstallDirs)
 set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -17,7 +20,7 @@ foreach(program veloria nimbra)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endforeach()
 
-install(FILES ${packaging}/veloria.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES ${packaging}/com.tollmere.Veloria.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${packaging}/com.tollmere.Veloria.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(DIRECTORY ${packaging}/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/icons)
 # systemd knows no other folder than lib for this, whatever the libraries' folder is called.

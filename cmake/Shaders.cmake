@@ -1,5 +1,9 @@
 # The shader library: build.sh is the one place that knows how it is made.
-set(VELORIA_SHADER_LIBRARY ${CMAKE_BINARY_DIR}/default.spv)
+if(APPLE)
+  set(VELORIA_SHADER_LIBRARY ${CMAKE_BINARY_DIR}/default.metallib)
+else()
+  set(VELORIA_SHADER_LIBRARY ${CMAKE_BINARY_DIR}/default.spv)
+endif()
 file(GLOB shader_sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/render/shaders/*)
 add_custom_command(
   OUTPUT ${VELORIA_SHADER_LIBRARY}

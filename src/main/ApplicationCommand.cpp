@@ -15,6 +15,7 @@
 #include "main/Command.h"
 #include "main/Commands.h"
 #include "main/Desktop.h"
+#include "main/DesktopChoice.h"
 #include "main/GpuSetup.h"
 #include "main/LiveSources.h"
 #include "main/SettingsHost.h"
@@ -44,15 +45,21 @@ namespace veloria {
 
 namespace {
 
+/// What Qt has to say about displays is said by the band's own connection to them, in one line.
+void keepQtQuiet(QtMsgType, const QMessageLogContext&, const QString& message) {
+  NimbraLog::debug(message.toStdString());
+}
+
 /// Where Qt shows the settings and the icon. The display is opened once more for the band itself, and what is wrong
 /// with it is said there, so where Qt finds none it goes on without.
 void choosePlatform(const Environment& environment) {
-  if (environment("QT_QPA_PLATFORM")) return;
+  const auto names = [&](const char* variable) { return !environment(variable).value_or("").empty(); };
+  if (names("QT_QPA_PLATFORM")) return;
+  if (!names("DISPLAY") && !names("WAYLAND_DISPLAY")) throw WorkError(chooseDesktop({}).problem);
   std::string platforms = "offscreen";
-  if (environment("DISPLAY")) platforms = "xcb;" + platforms;
-  if (environment("WAYLAND_DISPLAY")) platforms = "wayland;" + platforms;
+  if (names("DISPLAY")) platforms = "xcb;" + platforms;
+  if (names("WAYLAND_DISPLAY")) platforms = "wayland;" + platforms;
   qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(platforms));
-  if (!NimbraLog::enabled()) qputenv("QT_LOGGING_RULES", "qt.qpa.*=false");
 }
 
 void postToMain(std::function<void()> action) {
@@ -68,9 +75,10 @@ int runApplication(int& argc, char** argv) {
   const SingleInstance instance(environment);
   if (instance.otherRuns()) return instance.greetTheOther();
   choosePlatform(environment);
+  qInstallMessageHandler(keepQtQuiet);
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
-  QGuiApplication::setDesktopFileName("veloria");
+  QGuiApplication::setDesktopFileName("com.tollmere.Veloria");
   QGuiApplication::setWindowIcon(QIcon::fromTheme("veloria"));
   QtTimerFactory timers;
   const auto desktop = openDesktop(environment, watchDescriptor, timers);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "settings/SettingsCodec.h"
 
@@ -41,6 +42,15 @@ void EndToEnd::startVeloria(const std::function<void(NimbraConfig&)>& edit,
 
 bool EndToEnd::waitForLight(const Region& region, double share) {
   return desktop_->waitUntil([&] { return litShare(desktop_->screenshot(), region) > share; }, 30);
+}
+
+std::string EndToEnd::complaints() const {
+  std::istringstream output(veloria_->output());
+  std::string rest;
+  for (std::string line; std::getline(output, line);) {
+    if (line.find("shows no status icons") == std::string::npos) rest += line + '\n';
+  }
+  return rest;
 }
 
 std::size_t EndToEnd::bands() const {

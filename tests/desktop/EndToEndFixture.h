@@ -30,6 +30,8 @@ class EndToEnd : public testing::Test {
                     const std::map<std::string, std::string>& environment = {});
   bool waitForLight(const Region& region, double share = 0.1);
   std::size_t bands() const;
+  /// What the program has written, but for the line that no panel of these tests shows status icons.
+  std::string complaints() const;
   double residentMiB() const;
   /// Runs another program of this user to its end.
   tests::ProcessResult runBeside(const std::string& program, const std::vector<std::string>& arguments) const;

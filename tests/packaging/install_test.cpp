@@ -85,7 +85,8 @@ TEST_F(InstallTest, EverythingIsInItsPlace) {
 }
 
 TEST_F(InstallTest, DesktopEntryAndMetadataAreValid) {
-  const ProcessResult entry = tool({"desktop-file-validate", installed("share/applications/veloria.desktop")});
+  const ProcessResult entry =
+      tool({"desktop-file-validate", installed("share/applications/com.tollmere.Veloria.desktop")});
   EXPECT_EQ(entry.exitCode, 0);
   EXPECT_EQ(entry.output + entry.errors, "");
   const ProcessResult metadata =

@@ -79,9 +79,9 @@ void main() {
   float sharp = clamp(params.raySharpness, 0.05, 16.0);
   // A thin bright core in a wide soft skirt.
   float comb = rays(x);
-  float ray = 0.72 * pow(comb, sharp * 2.0) + 0.28 * pow(comb, sharp * 0.6);
-  float tip = noise(x * 0.5, phaseOf(min(abs(params.raySpeed) * 20.0, 64.0), params.time), 0xbb67aeu);
-  float reach = exp(-max(height - 0.15 - 0.55 * tip, 0.0) * 2.6);
+  float power = log2(max(comb, 1e-6)) * sharp;
+  float ray = 0.72 * exp2(power * 2.0) + 0.28 * exp2(power * 0.6);
+  float reach = exp(-max(height - 0.1 - 0.7 * comb, 0.0) * 2.6);
   // Sharper rays leave more of the band dark, so they are brighter.
   float combed = mix(1.0, (0.04 + (2.3 + 0.8 * min(sharp, 4.0)) * ray) * reach, clamp(params.rayIntensity, 0.0, 1.0));
 
