@@ -15,8 +15,9 @@ constexpr const char* alertTitle = "Veloria could not start";
 constexpr int maximumRecoveryAttempts = 20;
 /// Panels and compositors that start together with us need a moment before they can be looked at.
 constexpr double hintDelay = 2.0;
-/// How far around a window, in points, the pointer still counts as on it.
+/// How far around a window, in points, the pointer still counts as on it; further where it may stir from outside.
 constexpr double pointerMargin = 40;
+constexpr double widePointerMargin = 120;
 
 std::string noDeviceText() {
   return "This " + std::string(machineName) + " has no " + std::string(gpuSystemName) +
@@ -228,10 +229,11 @@ void AppDelegate::updatePointerInterest() {
 }
 
 void AppDelegate::distributePointer(const std::optional<Point>& point, Point velocity) {
+  const double margin = services_.settings->config().pointerOnlyInStrip ? pointerMargin : widePointerMargin;
   for (const auto& [number, window] : windows_) {
     const Rect& frame = window->geometry().windowFrame;
     PointerState& pointer = renderers_.at(number)->pointer;
-    if (point && frame.inset(-pointerMargin, -pointerMargin).contains(*point)) {
+    if (point && frame.inset(-margin, -margin).contains(*point)) {
       pointer = {Point{point->x - frame.minX(), frame.maxY() - point->y}, velocity, true};
     } else {
       pointer = {};

@@ -386,7 +386,7 @@ void SettingCatalogue::addPointer(Builder& builder) {
                   {0, 2}},
                  {FIELD(pointerOnlyInStrip),
                   QT_TR_NOOP("Only over the band"),
-                  QT_TR_NOOP("Pays no heed to the pointer elsewhere."),
+                  QT_TR_NOOP("Otherwise from further around it, too."),
                   QT_TR_NOOP("mouse cursor strip inside"),
                   {}}});
 }

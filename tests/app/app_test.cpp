@@ -391,6 +391,12 @@ TEST_F(AppTest, thePointerReachesTheBandsAroundIt) {
   EXPECT_TRUE(right.inside);
   EXPECT_EQ(right.local->x, 20);
   EXPECT_EQ(right.local->y, 65);
+  where = Point{1000, 950};  // beyond the margin, but not beyond the wide one
+  timers_.fire();
+  EXPECT_FALSE(left.inside);
+  change([](NimbraConfig& config) { config.pointerOnlyInStrip = false; });
+  timers_.fire();
+  EXPECT_TRUE(left.inside);
   where = Point{1000, 500};
   timers_.fire();
   EXPECT_FALSE(left.inside);
