@@ -14,6 +14,8 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "base/SocketCalls.h"
+
 namespace veloria::tests {
 
 namespace {
@@ -51,13 +53,13 @@ void drain(int descriptor, std::string& text, bool& open) {
 
 ProcessResult runProcess(const std::string& program, const std::vector<std::string>& arguments,
                          const std::string& folder, const std::vector<std::string>& environment, int seconds) {
-  std::array<int, 2> out{};
-  std::array<int, 2> err{};
-  if (pipe2(out.data(), O_CLOEXEC) != 0 || pipe2(err.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  auto out = makePipe(true);
+  auto err = makePipe(true);
+  if (!out || !err) throw std::runtime_error("no pipe");
   const pid_t child = fork();
-  if (child == 0) becomeProgram(program, arguments, folder, environment, out[1], err[1]);
-  close(out[1]);
-  close(err[1]);
+  if (child == 0) becomeProgram(program, arguments, folder, environment, out->writable.get(), err->writable.get());
+  out->writable.reset();
+  err->writable.reset();
 
   ProcessResult result;
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
@@ -69,13 +71,14 @@ ProcessResult runProcess(const std::string& program, const std::vector<std::stri
       result.errors += "[killed: took too long]";
       break;
     }
-    std::array<pollfd, 2> ready{pollfd{outOpen ? out[0] : -1, POLLIN, 0}, pollfd{errOpen ? err[0] : -1, POLLIN, 0}};
+    std::array<pollfd, 2> ready{pollfd{outOpen ? out->readable.get() : -1, POLLIN, 0},
+                                pollfd{errOpen ? err->readable.get() : -1, POLLIN, 0}};
     poll(ready.data(), ready.size(), 200);
-    if (ready[0].revents != 0) drain(out[0], result.output, outOpen);
-    if (ready[1].revents != 0) drain(err[0], result.errors, errOpen);
+    if (ready[0].revents != 0) drain(out->readable.get(), result.output, outOpen);
+    if (ready[1].revents != 0) drain(err->readable.get(), result.errors, errOpen);
   }
-  close(out[0]);
-  close(err[0]);
+  out.reset();
+  err.reset();
   int status = 0;
   waitpid(child, &status, 0);
   result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
