@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdint>
 
+#include "base/PlatformWords.h"
+
 namespace veloria::cli {
 
 namespace {
@@ -153,7 +155,9 @@ std::string generalHelp() {
          "  nimbra COMMAND --help               a command's options\n\n"
          "Each writer can have a session of its own (--session NAME) that may lapse (--ttl SECONDS); busy, ok and err\n"
          "are the largest of all sessions, and a failure outranks a success.\n\n"
-         "File: $XDG_DATA_HOME/Veloria/state.json, ~/.local/share/Veloria/state.json when that is not set.\n"
+         "File: " +
+         std::string(stateFilePlace) +
+         "\n"
          "Exit codes: 0 done, 1 failed, 2 wrong usage; 'run' has its command's.\n";
 }
 

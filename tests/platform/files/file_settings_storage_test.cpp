@@ -9,6 +9,7 @@
 #include <map>
 
 #include "base/StrictJson.h"
+#include "platform/posix/files/FolderRules.h"
 #include "platform/posix/files/OnceMark.h"
 #include "platform/posix/files/UserFolders.h"
 #include "settings/SettingsStore.h"
@@ -136,6 +137,16 @@ TEST(UserFoldersTest, FollowTheBaseDirectoryRules) {
   EXPECT_EQ(dataFolder(in({{"HOME", "/home/a"}})), "/home/a/.local/share/Veloria");
   EXPECT_EQ(configFolder(in({{"HOME", "relative"}})), configFolder(in({})));
   EXPECT_TRUE(configFolder(in({})).value_or("").is_absolute()) << "the user database knows a home";
+}
+
+TEST(UserFoldersTest, AMacHasOthersAndNoVariablesForThem) {
+  const Environment environment = [](std::string_view name) -> std::optional<std::string> {
+    return name == "HOME" ? "/Users/a" : "/elsewhere";
+  };
+  for (const FolderRule& rule : {macosFolders.config, macosFolders.data, macosFolders.state}) {
+    EXPECT_EQ(folderBy(rule, environment), "/Users/a/Library/Application Support/Veloria");
+  }
+  EXPECT_EQ(folderBy(macosFolders.cache, environment), "/Users/a/Library/Caches/Veloria");
 }
 
 TEST_F(FileSettingsStorageTest, AMarkIsRememberedWhereItCanBe) {
