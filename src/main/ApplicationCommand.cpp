@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QTimer>
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <memory>
@@ -45,9 +46,18 @@ namespace veloria {
 
 namespace {
 
-/// What Qt has to say about displays is said by the band's own connection to them, in one line.
-void keepQtQuiet(QtMsgType, const QMessageLogContext&, const QString& message) {
-  NimbraLog::debug(message.toStdString());
+/// The loss of the display ends the program with one line, whoever of the band's connection and Qt's notices it first.
+void tellLossOnce(const std::string& line) {
+  static std::atomic_flag told;
+  if (!told.test_and_set()) systemLog(line);
+}
+
+/// What else Qt has to say about displays is said by the band's own connection to them.
+void takeFromQt(QtMsgType, const QMessageLogContext&, const QString& message) {
+  const std::string text = message.toStdString();
+  const bool lost = text.starts_with("The Wayland connection ") || text.starts_with("The X11 connection ");
+  if (lost) return tellLossOnce("veloria: " + text);
+  NimbraLog::debug(text);
 }
 
 /// Where Qt shows the settings and the icon. The display is opened once more for the band itself, and what is wrong
@@ -75,7 +85,7 @@ int runApplication(int& argc, char** argv) {
   const SingleInstance instance(environment);
   if (instance.otherRuns()) return instance.greetTheOther();
   choosePlatform(environment);
-  qInstallMessageHandler(keepQtQuiet);
+  qInstallMessageHandler(takeFromQt);
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName("com.tollmere.Veloria");
@@ -138,7 +148,7 @@ int runApplication(int& argc, char** argv) {
           },
   });
   desktop->setBrokenHandler([&](const std::string& reason) {
-    systemLog("veloria: " + reason);
+    tellLossOnce("veloria: " + reason);
     exitCode = failed;
     QCoreApplication::exit(failed);
   });
