@@ -1,11 +1,13 @@
 #include "render/FluidSim.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <span>
 
 #include "base/Log.h"
 #include "render/FramePlan.h"
+#include "render/MotionPhases.h"
 #include "render/RendererError.h"
 
 namespace veloria {
@@ -15,6 +17,24 @@ namespace {
 std::shared_ptr<gpu::ComputePipeline> kernel(gpu::Device& device, const gpu::Library& library, const char* name) {
   if (!library.contains(name)) throw RendererError::missingFunction(name);
   return device.makeComputePipeline(library, name);
+}
+
+/// Lattice steps a second of scaled time.
+double curlSteps(double speed) {
+  return std::min(std::abs(speed) * 8, 64.0);
+}
+
+double emitSteps(double speed) {
+  return std::min(std::abs(speed) * 6, 64.0);
+}
+
+/// What the birth of light is multiplied by, `age` seconds after a clearing, for a frame of `seconds` that moves the
+/// fluid on by `dt` 60 Hz frames. Over the first second it adds what 0.9 s of scaled time at the full rate would give,
+/// most of it at once, whatever the time scale.
+float firstLight(double age, double seconds, double dt) {
+  if (age >= 1 || !(dt > 0)) return 1;
+  const double left = 1 - age;
+  return static_cast<float>(1 + 3.6 * left * left * left * seconds * 60 / dt);
 }
 
 std::uint32_t cells(std::int64_t count) {
@@ -75,6 +95,7 @@ void FluidSim::clearFields(gpu::CommandBuffer& commandBuffer) {
   gpu::ComputeEncoder* encoder = commandBuffer.computeEncoder("fluid.clear");
   if (encoder == nullptr) return;
   needsClear = false;
+  sinceClear_ = 0;
   for (const gpu::Texture* field : {velocity_[0].get(), velocity_[1].get(), pressure_[0].get(), pressure_[1].get(),
                                     dye_[0].get(), dye_[1].get(), divergence_.get(), curl_.get()}) {
     dispatch(*encoder, *clear_, {field});
@@ -82,15 +103,27 @@ void FluidSim::clearFields(gpu::CommandBuffer& commandBuffer) {
   encoder->endEncoding();
 }
 
-void FluidSim::step(gpu::CommandBuffer& commandBuffer, SimParams params, std::int64_t pressureIterations) {
+StepBlock FluidSim::blockFor(const SimParams& params, double seconds) {
+  const double scaledSeconds = std::abs(params.dt) / 60.0;
+  curlPhase_ = advancedPhase(curlPhase_, curlSteps(params.curlSpeed) * scaledSeconds, stepPeriod);
+  emitPhase_ = advancedPhase(emitPhase_, emitSteps(params.emitSpeed) * scaledSeconds, stepPeriod);
+  StepBlock block{params, phaseUniform(curlPhase_, stepPeriod), phaseUniform(emitPhase_, stepPeriod)};
+  block.params.gridW = static_cast<float>(gridW_);
+  block.params.gridH = static_cast<float>(gridH_);
+  block.params.emitRate *= firstLight(sinceClear_, seconds, params.dt);
+  sinceClear_ += seconds;
+  return block;
+}
+
+void FluidSim::step(gpu::CommandBuffer& commandBuffer, const SimParams& params, std::int64_t pressureIterations,
+                    double seconds) {
   if (gridW_ < 1 || velocity_[0] == nullptr) return;
-  params.gridW = static_cast<float>(gridW_);
-  params.gridH = static_cast<float>(gridH_);
   if (needsClear) clearFields(commandBuffer);
+  const StepBlock block = blockFor(params, seconds);
 
   gpu::ComputeEncoder* encoder = commandBuffer.computeEncoder("fluid.step");
   if (encoder == nullptr) return;
-  encoder->setBytes(std::as_bytes(std::span(&params, 1)), 0);
+  encoder->setBytes(std::as_bytes(std::span(&block, 1)), 0);
   const auto in = [](const Pair& pair, std::size_t index) { return pair[index].get(); };
   const auto out = [](const Pair& pair, std::size_t index) { return pair[1 - index].get(); };
 

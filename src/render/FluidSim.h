@@ -24,7 +24,10 @@ class FluidSim {
 
   /// Encodes one step: velocity advection, curl, forces, divergence, `pressureIterations` Jacobi passes (at least one),
   /// projection, dye advection. Does nothing before the first resize() or when there is no encoder to be had.
-  void step(gpu::CommandBuffer& commandBuffer, SimParams params, std::int64_t pressureIterations);
+  /// `seconds` is the frame's real length, above 0. In the first second after a clearing more light is born than
+  /// `params` asks for, so that a band that starts from nothing is lit at once.
+  void step(gpu::CommandBuffer& commandBuffer, const SimParams& params, std::int64_t pressureIterations,
+            double seconds);
 
   /// The live fields; nullptr before the first resize().
   const gpu::Texture* dyeTexture() const { return dye_[dyeIdx_].get(); }
@@ -42,6 +45,7 @@ class FluidSim {
 
   std::shared_ptr<gpu::Texture> makeField(gpu::PixelFormat format, const char* label, gpu::StorageMode storage);
   void clearFields(gpu::CommandBuffer& commandBuffer);
+  StepBlock blockFor(const SimParams& params, double seconds);
   void dispatch(gpu::ComputeEncoder& encoder, const gpu::ComputePipeline& pipeline,
                 std::initializer_list<const gpu::Texture*> textures);
 
@@ -56,6 +60,9 @@ class FluidSim {
   std::size_t velIdx_ = 0;
   std::size_t pIdx_ = 0;
   std::size_t dyeIdx_ = 0;
+  double curlPhase_ = 0;
+  double emitPhase_ = 0;
+  double sinceClear_ = 0;  ///< real seconds
 
   std::shared_ptr<gpu::ComputePipeline> advectVelocity_;
   std::shared_ptr<gpu::ComputePipeline> curlPipeline_;

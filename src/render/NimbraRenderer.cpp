@@ -32,6 +32,12 @@ void countUp(std::int64_t& counter) {
   if (__builtin_add_overflow(counter, 1, &counter)) std::abort();
 }
 
+std::unique_ptr<gpu::CommandQueue> queueOf(gpu::Device& device) {
+  auto queue = device.makeCommandQueue();
+  if (queue == nullptr) throw RendererError::noDevice();
+  return queue;
+}
+
 const char* yesNo(bool value) {
   return value ? "true" : "false";
 }
@@ -44,9 +50,8 @@ NimbraRenderer::NimbraRenderer(gpu::Device& device, const gpu::Library& library,
       stats_(stats),
       clock_(std::move(clock)),
       ownStats_(clock_),
-      queue_(device.makeCommandQueue()),
+      queue_(queueOf(device)),
       sim_(device, library) {
-  if (queue_ == nullptr) throw RendererError::noDevice();
   nimbraPipeline_ = pipeline("f_nimbra", scenePixelFormat);
   downPipeline_ = pipeline("f_down", scenePixelFormat);
   blurPipeline_ = pipeline("f_blur", scenePixelFormat);
@@ -138,10 +143,11 @@ void NimbraRenderer::draw(FrameTarget& target) {
   lastStamp_ = now;
   const double scaled = uniformFloat(frameConfig_.timeScale) * dt;
   simTime_ += scaled;
+  motion_.advance(frameConfig_, scaled, dt);
 
   gpu::CommandBuffer* buffer = openFrame();
   if (buffer == nullptr) return;
-  encodeFrame(*buffer, *drawable, bar.get(), scaled * 60);
+  encodeFrame(*buffer, *drawable, bar.get(), dt, scaled);
   buffer->present(*drawable);
   buffer->commit();
   frameDone();
@@ -186,14 +192,18 @@ void NimbraRenderer::encodeGlow(gpu::CommandBuffer& buffer) {
 }
 
 void NimbraRenderer::encodeFrame(gpu::CommandBuffer& buffer, gpu::Drawable& drawable, const gpu::Texture* bar,
-                                 double dt) {
+                                 double seconds, double scaledSeconds) {
   const Extent view = viewSizeFor(drawableSize_, geometry);
-  sim_.step(buffer, makeSimParams(frameConfig_, dt, simTime_, pointer, view), frameConfig_.pressureIterations);
+  sim_.step(buffer, makeSimParams(frameConfig_, scaledSeconds * 60, simTime_, pointer, view),
+            frameConfig_.pressureIterations, seconds);
 
-  RenderParams params = makeRenderParams(frameConfig_, simTime_, sceneTex_->size(), geometry, pointer,
-                                         debugSolidValue(std::getenv("NIMBRA_DEBUG_SOLID")));
+  BandBlock block{{}, motion_.rays(), motion_.hueDrift(), motion_.hueSwing()};
+  RenderParams& params = block.params;
+  const Extent scene{drawableSize_.width * sceneScale_, drawableSize_.height * sceneScale_};
+  params = makeRenderParams(frameConfig_, simTime_, scene, geometry, pointer,
+                            debugSolidValue(std::getenv("NIMBRA_DEBUG_SOLID")));
   encodePass(buffer, *sceneTex_, "nimbra", *nimbraPipeline_, {sim_.dyeTexture(), sim_.velocityTexture()},
-             bytesOf(params));
+             bytesOf(block));
 
   const bool glows = params.glowAmount > glowThreshold;
   if (glows) encodeGlow(buffer);
@@ -201,7 +211,7 @@ void NimbraRenderer::encodeFrame(gpu::CommandBuffer& buffer, gpu::Drawable& draw
   params.textMaskOn = (finalPipelineExtras_ & extraTextMask) != 0 ? 1.0F : 0.0F;
   encodePass(buffer, drawable.texture(), "composite", *finalPipeline_,
              {sceneTex_.get(), glows ? glowA_.get() : sceneTex_.get(), bar != nullptr ? bar : sceneTex_.get()},
-             bytesOf(params));
+             bytesOf(block));
 }
 
 void NimbraRenderer::frameDone() {
@@ -217,7 +227,7 @@ void NimbraRenderer::skipFrame(const FrameTarget& target, bool drawable) {
   countUp(missedFrames_);
   if (missedFrames_ % 60 != 1 || !NimbraLog::enabled()) return;
   const gpu::Size size = target.drawableSize();
-  NimbraLog::debugf("draw skipped: drawable=%s scene=%s dye=%s size=(%u, %u)", yesNo(drawable),
+  NimbraLog::debugf("draw skipped: drawable=%s scene=%s dye=%s size=(%u.0, %u.0)", yesNo(drawable),
                     yesNo(sceneTex_ != nullptr), yesNo(sim_.dyeTexture() != nullptr), size.width, size.height);
 }
 

@@ -9,6 +9,7 @@
 #include "gpu/Device.h"
 #include "render/FluidSim.h"
 #include "render/FrameTarget.h"
+#include "render/MotionPhases.h"
 #include "render/RenderStats.h"
 #include "render/StripGeometry.h"
 #include "render/TextureBox.h"
@@ -74,7 +75,8 @@ class NimbraRenderer {
                   const gpu::RenderPipeline& pipeline, std::initializer_list<const gpu::Texture*> textures,
                   std::span<const std::byte> bytes);
   void encodeGlow(gpu::CommandBuffer& buffer);
-  void encodeFrame(gpu::CommandBuffer& buffer, gpu::Drawable& drawable, const gpu::Texture* bar, double dt);
+  void encodeFrame(gpu::CommandBuffer& buffer, gpu::Drawable& drawable, const gpu::Texture* bar, double seconds,
+                   double scaledSeconds);
   std::uint32_t compositeExtras(gpu::Size drawable, bool hasBar) const;
   void skipFrame(const FrameTarget& target, bool drawable);
   void frameDone();
@@ -101,6 +103,7 @@ class NimbraRenderer {
 
   NimbraConfig frameConfig_;  ///< this frame's copy; kept so that copying reuses its memory
   double simTime_ = 0;
+  BandMotion motion_;
   double lastStamp_ = 0;
   std::counting_semaphore<2> inflight_{2};
   std::int64_t frameCount_ = 0;

@@ -84,6 +84,15 @@ static_assert(offsetof(RenderParams, backgroundLift) == 236);
 static_assert(offsetof(RenderParams, hueSpread) == 240);
 static_assert(offsetof(RenderParams, debugSolid) == 252);
 
+/// What the two passes are given: the block and, behind it, what BandMotion says.
+struct BandBlock {
+  RenderParams params;
+  float rayPhase = 0;
+  float hueDriftPhase = 0;
+  float hueSwing = 0;  ///< turns
+};
+static_assert(sizeof(BandBlock) == 268);
+
 /// The uniform block of the glow's blur.
 struct BlurParams {
   float dirX = 0;

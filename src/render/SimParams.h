@@ -53,4 +53,13 @@ static_assert(offsetof(SimParams, pointerMode) == 112);
 static_assert(offsetof(SimParams, paletteSpread) == 116);
 static_assert(offsetof(SimParams, palette) == 120);
 
+/// What a kernel is given: the block and, behind it, the phases that FluidSim keeps, in lattice steps from 0 to below
+/// stepPeriod (MotionPhases.h).
+struct StepBlock {
+  SimParams params;
+  float curlPhase = 0;
+  float emitPhase = 0;
+};
+static_assert(sizeof(StepBlock) == 176);
+
 }  // namespace veloria

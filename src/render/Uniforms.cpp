@@ -67,7 +67,7 @@ void fillNotch(RenderParams& params, const NimbraConfig& config, const StripGeom
 double bottomFade(const NimbraConfig& config, const StripGeometry& geometry) {
   const double height = geometry.windowFrame.height;
   if (!(height > geometry.menuBarHeight + 0.5)) return 0;
-  return std::max(config.fadeBottom * (1 - geometry.menuBarHeight / height) * 2.2, 0.02);
+  return std::max(0.02, config.fadeBottom * (1 - geometry.menuBarHeight / height) * 2.2);
 }
 
 void fillPointerGlow(RenderParams& params, const NimbraConfig& config, const PointerState& pointer,
@@ -152,12 +152,12 @@ SimParams makeSimParams(const NimbraConfig& config, double dtFrames, double simT
   return params;
 }
 
-RenderParams makeRenderParams(const NimbraConfig& config, double simTime, gpu::Size scene,
+RenderParams makeRenderParams(const NimbraConfig& config, double simTime, Extent scene,
                               const std::optional<StripGeometry>& geometry, const PointerState& pointer,
                               float debugSolid) {
   RenderParams params;
-  params.targetW = static_cast<float>(scene.width);
-  params.targetH = static_cast<float>(scene.height);
+  params.targetW = uniformFloat(scene.width);
+  params.targetH = uniformFloat(scene.height);
   params.time = wrappedTime(simTime);
   fillLook(params, config);
   if (geometry) fillNotch(params, config, *geometry);

@@ -28,9 +28,9 @@ Extent viewSizeFor(gpu::Size drawable, const std::optional<StripGeometry>& geome
 SimParams makeSimParams(const NimbraConfig& config, double dtFrames, double simTime, const PointerState& pointer,
                         Extent viewSize);
 
-/// The band's and composite's block, with the text mask off. `scene` is the scene's size in pixels, `debugSolid` the
-/// value of NIMBRA_DEBUG_SOLID.
-RenderParams makeRenderParams(const NimbraConfig& config, double simTime, gpu::Size scene,
+/// The band's and composite's block, with the text mask off. `scene` is the drawable's size x the scene's scale,
+/// `debugSolid` the value of NIMBRA_DEBUG_SOLID.
+RenderParams makeRenderParams(const NimbraConfig& config, double simTime, Extent scene,
                               const std::optional<StripGeometry>& geometry, const PointerState& pointer,
                               float debugSolid);
 

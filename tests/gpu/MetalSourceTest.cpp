@@ -31,18 +31,18 @@ constexpr std::size_t blurBytes = 12;  // direction and radius
 
 std::vector<Function> functions() {
   return {{"k_clear", {"field"}},
-          {"k_advect_velocity", {"velocity", "velocityOut"}, sizeof(SimParams)},
+          {"k_advect_velocity", {"velocity", "velocityOut"}, sizeof(StepBlock)},
           {"k_curl", {"velocity", "curl"}},
-          {"k_forces", {"velocity", "curl", "dye", "velocityOut"}, sizeof(SimParams)},
+          {"k_forces", {"velocity", "curl", "dye", "velocityOut"}, sizeof(StepBlock)},
           {"k_divergence", {"velocity", "divergence"}},
           {"k_jacobi", {"pressure", "divergence", "pressureOut"}},
           {"k_project", {"velocity", "pressure", "velocityOut"}},
-          {"k_advect_dye", {"dye", "velocity", "dyeOut"}, sizeof(SimParams)},
+          {"k_advect_dye", {"dye", "velocity", "dyeOut"}, sizeof(StepBlock)},
           {"v_fullscreen", {}},
-          {"f_nimbra", {"dye", "velocity"}, sizeof(RenderParams)},
+          {"f_nimbra", {"dye", "velocity"}, sizeof(BandBlock)},
           {"f_down", {"scene"}},
           {"f_blur", {"source"}, blurBytes},
-          {"f_final", {"scene", "glow", "bar"}, sizeof(RenderParams)}};
+          {"f_final", {"scene", "glow", "bar"}, sizeof(BandBlock)}};
 }
 
 std::string textOf(const std::filesystem::path& path) {

@@ -21,9 +21,13 @@ namespace {
 // Neither is a multiple of the group size.
 constexpr std::uint32_t W = 75;
 constexpr std::uint32_t H = 37;
+constexpr double frame = 1.0 / 60;
 
+/// The bytes stay until the next call.
 std::span<const std::byte> bytesOf(const SimParams& params) {
-  return std::as_bytes(std::span(&params, 1));
+  static StepBlock block;
+  block.params = params;
+  return std::as_bytes(std::span(&block, 1));
 }
 
 /// Parameters that do nothing.
@@ -420,7 +424,7 @@ TEST_F(Kernel, anImpulseStaysFiniteUnderTheWildestSettings) {
       std::memcpy(static_cast<void*>(&params), values.data(), sizeof(params));
       params.palette.fill({1, 0.5F, 0.25F});
     }
-    runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 2); });
+    runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 2, frame); });
     if (step % 250 == 249) {
       ASSERT_TRUE(allFinite(download(*sim.velocityTexture()))) << "step " << step;
       ASSERT_TRUE(allFinite(download(*sim.pressureTexture()))) << "step " << step;
@@ -431,7 +435,7 @@ TEST_F(Kernel, anImpulseStaysFiniteUnderTheWildestSettings) {
   params = still();
   params.velDissipation = 0.9F;
   for (int step = 0; step < 300; ++step) {
-    runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 24); });
+    runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 24, frame); });
   }
   EXPECT_LT(rms(download(*sim.velocityTexture())), 0.5);
 }
@@ -439,7 +443,7 @@ TEST_F(Kernel, anImpulseStaysFiniteUnderTheWildestSettings) {
 TEST_F(Kernel, steppingFlipsTheFieldsAndClearingEmptiesThem) {
   FluidSim sim(*device_, *library_);
   EXPECT_EQ(sim.dyeTexture(), nullptr);
-  runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, still(), 3); });  // before any size: nothing
+  runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, still(), 3, frame); });  // before any size: nothing
   sim.resize(10, 3);
   EXPECT_EQ(sim.gridW(), 32);
   EXPECT_EQ(sim.gridH(), 8);
@@ -447,10 +451,10 @@ TEST_F(Kernel, steppingFlipsTheFieldsAndClearingEmptiesThem) {
   params.emitRate = 50;
   const auto* dyeBefore = sim.dyeTexture();
   const auto* velocityBefore = sim.velocityTexture();
-  for (int i = 0; i < 60; ++i) runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 3); });
+  for (int i = 0; i < 60; ++i) runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 3, frame); });
   EXPECT_EQ(sim.dyeTexture(), dyeBefore);
   EXPECT_EQ(sim.velocityTexture(), velocityBefore);
-  runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 3); });
+  runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 3, frame); });
   EXPECT_NE(sim.dyeTexture(), dyeBefore);
   EXPECT_NE(sim.velocityTexture(), velocityBefore);
   EXPECT_GT(rms(download(*sim.dyeTexture())), 0.01);
@@ -459,7 +463,7 @@ TEST_F(Kernel, steppingFlipsTheFieldsAndClearingEmptiesThem) {
   EXPECT_GT(rms(download(*sim.dyeTexture())), 0.01) << "the same size after clamping keeps the flow";
   sim.needsClear = true;
   params.emitRate = 0;
-  runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 3); });
+  runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 3, frame); });
   EXPECT_EQ(rms(download(*sim.dyeTexture())), 0);
 }
 
@@ -483,7 +487,7 @@ class Composite : public Kernel {
       gpu::RenderEncoder* encoder = buffer.renderEncoder(*target, "composite");
       encoder->setPipeline(*pipeline);
       for (std::uint32_t index = 0; index < 3; ++index) encoder->setFragmentTexture(*scene, index);
-      encoder->setFragmentBytes(std::as_bytes(std::span(&params_, 1)), 0);
+      encoder->setFragmentBytes(std::as_bytes(std::span(&block_, 1)), 0);
       encoder->draw(3);
       encoder->endEncoding();
     });
@@ -502,12 +506,12 @@ class Composite : public Kernel {
     return params;
   }
 
-  RenderParams params_ = plainParams();
+  BandBlock block_{plainParams()};
 };
 
 TEST_F(Composite, aTargetThatEncodesHoldsWhatOneThatDoesNotHolds) {
   for (const float additive : {0.0F, 1.0F}) {
-    params_.additive = additive;
+    block_.params.additive = additive;
     const auto plain = drawn(gpu::PixelFormat::bgra8Unorm);
     const auto encoding = drawn(gpu::PixelFormat::bgra8UnormSrgb);
     int furthest = 0;

@@ -11,15 +11,12 @@
 namespace veloria::tests {
 namespace {
 
-TEST_F(PictureTest, litWithinASecondAtTenFramesASecondToo) {
-  for (const double fps : {60.0, 10.0}) {
-    std::vector<std::pair<std::string, NimbraConfig>> looks{{"defaults", NimbraConfig()}};
-    for (const auto& look : LookPreset::all()) looks.emplace_back(look.name, choose(NimbraConfig(), look));
-    for (auto& [name, config] : looks) {
-      config.backgroundLift = 0;
-      const Picture picture = take(config, {.seconds = 1, .fps = fps});
-      EXPECT_GT(picture.shareAbove(70), 0.05) << name << " at " << fps << " frames a second";
-    }
+TEST_F(PictureTest, everyLookIsLitWithinASecondAtTenFramesASecond) {
+  std::vector<std::pair<std::string, NimbraConfig>> looks{{"defaults", NimbraConfig()}};
+  for (const auto& look : LookPreset::all()) looks.emplace_back(look.name, choose(NimbraConfig(), look));
+  for (auto& [name, config] : looks) {
+    config.backgroundLift = 0;
+    EXPECT_GT(take(config, {.seconds = 1, .fps = 10}).shareAbove(70), 0.05) << name;
   }
 }
 

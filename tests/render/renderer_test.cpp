@@ -144,22 +144,22 @@ TEST_F(RendererTest, absurdIterationCountsAreBounded) {
 TEST_F(RendererTest, uniformsCarryTheGridTheTimeAndTheSceneSize) {
   renderer_->config.timeScale = 0.5;
   draw();
-  auto sim = only("k_advect_dye").as<SimParams>();
+  auto sim = only("k_advect_dye").as<StepBlock>().params;
   EXPECT_EQ(sim.gridW, 634);
   EXPECT_EQ(sim.gridH, 32);
   EXPECT_FLOAT_EQ(sim.dt, 0.5F) << "the first frame is one 60 Hz frame long";
   draw(7);
-  EXPECT_FLOAT_EQ(only("k_forces").as<SimParams>().dt, 1.5F) << "a stall counts as 50 ms";
+  EXPECT_FLOAT_EQ(only("k_forces").as<StepBlock>().params.dt, 1.5F) << "a stall counts as 50 ms";
   draw(1e-5);
-  EXPECT_FLOAT_EQ(only("k_forces").as<SimParams>().dt, 0.125F);
-  EXPECT_FLOAT_EQ(only("f_nimbra").as<RenderParams>().time, static_cast<float>(0.5 * (1.0 / 60 + 0.05 + 1.0 / 240)));
+  EXPECT_FLOAT_EQ(only("k_forces").as<StepBlock>().params.dt, 0.125F);
+  EXPECT_FLOAT_EQ(only("f_nimbra").as<BandBlock>().params.time, static_cast<float>(0.5 * (1.0 / 60 + 0.05 + 1.0 / 240)));
 
   surface_.configure({1000, 800}, gpu::PixelFormat::bgra8Unorm);
   draw();
   EXPECT_EQ(renderer_->sceneScale(), 0.55);
   for (const char* pass : {"f_nimbra", "f_final"}) {
-    EXPECT_EQ(only(pass).as<RenderParams>().targetW, 550) << pass;
-    EXPECT_EQ(only(pass).as<RenderParams>().targetH, 440) << pass;
+    EXPECT_EQ(only(pass).as<BandBlock>().params.targetW, 550) << pass;
+    EXPECT_EQ(only(pass).as<BandBlock>().params.targetH, 440) << pass;
   }
   EXPECT_EQ(only("f_down").target->size(), (gpu::Size{137, 110}));
 }
@@ -196,23 +196,23 @@ TEST_F(RendererTest, withoutGlowTheSceneStandsInForIt) {
 TEST_F(RendererTest, textMaskNeedsBothTheSettingAndAPicture) {
   renderer_->config.preserveMenuBarText = true;
   draw();
-  EXPECT_EQ(only("f_final").as<RenderParams>().textMaskOn, 0);
+  EXPECT_EQ(only("f_final").as<BandBlock>().params.textMaskOn, 0);
   EXPECT_EQ(only("f_final").texture(2), only("f_final").texture(0));
 
   renderer_->backdrop = std::make_shared<TextureBox>();
   draw();
-  EXPECT_EQ(only("f_final").as<RenderParams>().textMaskOn, 0);
+  EXPECT_EQ(only("f_final").as<BandBlock>().params.textMaskOn, 0);
 
   auto picture = device_.makeTexture({.format = gpu::PixelFormat::rgba8Unorm, .size = {8, 8}, .label = "bar"});
   renderer_->backdrop->store(picture);
   draw();
-  EXPECT_EQ(only("f_final").as<RenderParams>().textMaskOn, 1);
-  EXPECT_EQ(only("f_nimbra").as<RenderParams>().textMaskOn, 0);
+  EXPECT_EQ(only("f_final").as<BandBlock>().params.textMaskOn, 1);
+  EXPECT_EQ(only("f_nimbra").as<BandBlock>().params.textMaskOn, 0);
   EXPECT_EQ(only("f_final").texture(2), picture.get());
 
   renderer_->config.preserveMenuBarText = false;
   draw();
-  EXPECT_EQ(only("f_final").as<RenderParams>().textMaskOn, 0);
+  EXPECT_EQ(only("f_final").as<BandBlock>().params.textMaskOn, 0);
 }
 
 TEST_F(RendererTest, framesThatCantBeDrawnAreCountedAndLeaveTheClockAlone) {

@@ -36,7 +36,8 @@ float rays(float x) {
   float total = 0.0;
   float amplitude = 1.0;
   for (int i = 0; i < octaves; ++i) {
-    Phase phase = phaseOf(min(abs(params.raySpeed) * (14.0 + 9.0 * float(i)), 64.0), params.time);
+    float speed = 14.0 + 9.0 * float(i);
+    Phase phase = Phase(params.rayPhase * speed, rayPeriod * speed);
     float n = noise(x, phase, 0x6a09e6u + uint(i) * 0x9e3779b9u);
     sum += amplitude * (1.0 - abs(n * 2.0 - 1.0));
     total += amplitude;
@@ -44,15 +45,6 @@ float rays(float x) {
     amplitude *= 0.55;
   }
   return sum / total;
-}
-
-// The hue's drift over time, in turns. It swings around the palette's own hue instead of leaving it for good, at `speed`
-// turns a second on average: a look that drifts stays what it is, and one that cycles goes around the whole circle.
-float hueSwing(float speed) {
-  float width = min(0.5, 7000.0 * abs(speed * speed * speed));
-  if (width < 1e-5) return 0.0;
-  Phase phase = phaseOf(abs(speed) / (4.0 * width), params.time);
-  return sign(speed) * width * sin(6.28318531 * fract(phase.value));
 }
 
 void main() {
@@ -110,9 +102,9 @@ void main() {
   }
 
   float along = noise(p.x * clamp(params.hueSpreadScale, 0.0, 64.0) * 0.12,
-                      phaseOf(min(abs(params.hueSpreadDrift) * 4.0, 64.0), params.time), 0x9b0568u) - 0.5;
-  float cycle = hueSwing(params.colorCycle);
-  colour = graded(colour, params.hueShift + cycle + params.hueSpread * along * 0.35, clamp(params.saturation, 0.0, 4.0));
+                      Phase(params.hueDriftPhase, stepPeriod), 0x9b0568u) - 0.5;
+  float hue = params.hueShift + params.hueSwing + params.hueSpread * along * 0.35;
+  colour = graded(colour, hue, clamp(params.saturation, 0.0, 4.0));
   colour *= clamp(params.exposure, 0.0, 64.0);
 
   bool sound = all(lessThanEqual(colour, vec3(1e4)));

@@ -42,7 +42,7 @@ vec4 advected(vec2 middle, vec2 v, vec2 grid) {
 // rises above the threshold, each a curtain with a sharp lower hem and a long soft upper end. 0 to 1.
 float birth(vec2 p, float height) {
   float scale = clamp(sim.emitScale, 0.05, 32.0);
-  Phase phase = phaseOf(min(abs(sim.emitSpeed) * 6.0, 64.0), sim.time);
+  Phase phase = Phase(sim.emitPhase, stepPeriod);
   float broad = noise(p.x * scale * 0.30, phase, 0x3c6ef3u);
   float fine = noise(p.x * scale * 1.15 + broad * 2.0, phase, 0xa54ff5u);
   float source = broad * 0.68 + fine * 0.32;
@@ -80,9 +80,7 @@ void main() {
   vec4 d = advected(middle, imageLoad(velocity, c).xy, grid);
   d *= pow(clamp(sim.dyeDissipation, 0.0, 1.0), sim.dt);
 
-  // The first moments are quicker, so that a band that starts from nothing is lit within a second.
-  float hurry = 1.0 + 11.0 * exp(-12.0 * sim.time);
-  float born = birth(p, height) * clamp(sim.emitRate, 0.0, 50.0) * birthRate * hurry * sim.dt;
+  float born = birth(p, height) * clamp(sim.emitRate, 0.0, 5000.0) * birthRate * sim.dt;
   float room = clamp(1.0 - d.a / fullDye, 0.0, 1.0);
   float floorLight = clamp(sim.ambient, 0.0, 4.0) * 0.02 * sim.dt * clamp(1.0 - d.a / max(sim.ambient, 1e-3), 0.0, 1.0);
   float added = min(born * room + floorLight, fullDye);

@@ -3,11 +3,18 @@
 
 const float timePeriod = 8192.0;
 
-// A phase that moves at about `speed` a second and the whole number of steps after which it repeats.
+// The phases that the CPU sums up repeat after these: lattice steps, and for the rays units of raySpeed x seconds.
+const float stepPeriod = 1024.0;
+const float rayPeriod = 64.0;
+
+// A phase in lattice steps and the whole number of steps after which it repeats.
 struct Phase {
   float value;
   float period;
 };
+
+// A phase that moves at about `speed` steps a second. The speed must be a constant: one that changes would throw the
+// phase about by the time that has passed.
 Phase phaseOf(float speed, float time) {
   float period = max(round(abs(speed) * timePeriod), 1.0);
   return Phase(time * (period / timePeriod), period);
