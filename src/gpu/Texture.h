@@ -25,8 +25,10 @@ class Texture {
   /// Size of all rows, tightly packed, in bytes.
   std::size_t byteCount() const;
 
-  /// Replaces the whole content with `rows` (exactly byteCount() bytes, tightly packed) and waits until it is done.
-  /// Must not be called between the encoding and the commit of a command buffer that uses the texture.
+  /// Replaces the whole content with `rows` (exactly byteCount() bytes, tightly packed; free again on return) for
+  /// everything committed from now on; what was committed before sees the old content. Must not be called between the
+  /// encoding and the commit of a command buffer that uses the texture. May wait for all committed work; with Vulkan, a
+  /// shared texture waits for no more than its own last write.
   void write(std::span<const std::byte> rows);
 
   /// Waits for all committed work, then copies the whole content to `rows` (exactly byteCount() bytes).

@@ -40,6 +40,7 @@
 #include "render/PointerTracker.h"
 #include "scene/SceneDriver.h"
 #include "settings/SettingsStore.h"
+#include "settings/WriteBehindStorage.h"
 #include "sources/ActivityWatcher.h"
 
 namespace veloria {
@@ -52,12 +53,14 @@ void tellLossOnce(const std::string& line) {
   if (!told.test_and_set()) systemLog(line);
 }
 
-/// What else Qt has to say about displays is said by the band's own connection to them.
+/// Qt may end the program itself after it has told of the loss of its display. What else it has to say about displays
+/// is said by the band's own connection to them.
 void takeFromQt(QtMsgType, const QMessageLogContext&, const QString& message) {
   const std::string text = message.toStdString();
   const bool lost = text.starts_with("The Wayland connection ") || text.starts_with("The X11 connection ");
-  if (lost) return tellLossOnce("veloria: " + text);
-  NimbraLog::debug(text);
+  if (!lost) return NimbraLog::debug(text);
+  tellLossOnce("veloria: " + text);
+  SettingsStore::shared().flush();
 }
 
 /// Where Qt shows the settings and the icon. The display is opened once more for the band itself, and what is wrong
@@ -85,6 +88,10 @@ int runApplication(int& argc, char** argv) {
   const SingleInstance instance(environment);
   if (instance.otherRuns()) return instance.greetTheOther();
   choosePlatform(environment);
+  SettingsStore& settings =
+      SettingsStore::makeShared(std::make_unique<WriteBehindStorage>(
+                                    std::make_unique<FileSettingsStorage>(configFolder(environment).value_or(""))),
+                                environment);
   qInstallMessageHandler(takeFromQt);
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
@@ -92,8 +99,6 @@ int runApplication(int& argc, char** argv) {
   QGuiApplication::setWindowIcon(QIcon::fromTheme("veloria"));
   QtTimerFactory timers;
   const auto desktop = openDesktop(environment, watchDescriptor, timers);
-  SettingsStore& settings = SettingsStore::makeShared(
-      std::make_unique<FileSettingsStorage>(configFolder(environment).value_or("")), environment);
   LinuxDesktopPicture picture(environment, postToMain);
   LiveSources sources(environment, {.screens = &desktop->screens(), .picture = &picture, .makeAudioTap = [] {
                                       return std::make_unique<PulseAudioTap>();
@@ -198,6 +203,7 @@ int runApplication(int& argc, char** argv) {
                         .showSettings = [&] { menuBar.openSettings(); }});
   const auto server = instance.listen(timers, remote);
   QCoreApplication::exec();
+  settings.flush();
   system.setHandler(nullptr);
   delegate.willTerminate();
   return exitCode;

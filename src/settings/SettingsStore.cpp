@@ -82,9 +82,7 @@ void SettingsStore::persist() {
   const auto bytes = encodeSettings(config());
   if (!bytes) return NimbraLog::debug("settings not stored: they can't be encoded");
   keepRejected();
-  const bool written = storage_->write(settingsKey, *bytes);
-  if (!written && !writeFailed_) systemLog("Veloria: the settings could not be stored; changes last until it quits");
-  writeFailed_ = !written;
+  storage_->write(settingsKey, *bytes);
 }
 
 /// Puts aside what is about to be overwritten, so that a slip in a file edited by hand doesn't cost a person's work.

@@ -32,8 +32,12 @@ class SettingsStore {
   const NimbraConfig& config() const { return config_.get(); }
 
   /// Replaces the record and tells the observers; then, when it differs from the one before, stores it. Observers
-  /// are told of an equal record too. A record that can't be encoded is kept in memory but not stored.
+  /// are told of an equal record too. A record that can't be encoded is kept in memory but not stored; one that can't
+  /// be written is the storage's to tell of.
   void setConfig(NimbraConfig config);
+
+  /// Returns when the storage has put the last change where it outlasts the program, or could not. Any thread.
+  void flush() { storage_->flush(); }
 
   /// Calls the observer at once with the current record, and then with each new one; config() is then the new one
   /// already. See Observable for what an observer may do.
@@ -49,7 +53,6 @@ class SettingsStore {
   Observable<NimbraConfig> config_{NimbraConfig()};
   std::string rejected_;  ///< what was stored but didn't decode, until it is overwritten
   bool loading_ = true;
-  bool writeFailed_ = false;
 };
 
 }  // namespace veloria

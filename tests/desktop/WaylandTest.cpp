@@ -314,11 +314,14 @@ TEST_F(Wayland, aCompositorThatIsGoneEndsItWithOneLine) {
   if (IsSkipped()) return;
   startVeloria([](NimbraConfig& config) { config.layerMode = LayerMode::aboveMenuBar; });
   ASSERT_TRUE(waitForLight({0, 0, 960, 24})) << veloria_->output();
+  ASSERT_EQ(runBeside(NIMBRA_BINARY, {"preset", "Geomagnetic Storm"}).exitCode, 0);
   sway_->signal(SIGKILL);
   EXPECT_EQ(veloria_->wait(15), 1);
   const std::string output = veloria_->output();
   EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
   EXPECT_NE(output.find("Wayland compositor"), std::string::npos) << output;
+  std::ifstream settings(sway_->environment().at("XDG_CONFIG_HOME") + "/Veloria/NimbraConfig.v1.json");
+  EXPECT_EQ(nlohmann::json::parse(settings)["paletteName"], "Solar Storm") << "not lost with the compositor";
 }
 
 TEST_F(Wayland, aCompositorThatHangsHoldsNothingUp) {

@@ -274,6 +274,37 @@ TEST_F(ExecutionTest, PassesAndDispatchesSeeEachOther) {
   }
 }
 
+TEST_F(ExecutionTest, EveryBufferSeesWhatWasWrittenLastBeforeItsCommit) {
+  constexpr Size size{64, 64};
+  const auto slow = computePipeline("k_slow");
+  const auto add = computePipeline("k_add");
+  const auto busy = makeTexture(PixelFormat::r16Float, size);
+  auto source = device_->makeTexture({PixelFormat::r16Float, size, TextureUsage::shaderRead, StorageMode::shared, ""});
+  std::vector<std::shared_ptr<Texture>> seen;
+  for (int round = 0; round < 6; ++round) {
+    writeFloats(*source, std::vector<float>(size.width * size.height, static_cast<float>(round)));
+    CommandBuffer* buffer = queue_->commandBuffer();
+    ComputeEncoder* encoder = buffer->computeEncoder("still runs at the next write");
+    encoder->setPipeline(*slow);
+    encoder->setTexture(*busy, 0);
+    setFloats(*encoder, {2000, 0});
+    dispatchOver(*encoder, *busy);
+    seen.push_back(makeTexture(PixelFormat::r16Float, size));
+    encoder->setPipeline(*add);
+    encoder->setTexture(*source, 0);
+    encoder->setTexture(*seen.back(), 1);
+    setFloats(*encoder, {100});
+    dispatchOver(*encoder, *seen.back());
+    encoder->endEncoding();
+    buffer->commit();
+  }
+  writeFloats(*source, std::vector<float>(size.width * size.height, 9));
+  source.reset();  // with its last write under way
+  for (std::size_t round = 0; round < seen.size(); ++round) {
+    EXPECT_THAT(readFloats(*seen[round]), ::testing::Each(100.0F + static_cast<float>(round)));
+  }
+}
+
 TEST_F(ExecutionTest, TexturesAndPipelinesMayBeReleasedInFlight) {
   const auto result = makeTexture(PixelFormat::r16Float, {64, 64});
   const auto add = computePipeline("k_add");

@@ -142,52 +142,6 @@ TEST_F(RecordingTest, CompletionCanBeHeldBack) {
   EXPECT_FALSE(recorder_->completeNext());
 }
 
-TEST_F(RecordingTest, FailsWhenTold) {
-  Failures& failures = recorder_->failures();
-  failures.makeTexture = true;
-  EXPECT_THROW(makeTexture(PixelFormat::r16Float, {2, 2}), DeviceError);
-  failures = {};
-  failures.makeComputePipeline = true;
-  EXPECT_THROW(computePipeline("k_add"), DeviceError);
-  failures = {};
-  failures.makeRenderPipeline = true;
-  EXPECT_THROW(renderPipeline("f_copy", PixelFormat::rgba16Float), DeviceError);
-  failures = {};
-  failures.commandBuffer = true;
-  EXPECT_EQ(queue_->commandBuffer(), nullptr);
-  failures = {};
-  const auto target = makeTexture(PixelFormat::rgba16Float, {2, 2}, TextureUsage::renderTarget);
-  CommandBuffer* buffer = queue_->commandBuffer();
-  failures.computeEncoder = true;
-  failures.renderEncoder = true;
-  EXPECT_EQ(buffer->computeEncoder("none"), nullptr);
-  EXPECT_EQ(buffer->renderEncoder(*target, "none"), nullptr);
-  bool failed = false;
-  buffer->addCompletedHandler([&](const Completion& completion) { failed = completion.failed; });
-  recorder_->lose();
-  EXPECT_THROW(buffer->commit(), DeviceLostError);
-  EXPECT_TRUE(failed);
-  EXPECT_EQ(queue_->commandBuffer(), nullptr);
-}
-
-TEST_F(RecordingTest, SurfacesDoAsTheyAreTold) {
-  RecordingSurface surface(*recorder_);
-  EXPECT_EQ(surface.nextDrawable(), nullptr);
-  surface.configure({10, 2}, PixelFormat::rgba16Float);
-  EXPECT_EQ(surface.format(), PixelFormat::rgba16Float);
-  Drawable* drawable = surface.nextDrawable();
-  ASSERT_NE(drawable, nullptr);
-  EXPECT_EQ(surface.nextDrawable(), drawable);
-  run([&](CommandBuffer& buffer) { buffer.present(*drawable); });
-  surface.setExtended(false);
-  EXPECT_EQ(surface.format(), PixelFormat::bgra8Unorm);
-  EXPECT_EQ(surface.nextDrawable()->texture().format(), PixelFormat::bgra8Unorm);
-  surface.setAvailable(false);
-  EXPECT_EQ(surface.nextDrawable(), nullptr);
-  surface.setUsable(false);
-  EXPECT_EQ(surface.format(), PixelFormat::invalid);
-}
-
 }  // namespace
 
 }  // namespace veloria::gpu::recording

@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "GpuTest.h"
+#include "gpu/vulkan/VulkanDevice.h"
 #include "gpu/vulkan/VulkanFactory.h"
 #include "gpu/vulkan/VulkanPipelineCache.h"
 
@@ -109,6 +110,30 @@ TEST_F(VulkanTest, HostileLibrariesAreRefused) {
 TEST_F(VulkanTest, FunctionsOfTheWrongStageAreRefused) {
   EXPECT_THROW(device_->makeComputePipeline(*library_, "f_copy"), DeviceError);
   EXPECT_THROW(renderPipeline("k_add", PixelFormat::rgba16Float), DeviceError);
+}
+
+TEST_F(VulkanTest, ASharedTextureIsWrittenWithoutWaitingForWhatIsInFlight) {
+  const auto pipeline = computePipeline("k_slow");
+  const auto busy = makeTexture(PixelFormat::r16Float, {256, 64});
+  const auto texture = device_->makeTexture(
+      {PixelFormat::bgra8Unorm, {64, 8}, TextureUsage::shaderRead, StorageMode::shared, "picture"});
+  const std::vector<std::byte> picture(texture->byteCount(), std::byte{7});
+  device_->waitIdle();
+  CommandBuffer* buffer = queue_->commandBuffer();
+  ComputeEncoder* encoder = buffer->computeEncoder("slow");
+  encoder->setPipeline(*pipeline);
+  encoder->setTexture(*busy, 0);
+  setFloats(*encoder, {10000, 0});
+  dispatchOver(*encoder, *busy);
+  encoder->endEncoding();
+  buffer->commit();
+  const VulkanTimeline& timeline = vulkanDevice(*device_).timeline();
+  const std::uint64_t committed = timeline.submitted();
+  texture->write(picture);
+  EXPECT_LT(timeline.completed(), committed);
+  std::vector<std::byte> read(picture.size());
+  texture->read(read);
+  EXPECT_EQ(read, picture);
 }
 
 TEST_F(VulkanTest, ALostDeviceFailsEverythingAndStillGoesInPeace) {

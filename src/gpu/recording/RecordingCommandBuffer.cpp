@@ -138,7 +138,7 @@ void RecordingCommandBuffer::doAddCompletedHandler(CompletedHandler handler) {
 }
 
 ComputeEncoder* RecordingCommandBuffer::doComputeEncoder(std::string_view label) {
-  if (device_.lost() || device_.failures().computeEncoder) return nullptr;
+  if (device_.lost()) return nullptr;
   record(startOfEncoder(CallKind::computeEncoder, label));
   encoderOpen_ = true;
   computeEncoder_.begin(label);
@@ -146,7 +146,7 @@ ComputeEncoder* RecordingCommandBuffer::doComputeEncoder(std::string_view label)
 }
 
 RenderEncoder* RecordingCommandBuffer::doRenderEncoder(const Texture& target, std::string_view label) {
-  if (device_.lost() || device_.failures().renderEncoder) return nullptr;
+  if (device_.lost()) return nullptr;
   Call call = startOfEncoder(CallKind::renderEncoder, label);
   call.target = &target;
   record(std::move(call));

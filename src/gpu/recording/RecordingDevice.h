@@ -25,13 +25,9 @@ class RecordingError : public std::logic_error {
 
 /// What the device refuses while a switch is on.
 struct Failures {
-  bool commandBuffer = false;        ///< nullptr
-  bool computeEncoder = false;       ///< nullptr
-  bool renderEncoder = false;        ///< nullptr
-  bool makeLibrary = false;          ///< DeviceError
-  bool makeTexture = false;          ///< DeviceError
-  bool makeComputePipeline = false;  ///< DeviceError
-  bool makeRenderPipeline = false;   ///< DeviceError
+  bool commandBuffer = false;       ///< nullptr
+  bool makeTexture = false;         ///< DeviceError
+  bool makeRenderPipeline = false;  ///< DeviceError
 };
 
 class RecordingDevice final : public Device {

@@ -17,18 +17,17 @@ RecordingSurface::RecordingSurface(RecordingDevice& device) : device_(device) {}
 RecordingSurface::~RecordingSurface() = default;
 
 void RecordingSurface::configure(Size size, PixelFormat wanted) {
-  ++configureCount_;
   size_ = size;
   wanted_ = wanted;
 }
 
 PixelFormat RecordingSurface::format() const {
-  if (!usable_ || wanted_ == PixelFormat::invalid) return PixelFormat::invalid;
-  return wanted_ == PixelFormat::rgba16Float && extended_ ? PixelFormat::rgba16Float : PixelFormat::bgra8Unorm;
+  const bool asWanted = wanted_ == PixelFormat::rgba16Float || wanted_ == PixelFormat::invalid;
+  return asWanted ? wanted_ : PixelFormat::bgra8Unorm;
 }
 
 Drawable* RecordingSurface::nextDrawable() {
-  const bool drawable = available_ && usable_ && !device_.lost() && size_.width > 0 && size_.height > 0;
+  const bool drawable = available_ && !device_.lost() && size_.width > 0 && size_.height > 0;
   if (!drawable || format() == PixelFormat::invalid) return nullptr;
   if (taken_) return drawable_.get();
   const TextureDescriptor descriptor{format(), size_, TextureUsage::renderTarget, StorageMode::gpuPrivate, "drawable"};

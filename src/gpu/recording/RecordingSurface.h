@@ -35,12 +35,6 @@ class RecordingSurface final : public Surface {
 
   /// Without images nextDrawable() gives nullptr.
   void setAvailable(bool on) { available_ = on; }
-  /// Whether rgba16Float can be had; bgra8Unorm stands in for it otherwise.
-  void setExtended(bool on) { extended_ = on; }
-  /// A surface that can't be used has no format and no drawables.
-  void setUsable(bool on) { usable_ = on; }
-
-  std::size_t configureCount() const { return configureCount_; }
   std::size_t presentCount() const { return presentCount_; }
   PixelFormat wanted() const { return wanted_; }
 
@@ -53,9 +47,6 @@ class RecordingSurface final : public Surface {
   Size size_;
   PixelFormat wanted_ = PixelFormat::invalid;
   bool available_ = true;
-  bool extended_ = true;
-  bool usable_ = true;
-  std::size_t configureCount_ = 0;
   std::size_t presentCount_ = 0;
 };
 

@@ -129,39 +129,45 @@ VkBufferImageCopy VulkanTexture::wholeImage() const {
   return copy;
 }
 
-VulkanBuffer& VulkanTexture::staging() const {
-  if (!staging_.buffer) {
-    staging_ =
+const VulkanBuffer& VulkanTexture::staging() const {
+  waitForCopy();
+  if (!resources_.staging.buffer) {
+    resources_.staging =
         device_.context().makeBuffer(byteCount(), VK_BUFFER_USAGE_TRANSFER_SRC_BIT | VK_BUFFER_USAGE_TRANSFER_DST_BIT,
                                      VK_MEMORY_PROPERTY_HOST_CACHED_BIT);
   }
-  return staging_;
+  return resources_.staging;
+}
+
+void VulkanTexture::waitForCopy() const {
+  device_.timeline().wait(lastCopy_);
 }
 
 void VulkanTexture::dropStaging() const {
-  if (descriptor().storage != StorageMode::shared) staging_ = {};
+  if (descriptor().storage == StorageMode::shared) return;
+  waitForCopy();
+  resources_.staging = {};
 }
 
 void VulkanTexture::doWrite(std::span<const std::byte> rows) {
   requireOwnImage();
   const VulkanBuffer& buffer = staging();
   std::memcpy(buffer.bytes.data(), rows.data(), rows.size());
-  const std::uint64_t number = device_.submitOnce([&](VkCommandBuffer commands) {
+  lastCopy_ = device_.submitOnce([&](VkCommandBuffer commands) {
     const VkBufferImageCopy copy = wholeImage();
     vkCmdCopyBufferToImage(commands, buffer.buffer.get(), image_, VK_IMAGE_LAYOUT_GENERAL, 1, &copy);
   });
-  device_.timeline().wait(number);
   dropStaging();
 }
 
 void VulkanTexture::doRead(std::span<std::byte> rows) const {
   requireOwnImage();
   const VulkanBuffer& buffer = staging();
-  const std::uint64_t number = device_.submitOnce([&](VkCommandBuffer commands) {
+  lastCopy_ = device_.submitOnce([&](VkCommandBuffer commands) {
     const VkBufferImageCopy copy = wholeImage();
     vkCmdCopyImageToBuffer(commands, image_, VK_IMAGE_LAYOUT_GENERAL, buffer.buffer.get(), 1, &copy);
   });
-  device_.timeline().wait(number);
+  waitForCopy();
   std::memcpy(rows.data(), buffer.bytes.data(), rows.size());
   dropStaging();
 }

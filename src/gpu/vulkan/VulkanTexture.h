@@ -19,6 +19,7 @@ struct TextureResources {
   ImageOwner image;
   ImageViewOwner view;
   FramebufferOwner framebuffer;
+  VulkanBuffer staging;  ///< kept by shared textures, which are written again and again
 };
 
 /// A two-dimensional image in the general layout.
@@ -46,17 +47,19 @@ class VulkanTexture final : public Texture {
   void makeFramebuffer();
   void requireOwnImage() const;
   VkBufferImageCopy wholeImage() const;
-  VulkanBuffer& staging() const;
+  /// The buffer that copies go through, when the last one is done.
+  const VulkanBuffer& staging() const;
+  void waitForCopy() const;
   void dropStaging() const;
 
   VulkanDevice& device_;
   std::uint64_t id_;
   VkImage image_ = VK_NULL_HANDLE;
   VulkanDrawable* drawable_ = nullptr;
-  TextureResources resources_;
+  mutable TextureResources resources_;
   // Encoding reads a texture and yet has to remember that it did.
   mutable TextureAccesses accesses_;
-  mutable VulkanBuffer staging_;  // kept for shared textures, which are written again and again
+  mutable std::uint64_t lastCopy_ = 0;  // the submission that used the staging buffer last
 };
 
 }  // namespace veloria::gpu::vulkan

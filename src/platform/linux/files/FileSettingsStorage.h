@@ -8,7 +8,8 @@ namespace veloria {
 
 /// Settings as files `<folder>/<key>.json`. A settings file that is a symbolic link (people keep theirs elsewhere and
 /// link to it) is read and written where it leads. Files that are not regular or have more than maximumJsonBytes read
-/// as nothing; nothing on the disk makes a call wait. Main thread; other processes may use the folder too.
+/// as nothing; nothing on the disk makes a call wait longer than the disk itself, which a write does. Any thread; other
+/// processes may use the folder too.
 class FileSettingsStorage : public SettingsStorage {
  public:
   /// `folder` need not exist: the first write makes it, for the owner alone. With an empty path there is nothing to
