@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "base/PlainText.h"
 #include "cli/Commands.h"
 #include "cli/ExitCode.h"
 #include "cli/Operands.h"

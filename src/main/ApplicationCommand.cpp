@@ -87,6 +87,7 @@ int runApplication(int& argc, char** argv) {
   choosePlatform(environment);
   qInstallMessageHandler(takeFromQt);
   QApplication application(argc, argv);
+  keepNumbersPlain();
   QApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName("com.tollmere.Veloria");
   QGuiApplication::setWindowIcon(QIcon::fromTheme("veloria"));
