@@ -23,8 +23,7 @@ void lapse(const veloria::AgentSessions& sessions) {
     require(*next > now && ++lapses <= sessions.size());
     now = *next;
     if (lapses > 20) return;  // as many again teach nothing
-    for (const auto& [name, value] : veloria::mergedSessions(sessions, now))
-      require(std::isfinite(value) && value >= 0);
+    for (const auto& [name, value] : veloria::mergedSessions(sessions, now)) require(std::isfinite(value));
   }
 }
 
@@ -33,7 +32,6 @@ void lapse(const veloria::AgentSessions& sessions) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto state = veloria::readAgentState({reinterpret_cast<const char*>(data), size});
   if (!state) return 0;
-  require(state->channels.size() <= veloria::AgentState::maximumChannels);
   for (const auto& [name, value] : state->channels) require(std::isfinite(value));
   require(state->alertFor >= 0.1 && std::isfinite(state->alertUntil));
   for (const auto& palette : {state->palette, state->alertPalette}) {

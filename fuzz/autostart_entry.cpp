@@ -31,7 +31,7 @@ std::string unescaped(std::string_view value) {
   return text;
 }
 
-/// The last argument, which must be quoted as the specification says.
+/// The last argument, which must be quoted as the Desktop Entry format says.
 std::string lastArgument(std::string_view command) {
   std::string argument;
   bool quoted = false;

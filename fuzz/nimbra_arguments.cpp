@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/PlainText.h"
 #include "cli/CommandLine.h"
 #include "cli/Operands.h"
 #include "cli/UsageError.h"

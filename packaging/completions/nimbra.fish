@@ -64,7 +64,7 @@ complete -c nimbra -n 'not __nimbra_command run; or __nimbra_in_run_options' -s 
 
 set -l writers '__nimbra_command busy idle ok fail set; or __nimbra_in_run_options'
 complete -c nimbra -n $writers -l session -x -d 'write into a session of your own'
-complete -c nimbra -n $writers -l ttl -x -d 'seconds after which the session lapses'
+complete -c nimbra -n $writers -l ttl -x -d 'seconds after which it lapses'
 complete -c nimbra -n "$writers; or __nimbra_command unset palette clear" -s v -l verbose -d 'say what was written'
 complete -c nimbra -n '__nimbra_command status' -l json -d 'print JSON'
 complete -c nimbra -n '__nimbra_command set unset' -a 'busy ok err a0 a1 a2 a3'

@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "base/PlainText.h"
 #include "cli/Commands.h"
 #include "cli/ExitCode.h"
-#include "cli/Operands.h"
 #include "cli/RunningApplication.h"
 #include "cli/StateFile.h"
 #include "cli/StatusReport.h"

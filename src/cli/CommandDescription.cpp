@@ -40,9 +40,11 @@ constexpr std::array<CommandDescription, 13> commands{{
     {.name = "set",
      .usage = "NAME NUMBER",
      .summary = "set a channel for scene scripts, such as a0",
-     .details = "NAME is 1 to 64 bytes of UTF-8 without control characters. busy, ok and err are set in a session, "
-                "other\nnames only with --session or --ttl, or when a session has them. Put -- before a NAME that "
-                "begins with '-'.\n",
+     .details =
+         "NAME is 1 to 64 bytes of UTF-8 without control characters. Scripts can read it when it is a word of small "
+         "letters,\ndigits and '_'. busy, ok and err are set in a session, other names only with --session, or when a "
+         "session has them.\nWith --ttl and no --session, NAME lapses alone, as the session set-NAME. Put -- before a "
+         "NAME that begins with '-'.\n",
      .fewest = 2,
      .most = 2,
      .session = true,

@@ -3,6 +3,7 @@
 #include <span>
 #include <string_view>
 
+#include "base/PlainText.h"
 #include "cli/Operands.h"
 #include "cli/UsageError.h"
 

@@ -1,11 +1,10 @@
 #include "cli/Operands.h"
 
-#include <algorithm>
 #include <array>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "base/PlainNumber.h"
+#include "base/PlainText.h"
 #include "cli/UsageError.h"
 #include "scene/ColorStops.h"
 
@@ -22,29 +21,6 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 6> reservedN
     {"expires", "a session's end, which --ttl sets"},
 }};
 
-bool isControl(char c) {
-  return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-}
-
-/// In UTF-8, U+0080 to U+009F are 0xC2 and one more byte.
-bool hasControls(std::string_view text) {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (isControl(text[i])) return true;
-    const bool latin = text[i] == '\xC2' && i + 1 < text.size();
-    if (latin && static_cast<unsigned char>(text[i + 1]) < 0xA0) return true;
-  }
-  return false;
-}
-
-bool isUtf8(std::string_view text) {
-  try {
-    static_cast<void>(nlohmann::json(text).dump());  // refuses what is not
-    return true;
-  } catch (const nlohmann::json::exception&) {
-    return false;
-  }
-}
-
 std::string inQuotes(std::string_view text) {
   return "'" + printable(text) + "'";
 }
@@ -56,18 +32,6 @@ void requireName(std::string_view what, const std::string& text) {
 }
 
 }  // namespace
-
-bool isPlainText(std::string_view text, std::size_t most) {
-  return !text.empty() && text.size() <= most && !hasControls(text) && isUtf8(text);
-}
-
-std::string printable(std::string_view text) {
-  std::string result(text);
-  if (isUtf8(text) && !hasControls(text)) return result;
-  std::ranges::replace_if(
-      result, [](char c) { return isControl(c) || static_cast<unsigned char>(c) >= 0x80; }, '?');
-  return result;
-}
 
 std::optional<std::string_view> reservedMeaning(std::string_view name) {
   for (const auto& [reserved, meaning] : reservedNames) {

@@ -13,12 +13,6 @@ namespace veloria::cli {
 /// The most bytes of a channel's or session's name.
 inline constexpr std::size_t longestName = 64;
 
-/// 1 to `most` bytes of UTF-8 without control characters (below U+0020, U+007F to U+009F).
-bool isPlainText(std::string_view text, std::size_t most);
-
-/// `text` with a '?' for each byte that a terminal might take for a command or can't show.
-std::string printable(std::string_view text);
-
 /// What a member of the state file with this name means if it is no channel, as the end of a sentence.
 std::optional<std::string_view> reservedMeaning(std::string_view name);
 

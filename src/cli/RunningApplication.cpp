@@ -4,8 +4,8 @@
 #include <string>
 
 #include "base/LocalSocket.h"
+#include "base/PlainText.h"
 #include "base/StrictJson.h"
-#include "cli/Operands.h"
 
 namespace veloria::cli {
 

@@ -1,6 +1,7 @@
 #include "cli/StateChanges.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
 #include <string_view>
 
@@ -17,6 +18,8 @@ constexpr const char* alertUntil = "alert_until";
 constexpr const char* alertFor = "alert_for";
 constexpr const char* alertPalette = "alert_palette";
 constexpr const char* palette = "palette";
+/// The names that always belong to a session.
+constexpr std::array<std::string_view, 3> outcomes{"busy", "ok", "err"};
 
 bool saysNothing(const AgentSession& session) {
   return std::ranges::all_of(session.values, [](const auto& value) { return value.second == 0; });
@@ -43,12 +46,12 @@ void changeSessions(json& state, double now, const Change& change) {
   AgentSessions sessions = liveSessions(state, now);
   change(sessions);
   names.merge(namesIn(sessions));
+  std::erase_if(sessions, [](const auto& entry) { return saysNothing(entry.second); });
   const auto merged = mergedSessions(sessions, now);
   for (const auto& name : names) {
     const auto found = merged.find(name);
     if (!reservedMeaning(name)) state[name] = found == merged.end() ? 0 : found->second;
   }
-  std::erase_if(sessions, [](const auto& entry) { return saysNothing(entry.second); });
   state.erase(sessionsKey);
   if (!sessions.empty()) state[sessionsKey] = toJson(sessions);
 }
@@ -79,7 +82,11 @@ void endAlertUnlessFailed(json& state) {
   if (alert != state.end()) *alert = 0;
 }
 
-void setActivity(AgentSession& session, Activity activity) {
+void setActivity(AgentSessions& sessions, Activity activity, const SessionChoice& choice, double now) {
+  if (choice.name == SessionChoice().name) {
+    for (const auto& name : outcomes) sessions.erase(lifetimeSession(name));
+  }
+  AgentSession& session = openSession(sessions, choice, now);
   session.values["busy"] = activity == Activity::busy ? 1 : 0;
   session.values["ok"] = activity == Activity::ok ? 1 : 0;
   session.values["err"] = activity == Activity::fail ? 1 : 0;
@@ -95,20 +102,21 @@ void flashFor(json& state, Activity activity, double now) {
 
 }  // namespace
 
-bool isOutcomeChannel(std::string_view name) {
-  return name == "busy" || name == "ok" || name == "err";
+std::string lifetimeSession(std::string_view channel) {
+  return "set-" + std::string(channel);
 }
 
 void reportActivity(json& state, Activity activity, const SessionChoice& session, double now) {
-  changeSessions(state, now,
-                 [&](AgentSessions& sessions) { setActivity(openSession(sessions, session, now), activity); });
+  changeSessions(state, now, [&](AgentSessions& sessions) { setActivity(sessions, activity, session, now); });
   flashFor(state, activity, now);
 }
 
 void setChannel(json& state, const std::string& name, double value, const std::optional<SessionChoice>& session,
                 double now) {
-  const bool shared = session || isOutcomeChannel(name) || namesIn(liveSessions(state, now)).contains(name);
+  bool shared = session || std::ranges::find(outcomes, name) != outcomes.end();
   changeSessions(state, now, [&](AgentSessions& sessions) {
+    if (!session) sessions.erase(lifetimeSession(name));
+    shared = shared || namesIn(sessions).contains(name);
     if (shared) openSession(sessions, session.value_or(SessionChoice()), now).values[name] = value;
   });
   if (!shared) state[name] = value;
@@ -143,7 +151,7 @@ void clearState(json& state, double now) {
 void finishRun(json& state, const std::string& running, Activity outcome, const std::string& session, double now) {
   changeSessions(state, now, [&](AgentSessions& sessions) {
     if (running != session) sessions.erase(running);
-    setActivity(openSession(sessions, {session, std::nullopt}, now), outcome);
+    setActivity(sessions, outcome, {session, std::nullopt}, now);
   });
   flashFor(state, outcome, now);
 }

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/Activity.h"
@@ -17,14 +18,15 @@ namespace veloria::cli {
 /// How long a failure flashes, in seconds.
 inline constexpr double alertSeconds = 1.5;
 
-/// The names that always belong to a session: busy, ok and err.
-bool isOutcomeChannel(std::string_view name);
+/// The session of a channel that is set for some time by a writer that names none: nothing else lapses with it.
+std::string lifetimeSession(std::string_view channel);
 
-/// Sets the session's busy, ok and err. A failure starts the flash; the others end it once no session has failed.
+/// Sets the session's busy, ok and err; in the default one, in place of what their lifetime sessions said. A failure
+/// starts the flash; the others end it once no session has failed.
 void reportActivity(nlohmann::json& state, Activity activity, const SessionChoice& session, double now);
 
-/// Sets a channel: in the session when one is chosen, in the default one when the name belongs to sessions (busy, ok,
-/// err, or one that a session has), else at the top level.
+/// Sets a channel: in the session when one is chosen; else, in place of what its lifetime session said, in the default
+/// one when the name belongs to sessions (busy, ok, err, or one that a session has), and at the top level otherwise.
 void setChannel(nlohmann::json& state, const std::string& name, double value,
                 const std::optional<SessionChoice>& session, double now);
 

@@ -58,11 +58,10 @@ Result<std::string> putAside(const fs::path& path, const std::string& defect) {
 }
 
 /// The notice of StateFile::change().
-Result<std::string> replace(const fs::path& path, const Content& content) {
-  const std::string bytes = content.state.dump(2) + "\n";
-  if (bytes.size() > maximumJsonBytes) return Failure{path.string() + ": there is no room left in it"};
+Result<std::string> replace(const fs::path& path, const std::string& bytes, const std::string& defect) {
+  if (bytes.size() > maximumJsonBytes) return Failure{path.string() + ": there is no room for so much"};
   Result<std::string> notice = std::string();
-  if (!content.defect.empty()) notice = putAside(path, content.defect);
+  if (!defect.empty()) notice = putAside(path, defect);
   if (!notice) return notice;
   const auto written = writeFileAtomically(path, bytes, FileAccess::ownerOnly);
   if (!written) return Failure{written.error()};
@@ -88,8 +87,17 @@ Result<std::string> StateFile::change(const Change& change) const {
   removeStaleTemporaryFiles(folder);
   auto content = load(path_);
   if (!content) return Failure{content.error()};
-  change(content->state, wallClock());
-  return replace(path_, *content);
+  const double now = wallClock();
+  const auto changed = [&] {
+    change(content->state, now);
+    return content->state.dump(2) + "\n";
+  };
+  std::string bytes = changed();
+  if (bytes.size() > maximumJsonBytes) {
+    *content = defective("there was no room left in " + std::to_string(maximumJsonBytes) + " bytes");
+    bytes = changed();
+  }
+  return replace(path_, bytes, content->defect);
 }
 
 std::optional<fs::path> stateFilePath(const Environment& environment) {

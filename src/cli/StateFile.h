@@ -14,7 +14,8 @@ namespace veloria::cli {
 /// The agent state file: one JSON object that several programs change. Blocks.
 class StateFile {
  public:
-  /// Changes the object in place; called with the wall clock in seconds since 1970, once the file is ours.
+  /// Changes the object in place; called with the wall clock in seconds since 1970, once the file is ours, and again
+  /// with an empty object when there is no room for the change in the former one.
   using Change = std::function<void(nlohmann::json& state, double now)>;
 
   /// `lockSeconds`: how long change() waits for others.
@@ -26,8 +27,9 @@ class StateFile {
   Result<nlohmann::json> read() const;
 
   /// Reads, changes and replaces the file while no other change() of any process does. Makes the folder when there is
-  /// none. A file that holds no JSON object, or is too large, is moved to "state.json.rejected" and a new one started;
-  /// then the value is one line that says so, otherwise it is empty. What is no regular file is an error and stays.
+  /// none. A file that holds no JSON object, is too large or would become so is moved to "state.json.rejected" and a
+  /// new one started; then the value is one line that says so, otherwise it is empty. What is no regular file is an
+  /// error and stays.
   Result<std::string> change(const Change& change) const;
 
  private:

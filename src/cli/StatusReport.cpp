@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/PlainText.h"
 #include "cli/Operands.h"
 
 namespace veloria::cli {

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "base/PlainText.h"
 #include "cli/Commands.h"
 #include "cli/ExitCode.h"
 #include "cli/Operands.h"
@@ -59,7 +60,7 @@ int runSet(const CommandLine& line, const Environment& environment) {
   const std::string name = channelName(line.operands[0]);
   const double value = finiteNumber("the value", line.operands[1]);
   std::optional<SessionChoice> session;
-  if (line.choosesSession()) session = line.sessionChoice();
+  if (line.choosesSession()) session = {line.session.value_or(lifetimeSession(name)), line.ttl};
   return write(line, environment, name + " " + line.operands[1] + (session ? sessionText(*session) : ""),
                [&](json& state, double now) { setChannel(state, name, value, session, now); });
 }

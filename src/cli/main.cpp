@@ -6,11 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "base/PlainText.h"
 #include "cli/CommandDescription.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/ExitCode.h"
-#include "cli/Operands.h"
 #include "cli/UsageError.h"
 
 namespace {

@@ -94,6 +94,7 @@ int runApplication(int& argc, char** argv) {
                                 environment);
   qInstallMessageHandler(takeFromQt);
   QApplication application(argc, argv);
+  keepNumbersPlain();
   QApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName("com.tollmere.Veloria");
   QGuiApplication::setWindowIcon(QIcon::fromTheme("veloria"));

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "base/PlainText.h"
 #include "main/Arguments.h"
 #include "main/Command.h"
 #include "main/Commands.h"
@@ -52,7 +53,7 @@ int runCheck(const QStringList& arguments) {
     const NimbraScript script = NimbraScript::parse(text);
     if (parser.isSet("json")) std::printf("%s\n", toJson(reportOn(script, channels)).dump(2).c_str());
   } catch (const ScriptError& error) {
-    std::fprintf(stderr, "%s\n", error.what());
+    std::fprintf(stderr, "%s\n", printable(error.description()).c_str());
     return failed;
   }
   return done;

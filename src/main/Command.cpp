@@ -1,5 +1,6 @@
 #include "main/Command.h"
 
+#include <clocale>
 #include <cstdio>
 #include <exception>
 
@@ -15,6 +16,10 @@ int fail(const std::string& name, const std::string& text, ExitCode code) {
 }
 
 }  // namespace
+
+void keepNumbersPlain() {
+  std::setlocale(LC_NUMERIC, "C");
+}
 
 int runCommand(const std::string& name, const std::function<int()>& body) {
   try {

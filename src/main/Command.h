@@ -23,6 +23,10 @@ class WorkError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Numbers in messages have a point whatever the user's language. To be called once there is an application object of
+/// Qt, which sets that language.
+void keepNumbersPlain();
+
 /// Runs `body`, turns what it throws into one line on standard error ("veloria render: ...") and an exit code.
 int runCommand(const std::string& name, const std::function<int()>& body);
 

@@ -44,7 +44,8 @@ void addConfigOptions(QCommandLineParser& parser) {
 std::string readScriptFile(const std::string& path) {
   auto text = readFileBounded(path, maximumJsonBytes);
   if (!text) throw WorkError(text.error());
-  return *std::move(text);
+  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+  return text->starts_with(byteOrderMark) ? text->substr(byteOrderMark.size()) : *std::move(text);
 }
 
 NimbraConfig configFrom(const QCommandLineParser& parser) {

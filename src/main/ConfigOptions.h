@@ -13,7 +13,8 @@ void addConfigOptions(QCommandLineParser& parser);
 /// environment. Throws UsageError for a wrong option, WorkError for a file that is not what it should be.
 NimbraConfig configFrom(const QCommandLineParser& parser);
 
-/// The text of a script file of at most 1 MiB. Throws WorkError.
+/// The text of a script file of at most 1 MiB, without the byte order mark that some editors put first. Throws
+/// WorkError.
 std::string readScriptFile(const std::string& path);
 
 }  // namespace veloria

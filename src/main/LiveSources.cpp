@@ -13,10 +13,12 @@ namespace veloria {
 
 namespace {
 
-/// Its folder is made so that others find where to write. Empty without a home.
+/// Its folder is made so that others find where to write; where that fails now, somebody may still make it later. Empty
+/// without a home.
 std::filesystem::path stateFile(const Environment& environment) {
   const auto folder = dataFolder(environment);
-  if (!folder || !makeUserFolder(*folder)) return {};
+  if (!folder) return {};
+  makeUserFolder(*folder);
   return *folder / "state.json";
 }
 

@@ -44,6 +44,7 @@ int runApplication(int& argc, char** argv) {
   const SingleInstance instance(environment);
   if (instance.otherRuns()) return instance.greetTheOther();
   QApplication application(argc, argv);
+  keepNumbersPlain();
   QApplication::setQuitOnLastWindowClosed(false);
   becomeAccessory();
   QtTimerFactory timers;

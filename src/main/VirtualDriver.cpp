@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/PlainText.h"
 #include "main/Command.h"
 
 namespace veloria {
@@ -35,7 +36,7 @@ VirtualDriver::VirtualDriver(NimbraConfig config, std::vector<ChannelEvent> even
   std::stable_sort(events_.begin(), events_.end(), [](const auto& a, const auto& b) { return a.t < b.t; });
   driver_.onConfig = [this](const NimbraConfig& driven) { driven_ = driven; };
   driver_.recompile();
-  if (driver_.scriptError()) throw WorkError(*driver_.scriptError());
+  if (driver_.scriptError()) throw WorkError(printable(*driver_.scriptError()));
 }
 
 void VirtualDriver::advanceTo(double seconds) {

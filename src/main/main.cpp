@@ -55,6 +55,7 @@ int main(int argc, char** argv) {
   if (argc <= 1) return runCommand("veloria", [&] { return runApplication(argc, argv); });
 
   QCoreApplication application(argc, argv);
+  keepNumbersPlain();
   const QStringList arguments = QCoreApplication::arguments().mid(1);
   const std::string first = arguments.isEmpty() ? std::string() : arguments.first().toStdString();
   if (first == "--help" || first == "-h" || first == "help") return printHelp(), done;

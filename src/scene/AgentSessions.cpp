@@ -55,9 +55,13 @@ std::map<std::string, double, std::less<>> mergedSessions(const AgentSessions& s
   std::map<std::string, double, std::less<>> merged;
   for (const auto& [name, session] : sessions) {
     for (const auto& [key, value] : session.values) {
-      double& most = merged[key];
-      if (!lapsed(session, now)) most = std::max(most, value);
+      if (lapsed(session, now)) continue;
+      const auto [most, first] = merged.emplace(key, value);
+      if (!first) most->second = std::max(most->second, value);
     }
+  }
+  for (const auto& [name, session] : sessions) {
+    for (const auto& [key, value] : session.values) merged.emplace(key, 0);
   }
   const auto failure = merged.find("err");
   const auto success = merged.find("ok");

@@ -30,7 +30,6 @@ std::optional<double> number(const Json& state, const char* key) {
 ChannelValues channelsOf(const Json& state) {
   ChannelValues channels;
   for (const auto& [key, value] : state.items()) {
-    if (channels.size() == AgentState::maximumChannels) break;
     if (value.is_number()) channels[key] = value.get<double>();
     if (value.is_boolean()) channels[key] = value.get<bool>() ? 1 : 0;
   }
@@ -97,10 +96,7 @@ void AgentSource::read() {
 /// A file whose writers are all alive says itself what they merge to; once one has lapsed, it is worked out here.
 void AgentSource::letLapse(double now) {
   if (!nextExpiry_ || *nextExpiry_ > now) return;
-  for (const auto& [name, value] : mergedSessions(state_.sessions, now)) {
-    const bool fits = state_.channels.contains(name) || state_.channels.size() < AgentState::maximumChannels;
-    if (fits) state_.channels[name] = value;
-  }
+  for (const auto& [name, value] : mergedSessions(state_.sessions, now)) state_.channels[name] = value;
   nextExpiry_ = nextExpiry(state_.sessions, now);
 }
 

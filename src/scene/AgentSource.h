@@ -12,9 +12,6 @@ namespace veloria {
 
 /// What a state file says. See AgentSource.
 struct AgentState {
-  /// More of a file's numbers than these, in the order of their names, are left out.
-  static constexpr std::size_t maximumChannels = 256;
-
   ChannelValues channels;
   std::optional<FourStops> palette;
   double alertUntil = 0;  ///< seconds since 1970; 0: no alert

@@ -19,11 +19,6 @@ void put(ChannelValues& map, std::string_view name, double value) {
   }
 }
 
-bool isReserved(std::string_view name) {
-  const auto& names = DriveChannels::sourceNames;
-  return name == "t" || std::find(names.begin(), names.end(), name) != names.end();
-}
-
 /// Where a value glides to within `dt` seconds. One that is not finite would never get away from there.
 double glided(double current, double target, double dt, double timeConstant) {
   if (!std::isfinite(current)) return target;
@@ -33,14 +28,13 @@ double glided(double current, double target, double dt, double timeConstant) {
 }  // namespace
 
 void DriveChannels::set(std::string_view name, double value, double smooth) {
-  if (targets.size() >= maximumNames && !targets.contains(name) && !isReserved(name)) return;
   put(targets, name, value);
   put(smoothing, name, smooth);
 }
 
 void DriveChannels::setImmediate(std::string_view name, double value) {
   set(name, value, 0);
-  if (targets.contains(name)) put(values, name, value);
+  put(values, name, value);
 }
 
 void DriveChannels::step(double dt) {

@@ -17,10 +17,6 @@ class DriveChannels {
                                                                 "gust",  "temp", "cloud", "rain",   "agent", "busy",
                                                                 "ok",    "err",  "a0",    "a1",     "a2",    "a3"};
 
-  /// Names beyond the sources' own and `t`: more than anybody can use, few enough for any tick. A new name that comes
-  /// when there are as many is ignored.
-  static constexpr std::size_t maximumNames = 512;
-
   /// Lets `name` glide to `value` with the time constant `smooth` in seconds; at 0 and below it arrives with the next
   /// step.
   void set(std::string_view name, double value, double smooth);

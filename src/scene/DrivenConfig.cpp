@@ -38,15 +38,6 @@ void assignParameters(NimbraConfig& config, const NimbraScript& script, const Ch
   for (const auto& [param, expression] : script.bindings) assign(config, param, expression.eval(channels));
 }
 
-NimbraConfig applying(const NimbraConfig& config, const NimbraScript& script, const ChannelValues& channels,
-                      const std::optional<Palette>& wallpaper, std::span<const ColorStop> agentPalette) {
-  NimbraConfig result = config;
-  const auto stops = chosenStops(script, wallpaper, agentPalette);
-  if (!stops.empty()) setCustomPalette(result, stops);
-  assignParameters(result, script, channels);
-  return result;
-}
-
 // The rule of the pace is the record's own; it is asked about a record that holds nothing but numbers.
 void applyTempo(NimbraConfig& config) {
   NimbraConfig motion;
@@ -61,14 +52,9 @@ double alertEnvelope(double alertUntil, double alertFor, double nowWallClock) {
   return x > 0.001 ? x * x * (3 - 2 * x) : 0;
 }
 
-void applyAlert(NimbraConfig& config, double alertUntil, double alertFor, std::span<const ColorStop> alertPalette,
-                double nowWallClock) {
-  const double s = alertEnvelope(alertUntil, alertFor, nowWallClock);
-  if (s <= 0) return;
-  if (!alertPalette.empty()) {
-    setCustomPalette(config, alertPalette);
-    config.hueSpread *= 1 - 0.8 * s;
-  }
+void applyAlert(NimbraConfig& config, double strength, bool ownPalette) {
+  const double s = strength;
+  if (ownPalette) config.hueSpread *= 1 - 0.8 * s;
   config.exposure += 1.5 * s;
   config.glowAmount += 1.2 * s;
   config.emitRate += 1.4 * s;
@@ -76,12 +62,6 @@ void applyAlert(NimbraConfig& config, double alertUntil, double alertFor, std::s
   config.curlStrength = std::min(10.0, config.curlStrength + 2.5 * s);
   config.rayIntensity = std::min(1.0, config.rayIntensity + 0.3 * s);
   config.saturation = std::min(3.0, config.saturation + 0.4 * s);
-}
-
-NimbraConfig applyingAlert(NimbraConfig config, double alertUntil, double alertFor,
-                           std::span<const ColorStop> alertPalette, double nowWallClock) {
-  applyAlert(config, alertUntil, alertFor, alertPalette, nowWallClock);
-  return config;
 }
 
 }  // namespace veloria

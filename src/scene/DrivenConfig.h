@@ -21,10 +21,6 @@ std::span<const ColorStop> chosenStops(const NimbraScript& script, const std::op
 /// Assigns the script's constants, then its bindings in order, to the fields that they drive.
 void assignParameters(NimbraConfig& config, const NimbraScript& script, const ChannelValues& channels);
 
-/// A copy with the script applied: its palette (`agentPalette` empty: no override), constants and bindings.
-NimbraConfig applying(const NimbraConfig& config, const NimbraScript& script, const ChannelValues& channels,
-                      const std::optional<Palette>& wallpaper, std::span<const ColorStop> agentPalette);
-
 /// NimbraConfig::applyingTempo() in place, without copying the record's texts.
 void applyTempo(NimbraConfig& config);
 
@@ -32,13 +28,8 @@ void applyTempo(NimbraConfig& config);
 /// `alertUntil`. Times are wall-clock seconds since 1970.
 double alertEnvelope(double alertUntil, double alertFor, double nowWallClock);
 
-/// Adds the alert flash in place. Exposure, glow and emit may leave their ranges, on purpose. `alertPalette` empty: the
-/// palette stays.
-void applyAlert(NimbraConfig& config, double alertUntil, double alertFor, std::span<const ColorStop> alertPalette,
-                double nowWallClock);
-
-/// A copy with the alert flash.
-NimbraConfig applyingAlert(NimbraConfig config, double alertUntil, double alertFor,
-                           std::span<const ColorStop> alertPalette, double nowWallClock);
+/// Adds an alert flash of `strength`, above 0 to 1, in place. Exposure, glow and emit may leave their ranges, on
+/// purpose. `ownPalette`: it has colours of its own, whose hues are kept closer together.
+void applyAlert(NimbraConfig& config, double strength, bool ownPalette);
 
 }  // namespace veloria

@@ -131,6 +131,16 @@ const NimbraScript& NimbraScript::empty() {
   return none;
 }
 
+std::set<std::string, std::less<>> NimbraScript::channels() const {
+  std::set<std::string, std::less<>> names;
+  for (const auto& [param, expression] : bindings) {
+    for (const Expr::Node& node : expression.nodes()) {
+      if (node.kind == Expr::Kind::channel) names.insert(node.name);
+    }
+  }
+  return names;
+}
+
 NimbraScript NimbraScript::parse(std::string_view text) {
   const std::string valid = validUtf8(text);
   return ScriptParser().parse(valid);

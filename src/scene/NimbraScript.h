@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,6 +26,9 @@ struct NimbraScript {
 
   /// The script without any line.
   static const NimbraScript& empty();
+
+  /// The channels that the bindings read, each once.
+  std::set<std::string, std::less<>> channels() const;
 
   /// Parses UTF-8 text; bytes that are none count as U+FFFD. Stops at the first line that is wrong and throws its
   /// ScriptError. Takes time in proportion to the text; whoever reads a script from outside refuses it above

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/Log.h"
+#include "base/PlainText.h"
 #include "scene/BuiltInScripts.h"
 #include "scene/DrivenConfig.h"
 #include "scene/ScriptError.h"
@@ -19,8 +20,8 @@ constexpr double shortestStep = 1.0 / 240;
 constexpr double longestStep = 0.5;
 constexpr double wallpaperSeconds = 20;
 constexpr int ticksBetweenAudioLines = 60;
-/// Room for a time of day, yet a channel glides back from it in seconds.
-constexpr double largestAgentValue = 1e12;
+/// Room for a time in milliseconds since 1970, yet a channel glides back from it in seconds.
+constexpr double largestAgentValue = 1e15;
 
 // Time constants, in seconds.
 constexpr double levelSmoothing = 0.08;
@@ -30,10 +31,18 @@ constexpr double trebleSmoothing = 0.07;
 constexpr double weatherSmoothing = 2.0;
 constexpr double agentSmoothing = 0.3;
 
+/// The names that an agent's number can have an effect under: a state file may hold any number of others.
+std::set<std::string, std::less<>> agentNames(const NimbraScript& script) {
+  auto names = script.channels();
+  for (const std::string_view name : DriveChannels::sourceNames) names.emplace(name);
+  return names;
+}
+
 void logCompiled(Visualizer mode, const NimbraScript& script, const std::optional<std::string>& error) {
   if (!NimbraLog::enabled()) return;
   NimbraLog::debug("script " + std::string(rawValue(mode)) + ": binds=" + std::to_string(script.bindings.size()) +
-                   " consts=" + std::to_string(script.constants.size()) + " error=" + error.value_or("none"));
+                   " consts=" + std::to_string(script.constants.size()) +
+                   " error=" + printable(error.value_or("none")));
 }
 
 }  // namespace
@@ -43,6 +52,7 @@ SceneDriver::SceneDriver(Ports ports)
       started_(ports_.mediaClock()),
       lastTick_(started_),
       agent_(ports_.agentStateFile),
+      agentNames_(agentNames(compiled_)),
       weather_(ports_.weather) {
   requestWallpaper(started_);
   startTimer();
@@ -59,6 +69,7 @@ void SceneDriver::recompile() {
     scriptError_ = error.what();
   }
   if (scriptError_) compiled_ = NimbraScript::empty();
+  agentNames_ = agentNames(compiled_);
   logCompiled(settings.visualizer, compiled_, scriptError_);
   updateSources();
 }
@@ -146,8 +157,10 @@ void SceneDriver::feedWeather(const NimbraConfig& settings) {
 
 void SceneDriver::feedAgent() {
   agent_.poll(ports_.wallClock());
-  for (const auto& [name, value] : agent_.latest()) {
-    channels.set(name, std::clamp(value, -largestAgentValue, largestAgentValue), agentSmoothing);
+  for (const auto& name : agentNames_) {
+    const auto said = agent_.latest().find(name);
+    if (said == agent_.latest().end()) continue;
+    channels.set(name, std::clamp(said->second, -largestAgentValue, largestAgentValue), agentSmoothing);
   }
 }
 
@@ -174,10 +187,11 @@ void SceneDriver::drive(const NimbraConfig& settings) {
 }
 
 void SceneDriver::flashAlert() {
-  const double now = ports_.wallClock();
-  if (alertEnvelope(agent_.alertUntil(), agent_.alertFor(), now) <= 0) return;
-  setPalette(agent_.alertPalette());
-  applyAlert(driven_, agent_.alertUntil(), agent_.alertFor(), agent_.alertPalette(), now);
+  const double strength = alertEnvelope(agent_.alertUntil(), agent_.alertFor(), ports_.wallClock());
+  if (strength <= 0) return;
+  const auto colours = agent_.alertPalette();
+  setPalette(colours);
+  applyAlert(driven_, strength, !colours.empty());
 }
 
 void SceneDriver::restartFrom(const NimbraConfig& settings) {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 
@@ -23,9 +24,10 @@ namespace veloria {
 /// hands the result on.
 ///
 /// Main thread. Sound is listened to in the music mode only, and not while the driver is suspended; the weather is
-/// asked for in the weather and wind modes only; the agent state file counts in every mode. It does not look for its
-/// parts itself and there is no shared instance here: who puts the program together makes the one driver. It does not
-/// react to settings by itself either; whoever changes the drive mode or the script calls recompile().
+/// asked for in the weather and wind modes only; the agent state file counts in every mode, its numbers under the
+/// sources' own names and those that the script reads. It does not look for its parts itself and there is no shared
+/// instance here: who puts the program together makes the one driver. It does not react to settings by itself either;
+/// whoever changes the drive mode or the script calls recompile().
 class SceneDriver {
  public:
   static constexpr double tickSeconds = 1.0 / 30;
@@ -111,6 +113,7 @@ class SceneDriver {
   double lastWallpaperCheck_ = 0;
   Visualizer lastSource_ = Visualizer::autonomous;
   AgentSource agent_;
+  std::set<std::string, std::less<>> agentNames_;  // those of its channels that are fed
   WeatherSource weather_;
   std::unique_ptr<AudioSource> audio_;
   int audioTicks_ = 0;

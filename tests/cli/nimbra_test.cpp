@@ -63,6 +63,20 @@ TEST_F(NimbraTest, ADayOfWrites) {
   EXPECT_EQ(state(), json({{"busy", 0}, {"ok", 0}, {"err", 0}, {"a0", 0}, {"alert_until", 0}}));
 }
 
+TEST_F(NimbraTest, TheLifetimeOfAChannelIsNobodyElses) {
+  shell("nimbra busy; nimbra set a0 1 --ttl 600; nimbra set err 1 --ttl 600");
+  const json sessions = state()["sessions"];
+  EXPECT_EQ(sessions["default"], json({{"busy", 1}, {"ok", 0}, {"err", 0}}));
+  EXPECT_THAT(sessions["set-a0"], testing::UnorderedElementsAre(1, testing::Gt(1.7e9)));
+  shell("nimbra set a0 0.5; nimbra ok");
+  EXPECT_EQ(state(), json({{"a0", 0.5},
+                           {"busy", 0},
+                           {"ok", 1},
+                           {"err", 0},
+                           {"sessions", {{"default", {{"busy", 0}, {"ok", 1}, {"err", 0}}}}}}))
+      << "what is said again without a lifetime stays";
+}
+
 TEST_F(NimbraTest, SaysWhatItWroteWhenAsked) {
   const ProcessResult result = nimbra({"busy", "-v", "--session", "build"});
   EXPECT_EQ(result.output, "");

@@ -104,6 +104,8 @@ TEST(StateChangesTest, ChannelsGoWhereTheirNameBelongs) {
   setChannel(state, "a1", 3, std::nullopt, now);
   EXPECT_EQ(state["a1"], 3) << "not swallowed by the session that has it";
   EXPECT_EQ(state["sessions"]["default"], R"({"a1": 3, "busy": 0.5})"_json);
+  setChannel(state, "a2", -0.5, SessionChoice{"build", 10}, now);
+  EXPECT_EQ(state["a2"], -0.5) << "the only value is the largest";
 }
 
 TEST(StateChangesTest, UnsettingIsZeroInAllSessions) {

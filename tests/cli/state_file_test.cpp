@@ -52,9 +52,10 @@ TEST_F(StateFileTest, ChangesAreReadBackAndKeepTheRest) {
 TEST_F(StateFileTest, WhatIsNoStateMakesRoom) {
   for (const std::string& bytes :
        {std::string(), std::string("[1, 2]"), std::string("{\"busy\": 1"), std::string("{\"busy\": 1e999}"),
-        std::string("\xff\xfe"), "{\"a\": \"" + std::string(maximumJsonBytes, 'x') + "\"}"}) {
+        std::string("\xff\xfe"), "{\"a\": \"" + std::string(maximumJsonBytes, 'x') + "\"}",
+        "{\"full\": \"" + std::string(maximumJsonBytes - 20, 'x') + "\"}"}) {
     put(bytes);
-    EXPECT_FALSE(file.read());
+    EXPECT_EQ(static_cast<bool>(file.read()), bytes.starts_with("{\"full"));
     const auto notice = file.change(setA0);
     ASSERT_TRUE(notice) << notice.error();
     EXPECT_THAT(*notice, HasSubstr("state.json.rejected"));

@@ -126,9 +126,17 @@ TEST(Check, saysWhatIsWrongOrWhatTheValuesAre) {
   const ProcessResult wrong = veloria({"check", folder.write("wrong.scene", "# fine\nset glow 1\nbind glw = 2\n")});
   EXPECT_EQ(wrong.exitCode, 1);
   EXPECT_EQ(wrong.errors, "Line 3: unknown parameter 'glw'\n");
+  std::string zero = "\xEF\xBB\xBFset glow 1\nset glow 1\x1b[2J";
+  zero.back() = '\0';
+  const std::string odd = folder.write("odd.scene", zero + "x");
+  EXPECT_EQ(veloria({"check", odd}).errors, "Line 2: '1?[2?x' is not a number\n");
+  EXPECT_EQ(veloria({"render", "--script", odd, "--output", "x.png"}).errors,
+            "veloria render: Line 2: '1?[2?x' is not a number\n");
+  EXPECT_LT(veloria({"check", folder.write("long.scene", std::string(1'000'000, 'x'))}).errors.size(), 400U);
 
-  const std::string script =
-      folder.write("right.scene", "palette #ff0000 #00ff00\nset wind nan\nset glow 1e9\nbind hue = bass + 1.5\n");
+  const std::string script = folder.write("right.scene",
+                                          "palette #ff0000 #00ff00\nset wind nan\nset glow 1e9\nbind hue = bass + 1.5\n"
+                                          "set speed 3\nset tempo 2\n");
   EXPECT_EQ(veloria({"check", script}).output, "");
   const ProcessResult right = veloria({"check", script, "--json", "--channel", "bass=0.25"});
   ASSERT_EQ(right.exitCode, 0) << right.errors;
@@ -137,6 +145,7 @@ TEST(Check, saysWhatIsWrongOrWhatTheValuesAre) {
   EXPECT_EQ(json["values"]["wind"], -6);
   EXPECT_EQ(json["values"]["glow"], 4);
   EXPECT_EQ(json["values"]["hue"], 0.75);
+  EXPECT_EQ(json["values"]["speed"], 3) << "the pace is not applied";
   EXPECT_EQ(json["values"]["exposure"], 1.25);
   EXPECT_EQ(json["wallpaper"], false);
   EXPECT_EQ(json["palette"], nlohmann::json({{1, 0, 0}, {0, 1, 0}, {0, 1, 0}, {0, 1, 0}}));
@@ -200,6 +209,22 @@ TEST(Commands, badInputGivesOneLineAndLeavesNothingBehind) {
     EXPECT_EQ(result.output, "") << line;
   }
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 5);
+}
+
+TEST(Commands, numbersHaveAPointInEveryLanguage) {
+  const TemporaryFolder folder;
+  const ProcessResult made =
+      runProcess("/usr/bin/env", {"localedef", "-c", "-i", "de_DE", "-f", "UTF-8", folder.file("comma")});
+  if (!std::filesystem::exists(folder.file("comma")))
+    GTEST_SKIP() << "no locale with a comma can be made here: " << made.errors;
+  const auto run = [&](const std::vector<std::string>& arguments) {
+    return runProcess(VELORIA_BINARY, arguments, folder.path(), {"LOCPATH=" + folder.path(), "LC_ALL=comma"});
+  };
+  EXPECT_NE(run({"render", "--output", "x.png", "--scale", "0.1"}).errors.find("from 0.25 to 8"), std::string::npos);
+  const std::string script = folder.write("point.scene", "set glow 1.5\nbind rays = 0.25\n");
+  const auto values = nlohmann::json::parse(run({"check", script, "--json"}).output)["values"];
+  EXPECT_EQ(values["glow"], 1.5);
+  EXPECT_EQ(values["rays"], 0.25);
 }
 
 TEST(Commands, helpTellsEveryOption) {

@@ -1,6 +1,6 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -77,22 +77,15 @@ TEST(AgentState, RefusesWhatIsNoObject) {
   EXPECT_FALSE(readAgentState(std::string(100'000, '[')));
 }
 
-TEST(AgentState, TakesNoMoreChannelsThanItIsMeantFor) {
-  std::string text = "{";
-  for (int i = 0; i < 5000; ++i) text += "\"c" + std::to_string(i) + "\": 1,";
-  text += "\"last\": 1}";
-  EXPECT_EQ(readAgentState(text)->channels.size(), AgentState::maximumChannels);
-}
-
 TEST(AgentSessions, AnyBusyIsBusyAndAFailureOutranks) {
   const AgentSessions sessions{{"a", {{{"busy", 1}, {"ok", 0}, {"err", 0}}, {}}},
                                {"b", {{{"busy", 0}, {"ok", 1}, {"err", 0}}, {}}},
-                               {"c", {{{"err", 1}, {"a0", 0.5}}, now + 5}},
-                               {"d", {{{"busy", 0.25}}, now - 1}}};
+                               {"c", {{{"err", 1}, {"a0", 0.5}, {"a1", -0.5}}, now + 5}},
+                               {"d", {{{"busy", 0.25}, {"a1", -0.25}}, now - 1}}};
   EXPECT_THAT(mergedSessions(sessions, now),
-              ElementsAre(Pair("a0", 0.5), Pair("busy", 1), Pair("err", 1), Pair("ok", 0)));
+              ElementsAre(Pair("a0", 0.5), Pair("a1", -0.5), Pair("busy", 1), Pair("err", 1), Pair("ok", 0)));
   EXPECT_THAT(mergedSessions(sessions, now + 5),
-              ElementsAre(Pair("a0", 0), Pair("busy", 1), Pair("err", 0), Pair("ok", 1)));
+              ElementsAre(Pair("a0", 0), Pair("a1", 0), Pair("busy", 1), Pair("err", 0), Pair("ok", 1)));
   EXPECT_EQ(nextExpiry(sessions, now), now + 5);
   EXPECT_EQ(nextExpiry(sessions, now - 2), now - 1);
   EXPECT_EQ(nextExpiry(sessions, now + 5), std::nullopt);

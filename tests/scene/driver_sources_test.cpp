@@ -78,12 +78,30 @@ class DriverSources : public testing::Test {
     driver.recompile();
   }
 
-  void playTone(TapState& tap, double hertz) {
+  /// Tones in the bass, the middle and the treble, with these amplitudes.
+  void play(TapState& tap, double bass, double mid = 0, double treble = 0) {
     std::vector<float> samples(1024);
-    for (std::size_t i = 0; i < samples.size(); ++i)
-      samples[i] = static_cast<float>(std::sin(2 * 3.14159265358979 * hertz * static_cast<double>(i) / 48000));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      const double angle = 2 * 3.14159265358979 * static_cast<double>(i) / 48000;
+      samples[i] = static_cast<float>(bass * std::sin(140 * angle) + mid * std::sin(1000 * angle) +
+                                      treble * std::sin(5000 * angle));
+    }
     const std::span<const float> channels[] = {samples, samples};
     tap.handlers.audio({.format = AudioFormat{48000, 2, 0, 32, true}, .unreadable = {}, .channels = channels});
+  }
+
+  struct Glide {
+    const char* channel;
+    double target, timeConstant;
+  };
+  /// One tick takes each channel as far from 0 towards its target as its time constant says.
+  void expectGlides(const std::vector<Glide>& glides) {
+    const double seconds = 0.05;
+    tickAfter(seconds);
+    for (const auto& [name, target, timeConstant] : glides) {
+      EXPECT_GT(std::abs(target), 0.01) << name;
+      EXPECT_NEAR(channel(name), (1 - std::exp(-seconds / timeConstant)) * target, 1e-6) << name;
+    }
   }
 
   double channel(const char* name) { return driver.channels.values.at(name); }
@@ -105,11 +123,15 @@ TEST_F(DriverSources, SoundIsListenedToInTheMusicModeOnly) {
   choose(Visualizer::music);
   ASSERT_EQ(taps.size(), 1U);
   EXPECT_TRUE(taps[0]->running);
-  playTone(*taps[0], 140);
-  const NimbraConfig loud = tickAfter(0.03);
-  EXPECT_GT(channel("bass"), 0.5);
-  EXPECT_GT(channel("beat"), 0.5);
-  EXPECT_GT(loud.emitRate, 1.4 + 0.5 * 1.8);
+  tickAfter(0.03);
+  play(*taps[0], 0.5, 0.2, 0.1);
+  const AudioSource::Bands bands = driver.audio()->bands();
+  expectGlides({{"level", bands.level, 0.08},
+                {"bass", bands.bass, 0.06},
+                {"mid", bands.mid, 0.09},
+                {"treble", bands.treble, 0.07}});
+  EXPECT_GT(bands.beat, 0.5);
+  EXPECT_EQ(channel("beat"), bands.beat) << "it arrives at once";
   choose(Visualizer::wind);
   EXPECT_FALSE(taps[0]->running);
   EXPECT_EQ(driver.audio(), nullptr);
@@ -121,7 +143,7 @@ TEST_F(DriverSources, SoundIsListenedToInTheMusicModeOnly) {
 
 TEST_F(DriverSources, AFailedTapIsReplacedByTheNextCompileAndNotBefore) {
   choose(Visualizer::music);
-  playTone(*taps[0], 140);
+  play(*taps[0], 1);
   tickAfter(0.03);
   taps[0]->handlers.failed("the server is gone");
   for (int i = 0; i < 90; ++i) tickAfter(1.0 / 30);
@@ -158,15 +180,16 @@ TEST_F(DriverSources, TheWeatherIsAskedForInItsTwoModesOnly) {
   ASSERT_EQ(http.urls.size(), 1U);
   EXPECT_NE(http.urls[0].find("latitude=52.5200&longitude=13.4050"), std::string::npos);
   http.answer(std::string(R"({"current": {"temperature_2m": 20, "wind_speed_10m": 30, "wind_gusts_10m": 40,
-                              "cloud_cover": 50, "precipitation": 2.5}})"));
-  tickAfter(0.03);
-  EXPECT_GT(channel("wind"), 0);
-  EXPECT_LT(channel("wind"), 1);  // it glides
-  for (int i = 0; i < 60; ++i) tickAfter(0.5);
-  EXPECT_NEAR(channel("wind"), 30, 0.01);
-  EXPECT_NEAR(channel("cloud"), 0.5, 0.001);
-  EXPECT_NEAR(channel("rain"), 0.5, 0.001);
-  EXPECT_NEAR(driven.flowSpeed, 0.15 + 3, 0.001);
+                              "cloud_cover": 80, "precipitation": 2.5}})"));
+  const std::vector<Glide> glides{
+      {"temp", 20, 2}, {"wind", 30, 2}, {"gust", 40, 2}, {"cloud", 0.8, 2}, {"rain", 0.5, 2}};
+  expectGlides(glides);
+  choose(Visualizer::weather);
+  driver.channels.values.clear();
+  for (const Glide& glide : glides) driver.channels.values[glide.channel] = 0;
+  expectGlides(glides);
+  tickAfter(700);
+  EXPECT_EQ(http.urls.size(), 2U) << "ten minutes later";
 }
 
 TEST_F(DriverSources, AgentChannelsAreLiveInEveryModeAndItsPaletteWins) {
@@ -174,7 +197,7 @@ TEST_F(DriverSources, AgentChannelsAreLiveInEveryModeAndItsPaletteWins) {
   driver.wallpaper = Palette::presets().front();
   settings.matchWallpaper = true;
   for (std::size_t mode = 0; mode < rawValues<Visualizer>.size(); ++mode) {
-    choose(static_cast<Visualizer>(mode), "bind glow = busy\npalette #0000ff #0000ff");
+    choose(static_cast<Visualizer>(mode), "palette #0000ff #0000ff\npalette wallpaper");
     EXPECT_EQ(tickAfter(0.03).customPalette->stops.front(), (ColorStop{1, 0, 0})) << mode;
     EXPECT_EQ(channel("busy"), 1) << mode;
   }
@@ -184,6 +207,7 @@ TEST_F(DriverSources, AgentChannelsAreLiveInEveryModeAndItsPaletteWins) {
 }
 
 TEST_F(DriverSources, AFailureFlashesAndFadesInASecondAndAHalf) {
+  settings.tempo = 2;
   choose(Visualizer::agent);
   const NimbraConfig calm = tickAfter(0.03);
   wall = 1.7e9 - now;  // the wall clock starts here
@@ -192,6 +216,7 @@ TEST_F(DriverSources, AFailureFlashesAndFadesInASecondAndAHalf) {
       << std::fixed << R"({"alert_until": )" << wallNow() + 1.5 << R"(, "alert_palette": ["#ff0000", "#aa0000"]})";
   const NimbraConfig bright = tickAfter(0.001);
   EXPECT_GT(bright.exposure, calm.exposure + 1.4);
+  EXPECT_NEAR(bright.curlStrength, calm.curlStrength + 2.5, 0.01) << "the pace has no part in it";
   EXPECT_EQ(bright.customPalette->stops[0], (ColorStop{1, 0, 0}));
   EXPECT_LT(bright.hueSpread, 0.3 * calm.hueSpread);
   const NimbraConfig half = tickAfter(0.75);
@@ -206,17 +231,22 @@ TEST_F(DriverSources, TheWallpaperIsSampledAtTheStartAndThenEachTwentySecondsWhi
   choose(Visualizer::script, "");
   tickAfter(100);
   EXPECT_EQ(wallpaperRequests.size(), 1U);
-  choose(Visualizer::script, "palette wallpaper");
-  tickAfter(0.03);
-  EXPECT_EQ(wallpaperRequests.size(), 2U);
-  for (int i = 0; i < 19; ++i) tickAfter(1);
-  EXPECT_EQ(wallpaperRequests.size(), 2U);
-  tickAfter(1.1);
-  EXPECT_EQ(wallpaperRequests.size(), 3U);
+  for (const bool byScript : {true, false}) {
+    settings.matchWallpaper = !byScript;
+    choose(Visualizer::script, byScript ? "palette wallpaper" : "");
+    wallpaperRequests.clear();
+    tickAfter(100);
+    EXPECT_EQ(wallpaperRequests.size(), 1U) << byScript;
+    tickAfter(19.9);
+    EXPECT_EQ(wallpaperRequests.size(), 1U) << byScript;
+    tickAfter(0.2);
+    EXPECT_EQ(wallpaperRequests.size(), 2U) << byScript;
+  }
   wallpaperRequests.back()(Palette{"Custom", std::vector<ColorStop>(4, ColorStop{0, 1, 0})});
   EXPECT_EQ(tickAfter(0.03).customPalette->stops[2], (ColorStop{0, 1, 0}));
   wallpaperRequests.back()(std::nullopt);  // a picture that can't be read takes nothing away
-  EXPECT_EQ(tickAfter(0.03).customPalette->stops[2], (ColorStop{0, 1, 0}));
+  ASSERT_TRUE(tickAfter(0.03).customPalette);
+  EXPECT_EQ(driven.customPalette->stops[2], (ColorStop{0, 1, 0}));
 }
 
 TEST_F(DriverSources, AnAnswerThatComesTooLateIsNobodys) {
@@ -229,20 +259,42 @@ TEST_F(DriverSources, AnAnswerThatComesTooLateIsNobodys) {
   late(Palette::presets().front());
 }
 
-TEST_F(DriverSources, HostileNamesFillNeitherMemoryNorTheTick) {
-  for (int file = 0; file < 40; ++file) {
-    std::string text = "{\"busy\": 1";
-    for (int i = 0; i < 250; ++i) text += ",\"x" + std::to_string(file) + "_" + std::to_string(i) + "\": 1";
+TEST_F(DriverSources, NamesThatMeanSomethingArriveAmongAnyNumberOfOthers) {
+  const auto write = [&](double mine) {
+    std::string text = R"({"busy": 1, "a1": 1.7e12, "mine": )" + std::to_string(mine);
+    for (int i = 0; i < 5000; ++i) text += ",\"!" + std::to_string(i) + "\": 1";  // before them in any order
     std::ofstream(folder.file("new")) << text << "}";
     ASSERT_EQ(::rename(folder.file("new").c_str(), folder.file("state.json").c_str()), 0);
-    tickAfter(0.03);
-  }
-  EXPECT_LE(driver.channels.targets.size(), DriveChannels::maximumNames + 20);
+  };
+  write(0.5);
+  choose(Visualizer::script, "bind glow = mine");
+  EXPECT_EQ(tickAfter(0.03).glowAmount, 0.5);
   EXPECT_EQ(channel("busy"), 1);
-  choose(Visualizer::music);
-  playTone(*taps[0], 140);
-  tickAfter(0.03);
-  EXPECT_GT(channel("bass"), 0.5);
+  EXPECT_EQ(channel("a1"), 1.7e12) << "milliseconds since 1970";
+  EXPECT_LT(driver.channels.targets.size(), 30U);
+  write(1e300);
+  for (int i = 0; i < 60; ++i) tickAfter(0.5);
+  write(1);
+  for (int i = 0; i < 60; ++i) tickAfter(0.5);
+  EXPECT_NEAR(driven.glowAmount, 1, 1e-6) << "no number is so large that its channel stays there";
+}
+
+TEST_F(DriverSources, DiagnosticsTellEachCompileAndTheSoundNowAndThen) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // the switch is read once in a process
+  const tests::EnvironmentChange debugging("NIMBRA_DEBUG", "1");
+  EXPECT_EXIT(
+      {
+        choose(Visualizer::script, "oops\u0007");
+        choose(Visualizer::music);
+        play(*taps[0], 1);
+        for (int i = 0; i < 121; ++i) tickAfter(0.03);
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0),
+      "^\\[nimbra\\] script script: binds=0 consts=0 error=Line 1: unknown command 'oops\\?'\n"
+      "\\[nimbra\\] script music: binds=9 consts=0 error=none\n"
+      "(\\[nimbra\\] audio cb=1 audioCb=1 fail=0 level=0\\.[0-9]{3} bass=[01]\\.[0-9]{3} fmt=rate=48000 [^\n]*"
+      " err=none\n){3}$");
 }
 
 }  // namespace

@@ -165,13 +165,5 @@ TEST(ExpressionProperty, ParsedMeansWhatWasWritten) {
   }
 }
 
-TEST(ExpressionProperty, ACopyIsEqualAndWorthTheSame) {
-  for (unsigned seed = 0; seed < 100; ++seed) {
-    const NimbraScript script = NimbraScript::parse("bind glow = " + Gardener(seed).grow(5)->text());
-    const NimbraScript copy = script;
-    EXPECT_EQ(copy, script);
-  }
-}
-
 }  // namespace
 }  // namespace veloria

@@ -5,7 +5,6 @@
 
 #include <string>
 
-#include "scene/BuiltInScripts.h"
 #include "scene/NimbraScript.h"
 #include "scene/ScriptError.h"
 #include "scene/ScriptReport.h"
@@ -154,15 +153,6 @@ TEST(HostileScript, ScriptsAboveTheLimitAreRefusedUnread) {
   EXPECT_EQ(scriptSizeError(0), std::nullopt);
   EXPECT_EQ(scriptSizeError(maxScriptBytes), std::nullopt);
   EXPECT_THAT(scriptSizeError(maxScriptBytes + 1).value_or(""), testing::HasSubstr("1048577"));
-}
-
-TEST(BuiltInScripts, AllParse) {
-  for (const Visualizer mode : {Visualizer::music, Visualizer::agent, Visualizer::weather, Visualizer::wind}) {
-    const NimbraScript script = NimbraScript::parse(builtInScript(mode));
-    EXPECT_GE(script.bindings.size(), 6U) << rawValue(mode);
-    EXPECT_EQ(script.paletteStops.has_value(), mode == Visualizer::agent);
-  }
-  EXPECT_EQ(NimbraScript::parse(builtInScript(Visualizer::autonomous)), NimbraScript::empty());
 }
 
 }  // namespace

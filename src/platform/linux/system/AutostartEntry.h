@@ -8,8 +8,8 @@
 
 namespace veloria {
 
-/// A desktop entry that starts `program`, which is absolute, without arguments. Source: Desktop Entry
-/// Specification 1.5, "The Exec key" and "Value types". Entries are UTF-8, so the error says that a path which isn't
+/// A desktop entry that starts `program`, which is absolute, without arguments, quoted and escaped as the Desktop Entry
+/// format 1.5 says under "The Exec key" and "Value types". Entries are UTF-8, so the error says that a path which isn't
 /// can't be written. Any thread.
 Result<std::string> autostartEntry(const std::filesystem::path& program);
 

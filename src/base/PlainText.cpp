@@ -1,0 +1,57 @@
+#include "base/PlainText.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace veloria {
+
+namespace {
+
+constexpr std::size_t longestShown = 300;
+
+bool isControl(char c) {
+  return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
+}
+
+/// In UTF-8, U+0080 to U+009F are 0xC2 and one more byte.
+bool hasControls(std::string_view text) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (isControl(text[i])) return true;
+    const bool latin = text[i] == '\xC2' && i + 1 < text.size();
+    if (latin && static_cast<unsigned char>(text[i + 1]) < 0xA0) return true;
+  }
+  return false;
+}
+
+bool isUtf8(std::string_view text) {
+  try {
+    static_cast<void>(nlohmann::json(text).dump());  // refuses what is not
+    return true;
+  } catch (const nlohmann::json::exception&) {
+    return false;
+  }
+}
+
+/// The length of the text's first `most` bytes without the part of a character that they may end with.
+std::size_t wholeCharacters(std::string_view text, std::size_t most) {
+  while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80) --most;
+  return most;
+}
+
+}  // namespace
+
+bool isPlainText(std::string_view text, std::size_t most) {
+  return !text.empty() && text.size() <= most && !hasControls(text) && isUtf8(text);
+}
+
+std::string printable(std::string_view text) {
+  const bool whole = text.size() <= longestShown;
+  std::string result(whole ? text : text.substr(0, wholeCharacters(text, longestShown)));
+  if (hasControls(result) || !isUtf8(result)) {
+    std::ranges::replace_if(
+        result, [](char c) { return isControl(c) || static_cast<unsigned char>(c) >= 0x80; }, '?');
+  }
+  return whole ? result : result + "...";
+}
+
+}  // namespace veloria
