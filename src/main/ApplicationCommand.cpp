@@ -94,7 +94,7 @@ int runApplication(int& argc, char** argv) {
   const auto desktop = openDesktop(environment, watchDescriptor, timers);
   SettingsStore& settings = SettingsStore::makeShared(
       std::make_unique<FileSettingsStorage>(configFolder(environment).value_or("")), environment);
-  LinuxDesktopPicture picture(environment, postToMain);
+  LinuxDesktopPicture picture(environment, "/proc/self/exe", postToMain);
   LiveSources sources(environment, {.screens = &desktop->screens(), .picture = &picture, .makeAudioTap = [] {
                                       return std::make_unique<PulseAudioTap>();
                                     }});
@@ -137,6 +137,7 @@ int runApplication(int& argc, char** argv) {
       .pointer = &pointer,
       .captureStream = desktop->captureStream(),
       .captureProblem = desktop->captureProblem(),
+      .pictureError = [&] { return sources.pictureError(); },
       .environment = environment,
       .backendName = desktop->name(),
       .alert = [](const std::string& message, const std::string& text) { systemLog(message + "\n" + text); },
