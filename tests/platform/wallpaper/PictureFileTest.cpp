@@ -182,15 +182,6 @@ TEST_F(PictureFileTest, RefusesAbsurdSizes) {
   EXPECT_EQ(thumbnail(large), std::nullopt);
 }
 
-TEST_F(PictureFileTest, AVastPictureOfFewBytesIsReadOrRefusedWithinTheMemoryLimit) {
-  QImage vast(20000, 20000, QImage::Format_Mono);
-  vast.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
-  vast.fill(1);
-  const auto pixels = thumbnail(save(vast, "vast.png"));
-  if (!pixels) return;
-  EXPECT_THAT(leftOf(*pixels), IsNear(QColor(Qt::white)));
-}
-
 TEST_F(PictureFileTest, ReadsAFileAgainOnlyWhenItHasChanged) {
   const std::string file = save(twoColours({60, 60}, orange, navy, QImage::Format_RGB32), "a.bmp");
   const auto size = fs::file_size(file);
