@@ -27,6 +27,6 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 # come with its libraries.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "mesa-vulkan-drivers | vulkan-icd")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "ca-certificates, qt6-image-formats-plugins, qt6-wayland")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "ca-certificates, libqt6svg6, qt6-image-formats-plugins, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "pulseaudio | pipewire-pulse")
 include(CPack)

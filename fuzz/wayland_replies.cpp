@@ -34,6 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string_view rest = bytes.substr(std::min(bytes.size(), first.size() + 1));
   follow(veloria::swayReservedEdges(first, rest));
   follow(veloria::hyprlandReservedEdges(bytes));
+  if (const auto covered = veloria::swayCoveredOutputs(bytes)) require(covered->size() <= size);
+  if (const auto covered = veloria::hyprlandCoveredOutputs(first, rest)) require(covered->size() <= size);
   if (const auto stacking = veloria::swayLayerStacking(bytes)) require(static_cast<int>(*stacking) <= 1);
   const auto length = veloria::swayPayloadLength(bytes, 1);
   require(!length || *length <= veloria::maximumJsonBytes);

@@ -44,6 +44,8 @@ struct AppServices {
   /// Null where the menu bar can't be captured; `captureProblem` then says why, for people.
   BarCaptureStream* captureStream = nullptr;
   std::string captureProblem;
+  /// Why the desktop's picture gives no colours. Empty: nobody can say.
+  std::function<std::optional<std::string>()> pictureError = {};
   Environment environment;
   /// What the panels are made on, for people: "x11" or "wayland".
   std::string backendName;

@@ -120,6 +120,7 @@ Json toJson(const AppStatus& status) {
             {"script", {{"error", orNull(status.scriptError)}}},
             {"audio", audioJson(status.audio)},
             {"weather", status.weather ? weatherJson(*status.weather) : Json(nullptr)},
+            {"desktopPicture", {{"error", orNull(status.pictureError)}}},
             {"capture", {{"running", status.capture.running}, {"error", orNull(status.capture.error)}}},
             {"pointer", {{"available", status.pointer.available}, {"reason", status.pointer.reason}}},
             {"hint", status.hint}};
@@ -143,6 +144,7 @@ std::string statusText(const Json& status) {
   lines.add("sound", audioText(member(status, "audio")));
   lines.add("weather", text(member(status, "weather"), "readout"));
   lines.add("weather error", text(member(status, "weather"), "error"));
+  lines.add("desktop picture", text(member(status, "desktopPicture"), "error"));
   lines.add("panel's text", text(member(status, "capture"), "error"));
   lines.add("pointer", text(member(status, "pointer"), "reason"));
   lines.add("hint", text(status, "hint"));

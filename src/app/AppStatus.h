@@ -58,10 +58,11 @@ struct AppStatus {
   std::vector<ScreenStatus> screens;
   std::optional<std::string> scriptError;
   AudioStatus audio;
-  std::optional<WeatherStatus> weather;  ///< nothing before the first answer or error
+  std::optional<WeatherStatus> weather;     ///< nothing before the first answer or error
+  std::optional<std::string> pictureError;  ///< why the desktop's picture gives no colours, while they are wanted
   CaptureStatus capture;
   PointerStatus pointer;
-  std::string hint;                      ///< what a person should be told about this desktop; may be empty
+  std::string hint;  ///< what a person should be told about this desktop; may be empty
 };
 
 /// As programs read it, "running" being true.

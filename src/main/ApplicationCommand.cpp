@@ -100,7 +100,7 @@ int runApplication(int& argc, char** argv) {
   QGuiApplication::setWindowIcon(QIcon::fromTheme("veloria"));
   QtTimerFactory timers;
   const auto desktop = openDesktop(environment, watchDescriptor, timers);
-  LinuxDesktopPicture picture(environment, postToMain);
+  LinuxDesktopPicture picture(environment, "/proc/self/exe", postToMain);
   LiveSources sources(environment, {.screens = &desktop->screens(), .picture = &picture, .makeAudioTap = [] {
                                       return std::make_unique<PulseAudioTap>();
                                     }});
@@ -143,6 +143,7 @@ int runApplication(int& argc, char** argv) {
       .pointer = &pointer,
       .captureStream = desktop->captureStream(),
       .captureProblem = desktop->captureProblem(),
+      .pictureError = [&] { return sources.pictureError(); },
       .environment = environment,
       .backendName = desktop->name(),
       .alert = [](const std::string& message, const std::string& text) { systemLog(message + "\n" + text); },

@@ -44,8 +44,11 @@ void LiveSources::addTo(SceneDriver::Ports& ports) {
 void LiveSources::sampleWallpaper(const std::function<void(std::optional<Palette>)>& done) {
   const auto screens = ports_.screens->screens();
   if (screens.empty()) return;
-  ports_.picture->thumbnail(screens.front(), [done](const std::optional<DesktopPicture::Pixels>& pixels) {
-    done(pixels ? wallpaperPalette(*pixels) : std::nullopt);
+  ports_.picture->thumbnail(screens.front(), [this, done](const Result<DesktopPicture::Pixels>& pixels) {
+    auto palette = pixels ? wallpaperPalette(*pixels) : std::nullopt;
+    pictureError_.reset();
+    if (!palette) pictureError_ = pixels ? "it has fewer than two hues" : pixels.error();
+    done(std::move(palette));
   });
 }
 

@@ -2,6 +2,8 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "base/Environment.h"
 #include "platform/qt/http/QtHttpFetcher.h"
@@ -29,12 +31,16 @@ class LiveSources {
   /// Fills in what belongs to the sources.
   void addTo(SceneDriver::Ports& ports);
 
+  /// Why the desktop's picture gave no colours when it was looked at last; nothing when it did.
+  const std::optional<std::string>& pictureError() const { return pictureError_; }
+
  private:
   void sampleWallpaper(const std::function<void(std::optional<Palette>)>& done);
 
   Environment environment_;
   Ports ports_;
   std::string weatherUrl_;
+  std::optional<std::string> pictureError_;
   QtHttpFetcher http_;
 };
 

@@ -84,6 +84,7 @@ int runApplication(int& argc, char** argv) {
       .pointer = &pointer,
       .captureStream = &desktop.captureStream(),
       .captureProblem = {},
+      .pictureError = [&] { return sources.pictureError(); },
       .environment = environment,
       .backendName = "macos",
       .alert = showCriticalAlert,

@@ -73,7 +73,11 @@ class SettingsHost::Window {
   void addLook() {
     SettingsEditor& editor = host_.editor_;
     add(SettingTab::look, "Looks", "presets", [&, this] { return new PresetGallery(editor, studio_.pictures); });
-    add(SettingTab::look, "Palette", "colours gradient wallpaper", [&] { return new PaletteGallery(editor); });
+    add(SettingTab::look, "Palette", "colours gradient wallpaper", [&, this] {
+      auto* palettes = new PaletteGallery(editor);
+      palettes->follow(ticker_);
+      return palettes;
+    });
     add(SettingTab::look, "Your own palette", "custom colours hex", [&] { return new PaletteEditor(editor); });
     add(SettingTab::look, "Glass compensation", "clear tinted", [&] { return new GlassCard(editor); });
   }

@@ -44,6 +44,7 @@ Readouts readoutsOf(const AppStatus& status, const RenderStats::Figures& figures
     readouts.weatherError = sentence("The weather can't be had: ", status.weather->error.value_or(""));
   }
   readouts.audio = audioText(status.audio);
+  readouts.picture = sentence("The desktop's picture gives no colours: ", status.pictureError.value_or(""));
   if (!status.capture.running) {
     readouts.capture = sentence("The bar's text is not kept: ", status.capture.error.value_or(""));
   }

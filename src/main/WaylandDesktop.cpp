@@ -30,7 +30,7 @@ class WaylandDesktop final : public Desktop {
         compositor_(environment),
         screens_(
             *connection_, [this] { return compositor_.reservedEdges(); }, screenOverridesFromEnvironment()),
-        fullScreen_(*connection_),
+        fullScreen_(*connection_, [this] { return compositor_.coveredOutputs(); }),
         outputPower_(*connection_),
         panels_(*connection_, screens_, compositor_.layerStacking(),
                 [this](wl_display* display, wl_surface* surface) { return makeSurface(display, surface); }) {}

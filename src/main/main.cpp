@@ -5,6 +5,9 @@
 
 #include "main/Command.h"
 #include "main/Commands.h"
+#ifdef __linux__
+#include "platform/linux/wallpaper/DecoderProcess.h"
+#endif
 
 namespace {
 
@@ -51,6 +54,9 @@ void printHelp() {
 }  // namespace
 
 int main(int argc, char** argv) {
+#ifdef __linux__
+  runAsDecoder(argc, argv);
+#endif
   QCoreApplication::setApplicationName("veloria");
   if (argc <= 1) return runCommand("veloria", [&] { return runApplication(argc, argv); });
 

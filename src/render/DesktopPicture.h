@@ -1,9 +1,9 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 #include <vector>
 
+#include "base/Result.h"
 #include "render/ScreenProvider.h"
 #include "settings/Palette.h"
 
@@ -17,16 +17,16 @@ class DesktopPicture {
 
   /// side x side pixels, rows from the top, encoded sRGB, each component 0 to 1.
   using Pixels = std::vector<ColorStop>;
-  using Answer = std::function<void(std::optional<Pixels>)>;
+  using Answer = std::function<void(Result<Pixels>)>;
 
   virtual ~DesktopPicture() = default;
   DesktopPicture(const DesktopPicture&) = delete;
   DesktopPicture& operator=(const DesktopPicture&) = delete;
 
   /// Looks up what the desktop of `screen` shows now. `answer` (not empty) is called once on the main thread, inside
-  /// this call or later, but never after this object is gone; it may ask again or destroy the object. Nothing when
-  /// there is no picture, when it is not known and when it can't be read. One request is under way at most: while it
-  /// is, a further one is dropped and its `answer` is never called.
+  /// this call or later, but never after this object is gone; it may ask again or destroy the object. Where there
+  /// is no picture, where it is not known and where it can't be read, the failure says so to a person. One request is
+  /// under way at most: while it is, a further one is dropped and its `answer` is never called.
   virtual void thumbnail(const Screen& screen, Answer answer) = 0;
 
  protected:

@@ -1,5 +1,6 @@
 #include "render/MenuBarCapture.h"
 
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "base/Log.h"
@@ -32,9 +33,11 @@ void MenuBarCapture::stop() {
 
 void MenuBarCapture::started(gpu::Size size) {
   lastError_.reset();
+  if (!NimbraLog::enabled()) return;
+  const auto text = [](double value) { return nlohmann::json(value).dump(); };
   const Rect& rect = current_.rect;
-  NimbraLog::debugf("capture started rect=(%g, %g, %g, %g) %ux%u", rect.x, rect.y, rect.width, rect.height, size.width,
-                    size.height);
+  NimbraLog::debug("capture started rect=(" + text(rect.x) + ", " + text(rect.y) + ", " + text(rect.width) + ", " +
+                   text(rect.height) + ") " + std::to_string(size.width) + "x" + std::to_string(size.height));
 }
 
 // A picture that no longer follows the bar would leave the shapes of old text in the light.

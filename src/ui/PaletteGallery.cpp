@@ -15,11 +15,13 @@ constexpr int gradientHeight = 28;
 PaletteGallery::PaletteGallery(SettingsEditor& editor, QWidget* parent)
     : Card(tr("Palette"), parent),
       editor_(editor),
-      wallpaper_(new QCheckBox(this)) {
+      wallpaper_(new QCheckBox(this)),
+      pictureProblem_(makeSentence({}, this)) {
   wallpaper_->setObjectName(QStringLiteral("matchWallpaper"));
   body().addLayout(makeButtonRow(*wallpaper_, tr("Colours of the desktop picture"),
                                  tr("Takes the palette from your wallpaper. Those below are for when there is none."),
                                  *this));
+  body().addWidget(pictureProblem_);
   auto* tiles = new QWidget(this);
   auto* layout = new TileLayout(TileLayout::Width::fill, tiles);
   for (const Palette& palette : Palette::presets()) {
@@ -31,6 +33,11 @@ PaletteGallery::PaletteGallery(SettingsEditor& editor, QWidget* parent)
     editor_.change("matchWallpaper", [on](NimbraConfig& config) { config.matchWallpaper = on; });
   });
   subscription_ = editor_.subscribe([this](const NimbraConfig& config) { showRecord(config); });
+}
+
+void PaletteGallery::follow(ReadoutTicker& ticker) {
+  readouts_ = ticker.subscribe(
+      [this](const Readouts& readouts) { setSentence(*pictureProblem_, breakable(toQString(readouts.picture))); });
 }
 
 Tile* PaletteGallery::makeTile(const Palette& palette, QWidget* parent) {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "ui/Card.h"
+#include "ui/ReadoutTicker.h"
 #include "ui/SettingsEditor.h"
 #include "ui/Tile.h"
 
@@ -17,14 +18,19 @@ class PaletteGallery : public Card {
   /// The editor must outlive it.
   explicit PaletteGallery(SettingsEditor& editor, QWidget* parent = nullptr);
 
+  /// Says from now on why the desktop picture gives no colours. The ticker must outlive it.
+  void follow(ReadoutTicker& ticker);
+
  private:
   Tile* makeTile(const Palette& palette, QWidget* parent);
   void showRecord(const NimbraConfig& config);
 
   SettingsEditor& editor_;
   QCheckBox* wallpaper_;
+  QLabel* pictureProblem_;
   std::vector<Tile*> tiles_;
   Subscription subscription_;
+  Subscription readouts_;
 };
 
 }  // namespace veloria

@@ -15,10 +15,11 @@ struct Readouts {
   std::string cutout;    ///< the camera housing of the main screen
   std::string weather;   ///< the last readings
   std::string weatherError;
-  std::string audio;     ///< what is listened to and how loud it is, or why not
-  std::string capture;   ///< why the bar's text is not kept; empty while it is or need not be
-  std::string pointer;   ///< why the pointer is not followed; empty where it is
-  std::string script;    ///< the running script's error
+  std::string audio;    ///< what is listened to and how loud it is, or why not
+  std::string picture;  ///< why the desktop's picture gives no colours, while they are wanted
+  std::string capture;  ///< why the bar's text is not kept; empty while it is or need not be
+  std::string pointer;  ///< why the pointer is not followed; empty where it is
+  std::string script;   ///< the running script's error
 };
 
 /// Asked on the main thread, a few times a second while the window is open and never while it is closed.

@@ -338,7 +338,8 @@ TEST_F(AppTest, thePanelsTextIsCapturedWhileItIsWanted) {
   EXPECT_TRUE(panels_.live("left")->shown);
   delegate.updateCapture();
   EXPECT_EQ(stream.regions.size(), 3U);
-  change([](NimbraConfig& config) { config.enabled = false; });
+  stream.show();
+  change([](NimbraConfig& config) { config.preserveMenuBarText = false; });
   EXPECT_FALSE(stream.running);
   EXPECT_EQ(delegate.renderers().at(1)->backdrop->stored(), nullptr);
 }

@@ -30,6 +30,7 @@ AppStatus fullStatus() {
   status.scriptError = "Line 2: unknown parameter 'glw'";
   status.audio = {true, std::nullopt, {0.5, 0.25, 0.125, 0.0625, 1}};
   status.weather = WeatherStatus{12, 8, 15, 0.75, 0, "12°C", "timed out"};
+  status.pictureError = "a.svg: no reader for .svg pictures is installed";
   status.capture.error = "no compositor runs";
   status.pointer.available = true;
   return status;
@@ -87,6 +88,7 @@ TEST_F(RemoteControlTest, TellsHowItIs) {
       "audio": {"running": true, "error": null, "level": 0.5, "bass": 0.25, "mid": 0.125, "treble": 0.063, "beat": 1.0},
       "weather": {"temp": 12.0, "wind": 8.0, "gust": 15.0, "cloud": 0.75, "rain": 0.0, "readout": "12°C",
                   "error": "timed out"},
+      "desktopPicture": {"error": "a.svg: no reader for .svg pictures is installed"},
       "capture": {"running": false, "error": "no compositor runs"}, "pointer": {"available": true, "reason": ""},
       "hint": ""})");
   EXPECT_EQ(ask(R"({"command": "status"})"), wanted);
@@ -99,7 +101,8 @@ TEST(StatusText, IsForPeople) {
             "screen: DP-1, 1920x24 points at scale 2.00, bar 24, grid 634x32, 60 frames a second, 1.2 ms GPU\n"
             "script: Line 2: unknown parameter 'glw'\n"
             "sound: listening, level 0.50, bass 0.25, mid 0.12, treble 0.06\n"
-            "weather: 12°C\nweather error: timed out\npanel's text: no compositor runs\n");
+            "weather: 12°C\nweather error: timed out\n"
+            "desktop picture: a.svg: no reader for .svg pictures is installed\npanel's text: no compositor runs\n");
   status = {};
   status.reason = "it is paused";
   status.device = "A\nGPU\x1b[31m";

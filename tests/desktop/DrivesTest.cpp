@@ -154,5 +154,14 @@ TEST_F(Drives, theBandTakesTheColoursOfTheDesktopsPicture) {
       << redShare(desktop_->screenshot(), strip) << veloria_->output();
 }
 
+TEST_F(Drives, itSaysWhyThereAreNoColoursToTake) {
+  startDesktop();
+  if (IsSkipped()) return;
+  startVeloria([](NimbraConfig& config) { config.matchWallpaper = true; });
+  EXPECT_TRUE(waitForStatus([](const json& s) {
+    return s["desktopPicture"]["error"] == "nobody tells which picture the desktop shows";
+  })) << status().dump(2);
+}
+
 }  // namespace
 }  // namespace veloria::desktop

@@ -76,7 +76,8 @@ class Wayland : public testing::Test {
     std::filesystem::create_directories(folder);
     std::ofstream(folder / "NimbraConfig.v1.json") << encodeSettings(config).value();
     const bool soaks = std::getenv("VELORIA_SOAK_ROUNDS") != nullptr;
-    veloria_ = sway_->run({VELORIA_BINARY}, {{"VELORIA_VALIDATION", soaks ? "0" : "1"}});
+    variables_["VELORIA_VALIDATION"] = soaks ? "0" : "1";
+    veloria_ = sway_->run({VELORIA_BINARY}, variables_);
   }
 
   bool waitForLight(const Region& region, double share = 0.1, const std::string& output = "HEADLESS-1") {
@@ -118,6 +119,7 @@ class Wayland : public testing::Test {
   }
 
   std::unique_ptr<SwaySession> sway_;
+  std::map<std::string, std::string> variables_;  ///< Veloria's own
   std::unique_ptr<ChildProcess> veloria_;
 };
 
@@ -215,31 +217,55 @@ TEST_F(Wayland, twoOutputsAtDifferentScalesHaveNoSeam) {
   }
 }
 
-TEST_F(Wayland, aFullScreenWindowInFrontPausesIt) {
-  startSway(screenLine + panelLines("#000000"), 1, {"foot"});
+class WaylandFullScreen : public Wayland, public testing::WithParamInterface<bool> {
+ protected:
+  bool pauses(bool wanted, double seconds = 20) {
+    return sway_->waitUntil([&] { return status().value("rendering", !wanted) != wanted; }, seconds);
+  }
+
+  std::unique_ptr<ChildProcess> open(const std::string& name) {
+    auto program = sway_->run({"foot", "--app-id=" + name, "--override=colors.background=000000", "cat"});
+    EXPECT_TRUE(sway_->waitUntil([&] { return focus() == name; }, 30)) << name << program->output();
+    return program;
+  }
+
+  std::string focus() const { return focused(nlohmann::json::parse(sway_->message({"-t", "get_tree"}))); }
+};
+
+// With sway's own word on what is visible, and with the list of windows alone, as on other compositors.
+TEST_P(WaylandFullScreen, pausesItForAsLongAsItIsSeenWhereverTheFocusIs) {
+  const bool told = GetParam();
+  startSway(screenLine + panelLines("#000000") + "output HEADLESS-2 resolution 960x540 position 960 0\n", 2, {"foot"});
   if (IsSkipped()) return;
+  if (!told) variables_["SWAYSOCK"] = "";
+  sway_->message({"focus output HEADLESS-1"});
   startVeloria([](NimbraConfig& config) { config.layerMode = LayerMode::aboveMenuBar; });
   ASSERT_TRUE(waitForLight(strip)) << veloria_->output();
-  const auto terminal = sway_->run({"foot"});
-  ASSERT_TRUE(sway_->waitUntil(
-      [&] {
-        return focused(nlohmann::json::parse(sway_->message({"-t", "get_tree"}))) == "foot";
-      },
-      30));
-  const auto paused = [&](bool wanted) {
-    return sway_->waitUntil([&] { return status().value("rendering", !wanted) != wanted; }, 20);
-  };
+  const auto film = open("film");
   sway_->message({"fullscreen enable"});
-  EXPECT_TRUE(paused(true));
+  EXPECT_TRUE(pauses(true));
   EXPECT_NE(status()["reason"].get<std::string>().find("full-screen"), std::string::npos) << status();
-  sway_->message({"workspace 2"});
-  EXPECT_TRUE(paused(false)) << "nobody sees the window there";
-  sway_->message({"workspace 1"});
-  EXPECT_TRUE(paused(true));
+  sway_->message({"focus output HEADLESS-2"});
+  const auto chat = open("chat");
+  EXPECT_FALSE(pauses(false, 4)) << "the focus is on the other output, the film still on this one";
+  EXPECT_EQ(litShare(sway_->screenshot(), strip), 0);
+  sway_->message({"focus output HEADLESS-1"});
+  sway_->message({"workspace 9"});
+  if (told) {
+    EXPECT_TRUE(pauses(false)) << "nobody sees the film";
+  }
+  const auto other = open("other");
+  EXPECT_TRUE(pauses(false));
+  EXPECT_TRUE(waitForLight(strip));
+  sway_->message({"[app_id=film] focus"});
+  EXPECT_TRUE(pauses(true));
   sway_->message({"fullscreen disable"});
-  EXPECT_TRUE(paused(false));
+  EXPECT_TRUE(pauses(false));
   EXPECT_TRUE(waitForLight(strip));
 }
+
+INSTANTIATE_TEST_SUITE_P(FullScreen, WaylandFullScreen, testing::Bool(),
+                         [](const auto& instance) { return instance.param ? "told" : "listed"; });
 
 TEST_F(Wayland, anOutputThatIsSwitchedOffPausesIt) {
   startSway(screenLine);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -81,6 +82,9 @@ TEST(WallpaperPaletteTest, AFewHuesAreFilledUpWithTheLastAndOrderedByLuminance) 
 TEST(WallpaperPaletteTest, TheOrderIsThatOfThePictureNotOfTheBoostedColours) {
   const auto stops = stopsOf(picture({{1, red}, {1, {0.1F, 0.1F, 0}}}));
   EXPECT_THAT(stops, testing::ElementsAre(IsColor(yellow), IsColor(yellow), IsColor(yellow), IsColor(red)));
+  // Red has 0.2126 of white's luminance, the dim green 0.2146; blue 0.0722, the dim red 0.0765.
+  EXPECT_THAT(stopsOf(picture({{1, red}, {3, {0, 0.3F, 0}}}))[3], IsColor(green));
+  EXPECT_THAT(stopsOf(picture({{1, blue}, {3, {0.36F, 0, 0}}}))[3], IsColor(red));
 }
 
 TEST(WallpaperPaletteTest, OnlyTheFourHeaviestHuesCountAndTiesKeepTheirOrder) {
@@ -103,6 +107,7 @@ TEST(WallpaperPaletteTest, VotesDependOnBrightnessAndSaturation) {
   // 0.02 + 0.42 a pixel against 0.02 + 1: two dim ones lose to one full one, three win.
   EXPECT_THAT(stopsOf(picture({{2, dim}, {1, green}}))[1], IsColor(blue));
   EXPECT_THAT(stopsOf(picture({{3, dim}, {1, green}}))[1], IsColor(green));
+  EXPECT_EQ(stopsOf(picture({{1, {0.085F, 0, 0}}, {1, green}})).size(), 4U) << "above 0.08 a pixel has a vote";
 }
 
 TEST(WallpaperPaletteTest, AHueTakesTheWeightedMeanOfItsPixels) {
@@ -121,9 +126,14 @@ TEST(WallpaperPaletteTest, HuesWrapAndTheirEdgesBelongToOneBin) {
   EXPECT_EQ(stopsOf(picture({{1, {1, 0, 0.01F}}, {1, {1, 0.01F, 0}}})).size(), 4U);
   // So close to red from below that the hue rounds to a whole turn: still the last bin, not one beyond.
   EXPECT_EQ(stopsOf(picture({{1, {1, 0.5F, 0.50000006F}}, {1, green}})).size(), 4U);
-  // One bin is twenty degrees: orange at 19 degrees is red's, at 21 it isn't.
-  EXPECT_TRUE(stopsOf(picture({{1, red}, {1, {1, 19.0F / 60, 0}}})).empty());
-  EXPECT_EQ(stopsOf(picture({{1, red}, {1, {1, 21.0F / 60, 0}}})).size(), 4U);
+  // One bin is the next twenty degrees, whichever component leads.
+  const std::vector<std::array<ColorStop, 3>> cases{{red, {1, 19.0F / 60, 0}, {1, 21.0F / 60, 0}},
+                                                    {green, {0, 1, 19.0F / 60}, {19.0F / 60, 1, 0}},
+                                                    {blue, {19.0F / 60, 0, 1}, {0, 19.0F / 60, 1}}};
+  for (const auto& [color, inside, outside] : cases) {
+    EXPECT_TRUE(stopsOf(picture({{1, color}, {1, inside}})).empty()) << color[0] << color[1];
+    EXPECT_EQ(stopsOf(picture({{1, color}, {1, outside}})).size(), 4U) << color[0] << color[1];
+  }
 }
 
 TEST(WallpaperPaletteTest, PixelsThatAreNoColoursDoNotVoteAndLargeOnesAreHeld) {

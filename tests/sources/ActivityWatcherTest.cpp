@@ -81,40 +81,6 @@ TEST_F(ActivityWatcherTest, WhatHoldsWhenItStartsIsSeenAtOnce) {
   EXPECT_FALSE(watcher->shouldRender());
 }
 
-TEST_F(ActivityWatcherTest, FollowsEveryNotification) {
-  struct Step {
-    Notification notification;
-    bool render;
-    int changes;
-  };
-  using enum ActivityWatcher::Notification;
-  const std::vector<std::vector<Step>> sequences = {
-      {{screensDidSleep, false, 1}, {screensDidWake, true, 2}},
-      {{willSleep, false, 1}, {didWake, true, 2}},
-      {{willSleep, false, 1}, {screensDidSleep, false, 1}, {screensDidWake, true, 2}, {didWake, true, 2}},
-      {{screensDidSleep, false, 1}, {willSleep, false, 1}, {didWake, true, 2}, {screensDidWake, true, 2}},
-      {{screensDidWake, true, 0}, {didWake, true, 0}, {sessionDidBecomeActive, true, 0}},
-      {{sessionDidResignActive, false, 1}, {sessionDidResignActive, false, 1}, {sessionDidBecomeActive, true, 2}},
-      {{screensDidSleep, false, 1},
-       {sessionDidResignActive, false, 1},
-       {screensDidWake, false, 1},
-       {sessionDidBecomeActive, true, 2}},
-      {{sessionDidResignActive, false, 1},
-       {willSleep, false, 1},
-       {sessionDidBecomeActive, false, 1},
-       {didWake, true, 2}},
-  };
-  for (std::size_t i = 0; i < sequences.size(); ++i) {
-    changes = 0;
-    start();
-    for (const Step& step : sequences[i]) {
-      watcher->notify(step.notification);
-      EXPECT_EQ(watcher->shouldRender(), step.render) << "sequence " << i;
-      EXPECT_EQ(changes, step.changes) << "sequence " << i;
-    }
-  }
-}
-
 // Against the two fields alone, for all orders of all notifications.
 TEST_F(ActivityWatcherTest, EveryOrderEndsWhereItsLastWordsSay) {
   using enum ActivityWatcher::Notification;

@@ -52,12 +52,6 @@ class WeatherSourceTest : public testing::Test {
   WeatherSource weather{{.http = &http, .clock = [this] { return now; }, .baseUrl = "https://weather.example/api"}};
 };
 
-TEST_F(WeatherSourceTest, KnowsNothingAtFirst) {
-  EXPECT_EQ(weather.temp() + weather.wind() + weather.gust() + weather.cloud() + weather.rain(), 0);
-  EXPECT_FALSE(weather.hasReadings() || weather.inFlight() || weather.lastError());
-  EXPECT_EQ(weather.readout(), "0°C · wind 0 mph · gusts 0 mph · cloud 0%");
-}
-
 TEST_F(WeatherSourceTest, AsksForThePlaceOnceHoweverManyTicksThereAre) {
   for (int i = 0; i < 10; ++i, now += 0.1) tick();
   ASSERT_EQ(http.requests.size(), 1U);
@@ -65,8 +59,15 @@ TEST_F(WeatherSourceTest, AsksForThePlaceOnceHoweverManyTicksThereAre) {
             "https://weather.example/api/v1/forecast?latitude=39.7392&longitude=-104.9903"
             "&current=temperature_2m,wind_speed_10m,wind_gusts_10m,cloud_cover,precipitation&wind_speed_unit=mph");
   EXPECT_EQ(http.requests[0].cap, maximumJsonBytes);
-  EXPECT_GT(http.requests[0].seconds, 1);
+  EXPECT_EQ(http.requests[0].seconds, 30);
   EXPECT_TRUE(weather.inFlight());
+}
+
+TEST_F(WeatherSourceTest, AsksTheRealServiceByAClockThatRunsOnInSleepUnlessToldOtherwise) {
+  WeatherSource::Ports usual{.http = &http};
+  EXPECT_EQ(*usual.clock.target<double (*)()>(), &continuousTime) << "or the weather is stale in the morning";
+  WeatherSource(usual).refreshIfStale(0, 0);
+  EXPECT_THAT(http.requests.at(0).url, testing::StartsWith("https://api.open-meteo.com/v1/forecast?"));
 }
 
 TEST_F(WeatherSourceTest, RoundsThePlaceToFourDecimals) {

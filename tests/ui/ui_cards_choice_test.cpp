@@ -112,6 +112,11 @@ TEST_F(ChoiceTest, matchingTheDesktopPictureIsABox) {
   EXPECT_TRUE(config().matchWallpaper);
   editor_.undo();
   EXPECT_FALSE(box.isChecked());
+  Readouts readouts;
+  readouts.picture = "It can't be read.";
+  gallery.follow(*new ReadoutTicker(&gallery, [&] { return readouts; }));
+  gallery.show();
+  EXPECT_TRUE(runUntil([&] { return sentences(gallery).contains("It can't be read."); }));
 }
 
 TEST_F(ChoiceTest, aColourMakesAPaletteOfOnesOwn) {

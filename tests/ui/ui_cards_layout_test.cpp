@@ -56,6 +56,7 @@ class CardLayoutTest : public CardsFixture {
                  .weather = "12°C · wind 9 mph · gusts 17 mph · cloud 75%",
                  .weatherError = "https://a-very-long-address.example/of/a/service/that/does/not/answer?latitude=1",
                  .audio = "Listening: level 0.31",
+                 .picture = "/another/path/without/a/single/space/in/it/that/is/longer/than/the/window/is/wide.svg",
                  .capture = "/a/path/without/a/single/space/in/it/that/is/longer/than/the/window/is/wide",
                  .pointer = "This compositor does not tell where the pointer is.",
                  .script = {}};
@@ -80,7 +81,12 @@ class CardLayoutTest : public CardsFixture {
     };
     const auto none = [] { return std::string(); };
     return {{"presets", [this](QWidget* p) { return new PresetGallery(editor_, pictures_, p); }},
-            {"palettes", [this](QWidget* p) { return new PaletteGallery(editor_, p); }},
+            {"palettes",
+             [this](QWidget* p) {
+               auto* card = new PaletteGallery(editor_, p);
+               card->follow(*ticker_);
+               return card;
+             }},
             {"palette-editor", [this](QWidget* p) { return new PaletteEditor(editor_, p); }},
             {"glass", [this](QWidget* p) { return new GlassCard(editor_, p); }},
             {"drive", [this](QWidget* p) { return new DriveModeChooser(editor_, p); }},

@@ -19,8 +19,6 @@
 #include "base/MediaClock.h"
 #include "platform/qt/http/QtHttpFetcher.h"
 #include "platform/qt/http/RequestPacing.h"
-#include "platform/qt/http/WeatherAddress.h"
-#include "sources/WeatherSource.h"
 
 namespace veloria {
 namespace {
@@ -256,23 +254,6 @@ TEST_F(HttpFetcherTest, TheSystemsProxyIsAskedForTheOutsideOnly) {
   for (const char* name : {"http_proxy", "https_proxy"}) ASSERT_EQ(setenv(name, "http://127.0.0.1:1", 1), 0);
   EXPECT_EQ(json(fetch(server->url("/redirect/1"))), (nlohmann::json{{"answer", "well"}}));
   for (const char* name : {"http_proxy", "https_proxy"}) unsetenv(name);
-}
-
-TEST_F(HttpFetcherTest, TheWeatherComesThroughIt) {
-  QtHttpFetcher fetcher;
-  const auto base = weatherBaseUrl(server->url("/prefix/"));
-  ASSERT_TRUE(base) << base.error();
-  WeatherSource weather({.http = &fetcher, .baseUrl = *base});
-  EXPECT_TRUE(runUntil([&] {
-    weather.refreshIfStale(51.50735, -0.12776);
-    return weather.hasReadings();
-  }));
-  EXPECT_EQ(weather.lastError(), std::nullopt);
-  EXPECT_EQ(weather.readout(), "12°C · wind 8 mph · gusts 16 mph · cloud 75%");
-  EXPECT_EQ(weather.rain(), 0.5);
-  EXPECT_TRUE(
-      serverSaw("GET /prefix/v1/forecast?latitude=51.5074&longitude=-0.1278&current=temperature_2m,wind_speed_10m,"
-                "wind_gusts_10m,cloud_cover,precipitation&wind_speed_unit=mph HTTP/1.1"));
 }
 
 class HttpsTest : public HttpFetcherTest {

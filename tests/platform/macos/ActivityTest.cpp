@@ -50,13 +50,6 @@ TEST(WorkspaceNotifications, sleepAndAnotherSessionStopTheBandUntilTheirOpposite
   }
 }
 
-TEST(WorkspaceNotifications, wakingIsNotEnoughWhileTheSessionIsAnother) {
-  EXPECT_FALSE(drawnAfter({"NSWorkspaceSessionDidResignActiveNotification", "NSWorkspaceScreensDidSleepNotification",
-                           "NSWorkspaceScreensDidWakeNotification"}));
-  // Both kinds of sleep are one and the same fact.
-  EXPECT_TRUE(drawnAfter({"NSWorkspaceWillSleepNotification", "NSWorkspaceScreensDidWakeNotification"}));
-}
-
 TEST(PowerSources, oneOnBatteryIsEnough) {
   using States = std::vector<std::string>;
   EXPECT_FALSE(isBatteryPower(States{}));
@@ -64,7 +57,6 @@ TEST(PowerSources, oneOnBatteryIsEnough) {
   EXPECT_TRUE(isBatteryPower(States{"Battery Power"}));
   EXPECT_TRUE(isBatteryPower(States{"", "AC Power", "Battery Power"}));
   EXPECT_FALSE(isBatteryPower(States{"Off Line", "battery power", ""}));
-  EXPECT_EQ(powerSourceStateKey, "Power Source State");
 }
 
 Screen screenWithBar(double barHeight) {

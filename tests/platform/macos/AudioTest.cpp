@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
 #include <atomic>
 #include <cmath>
 #include <limits>
@@ -12,14 +11,12 @@
 
 #include "platform/macos/audio/AudioBuffers.h"
 #include "platform/macos/audio/AudioGate.h"
-#include "platform/macos/audio/AudioTapSettings.h"
 #include "sources/AudioSource.h"
 
 namespace veloria {
 namespace {
 
 using Bytes = std::span<const std::byte>;
-using ::testing::ElementsAre;
 
 constexpr std::uint32_t nonInterleavedFlag = 32;
 constexpr std::uint32_t packedFlag = 8;
@@ -142,14 +139,6 @@ TEST_F(MacAudio, hostileListsDoNoHarm) {
   hear(floats(), {Bytes(odd).subspan(1, 4096)});
   EXPECT_THAT(note(), ::testing::EndsWith(" misaligned"));
   EXPECT_EQ(floatsIn(Bytes(odd).first(4099))->size(), 1024U);
-}
-
-TEST(AudioTapSettings, asTheStreamIsConfigured) {
-  EXPECT_STREQ(AudioTapSettings::queueLabel, "com.tollmere.Veloria.audio");
-  EXPECT_STREQ(AudioTapSettings::noDisplay, "No display to attach the audio tap to.");
-  EXPECT_THAT((std::array{AudioTapSettings::sampleRate, AudioTapSettings::channelCount, AudioTapSettings::pictureSide,
-                          AudioTapSettings::secondsPerPicture, AudioTapSettings::queueDepth}),
-              ElementsAre(48000, 2, 2, 1, 3));
 }
 
 class AudioGateTest : public testing::Test {

@@ -35,9 +35,5 @@ TEST(ScreenListTest, AScaleThatCantBeIsOne) {
   }
 }
 
-TEST(ScreenListTest, NoScreensAreNone) {
-  EXPECT_TRUE(checkedScreens({}).empty());
-}
-
 }  // namespace
 }  // namespace veloria

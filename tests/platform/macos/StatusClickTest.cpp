@@ -17,20 +17,5 @@ TEST(StatusClickTest, ByTheEventThatIsHandled) {
   EXPECT_EQ(statusClick(CurrentEvent{10, control}), (StatusClick{Click::primary, true}));  // a key
 }
 
-// What it leads to, so that the two halves fit.
-TEST(StatusClickTest, LeadsToTheMenuOrTheSettings) {
-  const auto response = [](const std::optional<CurrentEvent>& event, bool shown) {
-    const StatusClick click = statusClick(event);
-    return responseTo(click.click, click.controlHeld, shown);
-  };
-  for (const bool shown : {false, true}) {
-    EXPECT_EQ(response(CurrentEvent{rightUp, 0}, shown), ClickResponse::showMenu);
-    EXPECT_EQ(response(CurrentEvent{leftUp, control}, shown), ClickResponse::showMenu);
-    EXPECT_EQ(response({}, shown), ClickResponse::openSettings);
-  }
-  EXPECT_EQ(response(CurrentEvent{leftUp, 0}, true), ClickResponse::closeSettings);
-  EXPECT_EQ(response(CurrentEvent{leftUp, 0}, false), ClickResponse::openSettings);
-}
-
 }  // namespace
 }  // namespace veloria

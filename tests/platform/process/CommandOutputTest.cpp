@@ -64,10 +64,6 @@ TEST(ProgramOutput, TellsHowTheProgramEnded) {
   EXPECT_EQ(runProgram({"no-such-program-of-any-name"}, longTime, cap), std::nullopt);
 }
 
-TEST(ProgramOutput, HasNoTerminalToWaitAt) {
-  EXPECT_NE(runProgram({"sh", "-c", "read line </dev/tty"}, longTime, cap)->exitCode, 0);
-}
-
 TEST(ProgramOutput, EndsWithEverythingThatTheProgramStarted) {
   const tests::TemporaryFolder folder;
   const std::string script = "sleep 1000 & echo $! >" + folder.file("pid") + "; wait";

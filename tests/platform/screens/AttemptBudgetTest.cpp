@@ -18,10 +18,5 @@ TEST(AttemptBudget, endsAfterItsLimitAndComesBackAfterAPause) {
   EXPECT_TRUE(budget.take(112));
 }
 
-TEST(AttemptBudget, oneAttemptAtATimeIsNeverRefused) {
-  AttemptBudget budget(1, 5);
-  for (double now = 0; now < 100; now += 5) EXPECT_TRUE(budget.take(now)) << now;
-}
-
 }  // namespace
 }  // namespace veloria

@@ -8,7 +8,6 @@
 #include <functional>
 
 #include "Process.h"
-#include "base/MediaClock.h"
 #include "platform/posix/process/PosixCommandLine.h"
 #include "system/CommandLineTool.h"
 
@@ -103,26 +102,11 @@ TEST_F(LoginShellTest, ThatFailsInTheEndStillHasAPath) {
   EXPECT_THAT(directories(folder.writeProgram("shell", "#!/bin/sh\nprintf /a:/b\nexit 3\n")), ElementsAre("/a", "/b"));
 }
 
-TEST_F(LoginShellTest, ThatStartsADaemonIsNotWaitedFor) {
-  writeInHome(".bash_profile", "sleep 1000 & echo $! >$HOME/pid; PATH=/after\n");
-  EXPECT_THAT(directories("/bin/bash"), ElementsAre("/after"));
-  int daemon = 0;
-  std::ifstream(folder.file("pid")) >> daemon;
-  ASSERT_GT(daemon, 0);
-  ::kill(daemon, SIGKILL);
-}
-
 TEST_F(LoginShellTest, ThatHangsOrFloodsIsEnded) {
-  for (const char* profile : {"sleep 1000", "while :; do :; done", "trap '' TERM HUP INT; sleep 1000"}) {
-    writeInHome(".profile", std::string(profile) + "\n");
-    EXPECT_THAT(directories("/bin/sh", 0.2), IsEmpty()) << profile;
-  }
-  const double start = mediaTime();
-  for (const char* profile : {"yes", "head -c 20000000 /dev/zero"}) {
-    writeInHome(".profile", std::string(profile) + "\n");
-    EXPECT_THAT(directories("/bin/sh"), IsEmpty()) << profile;
-  }
-  EXPECT_LT(mediaTime() - start, longTime);
+  writeInHome(".profile", "trap '' TERM HUP INT; sleep 1000\n");
+  EXPECT_THAT(directories("/bin/sh", 0.2), IsEmpty());
+  writeInHome(".profile", "yes\n");
+  EXPECT_THAT(directories("/bin/sh"), IsEmpty());
 }
 
 /// Runs `work` as somebody who may not write everywhere, also when the tests run as root.

@@ -195,20 +195,5 @@ TEST_F(RootPixmapTest, SurvivesPixmapsThatVanishMeanwhile) {
   setter.join();
 }
 
-TEST_F(RootPixmapTest, SurvivesAServerThatIsKilled) {
-  ASSERT_NO_FATAL_FAILURE(start());
-  if (IsSkipped()) return;
-  setRootPixmap(makePixmap(24, 640, 400, 0xFF0000));
-  std::atomic<int> reads = 0;
-  std::optional<Pixels> last;
-  std::thread reader([&] {
-    while ((last = read())) ++reads;
-  });
-  EXPECT_TRUE(desktop::poll(20, [&] { return reads > 20; }));
-  desktop_->stopServer();
-  reader.join();
-  EXPECT_EQ(last, std::nullopt);
-}
-
 }  // namespace
 }  // namespace veloria

@@ -7,7 +7,9 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <filesystem>
 #include <thread>
 #include <utility>
 
@@ -18,32 +20,37 @@
 namespace veloria::tests {
 namespace {
 
-/// Answers each message of one connection with the next of `answers`, then closes it.
+/// Answers each message of one connection with the next of `answers`, then closes it; or, as Hyprland does it, closes
+/// each connection after one answer.
 class Answerer {
  public:
-  Answerer(const std::string& path, std::vector<std::string> answers) : answers_(std::move(answers)) {
+  Answerer(const std::string& path, std::vector<std::string> answers, std::size_t answersEach = 100)
+      : answers_(std::move(answers)), answersEach_(answersEach) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof(address.sun_path) - 1);
     EXPECT_EQ(::bind(listener_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
     EXPECT_EQ(::listen(listener_.get(), 4), 0);
-    thread_ = std::jthread([this] { serve(); });
+    thread_ = std::jthread([this] {
+      for (std::size_t first = 0; first == 0 || first < answers_.size(); first += answersEach_) serve(first);
+    });
   }
   ~Answerer() { ::shutdown(listener_.get(), SHUT_RDWR); }
 
  private:
-  void serve() {
+  void serve(std::size_t first) {
     const OwnedDescriptor client(::accept(listener_.get(), nullptr, nullptr));
     std::array<char, 4096> bytes{};
-    for (const std::string& answer : answers_) {
+    for (std::size_t i = first; i < std::min(answers_.size(), first + answersEach_); ++i) {
       if (::read(client.get(), bytes.data(), bytes.size()) <= 0) return;
-      if (::send(client.get(), answer.data(), answer.size(), MSG_NOSIGNAL) < 0) return;
+      if (::send(client.get(), answers_[i].data(), answers_[i].size(), MSG_NOSIGNAL) < 0) return;
     }
     if (answers_.empty()) ::read(client.get(), bytes.data(), bytes.size());
     if (answers_.empty()) ::read(client.get(), bytes.data(), bytes.size());  // until the other side is tired
   }
 
   std::vector<std::string> answers_;
+  std::size_t answersEach_;
   OwnedDescriptor listener_{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
   std::jthread thread_;
 };
@@ -86,6 +93,22 @@ TEST_F(CompositorQuestionsTest, ASilentCompositorIsGivenUp) {
   const double start = mediaTime();
   EXPECT_EQ(askSway({}), std::nullopt);
   EXPECT_LT(mediaTime() - start, 10);
+}
+
+TEST_F(CompositorQuestionsTest, HyprlandIsAskedOnceAConnection) {
+  std::filesystem::create_directories(folder_.file("hypr/one"));
+  const Answerer answerer(
+      folder_.file("hypr/one/.socket.sock"),
+      {R"([{"name": "A", "activeWorkspace": {"id": 1}, "reserved": [0, 30, 0, 0]}])",
+       R"([{"workspace": {"id": 1}, "fullscreen": 2}])", R"([{"name": "A", "reserved": [0, 30, 0, 0]}])", "[{"},
+      1);
+  const CompositorQuestions questions([this](std::string_view name) -> std::optional<std::string> {
+    if (name == "HYPRLAND_INSTANCE_SIGNATURE") return "one";
+    return name == "XDG_RUNTIME_DIR" ? std::optional(folder_.path()) : std::nullopt;
+  });
+  EXPECT_EQ(questions.coveredOutputs(), CoveredOutputs{"A"});
+  EXPECT_EQ(questions.reservedEdges(), (ReservedEdges{{"A", {0, 30, 0, 0}}}));
+  EXPECT_EQ(questions.coveredOutputs(), std::nullopt) << "half an answer, and none";
 }
 
 TEST_F(CompositorQuestionsTest, LayersAreStackedAsUsualUnlessSwaySaysOtherwise) {

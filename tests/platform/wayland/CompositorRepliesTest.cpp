@@ -56,12 +56,48 @@ TEST(SwayReplies, AnythingElseIsRefusedOrLeftOut) {
     EXPECT_FALSE(swayReservedEdges(bytes, "[]")) << bytes;
     EXPECT_FALSE(swayLayerStacking(bytes)) << bytes;
     EXPECT_FALSE(hyprlandReservedEdges(bytes)) << bytes;
+    EXPECT_FALSE(swayCoveredOutputs(bytes)) << bytes;
+    EXPECT_FALSE(hyprlandCoveredOutputs(bytes, "[]")) << bytes;
+    EXPECT_FALSE(hyprlandCoveredOutputs("[]", bytes)) << bytes;
   }
   for (const char* odd :
        {"1", "[]", R"({"output": 1, "visible": true})", R"({"output": "A", "visible": "true"})",
         R"({"output": "A", "visible": true, "rect": {"x": 0}})",
         R"({"output": "A", "visible": true, "rect": {"x": 0, "y": 1e30, "width": 1, "height": 1}})"}) {
     EXPECT_TRUE(edgesOf(odd).empty()) << odd;
+  }
+}
+
+/// A container of sway's, in which there may be others.
+std::string node(const std::string& members, const std::string& nodes = {}) {
+  return "{" + members + R"(, "nodes": [)" + nodes + R"(], "floating_nodes": []})";
+}
+
+/// The outputs A and B, each with a workspace in which there are these containers.
+CoveredOutputs coveredWith(const std::string& inA, const std::string& inB = {}) {
+  const std::string workspace = R"("type": "workspace", "fullscreen_mode": 1)";
+  const auto covered = swayCoveredOutputs(
+      node(R"("type": "root", "name": "root")", node(R"("type": "output", "name": "A")", node(workspace, inA)) + "," +
+                                                    node(R"("type": "output", "name": "B")", node(workspace, inB))));
+  EXPECT_TRUE(covered) << inA;
+  return covered ? *covered : CoveredOutputs{};
+}
+
+TEST(SwayReplies, AFullScreenWindowCountsWhereItIsSeen) {
+  const std::string plain = node(R"("type": "con", "fullscreen_mode": 0, "visible": true)");
+  const std::string film = node(R"("type": "con", "fullscreen_mode": 1, "visible": true)");
+  const std::string hidden = node(R"("type": "con", "fullscreen_mode": 1, "visible": false)");
+  EXPECT_EQ(coveredWith(plain, plain), CoveredOutputs{});
+  EXPECT_EQ(coveredWith(film, plain), CoveredOutputs{"A"}) << "whatever has the focus";
+  EXPECT_EQ(coveredWith(plain, hidden), CoveredOutputs{}) << "on another workspace";
+  EXPECT_EQ(coveredWith(plain, node(R"("type": "con", "fullscreen_mode": 2, "visible": true)")),
+            (CoveredOutputs{"A", "B"}));
+  EXPECT_EQ(coveredWith(node(R"("type": "con", "fullscreen_mode": 1)", plain + "," + hidden)), CoveredOutputs{"A"})
+      << "two windows side by side";
+  EXPECT_EQ(coveredWith(R"({"type": "con", "nodes": 7, "floating_nodes": [)" + film + "]}"), CoveredOutputs{"A"});
+  for (const char* odd : {"1", "[]", R"({"type": "con", "fullscreen_mode": "1", "visible": true})",
+                          R"({"type": "con", "fullscreen_mode": 1, "visible": "true"})"}) {
+    EXPECT_EQ(coveredWith(odd), CoveredOutputs{}) << odd;
   }
 }
 
@@ -92,6 +128,34 @@ TEST(HyprlandReplies, ReservedIsLeftTopRightBottom) {
           {"reserved": [0, 0, 0, 0]}, 7, {"name": "below", "reserved": [-5, 0, 0, 40]}])");
   ASSERT_TRUE(edges);
   EXPECT_EQ(*edges, (ReservedEdges{{"eDP-1", {1, 30, 2, 0}}, {"below", {0, 0, 0, 40}}}));
+}
+
+TEST(HyprlandReplies, AFullScreenWindowCountsOnTheWorkspacesThatAreShown) {
+  const char* monitors = R"([{"name": "A", "activeWorkspace": {"id": 1}, "specialWorkspace": {"id": 0, "name": ""}},
+                             {"name": "B", "activeWorkspace": {"id": 2}, "specialWorkspace": {"id": -98}},
+                             {"name": 7, "activeWorkspace": {"id": 3}}, {"name": "C", "activeWorkspace": 3}, null])";
+  struct Case {
+    const char* what;
+    const char* client;
+    CoveredOutputs expected;
+  };
+  const Case cases[] = {
+      {"full", R"("workspace": {"id": 1}, "fullscreen": 2)", {"A"}},
+      {"full and maximised", R"("workspace": {"id": 1}, "fullscreen": 3)", {"A"}},
+      {"maximised", R"("workspace": {"id": 1}, "fullscreen": 1)", {}},
+      {"full, in older versions", R"("workspace": {"id": 2}, "fullscreen": true, "fullscreenMode": 0)", {"B"}},
+      {"maximised, there", R"("workspace": {"id": 2}, "fullscreen": true, "fullscreenMode": 1)", {}},
+      {"neither, there", R"("workspace": {"id": 2}, "fullscreen": false, "fullscreenMode": 0)", {}},
+      {"on a special workspace that is shown", R"("workspace": {"id": -98}, "fullscreen": 2)", {"B"}},
+      {"on a workspace that is not", R"("workspace": {"id": 4}, "fullscreen": 2)", {}},
+      {"behind others of its group", R"("workspace": {"id": 1}, "fullscreen": 2, "hidden": true)", {}},
+      {"no workspace", R"("workspace": 1, "fullscreen": 2)", {}},
+  };
+  for (const Case& each : cases) {
+    const auto covered = hyprlandCoveredOutputs(monitors, std::string("[7, {") + each.client + "}]");
+    ASSERT_TRUE(covered) << each.what;
+    EXPECT_EQ(*covered, each.expected) << each.what;
+  }
 }
 
 TEST(ReservedEdges, AnEdgeThatWouldTakeHalfTheScreenIsLeftOut) {

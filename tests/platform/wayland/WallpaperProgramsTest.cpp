@@ -23,13 +23,6 @@ bool spinUntil(Condition condition, double seconds = 20) {
   return true;
 }
 
-TEST(WallpaperPrograms, KnowsThemByName) {
-  EXPECT_TRUE(isWallpaperProgram("swaybg"));
-  EXPECT_TRUE(isWallpaperProgram("hyprpaper"));
-  EXPECT_FALSE(isWallpaperProgram("sway"));
-  EXPECT_FALSE(isWallpaperProgram(""));
-}
-
 TEST(WallpaperPrograms, AStartIsToldTwiceAndOnlyWhileSomebodyListens) {
   int argumentCount = 0;
   QCoreApplication application(argumentCount, nullptr);

@@ -12,7 +12,7 @@
 #include <thread>
 #include <utility>
 
-#include "base/Log.h"
+#include "platform/linux/wallpaper/DecoderProcess.h"
 #include "platform/linux/wallpaper/PictureLoader.h"
 
 namespace veloria {
@@ -37,12 +37,11 @@ struct LinuxDesktopPicture::Worker {
   PictureLoader loader;
   PostToMain postToMain;
 
-  std::optional<Pixels> load(const std::string& screen) {
+  Result<Pixels> load(const std::string& screen) {
     try {
       return loader.load(screen);
     } catch (const std::exception& error) {
-      NimbraLog::debugf("desktop picture: %s", error.what());
-      return std::nullopt;
+      return Failure{error.what()};
     }
   }
 };
@@ -78,8 +77,12 @@ class LinuxDesktopPicture::Errand {
   State state_ = State::working;
 };
 
-LinuxDesktopPicture::LinuxDesktopPicture(const Environment& environment, PostToMain postToMain)
-    : worker_(std::make_shared<Worker>(Worker{PictureLoader(desktopSurroundings(environment)), std::move(postToMain)})),
+LinuxDesktopPicture::LinuxDesktopPicture(const Environment& environment, const std::string& decoder,
+                                         PostToMain postToMain)
+    : worker_(std::make_shared<Worker>(
+          Worker{PictureLoader(desktopSurroundings(environment),
+                               [decoder](const auto& file) { return decodePictureWith(decoder, file); }),
+                 std::move(postToMain)})),
       self_(std::make_shared<LinuxDesktopPicture*>(this)) {}
 
 LinuxDesktopPicture::~LinuxDesktopPicture() {
@@ -102,13 +105,13 @@ void LinuxDesktopPicture::thumbnail(const Screen& screen, Answer answer) {
   };
   try {
     std::thread(run).detach();
-  } catch (const std::system_error&) {  // no more threads
+  } catch (const std::system_error& error) {  // no more threads
     errand_.reset();
-    finish(std::nullopt);
+    finish(Failure{error.what()});
   }
 }
 
-void LinuxDesktopPicture::finish(std::optional<Pixels> pixels) {
+void LinuxDesktopPicture::finish(Result<Pixels> pixels) {
   const Answer answer = std::exchange(answer_, nullptr);
   answer(std::move(pixels));
 }

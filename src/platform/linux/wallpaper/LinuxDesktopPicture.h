@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "base/Environment.h"
 #include "render/DesktopPicture.h"
@@ -17,8 +18,8 @@ class LinuxDesktopPicture final : public DesktopPicture {
   /// wait for the main thread nor throw, and may drop the function where the main loop has ended.
   using PostToMain = std::function<void(std::function<void()>)>;
 
-  /// The environment is read here and not again. Sets QImageReader's allocation limit (PictureLoader.h).
-  LinuxDesktopPicture(const Environment& environment, PostToMain postToMain);
+  /// The environment is read here and not again. `decoder`: the program that decodes picture files (DecoderProcess.h).
+  LinuxDesktopPicture(const Environment& environment, const std::string& decoder, PostToMain postToMain);
   /// Waits for a thread that is still at work, a second at most; one that hangs (on a network share that is gone, say)
   /// is left behind and keeps away from this object and from `postToMain`.
   ~LinuxDesktopPicture() override;
@@ -29,7 +30,7 @@ class LinuxDesktopPicture final : public DesktopPicture {
   class Errand;
   struct Worker;
 
-  void finish(std::optional<Pixels> pixels);
+  void finish(Result<Pixels> pixels);
 
   std::shared_ptr<Worker> worker_;
   std::shared_ptr<Errand> errand_;

@@ -3,24 +3,27 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <functional>
 #include <optional>
+#include <utility>
 
+#include "base/Result.h"
 #include "render/DesktopPicture.h"
 
 namespace veloria {
 
 /// Makes thumbnails of picture files and remembers the last one: a file that has not changed since (same path, inode,
-/// size and time of modification) is not read again, one that could not be read neither.
-///
-/// Refused: what is no regular file (without waiting for it), files above 256 MiB, pictures above 32768 pixels a side
-/// or 512 million in all, and what needs more memory to decode than QImageReader's allocation limit for this process
-/// (PictureLoader.h). Of an animation the first frame counts; transparent pixels are laid over black; colours are
-/// converted to sRGB from the colour space that the file names. A JPEG that is cut off counts as far as it goes.
-///
-/// Any one thread at a time; blocks as long as the disk and the decoder do.
+/// size and time of modification) is not decoded again, one that could not be decoded neither. Refused: what is no
+/// regular file, and files above 256 MiB. Any one thread at a time; blocks as long as the disk and the decoder do.
 class PictureFile {
  public:
-  std::optional<DesktopPicture::Pixels> thumbnail(const std::filesystem::path& path);
+  using Pixels = DesktopPicture::Pixels;
+  using Decode = std::function<Result<Pixels>(const std::filesystem::path& file)>;
+
+  explicit PictureFile(Decode decode) : decode_(std::move(decode)) {}
+
+  /// The failure names the file.
+  Result<Pixels> thumbnail(const std::filesystem::path& path);
 
  private:
   struct Identity {
@@ -33,8 +36,9 @@ class PictureFile {
     bool operator==(const Identity&) const = default;
   };
 
+  Decode decode_;
   std::optional<Identity> last_;
-  std::optional<DesktopPicture::Pixels> pixels_;
+  Result<Pixels> lastResult_ = Failure{};
 };
 
 }  // namespace veloria

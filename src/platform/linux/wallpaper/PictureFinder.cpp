@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "base/Files.h"
-#include "platform/posix/process/CommandOutput.h"
 #include "platform/linux/wallpaper/FehScript.h"
 #include "platform/linux/wallpaper/GsettingsListing.h"
 #include "platform/linux/wallpaper/HyprpaperSettings.h"
@@ -21,6 +20,7 @@
 #include "platform/linux/wallpaper/SwaybgArguments.h"
 #include "platform/linux/wallpaper/SwwwQuery.h"
 #include "platform/linux/wallpaper/XfceSettings.h"
+#include "platform/posix/process/CommandOutput.h"
 #include "render/DesktopPicture.h"
 
 namespace veloria {

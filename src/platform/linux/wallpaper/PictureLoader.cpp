@@ -1,6 +1,6 @@
 #include "platform/linux/wallpaper/PictureLoader.h"
 
-#include <QImageReader>
+#include <optional>
 #include <utility>
 
 #include "platform/linux/wallpaper/PictureFinder.h"
@@ -8,21 +8,21 @@
 
 namespace veloria {
 
-PictureLoader::PictureLoader(DesktopSurroundings surroundings) : surroundings_(std::move(surroundings)) {
-  QImageReader::setAllocationLimit(decoderMegabytes);
-}
+PictureLoader::PictureLoader(DesktopSurroundings surroundings, PictureFile::Decode decode)
+    : surroundings_(std::move(surroundings)), file_(std::move(decode)) {}
 
-std::optional<DesktopPicture::Pixels> PictureLoader::load(const std::string& screen) {
+Result<DesktopPicture::Pixels> PictureLoader::load(const std::string& screen) {
+  std::optional<Failure> problem;
   for (const PictureSource source : pictureSources(surroundings_)) {
-    std::optional<DesktopPicture::Pixels> pixels;
     if (source == PictureSource::rootPixmap) {
-      pixels = rootPixmapThumbnail(surroundings_.display, screen);
+      if (auto pixels = rootPixmapThumbnail(surroundings_.display, screen)) return *std::move(pixels);
     } else if (const auto path = findPicture(source, surroundings_, screen)) {
-      pixels = file_.thumbnail(*path);
+      auto pixels = file_.thumbnail(*path);
+      if (pixels) return pixels;
+      if (!problem) problem = Failure{pixels.error()};
     }
-    if (pixels) return pixels;
   }
-  return std::nullopt;
+  return problem.value_or(Failure{"nobody tells which picture the desktop shows"});
 }
 
 }  // namespace veloria

@@ -1,6 +1,5 @@
 #include "platform/linux/wayland/CompositorQuestions.h"
 
-#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -17,6 +16,7 @@ namespace {
 constexpr double patience = 0.25;
 constexpr std::uint32_t getWorkspaces = 1;
 constexpr std::uint32_t getOutputs = 3;
+constexpr std::uint32_t getTree = 4;
 constexpr std::uint32_t getVersion = 7;
 
 Result<std::string> askSway(LocalStream& stream, std::uint32_t type) {
@@ -39,13 +39,11 @@ Result<ReservedEdges> swayEdges(const std::filesystem::path& path) {
   return swayReservedEdges(*outputs, *workspaces);
 }
 
-Result<ReservedEdges> hyprlandEdges(const std::filesystem::path& path) {
+Result<CoveredOutputs> swayCovered(const std::filesystem::path& path) {
   auto stream = LocalStream::connect(path, mediaTime() + patience);
   if (!stream) return Failure{stream.error()};
-  const auto sent = stream->send("j/monitors");
-  if (!sent) return Failure{sent.error()};
-  const auto answer = stream->receiveAll(maximumJsonBytes);
-  return answer ? hyprlandReservedEdges(*answer) : Failure{answer.error()};
+  const auto tree = askSway(*stream, getTree);
+  return tree ? swayCoveredOutputs(*tree) : Failure{tree.error()};
 }
 
 Result<LayerStacking> swayStacking(const std::filesystem::path& path) {
@@ -55,30 +53,55 @@ Result<LayerStacking> swayStacking(const std::filesystem::path& path) {
   return version ? swayLayerStacking(*version) : Failure{version.error()};
 }
 
-std::optional<ReservedEdges> reported(const Result<ReservedEdges>& edges) {
-  if (edges) return *edges;
-  NimbraLog::debug("no word on panels from the compositor: " + edges.error());
+/// One question a connection.
+Result<std::string> askHyprland(const std::filesystem::path& path, const char* question, double end) {
+  auto stream = LocalStream::connect(path, end);
+  if (!stream) return Failure{stream.error()};
+  const auto sent = stream->send(question);
+  if (!sent) return Failure{sent.error()};
+  return stream->receiveAll(maximumJsonBytes);
+}
+
+Result<ReservedEdges> hyprlandEdges(const std::filesystem::path& path) {
+  const auto monitors = askHyprland(path, "j/monitors", mediaTime() + patience);
+  return monitors ? hyprlandReservedEdges(*monitors) : Failure{monitors.error()};
+}
+
+Result<CoveredOutputs> hyprlandCovered(const std::filesystem::path& path) {
+  const double end = mediaTime() + patience;
+  const auto monitors = askHyprland(path, "j/monitors", end);
+  if (!monitors) return Failure{monitors.error()};
+  const auto clients = askHyprland(path, "j/clients", end);
+  return clients ? hyprlandCoveredOutputs(*monitors, *clients) : Failure{clients.error()};
+}
+
+template <typename T>
+std::optional<T> reported(const char* what, Result<T> answer) {
+  if (answer) return *std::move(answer);
+  NimbraLog::debug(std::string("no word on ") + what + " from the compositor: " + answer.error());
   return std::nullopt;
 }
 
 }  // namespace
 
-std::optional<std::string> CompositorQuestions::swaySocket() const {
-  auto path = environment_("SWAYSOCK");
-  return path && !path->empty() ? path : std::nullopt;
+CompositorQuestions::CompositorQuestions(const Environment& environment)
+    : hyprland_(hyprlandRequestSocket(environment)) {
+  if (const auto path = environment("SWAYSOCK"); path && !path->empty()) sway_ = *path;
 }
 
 LayerStacking CompositorQuestions::layerStacking() const {
-  const auto path = swaySocket();
-  if (!path) return LayerStacking::newestHighest;
-  const auto stacking = swayStacking(*path);
+  const auto stacking = sway_ ? swayStacking(*sway_) : LayerStacking::newestHighest;
   return stacking ? *stacking : LayerStacking::newestHighest;
 }
 
 std::optional<ReservedEdges> CompositorQuestions::reservedEdges() const {
-  if (const auto path = swaySocket()) return reported(swayEdges(*path));
-  const auto path = hyprlandRequestSocket(environment_);
-  return path ? reported(hyprlandEdges(*path)) : std::nullopt;
+  if (sway_) return reported("panels", swayEdges(*sway_));
+  return hyprland_ ? reported("panels", hyprlandEdges(*hyprland_)) : std::nullopt;
+}
+
+std::optional<CoveredOutputs> CompositorQuestions::coveredOutputs() const {
+  if (sway_) return reported("full-screen windows", swayCovered(*sway_));
+  return hyprland_ ? reported("full-screen windows", hyprlandCovered(*hyprland_)) : std::nullopt;
 }
 
 }  // namespace veloria

@@ -35,22 +35,26 @@ std::optional<std::string> text(const json& object, const char* key) {
   return value != nullptr && value->is_string() ? std::optional(value->get<std::string>()) : std::nullopt;
 }
 
+std::optional<int> numberOf(const json& object, const char* key) {
+  const json* value = member(object, key);
+  return value != nullptr ? wholeNumber(*value) : std::nullopt;
+}
+
 std::optional<PixelRect> rectOf(const json& object) {
   const json* rect = member(object, "rect");
   if (rect == nullptr) return std::nullopt;
   std::array<int, 4> numbers{};
   constexpr std::array<const char*, 4> keys{"x", "y", "width", "height"};
   for (std::size_t i = 0; i < keys.size(); ++i) {
-    const json* value = member(*rect, keys[i]);
-    const auto number = value != nullptr ? wholeNumber(*value) : std::nullopt;
+    const auto number = numberOf(*rect, keys[i]);
     if (!number) return std::nullopt;
     numbers[i] = *number;
   }
   return PixelRect{numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
-bool visible(const json& workspace) {
-  const json* value = member(workspace, "visible");
+bool isTrue(const json& object, const char* key) {
+  const json* value = member(object, key);
   return value != nullptr && value->is_boolean() && value->get<bool>();
 }
 
@@ -84,6 +88,47 @@ std::optional<EdgeInsets> hyprlandInsets(const json& monitor) {
   return EdgeInsets{edges[0], edges[1], edges[2], edges[3]};
 }
 
+/// What a container of sway's fills: nothing but its place, its output, or all outputs.
+enum class Filled { place, output, everything };
+
+template <typename Visit>
+void forEachChild(const json& node, Visit visit) {
+  for (const char* kind : {"nodes", "floating_nodes"}) {
+    const json* children = member(node, kind);
+    if (children == nullptr || !children->is_array()) continue;
+    for (const json& child : *children) visit(child);
+  }
+}
+
+/// Windows say whether they are visible, the containers around them don't.
+bool showsAWindow(const json& node) {
+  bool shows = isTrue(node, "visible");
+  forEachChild(node, [&](const json& child) { shows = shows || showsAWindow(child); });
+  return shows;
+}
+
+/// The most that anything seen in `node` fills. Workspaces have a mode as well, which means nothing.
+Filled filledBy(const json& node) {
+  const int mode = text(node, "type") == "workspace" ? 0 : numberOf(node, "fullscreen_mode").value_or(0);
+  Filled filled = Filled::place;
+  if (mode != 0 && showsAWindow(node)) filled = mode == 2 ? Filled::everything : Filled::output;
+  forEachChild(node, [&](const json& child) { filled = std::max(filled, filledBy(child)); });
+  return filled;
+}
+
+std::optional<int> workspaceId(const json& object, const char* key) {
+  const json* workspace = member(object, key);
+  return workspace != nullptr ? numberOf(*workspace, "id") : std::nullopt;
+}
+
+/// Hyprland says true with a mode of its own (0: full, 1: maximised) before version 0.42, and since then a number in
+/// which 1 is maximised and 2 is full.
+bool isFullScreen(const json& client) {
+  const bool full = isTrue(client, "fullscreen") ? numberOf(client, "fullscreenMode").value_or(0) == 0
+                                                 : numberOf(client, "fullscreen").value_or(0) >= 2;
+  return full && !isTrue(client, "hidden");
+}
+
 }  // namespace
 
 std::string swayMessage(std::uint32_t type, std::string_view payload) {
@@ -113,7 +158,7 @@ Result<ReservedEdges> swayReservedEdges(std::string_view outputs, std::string_vi
   for (const json& workspace : *workspaceList) {
     const auto output = text(workspace, "output");
     const auto inner = rectOf(workspace);
-    if (!visible(workspace) || !output || !inner || !rects.contains(*output)) continue;
+    if (!isTrue(workspace, "visible") || !output || !inner || !rects.contains(*output)) continue;
     edges.emplace(*output, insetsOf(rects.at(*output), *inner));
   }
   return edges;
@@ -121,11 +166,9 @@ Result<ReservedEdges> swayReservedEdges(std::string_view outputs, std::string_vi
 
 Result<LayerStacking> swayLayerStacking(std::string_view version) {
   const auto reply = parseStrictJson(version);
-  const json* majorValue = reply ? member(*reply, "major") : nullptr;
-  const json* minorValue = reply ? member(*reply, "minor") : nullptr;
-  if (majorValue == nullptr || minorValue == nullptr) return Failure{notAsExpected};
-  const auto first = wholeNumber(*majorValue);
-  const auto second = wholeNumber(*minorValue);
+  if (!reply) return Failure{notAsExpected};
+  const auto first = numberOf(*reply, "major");
+  const auto second = numberOf(*reply, "minor");
   if (!first || !second) return Failure{notAsExpected};
   return std::pair(*first, *second) < std::pair(1, 10) ? LayerStacking::newestLowest : LayerStacking::newestHighest;
 }
@@ -140,6 +183,44 @@ Result<ReservedEdges> hyprlandReservedEdges(std::string_view monitors) {
     if (name && insets) edges.emplace(*name, *insets);
   }
   return edges;
+}
+
+Result<CoveredOutputs> swayCoveredOutputs(std::string_view tree) {
+  const auto root = parseStrictJson(tree);
+  if (!root || text(*root, "type") != "root") return Failure{notAsExpected};
+  CoveredOutputs all;
+  CoveredOutputs covered;
+  bool everything = false;
+  forEachChild(*root, [&](const json& output) {
+    const auto name = text(output, "name");
+    if (!name) return;
+    const Filled filled = filledBy(output);
+    all.insert(*name);
+    if (filled != Filled::place) covered.insert(*name);
+    everything = everything || filled == Filled::everything;
+  });
+  return everything ? all : covered;
+}
+
+Result<CoveredOutputs> hyprlandCoveredOutputs(std::string_view monitors, std::string_view clients) {
+  const auto monitorList = parseStrictJson(monitors);
+  const auto clientList = parseStrictJson(clients);
+  if (!monitorList || !clientList || !monitorList->is_array() || !clientList->is_array()) {
+    return Failure{notAsExpected};
+  }
+  std::set<int> full;
+  for (const json& client : *clientList) {
+    const auto workspace = workspaceId(client, "workspace");
+    if (workspace && isFullScreen(client)) full.insert(*workspace);
+  }
+  CoveredOutputs covered;
+  for (const json& monitor : *monitorList) {
+    const auto name = text(monitor, "name");
+    const auto shown = workspaceId(monitor, "activeWorkspace");
+    const auto over = workspaceId(monitor, "specialWorkspace");
+    if (name && ((shown && full.contains(*shown)) || (over && full.contains(*over)))) covered.insert(*name);
+  }
+  return covered;
 }
 
 PixelRect withoutReserved(const PixelRect& frame, const EdgeInsets& reserved) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -47,6 +48,17 @@ Result<LayerStacking> swayLayerStacking(std::string_view version);
 
 /// From Hyprland's answer to j/monitors, whose "reserved" is left, top, right, bottom.
 Result<ReservedEdges> hyprlandReservedEdges(std::string_view monitors);
+
+/// The names of the outputs on which a full-screen window is seen.
+using CoveredOutputs = std::set<std::string>;
+
+/// From sway's answer to get_tree. A container that fills its output with several windows counts too, and one that
+/// fills all outputs counts on each.
+Result<CoveredOutputs> swayCoveredOutputs(std::string_view tree);
+
+/// From Hyprland's answers to j/monitors and j/clients. A maximised window, which leaves panels in view, does not
+/// count.
+Result<CoveredOutputs> hyprlandCoveredOutputs(std::string_view monitors, std::string_view clients);
 
 /// `frame` (points) without what is reserved; an edge that would take more than half of it is left where it is.
 PixelRect withoutReserved(const PixelRect& frame, const EdgeInsets& reserved);

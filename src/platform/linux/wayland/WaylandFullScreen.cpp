@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace veloria {
 
@@ -17,26 +18,44 @@ struct WaylandFullScreen::Window {
   WaylandFullScreen* owner = nullptr;
   WaylandPtr<zwlr_foreign_toplevel_handle_v1> handle;
   std::set<wl_output*> outputs;
-  bool covers = false;  ///< full-screen, with the focus, not minimised
+  bool fullScreen = false;  ///< and not minimised
+  bool focused = false;
+  bool hidden = false;  ///< another window on its output got the focus after it
+  bool changed = false;
+
+  void enter(wl_output* output) {
+    if (output != nullptr) changed = outputs.insert(output).second || changed;  // null: it has just gone
+  }
+  void leave(wl_output* output) { changed = outputs.erase(output) > 0 || changed; }
+  bool sharesAnOutputWith(const Window& other) const {
+    return std::any_of(outputs.begin(), outputs.end(), [&](auto* each) { return other.outputs.contains(each); });
+  }
 };
 
 const zwlr_foreign_toplevel_handle_v1_listener WaylandFullScreen::windowListener = {
     .title = [](void*, zwlr_foreign_toplevel_handle_v1*, const char*) {},
     .app_id = [](void*, zwlr_foreign_toplevel_handle_v1*, const char*) {},
     .output_enter = [](void* data, zwlr_foreign_toplevel_handle_v1*,
-                       wl_output* output) { static_cast<Window*>(data)->outputs.insert(output); },
+                       wl_output* output) { static_cast<Window*>(data)->enter(output); },
     .output_leave = [](void* data, zwlr_foreign_toplevel_handle_v1*,
-                       wl_output* output) { static_cast<Window*>(data)->outputs.erase(output); },
+                       wl_output* output) { static_cast<Window*>(data)->leave(output); },
     .state =
         [](void* data, zwlr_foreign_toplevel_handle_v1*, wl_array* states) {
           const auto* first = static_cast<const std::uint32_t*>(states->data);
           const auto* end = first + states->size / sizeof(std::uint32_t);
           const auto has = [&](std::uint32_t state) { return std::find(first, end, state) != end; };
-          static_cast<Window*>(data)->covers = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_FULLSCREEN) &&
-                                               has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_ACTIVATED) &&
-                                               !has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_MINIMIZED);
+          auto& window = *static_cast<Window*>(data);
+          const bool minimised = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_MINIMIZED);
+          window.fullScreen = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_FULLSCREEN) && !minimised;
+          window.focused = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_ACTIVATED) && !minimised;
+          window.changed = true;
         },
-    .done = [](void*, zwlr_foreign_toplevel_handle_v1*) {},
+    // What comes of a title, with every second of a clock in it, is no change.
+    .done =
+        [](void* data, zwlr_foreign_toplevel_handle_v1*) {
+          auto& window = *static_cast<Window*>(data);
+          if (std::exchange(window.changed, false)) window.owner->windowsChanged();
+        },
     .closed =
         [](void* data, zwlr_foreign_toplevel_handle_v1*) {
           const auto* window = static_cast<Window*>(data);
@@ -63,17 +82,36 @@ const wl_registry_listener WaylandFullScreen::registryListener = {
     .global_remove = [](void*, wl_registry*, std::uint32_t) {},
 };
 
-WaylandFullScreen::WaylandFullScreen(WaylandConnection& connection)
-    : registry_(wl_display_get_registry(connection.raw())) {
+WaylandFullScreen::WaylandFullScreen(WaylandConnection& connection, FullScreenInquiry::Question question)
+    : registry_(wl_display_get_registry(connection.raw())), inquiry_(std::move(question)) {
   wl_registry_add_listener(registry_.get(), &registryListener, this);
   connection.flush();
 }
 
 WaylandFullScreen::~WaylandFullScreen() = default;
 
-bool WaylandFullScreen::isActive(const WaylandOutput& output) const {
-  return std::any_of(windows_.begin(), windows_.end(),
-                     [&](const auto& window) { return window->covers && window->outputs.contains(output.raw()); });
+bool WaylandFullScreen::isActive(const WaylandOutput& output) {
+  askAtOnce_ = true;
+  inquiry_.ask();  // some changes on the screen are none in the list
+  if (const auto covered = inquiry_.answer()) return covered->contains(output.facts().name);
+  return std::any_of(windows_.begin(), windows_.end(), [&](const auto& window) {
+    return window->fullScreen && !window->hidden && window->outputs.contains(output.raw());
+  });
+}
+
+void WaylandFullScreen::windowsChanged() {
+  markHidden();
+  if (std::exchange(askAtOnce_, false)) inquiry_.ask();
+}
+
+void WaylandFullScreen::markHidden() {
+  for (const auto& front : windows_) {
+    if (!front->focused) continue;
+    front->hidden = false;
+    for (const auto& each : windows_) {
+      if (!each->focused && each->sharesAnOutputWith(*front)) each->hidden = true;
+    }
+  }
 }
 
 void WaylandFullScreen::add(zwlr_foreign_toplevel_handle_v1* handle) {
@@ -87,6 +125,7 @@ void WaylandFullScreen::add(zwlr_foreign_toplevel_handle_v1* handle) {
 
 void WaylandFullScreen::remove(const Window* window) {
   std::erase_if(windows_, [&](const auto& each) { return each.get() == window; });
+  windowsChanged();
 }
 
 }  // namespace veloria

@@ -11,7 +11,6 @@ namespace {
 constexpr std::uint32_t mostWindows = 4096;
 constexpr std::uint32_t mostStates = 32;
 constexpr std::uint32_t mostDesktops = 256;
-constexpr std::uint8_t eventCodeMask = 0x7f;
 
 bool holds(const std::vector<std::uint32_t>& numbers, xcb_atom_t atom) {
   return std::find(numbers.begin(), numbers.end(), atom) != numbers.end();
@@ -57,40 +56,10 @@ FullScreenWindow collect(X11Connection& connection, const Query& query) {
 }  // namespace
 
 X11FullScreen::X11FullScreen(X11Connection& connection, X11ScreenProvider& screens)
-    : connection_(connection), screens_(screens) {
-  events_ = connection_.onEvent([this](const xcb_generic_event_t& event) { handle(event); });
-  refresh_ = screens_.onRefresh([this] { changed_ = true; });
-}
-
-void X11FullScreen::handle(const xcb_generic_event_t& event) {
-  switch (event.response_type & eventCodeMask) {
-    case XCB_CONFIGURE_NOTIFY:
-    case XCB_MAP_NOTIFY:
-    case XCB_UNMAP_NOTIFY:
-    case XCB_DESTROY_NOTIFY:
-    case XCB_REPARENT_NOTIFY:
-      changed_ = true;
-      break;
-    case XCB_PROPERTY_NOTIFY:
-      if (reinterpret_cast<const xcb_property_notify_event_t&>(event).window == connection_.root()) changed_ = true;
-      break;
-    default:
-      break;
-  }
-}
+    : connection_(connection), screens_(screens) {}
 
 bool X11FullScreen::isActive() {
   if (connection_.isBroken()) return false;
-  if (changed_ || ++questions_ >= questionsBetweenLooks) {
-    changed_ = false;
-    questions_ = 0;
-    ++looks_;
-    active_ = look();
-  }
-  return active_;
-}
-
-bool X11FullScreen::look() {
   const auto all = screens_.screens();
   if (all.empty()) return false;
   const auto windows = fullScreenWindows();

@@ -19,7 +19,7 @@ class MacDesktopPicture final : public DesktopPicture {
  private:
   struct Worker;
 
-  void finish(std::optional<Pixels> pixels);
+  void finish(Result<Pixels> pixels);
 
   std::shared_ptr<Worker> worker_;
   std::shared_ptr<MacDesktopPicture*> self_;  ///< gone with this object, which posted functions look at

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "PictureDecoder.h"
-#include "base/Log.h"
 #include "platform/macos/mainqueue/MainQueue.h"
 #include "platform/macos/text/MacText.h"
 
@@ -45,12 +44,12 @@ struct MacDesktopPicture::Worker {
   dispatch_queue_t queue = makeQueue();
   PictureDecoder decoder;
 
-  std::optional<Pixels> load(const std::filesystem::path& path) {
+  Result<Pixels> load(const std::filesystem::path& path) {
     try {
-      return decoder.thumbnail(path);
+      if (auto pixels = decoder.thumbnail(path)) return *std::move(pixels);
+      return Failure{path.native() + ": it is no picture that can be read"};
     } catch (const std::exception& error) {
-      NimbraLog::debugf("desktop picture: %s", error.what());
-      return std::nullopt;
+      return Failure{error.what()};
     }
   }
 };
@@ -64,7 +63,7 @@ void MacDesktopPicture::thumbnail(const Screen& screen, Answer answer) {
   if (answer_) return;
   answer_ = std::move(answer);
   const std::filesystem::path path = pictureOf(screen);
-  if (path.empty()) return finish(std::nullopt);
+  if (path.empty()) return finish(Failure{"nobody tells which picture the desktop shows"});
   const auto worker = worker_;
   const std::weak_ptr<MacDesktopPicture*> self = self_;
   dispatch_async(worker->queue, ^{
@@ -75,7 +74,7 @@ void MacDesktopPicture::thumbnail(const Screen& screen, Answer answer) {
   });
 }
 
-void MacDesktopPicture::finish(std::optional<Pixels> pixels) {
+void MacDesktopPicture::finish(Result<Pixels> pixels) {
   const Answer answer = std::exchange(answer_, nullptr);
   answer(std::move(pixels));
 }
