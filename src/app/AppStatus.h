@@ -21,7 +21,7 @@ struct ScreenStatus {
   double scale = 1;
   std::int64_t gridWidth = 0;
   std::int64_t gridHeight = 0;
-  double fps = 0;
+  int fps = 0;  ///< frames shown in the last second
   double gpuMs = 0;
 };
 
@@ -61,7 +61,7 @@ struct AppStatus {
   std::optional<WeatherStatus> weather;  ///< nothing before the first answer or error
   CaptureStatus capture;
   PointerStatus pointer;
-  std::string hint;                      ///< what a person should be told about this desktop; may be empty
+  std::string hint;  ///< what a person should be told about this desktop; may be empty
 };
 
 /// As programs read it, "running" being true.
