@@ -34,7 +34,7 @@ ScreenStatus screenStatus(const NimbraWindow& window, const NimbraRenderer& rend
           .scale = geometry.backingScale,
           .gridWidth = figures.gridW,
           .gridHeight = figures.gridH,
-          .fps = figures.frameIntervalAvg > 0 ? 1 / figures.frameIntervalAvg : 0,
+          .fps = figures.fps,
           .gpuMs = figures.gpuMsAvg};
 }
 

@@ -18,10 +18,6 @@ Json orNull(const std::optional<T>& value) {
   return value ? Json(*value) : Json(nullptr);
 }
 
-double tenths(double value) {
-  return std::round(value * 10) / 10;
-}
-
 double thousandths(double value) {
   return std::round(value * 1000) / 1000;
 }
@@ -33,7 +29,7 @@ Json screenJson(const ScreenStatus& screen) {
           {"notch", screen.notch ? rect(*screen.notch) : Json(nullptr)},
           {"scale", screen.scale},
           {"grid", Json::array({screen.gridWidth, screen.gridHeight})},
-          {"fps", tenths(screen.fps)},
+          {"fps", screen.fps},
           {"gpuMs", thousandths(screen.gpuMs)}};
 }
 

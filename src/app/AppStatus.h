@@ -21,7 +21,7 @@ struct ScreenStatus {
   double scale = 1;
   std::int64_t gridWidth = 0;
   std::int64_t gridHeight = 0;
-  double fps = 0;
+  int fps = 0;  ///< frames shown in the last second
   double gpuMs = 0;
 };
 

@@ -174,8 +174,7 @@ int runApplication(int& argc, char** argv) {
       .readouts =
           [&] {
             const auto screens = desktop->screens().screens();
-            return readoutsOf(delegate.status(), RenderStats::shared().figures(),
-                              screens.empty() ? nullptr : &screens.front());
+            return readoutsOf(delegate.status(), screens.empty() ? nullptr : &screens.front());
           },
       .makeGpu =
           [shaderLibraries] {

@@ -9,10 +9,10 @@ namespace veloria {
 
 namespace {
 
-std::string figuresText(const RenderStats::Figures& figures) {
+std::string figuresText(const ScreenStatus& screen) {
   char text[96];
-  std::snprintf(text, sizeof text, "%.1f ms GPU · %.0f fps · %dx%d grid", figures.gpuMsAvg, figures.fpsAvg,
-                static_cast<int>(figures.gridW), static_cast<int>(figures.gridH));
+  std::snprintf(text, sizeof text, "%.1f ms GPU · %d fps · %lldx%lld grid", screen.gpuMs, screen.fps,
+                static_cast<long long>(screen.gridWidth), static_cast<long long>(screen.gridHeight));
   return text;
 }
 
@@ -33,11 +33,15 @@ std::string sentence(const char* start, const std::string& reason) {
 
 }  // namespace
 
-Readouts readoutsOf(const AppStatus& status, const RenderStats::Figures& figures, const Screen* mainScreen) {
+Readouts readoutsOf(const AppStatus& status, const Screen* mainScreen) {
   Readouts readouts;
   readouts.darkness = sentence("Nothing is drawn: ", status.reason);
   readouts.hint = status.hint;
-  if (status.rendering) readouts.figures = figuresText(figures);
+  for (const ScreenStatus& screen : status.screens) {
+    if (status.rendering && mainScreen != nullptr && screen.name == mainScreen->name) {
+      readouts.figures = figuresText(screen);
+    }
+  }
   readouts.cutout = ScreenGeometry::description(mainScreen);
   if (status.weather) {
     readouts.weather = status.weather->readout;

@@ -1,5 +1,7 @@
 #include "render/RenderStats.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace veloria {
@@ -12,7 +14,9 @@ void smooth(double& average, double value) {
 
 }  // namespace
 
-RenderStats::RenderStats(MediaClock clock) : clock_(std::move(clock)) {}
+RenderStats::RenderStats(MediaClock clock) : clock_(std::move(clock)) {
+  shown_.fill(-std::numeric_limits<double>::infinity());
+}
 
 RenderStats& RenderStats::shared() {
   static RenderStats stats;
@@ -26,8 +30,9 @@ void RenderStats::recordFrame(double gpuSeconds) {
   const double now = clock_();
   const double interval = now - lastPresent_;
   if (lastPresent_ > 0 && interval > 0.0005 && interval < 1.0) smooth(figures_.fpsAvg, 1 / interval);
-  if (lastPresent_ > 0 && interval < 1.0) smooth(figures_.frameIntervalAvg, interval);
   lastPresent_ = now;
+  shown_[next_] = now;
+  next_ = (next_ + 1) % mostFrames;
 }
 
 void RenderStats::setGrid(std::int64_t width, std::int64_t height) {
@@ -38,7 +43,10 @@ void RenderStats::setGrid(std::int64_t width, std::int64_t height) {
 
 RenderStats::Figures RenderStats::figures() const {
   const std::lock_guard guard(lock_);
-  return figures_;
+  Figures figures = figures_;
+  const double aSecondAgo = clock_() - 1;
+  figures.fps = static_cast<int>(std::ranges::count_if(shown_, [&](double time) { return time > aSecondAgo; }));
+  return figures;
 }
 
 }  // namespace veloria

@@ -26,7 +26,7 @@ AppStatus fullStatus() {
   status.layer = LayerMode::aboveMenuBar;
   status.backend = "x11";
   status.device = "A GPU";
-  status.screens = {{"DP-1", {0, 1056, 1920, 24}, 24, Rect{860, 0, 200, 32}, 2, 634, 32, 59.94, 1.23456}};
+  status.screens = {{"DP-1", {0, 1056, 1920, 24}, 24, Rect{860, 0, 200, 32}, 2, 634, 32, 60, 1.23456}};
   status.scriptError = "Line 2: unknown parameter 'glw'";
   status.audio = {true, std::nullopt, {0.5, 0.25, 0.125, 0.0625, 1}};
   status.weather = WeatherStatus{12, 8, 15, 0.75, 0, "12°C", "timed out"};
@@ -83,7 +83,7 @@ TEST_F(RemoteControlTest, TellsHowItIs) {
   const Json wanted = Json::parse(R"({"running": true, "rendering": true, "reason": "", "visualizer": "music",
       "layer": "aboveMenuBar", "backend": "x11", "device": "A GPU",
       "screens": [{"name": "DP-1", "frame": [0.0, 1056.0, 1920.0, 24.0], "menuBarHeight": 24.0,
-                   "notch": [860.0, 0.0, 200.0, 32.0], "scale": 2.0, "grid": [634, 32], "fps": 59.9, "gpuMs": 1.235}],
+                   "notch": [860.0, 0.0, 200.0, 32.0], "scale": 2.0, "grid": [634, 32], "fps": 60, "gpuMs": 1.235}],
       "script": {"error": "Line 2: unknown parameter 'glw'"},
       "audio": {"running": true, "error": null, "level": 0.5, "bass": 0.25, "mid": 0.125, "treble": 0.063, "beat": 1.0},
       "weather": {"temp": 12.0, "wind": 8.0, "gust": 15.0, "cloud": 0.75, "rain": 0.0, "readout": "12°C",

@@ -54,7 +54,6 @@ const std::vector<Case>& cases() {
          b.device.makeTexture(descriptor(PixelFormat::r16Float, {1, 1}, TextureUsage{8}));
        }},
       {"write too little", "not exactly", [](Bench& b) { b.texture->write(b.bytes(127)); }},
-      {"write too much", "not exactly", [](Bench& b) { b.texture->write(b.bytes(129)); }},
       {"read too little", "not exactly",
        [](Bench& b) {
          std::vector<std::byte> room(127);
@@ -179,13 +178,6 @@ const std::vector<Case>& functionCases() {
          ComputeEncoder& encoder = b.computeEncoder();
          encoder.setPipeline(*b.compute);
          encoder.setBytes(b.bytes(16), 0);
-         encoder.dispatchThreads(4, 4);
-       }},
-      {"bytes missing", "k_accumulate wants 16 bytes, 0 are set",
-       [](Bench& b) {
-         ComputeEncoder& encoder = b.computeEncoder();
-         encoder.setPipeline(*b.compute);
-         encoder.setTexture(*b.texture, 0);
          encoder.dispatchThreads(4, 4);
        }},
       {"too few bytes", "wants 16 bytes, 12 are set",

@@ -2,12 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <type_traits>
 #include <vector>
 
 #include "gpu/vulkan/SurfaceChoice.h"
 #include "gpu/vulkan/VulkanHazards.h"
-#include "gpu/vulkan/VulkanOwner.h"
 #include "gpu/vulkan/VulkanSurface.h"
 
 namespace veloria::gpu::vulkan {
@@ -137,37 +135,6 @@ TEST(VulkanHazardsTest, BarriersAreWhereTheyAreNeededAndNowhereElse) {
   EXPECT_TRUE(pass(hazards, 11, {{&a, computeRead}, {&a, computeWrite}}).needed()) << "in place, again";
   hazards.synchronizedUpTo(11);
   EXPECT_FALSE(pass(hazards, 12, {{&a, computeRead}, {&a, computeWrite}, {&b, colourWrite}}).needed());
-}
-
-int destroyed = 0;
-void countDestruction(int, int*, const void*) {
-  ++destroyed;
-}
-using Counted = Owned<int, int*, &countDestruction>;
-static_assert(!std::is_copy_constructible_v<Counted> && std::is_nothrow_move_constructible_v<Counted>);
-
-TEST(VulkanOwnerTest, DestroysOnce) {
-  destroyed = 0;
-  int object = 0;
-  int other = 0;
-  {
-    Counted a(1, &object);
-    Counted b(std::move(a));
-    EXPECT_FALSE(static_cast<bool>(a));
-    EXPECT_EQ(b.get(), &object);
-    Counted c(1, &other);
-    b = std::move(c);
-    EXPECT_EQ(destroyed, 1) << "what was held before";
-    EXPECT_EQ(b.get(), &other);
-    Counted& self = b;
-    b = std::move(self);
-    EXPECT_EQ(b.get(), &other);
-    b.reset();
-    EXPECT_EQ(destroyed, 2);
-  }
-  EXPECT_EQ(destroyed, 2);
-  const Counted empty;
-  EXPECT_FALSE(static_cast<bool>(empty));
 }
 
 }  // namespace

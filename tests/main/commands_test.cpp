@@ -111,6 +111,9 @@ TEST(Bench, reportsTheGridsThatTheSizesGive) {
     EXPECT_EQ(json["grid"], grid) << size;
     EXPECT_EQ(json["frames"], 10);
     EXPECT_GT(json["gpuMs"], 0);
+    // Two frames at once, and a median that is twice the mean, are the most there can be.
+    EXPECT_GT(json["fps"], 0);
+    EXPECT_LT(json["fps"].get<double>() * json["gpuMs"].get<double>(), 4000);
     for (const char* pass : {"k_advect_velocity", "k_curl", "k_forces", "k_divergence", "k_jacobi", "k_project",
                              "k_advect_dye", "f_nimbra", "f_down", "f_blur", "f_final"}) {
       EXPECT_TRUE(json["passes"].contains(pass)) << pass;

@@ -314,5 +314,21 @@ TEST(RenderStats, averagesStartAtTheFirstValueAndSmoothAfterwards) {
   EXPECT_NEAR(stats.figures().fpsAvg, 0.08 * 100 + 0.92 * 50, 1e-9);
 }
 
+TEST(RenderStats, framesASecondAreThoseOfTheLastSecond) {
+  double now = 10;
+  RenderStats stats([&] { return now; });
+  EXPECT_EQ(stats.figures().fps, 0);
+  for (int pair = 0; pair < 20; ++pair) {  // two at once, as a slow GPU finishes them
+    now += 0.125;
+    stats.recordFrame(0.088);
+    stats.recordFrame(0.088);
+  }
+  EXPECT_EQ(stats.figures().fps, 16);
+  now += 0.5;
+  EXPECT_EQ(stats.figures().fps, 8);
+  now += 0.5;
+  EXPECT_EQ(stats.figures().fps, 0);
+}
+
 }  // namespace
 }  // namespace veloria

@@ -6,46 +6,6 @@
 
 namespace veloria::gpu::recording {
 
-const char* callKindName(CallKind kind) {
-  switch (kind) {
-    case CallKind::makeTexture:
-      return "makeTexture";
-    case CallKind::makeComputePipeline:
-      return "makeComputePipeline";
-    case CallKind::makeRenderPipeline:
-      return "makeRenderPipeline";
-    case CallKind::writeTexture:
-      return "writeTexture";
-    case CallKind::readTexture:
-      return "readTexture";
-    case CallKind::commandBuffer:
-      return "commandBuffer";
-    case CallKind::setLabel:
-      return "setLabel";
-    case CallKind::addCompletedHandler:
-      return "addCompletedHandler";
-    case CallKind::computeEncoder:
-      return "computeEncoder";
-    case CallKind::renderEncoder:
-      return "renderEncoder";
-    case CallKind::dispatch:
-      return "dispatch";
-    case CallKind::draw:
-      return "draw";
-    case CallKind::endEncoding:
-      return "endEncoding";
-    case CallKind::present:
-      return "present";
-    case CallKind::commit:
-      return "commit";
-    case CallKind::wait:
-      return "wait";
-    case CallKind::discard:
-      return "discard";
-  }
-  return "?";
-}
-
 const Texture* Call::texture(std::uint32_t index) const {
   const auto found =
       std::find_if(textures.begin(), textures.end(), [&](const BoundTexture& bound) { return bound.index == index; });

@@ -35,8 +35,6 @@ enum class CallKind : std::uint8_t {
   discard,
 };
 
-const char* callKindName(CallKind kind);
-
 /// A texture as it was bound.
 struct BoundTexture {
   std::uint32_t index = 0;

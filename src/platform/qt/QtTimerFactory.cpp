@@ -23,9 +23,9 @@ int milliseconds(double seconds) {
 class QtTimer final : public Timer {
  public:
   QtTimer(double interval, bool coarse, std::function<void()> action)
-      : interval_(interval), coarse_(coarse), action_(std::make_shared<std::function<void()>>(std::move(action))) {
+      : interval_(interval), action_(std::make_shared<std::function<void()>>(std::move(action))) {
     timer_.setTimerType(coarse ? Qt::CoarseTimer : Qt::PreciseTimer);
-    timer_.setSingleShot(!coarse);
+    timer_.setSingleShot(true);
     QObject::connect(&timer_, &QTimer::timeout, [this] { fire(); });
     deadline_ = mediaTime() + interval_;
     timer_.start(milliseconds(interval_));
@@ -34,7 +34,7 @@ class QtTimer final : public Timer {
  private:
   void fire() {
     const auto action = action_;  // the action may destroy this timer
-    if (!coarse_) armNext();
+    armNext();
     (*action)();
   }
 
@@ -47,7 +47,6 @@ class QtTimer final : public Timer {
   }
 
   double interval_;
-  bool coarse_;
   double deadline_ = 0;
   std::shared_ptr<std::function<void()>> action_;
   QTimer timer_;

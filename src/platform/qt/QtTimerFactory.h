@@ -4,9 +4,9 @@
 
 namespace veloria {
 
-/// Timers on Qt's event loop. A timer whose tolerance is at least a twentieth of its interval may be moved together
-/// with others by the system; any other keeps its rate on average to better than a millisecond, also where the interval
-/// is no whole number of milliseconds. An interval that is not above 0 counts as one millisecond. Main thread, with a
+/// Timers on Qt's event loop. They keep their rate on average, also where the interval is no whole number of
+/// milliseconds; calls of a timer whose tolerance is at least a twentieth of its interval may be moved together with
+/// others by the system. An interval that is not above 0 counts as one millisecond. Main thread, with a
 /// QCoreApplication.
 class QtTimerFactory final : public TimerFactory {
  public:
