@@ -51,17 +51,6 @@ TEST(DriveChannels, SetImmediateNeedsNoStep) {
   EXPECT_EQ(channels.smoothing.at("beat"), 0);
 }
 
-TEST(DriveChannels, StepsOfAnyLengthAddUp) {
-  DriveChannels fine, coarse;
-  for (DriveChannels* channels : {&fine, &coarse}) {
-    channels->setImmediate("x", 0);
-    channels->set("x", 1, 0.3);
-  }
-  for (int i = 0; i < 100; ++i) fine.step(0.01);
-  coarse.step(1);
-  EXPECT_NEAR(fine.values.at("x"), coarse.values.at("x"), 1e-12);
-}
-
 TEST(DriveChannels, ClearingTouchesTheSourcesOnly) {
   DriveChannels channels;
   for (const char* name : {"t", "level", "a3", "deploys"}) channels.set(name, 1, 0.3);

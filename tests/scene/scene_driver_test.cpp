@@ -136,12 +136,6 @@ TEST_F(SceneDriverTest, EachModeRunsItsOwnScript) {
   EXPECT_EQ(driver.compiled(), NimbraScript::empty());
 }
 
-TEST_F(SceneDriverTest, ChannelsFromOutsideReachTheScript) {
-  choose(Visualizer::wind);
-  driver.channels.set("wind", 20, 2);
-  EXPECT_DOUBLE_EQ(tickAfter(0.03).flowSpeed, 0.15 + 2);
-}
-
 TEST_F(SceneDriverTest, LeavingAModeLetsItsChannelsFadeOut) {
   choose(Visualizer::music);
   driver.channels.set("level", 1, 0.08);
@@ -201,17 +195,6 @@ TEST_F(SceneDriverTest, ATickMaySuspendTheDriver) {
   };
   EXPECT_EQ(tickAfter(0.03), settings);
   EXPECT_FALSE(timers.running());
-}
-
-TEST_F(SceneDriverTest, TicksByHandWithoutTimersOrListener) {
-  auto alone = ports();
-  alone.timers = nullptr;
-  SceneDriver quiet(alone);
-  quiet.suspend();
-  quiet.resume();
-  now += 0.5;
-  quiet.tick();
-  EXPECT_EQ(quiet.channels.values.at("t"), 0.5);
 }
 
 TEST_F(SceneDriverTest, TheTimerEndsWithTheDriver) {
