@@ -142,7 +142,6 @@ class FakeStatusItem final : public StatusItem {
     ++menusSet;
   }
   void showMenu() override { ++menusShown; }
-  bool isAvailable() const override { return true; }
   std::optional<Rect> place() const override { return Rect{1, 2, 3, 4}; }
 
   void choose(const std::string& title) {

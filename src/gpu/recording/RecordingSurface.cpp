@@ -17,7 +17,6 @@ RecordingSurface::RecordingSurface(RecordingDevice& device) : device_(device) {}
 RecordingSurface::~RecordingSurface() = default;
 
 void RecordingSurface::configure(Size size, PixelFormat wanted) {
-  ++configureCount_;
   size_ = size;
   wanted_ = wanted;
 }

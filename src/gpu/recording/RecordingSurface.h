@@ -40,7 +40,6 @@ class RecordingSurface final : public Surface {
   /// A surface that can't be used has no format and no drawables.
   void setUsable(bool on) { usable_ = on; }
 
-  std::size_t configureCount() const { return configureCount_; }
   std::size_t presentCount() const { return presentCount_; }
   PixelFormat wanted() const { return wanted_; }
 
@@ -55,7 +54,6 @@ class RecordingSurface final : public Surface {
   bool available_ = true;
   bool extended_ = true;
   bool usable_ = true;
-  std::size_t configureCount_ = 0;
   std::size_t presentCount_ = 0;
 };
 
