@@ -74,6 +74,7 @@ class FakePanel final : public OverlayPanel {
 class FakePanels final : public OverlayPanelFactory {
  public:
   std::unique_ptr<OverlayPanel> makePanel(const Screen& screen) override {
+    if (screen.name == refused) throw std::runtime_error("no window for this one");
     made.push_back(std::make_shared<PanelState>());
     made.back()->screen = screen.name;
     return std::make_unique<FakePanel>(made.back(), **device);
@@ -92,6 +93,7 @@ class FakePanels final : public OverlayPanelFactory {
   gpu::Device** device = nullptr;
   std::vector<std::shared_ptr<PanelState>> made;
   std::string hint;
+  std::string refused;  ///< the screen that gets no panel
 };
 
 class AppTest : public testing::Test {
@@ -181,6 +183,26 @@ TEST_F(AppTest, eachChangeDoesTheSmallestWork) {
   EXPECT_EQ(planChange(std::nullopt, base), (ChangePlan{true, true, true}));
   const std::pair<std::function<void(NimbraConfig&)>, ChangePlan> table[] = {
       {[](auto& c) { c.exposure = 3; }, {}},
+TEST_F(AppTest, aScreenThatCanHaveNoBandDoesNotCostTheOthersTheirs) {
+  change([](NimbraConfig& config) { config.allDisplays = true; });
+  panels_.refused = "left";
+  AppDelegate delegate(services());
+  testing::internal::CaptureStderr();
+  launch(delegate);
+  EXPECT_TRUE(
+      testing::internal::GetCapturedStderr().starts_with("Veloria: renderer init failed: no window for this one\n"));
+  EXPECT_EQ(delegate.windowCount(), 1U);
+  EXPECT_TRUE(panels_.live("right")->shown);
+}
+
+TEST_F(AppTest, aWindowThatTheSystemMovedIsPutBack) {
+  AppDelegate delegate(services());
+  launch(delegate);
+  const Rect place = std::exchange(panels_.live("left")->frame, Rect{});
+  screens_.change({left_, right_});
+  EXPECT_EQ(panels_.live("left")->frame, place);
+}
+
       {[](auto& c) { c.pauseOnBattery = true; }, {}},
       {[](auto& c) { c.fadeSide = 0.5; }, {}},
       {[](auto& c) { c.visualizer = Visualizer::music; }, {true, false, false}},
