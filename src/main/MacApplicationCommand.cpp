@@ -40,6 +40,7 @@
 namespace veloria {
 
 int runApplication(int& argc, char** argv) {
+  setSystemLog(writeToSystemLog);
   const Environment environment = processEnvironment();
   const SingleInstance instance(environment);
   if (instance.otherRuns()) return instance.greetTheOther();
@@ -102,9 +103,8 @@ int runApplication(int& argc, char** argv) {
       .settings = &settings,
       .readouts =
           [&] {
-            const auto screens = desktop.screens().screens();
-            return readoutsOf(delegate.status(), RenderStats::shared().figures(),
-                              screens.empty() ? nullptr : &screens.front());
+            const auto screen = desktop.screens().mainScreen();
+            return readoutsOf(delegate.status(), RenderStats::shared().figures(), screen ? &*screen : nullptr);
           },
       .makeGpu =
           [shaderLibraries] {
