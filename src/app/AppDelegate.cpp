@@ -261,11 +261,12 @@ void AppDelegate::updateCapture() {
   for (const auto& [number, renderer] : renderers_) {
     renderer->backdrop = number == screen.number ? capture_->box() : nullptr;
   }
+  if (!wantsCapture()) return {};
 }
 
 CaptureStatus AppDelegate::captureStatus() const {
   if (capture_ != nullptr) return {capture_->isRunning(), capture_->lastError()};
-  if (!wantsCapture() || services_.captureProblem.empty()) return {};
+  if (services_.captureProblem.empty()) return {};
   return {false, services_.captureProblem};
 }
 
