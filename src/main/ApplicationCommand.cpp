@@ -18,6 +18,7 @@
 #include "main/Desktop.h"
 #include "main/DesktopChoice.h"
 #include "main/GpuSetup.h"
+#include "main/LinuxAlert.h"
 #include "main/LiveSources.h"
 #include "main/SettingsHost.h"
 #include "main/SignalWatch.h"
@@ -139,8 +140,8 @@ int runApplication(int& argc, char** argv) {
       .captureProblem = desktop->captureProblem(),
       .environment = environment,
       .backendName = desktop->name(),
-      .alert = [](const std::string& message, const std::string& text) { systemLog(message + "\n" + text); },
-      .terminate = [&](bool failure) { quit(failure ? failed : done); },
+      .alert = [&](const std::string& message, const std::string& text) { showCriticalAlert(notifier, message, text); },
+      .terminate = [&] { quit(cannotRun); },
       .hint =
           [&](const std::string& text) {
             systemLog("Veloria: " + text);
@@ -155,6 +156,7 @@ int runApplication(int& argc, char** argv) {
   desktop->setCaptureChanceHandler([&] { delegate.updateCapture(); });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
 
+  if (!delegate.startGpu()) return cannotRun;
   const std::filesystem::path program = QCoreApplication::applicationFilePath().toStdString();
   LinuxSystem desktopSettings(
       {.environment = environment, .transparencyReduced = [&] { return !desktop->showsTranslucency(); }});

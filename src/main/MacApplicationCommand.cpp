@@ -87,11 +87,12 @@ int runApplication(int& argc, char** argv) {
       .environment = environment,
       .backendName = "macos",
       .alert = showCriticalAlert,
-      .terminate = [&](bool failure) { quit(failure ? failed : done); },
+      .terminate = [&] { quit(cannotRun); },
       .hint = [](const std::string& text) { systemLog("Veloria: " + text); },
   });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
 
+  if (!delegate.startGpu()) return cannotRun;
   MacSystem displaySettings;
   MacLoginItem loginItem;
   SystemServices services(environment, {.system = &displaySettings,
