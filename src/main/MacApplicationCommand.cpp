@@ -98,7 +98,9 @@ int runApplication(int& argc, char** argv) {
   SystemServices services(environment, {.system = &displaySettings,
                                         .loginItem = &loginItem,
                                         .timers = &timers,
-                                        .command = bundledCommand(mainBundle())});
+                                        .command = bundledCommand(mainBundle()),
+                                        .transparencyPane = SystemPane::accessibilityDisplay,
+                                        .tintsGlass = true});
   SettingsPresenter* presenter = nullptr;
   SettingsHost host({
       .settings = &settings,

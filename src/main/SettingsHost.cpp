@@ -103,7 +103,7 @@ class SettingsHost::Window {
     add(SettingTab::system, "Start", "login autostart", [&] { return new LoginItemCard(ports.loginItem); });
     add(SettingTab::system, "The nimbra command", "command line shell path",
         [&] { return new CommandLineCard(ports.commandLine, packageCommand); });
-    add(SettingTab::system, "What the system does to the band", "transparency contrast",
+    add(SettingTab::system, "What the system does to the band", "transparency contrast tint bar desktop picture",
         [&, this] { return new SystemFactsCard(ports.systemFacts, ticker_); });
   }
 

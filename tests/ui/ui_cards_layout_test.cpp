@@ -78,7 +78,7 @@ class CardLayoutTest : public CardsFixture {
         return new CommandLineCard({[&view] { return view; }, [] {}, [] {}}, "get it from a package", p);
       };
     };
-    const auto none = [] { return std::string(); };
+    const auto none = [](SystemPane) { return std::string(); };
     return {{"presets", [this](QWidget* p) { return new PresetGallery(editor_, pictures_, p); }},
             {"palettes", [this](QWidget* p) { return new PaletteGallery(editor_, p); }},
             {"palette-editor", [this](QWidget* p) { return new PaletteEditor(editor_, p); }},
@@ -90,14 +90,18 @@ class CardLayoutTest : public CardsFixture {
             {"command-by-hand", commands(byHand_)},
             {"login",
              [](QWidget* p) {
-               return new LoginItemCard({[] { return true; }, [](bool) {}}, p);
+               return new LoginItemCard({[] { return true; }, [](bool) { return std::string(); }}, p);
              }},
             {"status", [this](QWidget* p) { return ReadoutCard::makeStatus(*ticker_, p); }},
             {"notch", [this](QWidget* p) { return ReadoutCard::makeNotch(*ticker_, p); }},
             {"weather", [this](QWidget* p) { return ReadoutCard::makeWeather(*ticker_, p); }},
             {"audio", [this](QWidget* p) { return ReadoutCard::makeAudio(*ticker_, p); }},
             {"system", [this, none](QWidget* p) {
-               return new SystemFactsCard({[] { return SystemFacts{true, true}; }, none, none}, *ticker_, p);
+               return new SystemFactsCard({[] {
+                                             return SystemFacts{true, true, 1};
+                                           },
+                                           none, SystemPane::appearance, true},
+                                          *ticker_, p);
              }}};
   }
 
