@@ -23,8 +23,8 @@ class AudioTap {
   AudioTap(const AudioTap&) = delete;
   AudioTap& operator=(const AudioTap&) = delete;
 
-  /// Begins to listen: about 1024 frames a block at 48 kHz. While nothing comes from the sound system the tap hands
-  /// over silence once. A tap that already runs is stopped first.
+  /// Begins to listen: about 1024 frames a block at 48 kHz. While nothing plays silence is handed over, once at least,
+  /// unless the tap's own header says otherwise. A tap that already runs is stopped first.
   virtual void start(Handlers handlers) = 0;
 
   /// No handler runs once this has returned. In any state, also after a failure. Destroying the tap stops it too.

@@ -9,7 +9,8 @@ namespace veloria {
 /// Taps what this Mac plays through ScreenCaptureKit: 48 kHz, 32-bit floats, without what this process plays itself.
 /// Needs the Screen Recording permission, which the system asks the user for when a tap starts; without it, and when
 /// the system ends the tap, failed() gets the system's own words. Sound comes on a queue of its own; a stop waits for
-/// the handler that is just running. Where the system delivers nothing, also no silence, nothing is handed over.
+/// the handler that is just running. It is taken for granted that the system delivers silence
+/// while nothing plays: where it delivers nothing, nothing is handed over.
 class MacAudioTap final : public AudioTap {
  public:
   MacAudioTap();
