@@ -121,6 +121,7 @@ int runApplication(int& argc, char** argv) {
                            .rememberTold = [&] { told.set(); }});
   const auto shaderLibraries = shaderLibraryCandidates(programPlaces());
 
+  SettingsEditor editor(settings);
   int exitCode = done;
   const auto quit = [&](ExitCode code) {
     exitCode = code;
@@ -155,8 +156,8 @@ int runApplication(int& argc, char** argv) {
   });
   desktop->setCaptureChanceHandler([&] { delegate.updateCapture(); });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
-
   if (!delegate.startGpu()) return cannotRun;
+
   const std::filesystem::path program = QCoreApplication::applicationFilePath().toStdString();
   LinuxSystem desktopSettings(
       {.environment = environment, .transparencyReduced = [&] { return !desktop->showsTranslucency(); }});
@@ -165,7 +166,7 @@ int runApplication(int& argc, char** argv) {
       environment,
       {.system = &desktopSettings, .loginItem = &autostart, .timers = &timers, .command = commandBeside(program)});
   SettingsHost host({
-      .settings = &settings,
+      .settings = &editor,
       .readouts =
           [&] {
             const auto screens = desktop->screens().screens();
@@ -185,7 +186,7 @@ int runApplication(int& argc, char** argv) {
       .visibleChanged = [&](bool visible) { visible ? services.state().start() : services.state().stop(); },
   });
   TrayIcon trayIcon;
-  MenuBarController menuBar({.settings = &settings,
+  MenuBarController menuBar({.settings = &editor,
                              .statusItem = &trayIcon,
                              .presenter = &host,
                              .refreshSystemState = [&] { services.state().refresh(); },
@@ -195,7 +196,7 @@ int runApplication(int& argc, char** argv) {
 
   delegate.didFinishLaunching();
   system.setHandler([&](auto notification) { activity.notify(notification); });
-  RemoteControl remote({.settings = &settings,
+  RemoteControl remote({.settings = &editor,
                         .status = [&] { return delegate.status(); },
                         .showSettings = [&] { menuBar.openSettings(); }});
   const auto server = instance.listen(timers, remote);

@@ -67,6 +67,7 @@ int runApplication(int& argc, char** argv) {
   PointerTracker pointer(timers, macPointerSource());
   const auto shaderLibraries = shaderLibraryCandidates(programPlaces());
 
+  SettingsEditor editor(settings);
   int exitCode = done;
   const auto quit = [&](ExitCode code) {
     exitCode = code;
@@ -91,8 +92,8 @@ int runApplication(int& argc, char** argv) {
       .hint = [](const std::string& text) { systemLog("Veloria: " + text); },
   });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
-
   if (!delegate.startGpu()) return cannotRun;
+
   MacSystem displaySettings;
   MacLoginItem loginItem;
   SystemServices services(environment, {.system = &displaySettings,
@@ -103,7 +104,7 @@ int runApplication(int& argc, char** argv) {
                                         .tintsGlass = true});
   SettingsPresenter* presenter = nullptr;
   SettingsHost host({
-      .settings = &settings,
+      .settings = &editor,
       .readouts =
           [&] {
             const auto screen = desktop.screens().mainScreen();
@@ -129,7 +130,7 @@ int runApplication(int& argc, char** argv) {
   PopoverSettings content(host);
   SettingsPopover popover(content, [&] { return statusItem.anchor(); });
   presenter = &popover;
-  MenuBarController menuBar({.settings = &settings,
+  MenuBarController menuBar({.settings = &editor,
                              .statusItem = &statusItem,
                              .presenter = &popover,
                              .refreshSystemState = [&] { services.state().refresh(); },
@@ -139,7 +140,7 @@ int runApplication(int& argc, char** argv) {
 
   delegate.didFinishLaunching();
   system.setHandler([&](auto notification) { activity.notify(notification); });
-  RemoteControl remote({.settings = &settings,
+  RemoteControl remote({.settings = &editor,
                         .status = [&] { return delegate.status(); },
                         .showSettings = [&] { menuBar.openSettings(); }});
   const auto server = instance.listen(timers, remote);

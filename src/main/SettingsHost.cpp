@@ -35,7 +35,7 @@ class SettingsHost::Window {
       : host_(host),
         studio_(*host.studio_),
         kind_(kind),
-        window_(host.editor_, kind),
+        window_(*host.ports_.settings, kind),
         ticker_(&window_, host.ports_.readouts) {
     window_.setWindowTitle(text("Veloria settings"));
     window_.setPreview(new PreviewStrip(studio_.painter, host.ports_.drivenConfig));
@@ -71,7 +71,7 @@ class SettingsHost::Window {
   }
 
   void addLook() {
-    SettingsEditor& editor = host_.editor_;
+    SettingsEditor& editor = *host_.ports_.settings;
     add(SettingTab::look, "Looks", "presets", [&, this] { return new PresetGallery(editor, studio_.pictures); });
     add(SettingTab::look, "Palette", "colours gradient wallpaper", [&] { return new PaletteGallery(editor); });
     add(SettingTab::look, "Your own palette", "custom colours hex", [&] { return new PaletteEditor(editor); });
@@ -85,7 +85,7 @@ class SettingsHost::Window {
   }
 
   void addDrive() {
-    SettingsEditor& editor = host_.editor_;
+    SettingsEditor& editor = *host_.ports_.settings;
     add(SettingTab::drive, "What drives the band", "mode visualizer music agent weather wind script",
         [&] { return new DriveModeChooser(editor); });
     add(SettingTab::drive, "Sound", "audio music", [this] { return ReadoutCard::makeAudio(ticker_, &window_); });
@@ -129,7 +129,7 @@ class SettingsHost::Window {
   ReadoutTicker ticker_;
 };
 
-SettingsHost::SettingsHost(Ports ports) : ports_(std::move(ports)), editor_(*ports_.settings) {}
+SettingsHost::SettingsHost(Ports ports) : ports_(std::move(ports)) {}
 
 SettingsHost::~SettingsHost() = default;
 

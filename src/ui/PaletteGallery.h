@@ -3,13 +3,14 @@
 #include <QCheckBox>
 #include <vector>
 
+#include "settings/SettingsEditor.h"
 #include "ui/Card.h"
-#include "ui/SettingsEditor.h"
 #include "ui/Tile.h"
 
 namespace veloria {
 
-/// The built-in palettes to choose from, and the wish to follow the desktop picture instead.
+/// The built-in palettes to choose from, one's own once there is one, and the wish to follow the desktop picture
+/// instead.
 class PaletteGallery : public Card {
   Q_OBJECT
 
@@ -19,11 +20,13 @@ class PaletteGallery : public Card {
 
  private:
   Tile* makeTile(const Palette& palette, QWidget* parent);
+  Tile* makeOwnTile(QWidget* parent);
   void showRecord(const NimbraConfig& config);
 
   SettingsEditor& editor_;
   QCheckBox* wallpaper_;
   std::vector<Tile*> tiles_;
+  Tile* own_;
   Subscription subscription_;
 };
 

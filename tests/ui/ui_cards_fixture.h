@@ -10,8 +10,8 @@
 #include <memory>
 #include <string>
 
+#include "settings/SettingsEditor.h"
 #include "settings/SettingsStore.h"
-#include "ui/SettingsEditor.h"
 
 namespace veloria::tests {
 
