@@ -99,8 +99,13 @@ QWidget* PaletteEditor::makeButtons() {
 
 void PaletteEditor::showRecord(const NimbraConfig& config) {
   const bool own = config.customPalette.has_value();
-  setSentence(*state_, own ? tr("In use. Choosing a built-in palette puts it aside; its tile brings it back.")
-                           : tr("These are the colours of the palette in use. Change one to make your own."));
+  QString state = tr("These are the colours of the palette in use. Change one to make your own.");
+  if (own) {
+    state = tr("In use. Choosing a built-in palette puts it aside; its tile brings it back.");
+  } else if (editor_.ownPalette()) {
+    state += QLatin1Char(' ') + tr("It takes the place of the one that is put aside.");
+  }
+  setSentence(*state_, state);
   copy_->setEnabled(!own);
   aside_->setEnabled(own);
   const Palette palette = ownPalette(config, stopCount);

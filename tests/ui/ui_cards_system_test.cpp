@@ -260,6 +260,9 @@ TEST_F(ReadoutTest, cardsShowWhatIsToldAndNothingElse) {
     EXPECT_FALSE(card->isVisible()) << "who hides it is not overruled";
     delete card;
   }
+  ReadoutCard* sound = ReadoutCard::makeAudio(*ticker_, &window_);
+  sound->show();
+  EXPECT_TRUE(sentences(*sound).contains("never a microphone. Nothing is recorded or sent anywhere."));
 }
 
 TEST_F(ReadoutTest, systemFactsAreFollowedAndLeadToTheirPanes) {
