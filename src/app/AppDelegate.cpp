@@ -84,34 +84,31 @@ AppDelegate::~AppDelegate() {
   library_.reset();
 }
 
-bool AppDelegate::startGpu(std::string& problem) {
+std::string AppDelegate::makeGpu() {
   try {
     device_ = services_.makeDevice();
-  } catch (const gpu::DeviceError& error) {
+  } catch (const std::runtime_error& error) {
     NimbraLog::debug(error.what());
-  }
-  if (device_ == nullptr) {
-    problem = noDeviceText();
-    return false;
+    return noDeviceText();
   }
   try {
     library_ = loadShaderLibrary(*device_, services_.shaderLibraries);
   } catch (const std::runtime_error& error) {
-    problem = error.what();
-    return false;
+    device_.reset();
+    return error.what();
   }
   if (services_.captureStream != nullptr)
     capture_ = std::make_unique<MenuBarCapture>(*device_, *services_.captureStream);
-  return true;
+  return {};
+}
+
+bool AppDelegate::startGpu() {
+  const std::string problem = makeGpu();
+  if (!problem.empty()) services_.alert(alertTitle, problem);
+  return problem.empty();
 }
 
 void AppDelegate::didFinishLaunching() {
-  std::string problem;
-  if (!startGpu(problem)) {
-    services_.alert(alertTitle, problem);
-    services_.terminate(true);
-    return;
-  }
   services_.driver->onConfig = [this](const NimbraConfig& driven) {
     for (const auto& [number, renderer] : renderers_) renderer->config = driven;
   };
@@ -264,8 +261,9 @@ void AppDelegate::updateCapture() {
 }
 
 CaptureStatus AppDelegate::captureStatus() const {
+  if (!wantsCapture()) return {};
   if (capture_ != nullptr) return {capture_->isRunning(), capture_->lastError()};
-  if (!wantsCapture() || services_.captureProblem.empty()) return {};
+  if (services_.captureProblem.empty()) return {};
   return {false, services_.captureProblem};
 }
 
@@ -281,13 +279,12 @@ void AppDelegate::recoverDevice() {
   renderers_.clear();
   library_.reset();
   device_.reset();
-  std::string problem;
-  if (startGpu(problem)) {
+  const std::string problem = makeGpu();
+  if (problem.empty()) {
     recovery_.reset();
     rebuildWindows();
     return;
   }
-  device_.reset();
   const double pause = std::min(1.0, 0.1 * (1 << std::min(++recoveryAttempts_, 4)));
   if (recoveryAttempts_ < maximumRecoveryAttempts) {
     recovery_ = services_.timers->repeating(pause, 0, [this] { recoverDevice(); });
@@ -295,7 +292,7 @@ void AppDelegate::recoverDevice() {
   }
   recovery_.reset();
   services_.alert("Veloria lost the GPU", problem);
-  services_.terminate(true);
+  services_.terminate();
 }
 
 std::string AppDelegate::hintFor(const NimbraWindow& window) const {

@@ -29,7 +29,7 @@ namespace veloria {
 
 /// What the delegate is made of. Everything must outlive it.
 struct AppServices {
-  /// Makes the GPU device. Throws gpu::DeviceError when there is none.
+  /// Makes the GPU device. Throws gpu::NoDeviceError when there is none, gpu::DeviceError when its driver fails.
   std::function<std::unique_ptr<gpu::Device>()> makeDevice;
   std::vector<std::filesystem::path> shaderLibraries;
   ScreenProvider* screens = nullptr;
@@ -51,8 +51,8 @@ struct AppServices {
   std::string backendName;
   /// Shows a critical message (a title and what it is about) until it is read.
   std::function<void(const std::string& message, const std::string& informative)> alert;
-  /// Ends the event loop; `failed` tells the exit code.
-  std::function<void(bool failed)> terminate;
+  /// Ends the event loop: what an alert told of can't be mended.
+  std::function<void()> terminate;
   /// Tells the user something, at most once each; it can be overlooked.
   std::function<void(const std::string& text)> hint;
 };
@@ -78,7 +78,10 @@ class AppDelegate {
   AppDelegate(const AppDelegate&) = delete;
   AppDelegate& operator=(const AppDelegate&) = delete;
 
-  /// Starts everything. When the GPU or the shader library can't be had, shows the alert and terminates.
+  /// Makes the device, its shader library and the capture. Where that fails it shows the alert and returns false: the
+  /// program should end, and nothing else need have been made.
+  bool startGpu();
+  /// Starts everything else, once startGpu() has returned true.
   void didFinishLaunching();
   void willTerminate();
 
@@ -94,7 +97,8 @@ class AppDelegate {
   const std::map<std::uint32_t, std::shared_ptr<NimbraRenderer>>& renderers() const { return renderers_; }
 
  private:
-  bool startGpu(std::string& problem);
+  /// Why the GPU can't be used; empty when it can.
+  std::string makeGpu();
   void rebuildWindows();
   void makeWindow(const Screen& screen, const NimbraConfig& config);
   void removeWindows(const std::set<std::uint32_t>& keep);

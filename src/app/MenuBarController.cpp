@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "settings/LookPreset.h"
-
 namespace veloria {
 
 MenuBarController::MenuBarController(Ports ports) : ports_(std::move(ports)) {
@@ -57,29 +55,20 @@ void MenuBarController::perform(const MenuItem& item) {
 }
 
 void MenuBarController::toggleEnabled() {
-  NimbraConfig config = ports_.settings->config();
-  config.enabled = !config.enabled;
-  ports_.settings->setConfig(std::move(config));
+  ports_.settings->change("enabled", [](NimbraConfig& config) { config.enabled = !config.enabled; });
 }
 
 void MenuBarController::choosePreset(std::string_view name) {
-  if (const LookPreset* preset = LookPreset::find(name)) {
-    ports_.settings->setConfig(choose(ports_.settings->config(), *preset));
-  }
+  if (const LookPreset* preset = LookPreset::find(name)) ports_.settings->choosePreset(*preset);
 }
 
 void MenuBarController::choosePalette(std::string_view name) {
-  NimbraConfig config = ports_.settings->config();
-  config.paletteName = name;
-  ports_.settings->setConfig(std::move(config));
+  ports_.settings->choosePalette(name);
 }
 
 void MenuBarController::choosePointer(std::string_view rawValue) {
   const auto mode = fromRawValue<PointerMode>(rawValue);
-  if (!mode) return;
-  NimbraConfig config = ports_.settings->config();
-  config.pointerMode = *mode;
-  ports_.settings->setConfig(std::move(config));
+  if (mode) ports_.settings->change("pointerMode", [&](NimbraConfig& config) { config.pointerMode = *mode; });
 }
 
 void MenuBarController::openSettings() {

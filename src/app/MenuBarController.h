@@ -7,17 +7,17 @@
 #include "app/MenuModel.h"
 #include "app/SettingsPresenter.h"
 #include "app/StatusItem.h"
-#include "settings/SettingsStore.h"
+#include "settings/SettingsEditor.h"
 
 namespace veloria {
 
 /// The program's only visible control: a status item that opens the settings, and its quick menu. It changes settings
-/// through the store and in no other way. Main thread.
+/// through the editor and in no other way, so that the settings window can take its changes back. Main thread.
 class MenuBarController {
  public:
   /// What the pointers point to must outlive the controller.
   struct Ports {
-    SettingsStore* settings = nullptr;
+    SettingsEditor* settings = nullptr;
     StatusItem* statusItem = nullptr;
     SettingsPresenter* presenter = nullptr;
     /// Looks at the desktop's state anew, before the settings are shown; may be empty.

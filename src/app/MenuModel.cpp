@@ -40,7 +40,7 @@ Menu paletteItems(const NimbraConfig& config) {
   Menu items;
   for (const Palette& palette : Palette::presets()) {
     items.push_back({.title = palette.name,
-                     .checked = palette.name == config.paletteName,
+                     .checked = !config.customPalette && palette.name == config.paletteName,
                      .action = MenuAction::choosePalette,
                      .value = palette.name});
   }

@@ -12,7 +12,7 @@ namespace veloria {
 
 namespace {
 
-void logPlacement(OverlayLevel level, const StripGeometry& geometry) {
+void logPlacement(const std::string& level, const StripGeometry& geometry) {
   if (!NimbraLog::enabled()) return;
   const Rect& frame = geometry.windowFrame;
   std::string notch = "none";
@@ -20,9 +20,8 @@ void logPlacement(OverlayLevel level, const StripGeometry& geometry) {
     notch = "(" + std::to_string(geometry.notch->x) + ", 0, " + std::to_string(geometry.notch->width) + ", " +
             std::to_string(geometry.notch->height) + ")";
   }
-  NimbraLog::debugf("window level=%s frame=(%g, %g, %g, %g) notch=%s menuH=%g",
-                    level == OverlayLevel::desktop ? "desktop" : "aboveMenuBar", frame.x, frame.y, frame.width,
-                    frame.height, notch.c_str(), geometry.menuBarHeight);
+  NimbraLog::debugf("window level=%s frame=(%g, %g, %g, %g) notch=%s menuH=%g", level.c_str(), frame.x, frame.y,
+                    frame.width, frame.height, notch.c_str(), geometry.menuBarHeight);
 }
 
 }  // namespace
@@ -66,13 +65,9 @@ void NimbraWindow::apply(const NimbraConfig& config, const Screen& screen) {
   screen_ = screen;
   geometry_ = ScreenGeometry::geometry(screen, config);
   level_ = overlayLevelFor(config.layerMode, options_.debugLevel);
-  logPlacement(level_, geometry_);
+  logPlacement(panel_->levelName(level_), geometry_);
   panel_->setLevel(level_);
-  if (placedFrame_ != geometry_.windowFrame || placedScale_ != geometry_.backingScale) {
-    panel_->setFrame(geometry_.windowFrame, geometry_.backingScale);
-    placedFrame_ = geometry_.windowFrame;
-    placedScale_ = geometry_.backingScale;
-  }
+  panel_->setFrame(geometry_.windowFrame, geometry_.backingScale);
   panel_->setPixelFormat(pixelFormatFor(config.hdrGlow));
   panel_->setPreferredFramesPerSecond(frameRateFor(config.framesPerSecond));
   if (const auto renderer = renderer_.lock()) renderer->geometry = geometry_;

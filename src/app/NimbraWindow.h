@@ -56,8 +56,6 @@ class NimbraWindow {
   Options options_;
   Screen screen_;
   StripGeometry geometry_;
-  std::optional<Rect> placedFrame_;
-  double placedScale_ = 0;
   OverlayLevel level_ = OverlayLevel::desktop;
 };
 

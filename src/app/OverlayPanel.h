@@ -22,9 +22,14 @@ enum class OverlayLevel {
 /// longer than one round trip.
 class OverlayPanel : public FrameTarget {
  public:
-  /// Places the panel. `frame` is in points in global coordinates (y up); `scale` is pixels per point.
+  /// Places the panel; does nothing where it is there already. `frame` is in points in global coordinates (y up);
+  /// `scale` is pixels per point.
   virtual void setFrame(const Rect& frame, double scale) = 0;
   virtual void setLevel(OverlayLevel level) = 0;
+  /// What the level is called in diagnostics: the system's number for it, where it has one.
+  virtual std::string levelName(OverlayLevel level) const {
+    return level == OverlayLevel::desktop ? "desktop" : "aboveMenuBar";
+  }
   /// The wanted colour format (rgba16Float or bgra8Unorm); colorPixelFormat() tells what came of it.
   virtual void setPixelFormat(gpu::PixelFormat wanted) = 0;
   /// Above 0.

@@ -62,14 +62,12 @@ Json RemoteControl::usePreset(const nlohmann::json& question) {
   if (preset == nullptr) {
     return failure("there is no preset \"" + name.substr(0, longestEcho) + "\"; there are " + presetNames());
   }
-  ports_.settings->setConfig(choose(ports_.settings->config(), *preset));
+  ports_.settings->choosePreset(*preset);
   return Json::object();
 }
 
 Json RemoteControl::setEnabled(bool enabled) {
-  NimbraConfig config = ports_.settings->config();
-  config.enabled = enabled;
-  ports_.settings->setConfig(std::move(config));
+  ports_.settings->change("enabled", [enabled](NimbraConfig& config) { config.enabled = enabled; });
   return Json::object();
 }
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "app/AppStatus.h"
-#include "settings/SettingsStore.h"
+#include "settings/SettingsEditor.h"
 
 namespace veloria {
 
@@ -13,7 +13,7 @@ namespace veloria {
 class RemoteControl {
  public:
   struct Ports {
-    SettingsStore* settings = nullptr;
+    SettingsEditor* settings = nullptr;
     std::function<AppStatus()> status;
     /// Brings up the settings; empty where there is no window for them.
     std::function<void()> showSettings = {};

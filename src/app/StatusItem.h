@@ -23,8 +23,6 @@ class StatusItem {
   virtual void setMenu(const Menu& menu) = 0;
   /// Opens the menu, where the desktop lets a program do so.
   virtual void showMenu() = 0;
-  /// Whether a panel shows the icon now.
-  virtual bool isAvailable() const = 0;
   /// Where the icon is, or, where only that is known, the spot that was clicked last. In the coordinates in which the
   /// platform places windows, top-down: for the SettingsPresenter, which is of the same platform, and nobody else.
   virtual std::optional<Rect> place() const = 0;

@@ -1,5 +1,6 @@
 #include "base/Log.h"
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +16,12 @@ void writeLine(std::string_view prefix, std::string_view text) {
   line.append(prefix).append(text).push_back('\n');
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
+
+void writePlainLine(std::string_view text) {
+  writeLine("", text);
+}
+
+std::atomic<void (*)(std::string_view)> systemLogWriter = writePlainLine;
 
 }  // namespace
 
@@ -47,7 +54,11 @@ void NimbraLog::debugf(const char* format, ...) {
 }
 
 void systemLog(std::string_view text) {
-  writeLine("", text);
+  systemLogWriter.load()(text);
+}
+
+void setSystemLog(void (*write)(std::string_view text)) {
+  systemLogWriter = write;
 }
 
 }  // namespace veloria

@@ -17,7 +17,11 @@ class NimbraLog {
   [[gnu::format(printf, 1, 2)]] static void debugf(const char* format, ...);
 };
 
-/// The system log: standard error here, always on. `text` is one line without its line feed. Any thread.
+/// Writes to the system log, always: to standard error, or to where setSystemLog() said. `text` has no line feed at its
+/// end. Any thread.
 void systemLog(std::string_view text);
+
+/// Where the lines of systemLog() go instead of to standard error. `write` is called on any thread and must not throw.
+void setSystemLog(void (*write)(std::string_view text));
 
 }  // namespace veloria

@@ -18,6 +18,7 @@
 #include "main/Desktop.h"
 #include "main/DesktopChoice.h"
 #include "main/GpuSetup.h"
+#include "main/LinuxAlert.h"
 #include "main/LiveSources.h"
 #include "main/SettingsHost.h"
 #include "main/SignalWatch.h"
@@ -126,6 +127,7 @@ int runApplication(int& argc, char** argv) {
                            .rememberTold = [&] { told.set(); }});
   const auto shaderLibraries = shaderLibraryCandidates(programPlaces());
 
+  SettingsEditor editor(settings);
   int exitCode = done;
   const auto quit = [&](ExitCode code) {
     exitCode = code;
@@ -146,8 +148,8 @@ int runApplication(int& argc, char** argv) {
       .pictureError = [&] { return sources.pictureError(); },
       .environment = environment,
       .backendName = desktop->name(),
-      .alert = [](const std::string& message, const std::string& text) { systemLog(message + "\n" + text); },
-      .terminate = [&](bool failure) { quit(failure ? failed : done); },
+      .alert = [&](const std::string& message, const std::string& text) { showCriticalAlert(notifier, message, text); },
+      .terminate = [&] { quit(cannotRun); },
       .hint =
           [&](const std::string& text) {
             systemLog("Veloria: " + text);
@@ -161,6 +163,7 @@ int runApplication(int& argc, char** argv) {
   });
   desktop->setCaptureChanceHandler([&] { delegate.updateCapture(); });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
+  if (!delegate.startGpu()) return cannotRun;
 
   const std::filesystem::path program = QCoreApplication::applicationFilePath().toStdString();
   LinuxSystem desktopSettings(
@@ -170,7 +173,7 @@ int runApplication(int& argc, char** argv) {
       environment,
       {.system = &desktopSettings, .loginItem = &autostart, .timers = &timers, .command = commandBeside(program)});
   SettingsHost host({
-      .settings = &settings,
+      .settings = &editor,
       .readouts =
           [&] {
             const auto screens = desktop->screens().screens();
@@ -189,7 +192,7 @@ int runApplication(int& argc, char** argv) {
       .visibleChanged = [&](bool visible) { visible ? services.state().start() : services.state().stop(); },
   });
   TrayIcon trayIcon;
-  MenuBarController menuBar({.settings = &settings,
+  MenuBarController menuBar({.settings = &editor,
                              .statusItem = &trayIcon,
                              .presenter = &host,
                              .refreshSystemState = [&] { services.state().refresh(); },
@@ -199,7 +202,7 @@ int runApplication(int& argc, char** argv) {
 
   delegate.didFinishLaunching();
   system.setHandler([&](auto notification) { activity.notify(notification); });
-  RemoteControl remote({.settings = &settings,
+  RemoteControl remote({.settings = &editor,
                         .status = [&] { return delegate.status(); },
                         .showSettings = [&] { menuBar.openSettings(); }});
   const auto server = instance.listen(timers, remote);

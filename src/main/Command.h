@@ -9,7 +9,12 @@
 namespace veloria {
 
 /// Exit codes of every command.
-enum ExitCode { done = 0, failed = 1, wrongUsage = 2 };
+enum ExitCode {
+  done = 0,
+  failed = 1,
+  wrongUsage = 2,
+  cannotRun = 3,  ///< the band only: this computer lacks what it needs, and the person was told; don't start it again
+};
 
 /// The command line is wrong. The text says what, and what would be right.
 class UsageError : public std::runtime_error {

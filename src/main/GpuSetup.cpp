@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "base/PlatformWords.h"
+#include "render/RendererError.h"
 
 namespace veloria {
 
@@ -19,6 +20,7 @@ void addGpuOption(QCommandLineParser& parser) {
 }
 
 Gpu gpuFrom(const QCommandLineParser& parser) {
+  if (deviceLines().empty()) throw RendererError::noDevice();
   Gpu gpu;
   gpu.device = makeDevice(parser.value("gpu").toStdString());
   gpu.library = loadShaderLibrary(*gpu.device, shaderLibraryCandidates(programPlaces()));

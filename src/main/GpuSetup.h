@@ -14,8 +14,8 @@ namespace veloria {
 /// the executable's folder and the current one. Needs a QCoreApplication.
 ProgramPlaces programPlaces();
 
-/// Makes a device; `gpu` is a name, an index or empty for the best one. Throws RendererError::noDevice when there is
-/// none at all, gpu::DeviceError otherwise.
+/// Makes a device; `gpu` is a name, an index or empty for the best one. Throws gpu::NoDeviceError when there is none,
+/// gpu::DeviceError when its driver fails.
 std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu);
 
 /// A line for a person about each device of this computer, whether it can be used or not.
@@ -27,6 +27,7 @@ struct Gpu {
   std::unique_ptr<gpu::Library> library;
 };
 void addGpuOption(QCommandLineParser& parser);
+/// Throws RendererError::noDevice when there is no GPU at all; otherwise as makeDevice() and loadShaderLibrary().
 Gpu gpuFrom(const QCommandLineParser& parser);
 
 }  // namespace veloria

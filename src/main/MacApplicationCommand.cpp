@@ -40,6 +40,7 @@
 namespace veloria {
 
 int runApplication(int& argc, char** argv) {
+  setSystemLog(writeToSystemLog);
   const Environment environment = processEnvironment();
   const SingleInstance instance(environment);
   if (instance.otherRuns()) return instance.greetTheOther();
@@ -67,6 +68,7 @@ int runApplication(int& argc, char** argv) {
   PointerTracker pointer(timers, macPointerSource());
   const auto shaderLibraries = shaderLibraryCandidates(programPlaces());
 
+  SettingsEditor editor(settings);
   int exitCode = done;
   const auto quit = [&](ExitCode code) {
     exitCode = code;
@@ -88,24 +90,27 @@ int runApplication(int& argc, char** argv) {
       .environment = environment,
       .backendName = "macos",
       .alert = showCriticalAlert,
-      .terminate = [&](bool failure) { quit(failure ? failed : done); },
+      .terminate = [&] { quit(cannotRun); },
       .hint = [](const std::string& text) { systemLog("Veloria: " + text); },
   });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
+  if (!delegate.startGpu()) return cannotRun;
 
   MacSystem displaySettings;
   MacLoginItem loginItem;
   SystemServices services(environment, {.system = &displaySettings,
                                         .loginItem = &loginItem,
                                         .timers = &timers,
-                                        .command = bundledCommand(mainBundle())});
+                                        .command = bundledCommand(mainBundle()),
+                                        .transparencyPane = SystemPane::accessibilityDisplay,
+                                        .tintsGlass = true});
   SettingsPresenter* presenter = nullptr;
   SettingsHost host({
-      .settings = &settings,
+      .settings = &editor,
       .readouts =
           [&] {
-            const auto screens = desktop.screens().screens();
-            return readoutsOf(delegate.status(), screens.empty() ? nullptr : &screens.front());
+            const auto screen = desktop.screens().mainScreen();
+            return readoutsOf(delegate.status(), screen ? &*screen : nullptr);
           },
       .makeGpu =
           [shaderLibraries] {
@@ -127,7 +132,7 @@ int runApplication(int& argc, char** argv) {
   PopoverSettings content(host);
   SettingsPopover popover(content, [&] { return statusItem.anchor(); });
   presenter = &popover;
-  MenuBarController menuBar({.settings = &settings,
+  MenuBarController menuBar({.settings = &editor,
                              .statusItem = &statusItem,
                              .presenter = &popover,
                              .refreshSystemState = [&] { services.state().refresh(); },
@@ -137,7 +142,7 @@ int runApplication(int& argc, char** argv) {
 
   delegate.didFinishLaunching();
   system.setHandler([&](auto notification) { activity.notify(notification); });
-  RemoteControl remote({.settings = &settings,
+  RemoteControl remote({.settings = &editor,
                         .status = [&] { return delegate.status(); },
                         .showSettings = [&] { menuBar.openSettings(); }});
   const auto server = instance.listen(timers, remote);

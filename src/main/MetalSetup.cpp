@@ -1,11 +1,9 @@
 #include "gpu/metal/MetalFactory.h"
 #include "main/GpuSetup.h"
-#include "render/RendererError.h"
 
 namespace veloria {
 
 std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu) {
-  if (gpu::metal::listDevices().empty()) throw RendererError::noDevice();
   return gpu::metal::makeMetalDevice({.gpu = gpu});
 }
 

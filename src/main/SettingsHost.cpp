@@ -35,7 +35,7 @@ class SettingsHost::Window {
       : host_(host),
         studio_(*host.studio_),
         kind_(kind),
-        window_(host.editor_, kind),
+        window_(*host.ports_.settings, kind),
         ticker_(&window_, host.ports_.readouts) {
     window_.setWindowTitle(text("Veloria settings"));
     window_.setPreview(new PreviewStrip(studio_.painter, host.ports_.drivenConfig));
@@ -71,7 +71,7 @@ class SettingsHost::Window {
   }
 
   void addLook() {
-    SettingsEditor& editor = host_.editor_;
+    SettingsEditor& editor = *host_.ports_.settings;
     add(SettingTab::look, "Looks", "presets", [&, this] { return new PresetGallery(editor, studio_.pictures); });
     add(SettingTab::look, "Palette", "colours gradient wallpaper", [&, this] {
       auto* palettes = new PaletteGallery(editor);
@@ -89,7 +89,7 @@ class SettingsHost::Window {
   }
 
   void addDrive() {
-    SettingsEditor& editor = host_.editor_;
+    SettingsEditor& editor = *host_.ports_.settings;
     add(SettingTab::drive, "What drives the band", "mode visualizer music agent weather wind script",
         [&] { return new DriveModeChooser(editor); });
     add(SettingTab::drive, "Sound", "audio music", [this] { return ReadoutCard::makeAudio(ticker_, &window_); });
@@ -107,7 +107,7 @@ class SettingsHost::Window {
     add(SettingTab::system, "Start", "login autostart", [&] { return new LoginItemCard(ports.loginItem); });
     add(SettingTab::system, "The nimbra command", "command line shell path",
         [&] { return new CommandLineCard(ports.commandLine, packageCommand); });
-    add(SettingTab::system, "What the system does to the band", "transparency contrast",
+    add(SettingTab::system, "What the system does to the band", "transparency contrast tint bar desktop picture",
         [&, this] { return new SystemFactsCard(ports.systemFacts, ticker_); });
   }
 
@@ -133,7 +133,7 @@ class SettingsHost::Window {
   ReadoutTicker ticker_;
 };
 
-SettingsHost::SettingsHost(Ports ports) : ports_(std::move(ports)), editor_(*ports_.settings) {}
+SettingsHost::SettingsHost(Ports ports) : ports_(std::move(ports)) {}
 
 SettingsHost::~SettingsHost() = default;
 

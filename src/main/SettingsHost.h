@@ -4,13 +4,12 @@
 #include <memory>
 
 #include "app/SettingsPresenter.h"
-#include "settings/SettingsStore.h"
+#include "settings/SettingsEditor.h"
 #include "ui/CommandLineCard.h"
 #include "ui/LoginItemCard.h"
 #include "ui/PreviewGpu.h"
 #include "ui/Readouts.h"
 #include "ui/ScriptCard.h"
-#include "ui/SettingsEditor.h"
 #include "ui/SystemFactsCard.h"
 
 class QWidget;
@@ -22,7 +21,7 @@ namespace veloria {
 class SettingsHost final : public SettingsPresenter {
  public:
   struct Ports {
-    SettingsStore* settings = nullptr;
+    SettingsEditor* settings = nullptr;
     ReadoutSource readouts;
     PreviewGpuFactory makeGpu;
     /// The record to preview: what is drawn now, or would be.
@@ -51,7 +50,6 @@ class SettingsHost final : public SettingsPresenter {
   Window& window(bool byIcon);
 
   Ports ports_;
-  SettingsEditor editor_;
   ScriptDraft draft_;
   std::unique_ptr<Studio> studio_;
   std::unique_ptr<Window> window_;

@@ -13,7 +13,8 @@ std::string problemOf(const Result<Done>& result) {
 }  // namespace
 
 SystemServices::SystemServices(const Environment& environment, const Ports& ports)
-    : state_(*ports.system, *ports.timers),
+    : ports_(ports),
+      state_(*ports.system, *ports.timers),
       tool_(commandLine_, environment, {.command = ports.command, .home = homeFolder(environment).value_or("")}),
       loginItem_(*ports.loginItem) {}
 
@@ -30,13 +31,15 @@ CommandLinePorts SystemServices::commandLinePorts() {
 }
 
 LoginItemPorts SystemServices::loginItemPorts() {
-  return {.isEnabled = [this] { return loginItem_.isEnabled(); }, .set = [this](bool on) { loginItem_.set(on); }};
+  return {.isEnabled = [this] { return loginItem_.isEnabled(); },
+          .set = [this](bool on) { return problemOf(loginItem_.set(on)); }};
 }
 
 SystemFactsPorts SystemServices::systemFactsPorts() {
   return {.facts = [this] { return state_.facts().get(); },
-          .openTransparency = [this] { return problemOf(state_.open(SystemPane::appearance)); },
-          .openContrast = [this] { return problemOf(state_.open(SystemPane::accessibilityDisplay)); }};
+          .open = [this](SystemPane pane) { return problemOf(state_.open(pane)); },
+          .transparencyPane = ports_.transparencyPane,
+          .tintsGlass = ports_.tintsGlass};
 }
 
 }  // namespace veloria

@@ -25,7 +25,9 @@ class SystemServices {
     SystemPort* system = nullptr;
     LoginItemPort* loginItem = nullptr;
     TimerFactory* timers = nullptr;
-    std::filesystem::path command;  ///< this program's own nimbra, absolute
+    std::filesystem::path command;                         ///< this program's own nimbra, absolute
+    SystemPane transparencyPane = SystemPane::appearance;  ///< which one has transparency
+    bool tintsGlass = false;                               ///< whether the system has that setting
   };
 
   SystemServices(const Environment& environment, const Ports& ports);
@@ -36,6 +38,7 @@ class SystemServices {
   SystemFactsPorts systemFactsPorts();
 
  private:
+  Ports ports_;
   SystemState state_;
   PosixCommandLine commandLine_;
   std::mutex toolLock_;  // a card that is gone may still be asking when the next one does

@@ -7,7 +7,6 @@
 #include "gpu/vulkan/VulkanFactory.h"
 #include "main/GpuSetup.h"
 #include "platform/posix/files/UserFolders.h"
-#include "render/RendererError.h"
 
 namespace veloria {
 
@@ -27,7 +26,6 @@ std::string lineFor(const gpu::vulkan::DeviceInfo& device) {
 }  // namespace
 
 std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu) {
-  if (gpu::vulkan::listDevices().empty()) throw RendererError::noDevice();
   gpu::vulkan::VulkanOptions options;
   options.gpu = gpu;
   options.validationHandler = [](std::string_view text) { systemLog(text); };

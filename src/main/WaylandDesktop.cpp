@@ -48,7 +48,7 @@ class WaylandDesktop final : public Desktop {
   bool showsTranslucency() const override { return true; }
   BarCaptureStream* captureStream() override { return nullptr; }
   std::string captureProblem() const override {
-    return "the panel's text can't be kept: on Wayland no program can look at the panel without its own light on it";
+    return "on Wayland no program can look at the panel without its own light on it";
   }
   void setCaptureChanceHandler(std::function<void()>) override {}
 

@@ -48,7 +48,7 @@ void printHelp() {
       "  NIMBRA_DEBUG        1 writes diagnostics to standard error\n"
       "  NIMBRA_DEBUG_SOLID  above 0 fills the band with one colour\n"
       "  NIMBRA_DEBUG_LEVEL  a number: above 0 over the panel, else on the desktop\n\n"
-      "Exit codes: 0 done, 1 failed, 2 wrong usage.\n");
+      "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 this computer can't run the band.\n");
 }
 
 }  // namespace

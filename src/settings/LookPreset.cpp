@@ -171,6 +171,7 @@ const LookPreset* LookPreset::find(std::string_view name) {
 
 NimbraConfig choose(const NimbraConfig& config, const LookPreset& preset) {
   NimbraConfig result = config.resettingLook();
+  result.customPalette.reset();
   preset.apply(result);
   return result;
 }

@@ -20,8 +20,8 @@ struct LookPreset {
   static const LookPreset* find(std::string_view name);
 };
 
-/// The record after a preset was chosen: its look put back to the defaults, then the preset applied. A custom palette
-/// stays, and stays in use.
+/// The record after a preset was chosen: its look put back to the defaults, then the preset applied. Its palette is the
+/// preset's, not a custom one.
 NimbraConfig choose(const NimbraConfig& config, const LookPreset& preset);
 
 }  // namespace veloria

@@ -50,7 +50,20 @@ void SettingsStore::setConfig(NimbraConfig config) {
   if (!loading_ && differs) persist();
 }
 
+const std::optional<Palette>& SettingsStore::ownPalette() const {
+  return config().customPalette ? config().customPalette : asidePalette_;
+}
+
+void SettingsStore::keepOwnPalette() {
+  if (!config().customPalette) return;
+  asidePalette_ = config().customPalette;
+  if (const auto bytes = encodeSettings(config())) storage_->write(ownPaletteKey, *bytes);
+}
+
 void SettingsStore::load() {
+  if (const auto kept = storage_->read(ownPaletteKey)) {
+    if (auto decoded = decodeSettings(*kept)) asidePalette_ = std::move(decoded->customPalette);
+  }
   auto bytes = storage_->read(settingsKey);
   if (!bytes) return;
   auto decoded = decodeSettings(*bytes);

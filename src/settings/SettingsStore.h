@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,10 @@ namespace veloria {
 
 /// The key under which the record is kept. The version is part of it: there is no migration.
 inline constexpr std::string_view settingsKey = "NimbraConfig.v1";
+
+/// The record that had the palette of the user's own which was put aside last. The palette is not kept in the record
+/// itself, whose fields are fixed.
+inline constexpr std::string_view ownPaletteKey = "NimbraConfig.v1.ownPalette";
 
 /// Owns the one live record: loads it, tells of every change and stores it whenever it really changed. Main thread.
 class SettingsStore {
@@ -39,6 +44,14 @@ class SettingsStore {
   /// Returns when the storage has put the last change where it outlasts the program, or could not. Any thread.
   void flush() { storage_->flush(); }
 
+  /// The palette of the user's own: the one in use, else the one that was put aside last, if need be by an earlier
+  /// process.
+  const std::optional<Palette>& ownPalette() const;
+
+  /// To be called before a palette of the user's own goes out of use: keeps it, stored. Does nothing when there is
+  /// none.
+  void keepOwnPalette();
+
   /// Calls the observer at once with the current record, and then with each new one; config() is then the new one
   /// already. See Observable for what an observer may do.
   Subscription subscribe(Observable<NimbraConfig>::Observer observer) { return config_.subscribe(std::move(observer)); }
@@ -51,6 +64,7 @@ class SettingsStore {
 
   std::unique_ptr<SettingsStorage> storage_;
   Observable<NimbraConfig> config_{NimbraConfig()};
+  std::optional<Palette> asidePalette_;
   std::string rejected_;  ///< what was stored but didn't decode, until it is overwritten
   bool loading_ = true;
 };

@@ -4,9 +4,10 @@
 
 namespace veloria {
 
-void LoginItem::set(bool enabled) {
-  const auto changed = enabled ? port_.add() : port_.remove();
+Result<Done> LoginItem::set(bool enabled) {
+  Result<Done> changed = enabled ? port_.add() : port_.remove();
   if (!changed) systemLog("Veloria: login item change failed: " + changed.error());
+  return changed;
 }
 
 }  // namespace veloria

@@ -27,8 +27,8 @@ class LoginItem {
   explicit LoginItem(LoginItemPort& port) : port_(port) {}
 
   bool isEnabled() { return port_.isRegistered(); }
-  /// A failure is told in the system log only; isEnabled() says what has become of it.
-  void set(bool enabled);
+  /// The error, a text for a person, is written to the system log as well.
+  Result<Done> set(bool enabled);
 
  private:
   LoginItemPort& port_;

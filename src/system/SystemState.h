@@ -25,9 +25,6 @@ class SystemState {
 
   /// The settings now; observers are told of each change.
   Observable<SystemFacts>& facts() { return facts_; }
-  bool reduceTransparency() const { return facts_.get().reduceTransparency; }
-  bool increaseContrast() const { return facts_.get().increaseContrast; }
-  double glassTint() const { return facts_.get().glassTint; }
 
   /// Looks now. An answer that takes time comes later.
   void refresh();

@@ -3,8 +3,8 @@
 #include <QButtonGroup>
 #include <QString>
 
+#include "settings/SettingsEditor.h"
 #include "ui/Card.h"
-#include "ui/SettingsEditor.h"
 
 namespace veloria {
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "settings/SettingsEditor.h"
 #include "ui/Card.h"
-#include "ui/SettingsEditor.h"
 
 namespace veloria {
 

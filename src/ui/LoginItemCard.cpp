@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "ui/ButtonRow.h"
+#include "ui/QtText.h"
 
 namespace veloria {
 
@@ -19,10 +20,12 @@ void LoginItemCard::showEvent(QShowEvent* event) {
 }
 
 void LoginItemCard::set(bool on) {
-  ports_.set(on);
+  const QString reason = toQString(ports_.set(on));
   const bool is = ports_.isEnabled();
   box_->setChecked(is);
-  setSentence(*error_, is == on ? QString() : tr("This could not be changed. The log says why."));
+  if (is == on) return setSentence(*error_, {});
+  setSentence(*error_, breakable(reason.isEmpty() ? tr("This could not be changed.")
+                                                  : tr("This could not be changed: %1").arg(reason)));
 }
 
 }  // namespace veloria

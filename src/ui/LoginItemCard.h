@@ -2,15 +2,16 @@
 
 #include <QCheckBox>
 #include <functional>
+#include <string>
 
 #include "ui/Card.h"
 
 namespace veloria {
 
-/// Asked and told on the main thread.
+/// Asked and told on the main thread. `set` returns why it could not be done, or nothing.
 struct LoginItemPorts {
   std::function<bool()> isEnabled;
-  std::function<void(bool)> set;
+  std::function<std::string(bool)> set;
 };
 
 /// Whether Veloria starts when the person logs in.

@@ -85,26 +85,29 @@ QWidget* PaletteEditor::makeButtons() {
   auto* layout = new TileLayout(TileLayout::Width::natural, box);
   copy_ = new QPushButton(tr("Copy the current palette"), box);
   copy_->setObjectName(QStringLiteral("copyPalette"));
-  remove_ = new QPushButton(tr("Remove your palette"), box);
-  remove_->setObjectName(QStringLiteral("removePalette"));
+  aside_ = new QPushButton(tr("Put your palette aside"), box);
+  aside_->setObjectName(QStringLiteral("putAside"));
   layout->addWidget(copy_);
-  layout->addWidget(remove_);
+  layout->addWidget(aside_);
   connect(copy_, &QPushButton::clicked, this, [this] {
     editor_.change("customPalette copy",
                    [](NimbraConfig& config) { config.customPalette = ownPalette(config, stopCount); });
   });
-  connect(remove_, &QPushButton::clicked, this, [this] {
-    editor_.change("customPalette remove", [](NimbraConfig& config) { config.customPalette.reset(); });
-  });
+  connect(aside_, &QPushButton::clicked, this, [this] { editor_.putOwnPaletteAside(); });
   return box;
 }
 
 void PaletteEditor::showRecord(const NimbraConfig& config) {
   const bool own = config.customPalette.has_value();
-  setSentence(*state_, own ? tr("In use. Choosing a built-in palette removes it.")
-                           : tr("These are the colours of the palette in use. Change one to make your own."));
+  QString state = tr("These are the colours of the palette in use. Change one to make your own.");
+  if (own) {
+    state = tr("In use. Choosing a built-in palette puts it aside; its tile brings it back.");
+  } else if (editor_.ownPalette()) {
+    state += QLatin1Char(' ') + tr("It takes the place of the one that is put aside.");
+  }
+  setSentence(*state_, state);
   copy_->setEnabled(!own);
-  remove_->setEnabled(own);
+  aside_->setEnabled(own);
   const Palette palette = ownPalette(config, stopCount);
   for (std::size_t i = 0; i < stopCount; ++i) showStop(i, palette.stops[i]);
 }

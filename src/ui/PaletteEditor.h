@@ -4,8 +4,8 @@
 #include <QPushButton>
 #include <array>
 
+#include "settings/SettingsEditor.h"
 #include "ui/Card.h"
-#include "ui/SettingsEditor.h"
 
 namespace veloria {
 
@@ -39,7 +39,7 @@ class PaletteEditor : public Card {
   QLabel* state_;
   QLabel* error_;
   QPushButton* copy_ = nullptr;
-  QPushButton* remove_ = nullptr;
+  QPushButton* aside_ = nullptr;
   Subscription subscription_;
 };
 

@@ -28,6 +28,8 @@ PaletteGallery::PaletteGallery(SettingsEditor& editor, QWidget* parent)
     tiles_.push_back(makeTile(palette, tiles));
     layout->addWidget(tiles_.back());
   }
+  own_ = makeOwnTile(tiles);
+  layout->addWidget(own_);
   body().addWidget(tiles);
   connect(wallpaper_, &QCheckBox::clicked, this, [this](bool on) {
     editor_.change("matchWallpaper", [on](NimbraConfig& config) { config.matchWallpaper = on; });
@@ -44,12 +46,14 @@ Tile* PaletteGallery::makeTile(const Palette& palette, QWidget* parent) {
   auto* tile = new Tile(translated("Palette", palette.name), {}, gradientHeight, parent);
   tile->setObjectName(toQString(palette.name));
   tile->setColours(palette);
-  connect(tile, &Tile::clicked, this, [this, &palette] {
-    editor_.change("paletteName", [&palette](NimbraConfig& config) {
-      config.paletteName = palette.name;
-      config.customPalette.reset();
-    });
-  });
+  connect(tile, &Tile::clicked, this, [this, &palette] { editor_.choosePalette(palette.name); });
+  return tile;
+}
+
+Tile* PaletteGallery::makeOwnTile(QWidget* parent) {
+  auto* tile = new Tile(tr("Your own"), {}, gradientHeight, parent);
+  tile->setObjectName(QStringLiteral("ownPalette"));
+  connect(tile, &Tile::clicked, this, [this] { editor_.useOwnPalette(); });
   return tile;
 }
 
@@ -58,6 +62,10 @@ void PaletteGallery::showRecord(const NimbraConfig& config) {
   for (std::size_t i = 0; i < tiles_.size(); ++i) {
     tiles_[i]->setChecked(!config.customPalette && config.palette().name == Palette::presets()[i].name);
   }
+  const auto& own = editor_.ownPalette();
+  own_->setVisible(own.has_value());
+  own_->setChecked(config.customPalette.has_value());
+  if (own) own_->setColours(*own);
 }
 
 }  // namespace veloria

@@ -3,14 +3,15 @@
 #include <QCheckBox>
 #include <vector>
 
+#include "settings/SettingsEditor.h"
 #include "ui/Card.h"
 #include "ui/ReadoutTicker.h"
-#include "ui/SettingsEditor.h"
 #include "ui/Tile.h"
 
 namespace veloria {
 
-/// The built-in palettes to choose from, and the wish to follow the desktop picture instead.
+/// The built-in palettes to choose from, one's own once there is one, and the wish to follow the desktop picture
+/// instead.
 class PaletteGallery : public Card {
   Q_OBJECT
 
@@ -23,12 +24,14 @@ class PaletteGallery : public Card {
 
  private:
   Tile* makeTile(const Palette& palette, QWidget* parent);
+  Tile* makeOwnTile(QWidget* parent);
   void showRecord(const NimbraConfig& config);
 
   SettingsEditor& editor_;
   QCheckBox* wallpaper_;
   QLabel* pictureProblem_;
   std::vector<Tile*> tiles_;
+  Tile* own_;
   Subscription subscription_;
   Subscription readouts_;
 };

@@ -51,9 +51,7 @@ Tile* PresetGallery::makeTile(int preset, QWidget* parent) {
   tile->setObjectName(toQString(look.name));
   tile->setColours(paletteOf(look));
   tile->setPicture(pictures_.picture(preset));
-  connect(tile, &Tile::clicked, this, [this, &look] {
-    editor_.change(look.name, [&look](NimbraConfig& config) { config = choose(config, look); });
-  });
+  connect(tile, &Tile::clicked, this, [this, &look] { editor_.choosePreset(look); });
   return tile;
 }
 

@@ -2,9 +2,9 @@
 
 #include <vector>
 
+#include "settings/SettingsEditor.h"
 #include "ui/Card.h"
 #include "ui/PresetPictures.h"
-#include "ui/SettingsEditor.h"
 #include "ui/Tile.h"
 #include "ui/VisibilityWatch.h"
 

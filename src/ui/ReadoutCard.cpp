@@ -6,6 +6,23 @@
 
 namespace veloria {
 
+namespace {
+
+#ifdef __APPLE__
+constexpr const char* whatIsHeard = QT_TRANSLATE_NOOP(
+    "veloria::ReadoutCard",
+    "System audio is tapped through ScreenCaptureKit, so it hears what you are actually playing rather than a "
+    "microphone. This app's own audio is excluded. Needs Screen Recording permission; nothing is recorded or sent "
+    "anywhere.");
+#else
+constexpr const char* whatIsHeard = QT_TRANSLATE_NOOP("veloria::ReadoutCard",
+                                                      "The music mode taps the monitor of the default sound output, so "
+                                                      "it hears what you are actually playing and never a "
+                                                      "microphone. Nothing is recorded or sent anywhere.");
+#endif
+
+}  // namespace
+
 ReadoutCard::ReadoutCard(const QString& title, ReadoutTicker& ticker, QWidget* parent)
     : Card(title, parent), fallback_(makeSentence({}, this)) {
   body().addWidget(fallback_);
@@ -69,6 +86,7 @@ ReadoutCard* ReadoutCard::makeWeather(ReadoutTicker& ticker, QWidget* parent) {
 
 ReadoutCard* ReadoutCard::makeAudio(ReadoutTicker& ticker, QWidget* parent) {
   auto* card = new ReadoutCard(tr("Sound"), ticker, parent);
+  card->body().insertWidget(0, makeSentence(tr(whatIsHeard), card));
   card->addLine(&Readouts::audio);
   card->setFallback(tr("Nothing is listened to. That happens only while music drives the band."));
   return card;

@@ -6,9 +6,9 @@
 #include <string>
 
 #include "scene/ScriptError.h"
+#include "settings/SettingsEditor.h"
 #include "ui/Card.h"
 #include "ui/ScriptEditor.h"
-#include "ui/SettingsEditor.h"
 
 namespace veloria {
 

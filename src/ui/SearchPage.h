@@ -3,8 +3,8 @@
 #include <functional>
 #include <vector>
 
+#include "settings/SettingsEditor.h"
 #include "ui/SettingCatalogue.h"
-#include "ui/SettingsEditor.h"
 #include "ui/SettingsPage.h"
 
 class QLabel;

@@ -5,6 +5,20 @@
 
 namespace veloria {
 
+namespace {
+
+#ifdef __APPLE__
+constexpr const char* keptTextHelp = QT_TRANSLATE_NOOP("SettingCatalogue",
+                                                       "Above the bar: leaves its text and icons free. To see them the "
+                                                       "system asks you for the Screen Recording permission; "
+                                                       "nothing is recorded or sent anywhere.");
+#else
+constexpr const char* keptTextHelp =
+    QT_TRANSLATE_NOOP("SettingCatalogue", "Above the bar: leaves its text and icons free.");
+#endif
+
+}  // namespace
+
 struct SettingCatalogue::Builder {
   void group(SettingTab tab, const char* title, std::vector<Setting> settings) {
     for (Setting& setting : settings) {
@@ -291,7 +305,7 @@ void SettingCatalogue::addBar(Builder& builder) {
   builder.group(SettingTab::bar, QT_TR_NOOP("Bar text"),
                 {{FIELD(preserveMenuBarText),
                   QT_TR_NOOP("Keep the bar's text readable"),
-                  QT_TR_NOOP("Above the bar: leaves its text and icons free."),
+                  keptTextHelp,
                   QT_TR_NOOP("preserve menu legible crisp mask capture"),
                   {}},
                  {FIELD(textThreshold),

@@ -2,8 +2,8 @@
 
 #include <QWidget>
 
+#include "settings/SettingsEditor.h"
 #include "ui/SettingValue.h"
-#include "ui/SettingsEditor.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <QWidget>
 #include <array>
 
-#include "ui/SettingsEditor.h"
+#include "settings/SettingsEditor.h"
 #include "ui/TabPage.h"
 
 class QHBoxLayout;

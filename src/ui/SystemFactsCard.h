@@ -10,16 +10,17 @@
 
 namespace veloria {
 
-/// Asked on the main thread: `facts` a few times a second while the window is open, the others when a person wants to
-/// change that setting. These open the system's own window for it and return why they could not, or nothing; one that
-/// is not set has no button.
+/// Asked on the main thread.
 struct SystemFactsPorts {
+  /// Asked a few times a second while the window is open.
   std::function<SystemFacts()> facts;
-  std::function<std::string()> openTransparency;
-  std::function<std::string()> openContrast;
+  /// Opens a pane of the system's settings for the person; returns why it could not, or nothing.
+  std::function<std::string(SystemPane)> open;
+  SystemPane transparencyPane = SystemPane::appearance;  ///< which one has transparency
+  bool tintsGlass = false;                               ///< whether the system has that setting
 };
 
-/// Says how those settings are, and leads to them.
+/// Says how those settings are, and leads to them and to the other two that decide what is seen of the band.
 class SystemFactsCard : public Card {
   Q_OBJECT
 
@@ -27,12 +28,14 @@ class SystemFactsCard : public Card {
   SystemFactsCard(SystemFactsPorts ports, ReadoutTicker& ticker, QWidget* parent = nullptr);
 
  private:
-  QLabel* addFact(const QString& buttonText, const QString& buttonName, const std::function<std::string()>& open);
+  QLabel* addFact();
+  void addButton(const QString& text, const char* name, SystemPane pane);
   void showFacts();
 
   SystemFactsPorts ports_;
   QLabel* transparency_;
   QLabel* contrast_;
+  QLabel* tint_ = nullptr;
   QLabel* error_;
   Subscription subscription_;
 };

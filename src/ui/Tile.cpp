@@ -136,7 +136,9 @@ void Tile::paintEvent(QPaintEvent*) {
 }
 
 QList<Tile*> Tile::siblings() const {
-  return parentWidget()->findChildren<Tile*>(QString(), Qt::FindDirectChildrenOnly);
+  auto found = parentWidget()->findChildren<Tile*>(QString(), Qt::FindDirectChildrenOnly);
+  found.removeIf([this](const Tile* tile) { return !tile->isVisibleTo(parentWidget()); });
+  return found;
 }
 
 Tile* Tile::neighbour(int key) const {

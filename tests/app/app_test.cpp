@@ -74,6 +74,7 @@ class FakePanel final : public OverlayPanel {
 class FakePanels final : public OverlayPanelFactory {
  public:
   std::unique_ptr<OverlayPanel> makePanel(const Screen& screen) override {
+    if (screen.name == refused) throw std::runtime_error("no window for this one");
     made.push_back(std::make_shared<PanelState>());
     made.back()->screen = screen.name;
     return std::make_unique<FakePanel>(made.back(), **device);
@@ -92,6 +93,7 @@ class FakePanels final : public OverlayPanelFactory {
   gpu::Device** device = nullptr;
   std::vector<std::shared_ptr<PanelState>> made;
   std::string hint;
+  std::string refused;  ///< the screen that gets no panel
 };
 
 class AppTest : public testing::Test {
@@ -107,7 +109,7 @@ class AppTest : public testing::Test {
   AppServices services() {
     return {
         .makeDevice = [this]() -> std::unique_ptr<gpu::Device> {
-          if (devicesLeft_-- <= 0) throw gpu::DeviceError("no more devices");
+          if (devicesLeft_-- <= 0) throw gpu::NoDeviceError("there is no GPU");
           auto device = std::make_unique<RecordingDevice>(allFunctions);
           device_ = device.get();
           return device;
@@ -122,8 +124,13 @@ class AppTest : public testing::Test {
         .environment = [](std::string_view) { return std::nullopt; },
         .backendName = "none",
         .alert = [this](const std::string& title, const std::string& text) { alerts_.push_back(title + "|" + text); },
-        .terminate = [this](bool failed) { terminated_.push_back(failed); },
+        .terminate = [this] { ++terminations_; },
         .hint = [this](const std::string& text) { hints_.push_back(text); }};
+  }
+
+  static void launch(AppDelegate& delegate) {
+    ASSERT_TRUE(delegate.startGpu());
+    delegate.didFinishLaunching();
   }
 
   void change(const std::function<void(NimbraConfig&)>& edit) {
@@ -146,13 +153,13 @@ class AppTest : public testing::Test {
                        .wallClock = [] { return 0.0; },
                        .timers = &timers_}};
   std::vector<std::string> alerts_;
-  std::vector<bool> terminated_;
+  int terminations_ = 0;
   std::vector<std::string> hints_;
 };
 
 TEST_F(AppTest, oneBandOnTheFirstScreenAndMoreWhenAskedFor) {
   AppDelegate delegate(services());
-  delegate.didFinishLaunching();
+  launch(delegate);
   ASSERT_EQ(delegate.windowCount(), 1U);
   const auto first = panels_.live("left");
   EXPECT_EQ(first->frame, (Rect{0, 1048, 1920, 32}));
@@ -174,6 +181,21 @@ TEST_F(AppTest, oneBandOnTheFirstScreenAndMoreWhenAskedFor) {
   screens_.change({left_, right_});
   EXPECT_EQ(delegate.windowCount(), 2U);
   EXPECT_TRUE(panels_.live("left")->shown);
+  const Rect place = std::exchange(panels_.live("left")->frame, Rect{});
+  screens_.change({left_, right_});
+  EXPECT_EQ(panels_.live("left")->frame, place) << "put back where the system had moved it";
+}
+
+TEST_F(AppTest, aScreenThatCanHaveNoBandDoesNotCostTheOthersTheirs) {
+  change([](NimbraConfig& config) { config.allDisplays = true; });
+  panels_.refused = "left";
+  AppDelegate delegate(services());
+  testing::internal::CaptureStderr();
+  launch(delegate);
+  EXPECT_TRUE(
+      testing::internal::GetCapturedStderr().starts_with("Veloria: renderer init failed: no window for this one\n"));
+  EXPECT_EQ(delegate.windowCount(), 1U);
+  EXPECT_TRUE(panels_.live("right")->shown);
 }
 
 TEST_F(AppTest, eachChangeDoesTheSmallestWork) {
@@ -206,13 +228,18 @@ TEST_F(AppTest, eachChangeDoesTheSmallestWork) {
 
 TEST_F(AppTest, settingsReachThePanelAndTheRenderer) {
   AppDelegate delegate(services());
-  delegate.didFinishLaunching();
+  launch(delegate);
   const auto panel = panels_.live("left");
   const int placed = panel->frames;
   change([](NimbraConfig& config) { config.exposure = 3; });
   EXPECT_EQ(panel->frames, placed);
   driver_.tick();
   EXPECT_EQ(delegate.renderers().at(1)->config.exposure, 3);
+  change([](NimbraConfig& config) {
+    config.visualizer = Visualizer::script;
+    config.customScript = "set nothing 1";
+  });
+  EXPECT_TRUE(delegate.status().scriptError) << "the new mode's script runs at once";
 
   change([](NimbraConfig& config) {
     config.layerMode = LayerMode::aboveMenuBar;
@@ -234,7 +261,7 @@ TEST_F(AppTest, settingsReachThePanelAndTheRenderer) {
 
 TEST_F(AppTest, disabledHidesAndPausesEverythingIncludingTheDriver) {
   AppDelegate delegate(services());
-  delegate.didFinishLaunching();
+  launch(delegate);
   const auto panel = panels_.live("left");
   change([](NimbraConfig& config) { config.enabled = false; });
   EXPECT_FALSE(panel->shown);
@@ -282,7 +309,7 @@ TEST_F(AppTest, activityPausesEverythingAndTheWakeLaysOutAnew) {
   AppServices mine = services();
   mine.activity = &activity;
   AppDelegate delegate(mine);
-  delegate.didFinishLaunching();
+  launch(delegate);
   const auto panel = panels_.live("left");
   EXPECT_TRUE(panel->shown);
 
@@ -314,19 +341,22 @@ TEST_F(AppTest, thePanelsTextIsCapturedWhileItIsWanted) {
   FakeStream stream;
   AppServices mine = services();
   mine.captureStream = &stream;
+  screens_.list[0].backingScale = 2;
   AppDelegate delegate(mine);
-  delegate.didFinishLaunching();
+  launch(delegate);
   EXPECT_TRUE(stream.regions.empty());
   change([](NimbraConfig& config) {
+    config.allDisplays = true;
     config.layerMode = LayerMode::aboveMenuBar;
     config.preserveMenuBarText = true;
   });
   ASSERT_EQ(stream.regions.size(), 1U);
-  EXPECT_EQ(stream.regions[0], (BarRegion{1, {0, 0, 1920, 32}, 1}));
+  EXPECT_EQ(stream.regions[0], (BarRegion{1, {0, 0, 1920, 32}, 2}));
   stream.show();
   EXPECT_TRUE(delegate.status().capture.running);
   ASSERT_NE(delegate.renderers().at(1)->backdrop, nullptr);
   EXPECT_NE(delegate.renderers().at(1)->backdrop->stored(), nullptr);
+  EXPECT_EQ(delegate.renderers().at(2)->backdrop, nullptr) << "it is the first screen's bar";
   change([](NimbraConfig& config) { config.exposure = 2; });
   EXPECT_EQ(stream.regions.size(), 1U) << "started once";
   change([](NimbraConfig& config) { config.extraHeight = 10; });
@@ -338,15 +368,30 @@ TEST_F(AppTest, thePanelsTextIsCapturedWhileItIsWanted) {
   EXPECT_TRUE(panels_.live("left")->shown);
   delegate.updateCapture();
   EXPECT_EQ(stream.regions.size(), 3U);
-  stream.show();
-  change([](NimbraConfig& config) { config.preserveMenuBarText = false; });
+  const NimbraConfig wanted = settings_.config();
+  const std::function<void(NimbraConfig&)> reasons[] = {[](auto& c) { c.enabled = false; },
+                                                        [](auto& c) { c.preserveMenuBarText = false; },
+                                                        [](auto& c) { c.layerMode = LayerMode::desktopStrip; }};
+  for (const auto& reason : reasons) {
+    SCOPED_TRACE(&reason - &reasons[0]);
+    settings_.setConfig(wanted);
+    ASSERT_TRUE(stream.running);
+    stream.show();
+    stream.fail();
+    delegate.updateCapture();
+    change(reason);
+    EXPECT_FALSE(stream.running);
+    EXPECT_EQ(delegate.renderers().at(1)->backdrop->stored(), nullptr);
+    EXPECT_EQ(delegate.status().capture.error, std::nullopt) << "nobody wants it any more";
+  }
+  settings_.setConfig(wanted);
+  delegate.willTerminate();
   EXPECT_FALSE(stream.running);
-  EXPECT_EQ(delegate.renderers().at(1)->backdrop->stored(), nullptr);
 }
 
 TEST_F(AppTest, whereThePanelCantBeCapturedTheStatusSaysSoOnceItIsWanted) {
   AppDelegate delegate(services());
-  delegate.didFinishLaunching();
+  launch(delegate);
   EXPECT_EQ(delegate.status().capture.error, std::nullopt);
   change([](NimbraConfig& config) {
     config.layerMode = LayerMode::aboveMenuBar;
@@ -359,10 +404,15 @@ TEST_F(AppTest, thePointerReachesTheBandsAroundIt) {
   std::optional<Point> where;
   double now = 10;
   PointerTracker pointer(timers_, {[&] { return where; }, ""}, [&] { return now; });
+  bool fullScreen = false;
+  ActivityWatcher activity({.settings = [&]() -> const NimbraConfig& { return settings_.config(); },
+                            .timers = &timers_,
+                            .isFullScreenSpaceActive = [&] { return fullScreen; }});
   AppServices mine = services();
   mine.pointer = &pointer;
+  mine.activity = &activity;
   AppDelegate delegate(mine);
-  delegate.didFinishLaunching();
+  launch(delegate);
   change([](NimbraConfig& config) {
     config.allDisplays = true;
     config.pointerMode = PointerMode::none;
@@ -406,18 +456,19 @@ TEST_F(AppTest, thePointerReachesTheBandsAroundIt) {
   where = Point{100, 1070};
   timers_.fire();
   EXPECT_TRUE(left.inside);
-  change([](NimbraConfig& config) { config.enabled = false; });
-  EXPECT_FALSE(left.inside);
+  fullScreen = true;
+  activity.poll();
+  timers_.fire();
+  EXPECT_FALSE(left.inside) << "nobody asks for it while nothing is drawn";
 }
 
 TEST_F(AppTest, noGpuIsToldInPlainWords) {
   devicesLeft_ = 0;
   AppDelegate delegate(services());
-  delegate.didFinishLaunching();
+  EXPECT_FALSE(delegate.startGpu());
   EXPECT_EQ(
       alerts_,
       (std::vector<std::string>{"Veloria could not start|This computer has no Vulkan device, so Veloria cannot run."}));
-  EXPECT_EQ(terminated_, std::vector<bool>{true});
   EXPECT_TRUE(panels_.made.empty());
 }
 
@@ -425,17 +476,16 @@ TEST_F(AppTest, noShaderLibraryIsToldWithThePlacesTried) {
   AppServices mine = services();
   mine.shaderLibraries = shaderLibraryCandidates({"/nowhere/share", "/nowhere/bin", "/nowhere/here"});
   AppDelegate delegate(mine);
-  delegate.didFinishLaunching();
+  EXPECT_FALSE(delegate.startGpu());
   EXPECT_EQ(alerts_, (std::vector<std::string>{
                          "Veloria could not start|Could not load the Vulkan library: default.spv not found. Looked "
                          "in:\n/nowhere/bin/default.spv\n/nowhere/here/default.spv\n/nowhere/here/build/default.spv\n"
                          "\nRun ./build.sh to compile the shaders."}));
-  EXPECT_EQ(terminated_, std::vector<bool>{true});
 }
 
 TEST_F(AppTest, aLostGpuIsReplacedWithTheSettingsIntact) {
   AppDelegate delegate(services());
-  delegate.didFinishLaunching();
+  launch(delegate);
   change([](NimbraConfig& config) { config.extraHeight = 20; });
   const auto before = panels_.live("left");
   before->draw();
@@ -458,18 +508,18 @@ TEST_F(AppTest, aLostGpuIsReplacedWithTheSettingsIntact) {
 
 TEST_F(AppTest, aGpuThatStaysAwayEndsTheProgramWithAMessage) {
   AppDelegate delegate(services());
-  delegate.didFinishLaunching();
+  launch(delegate);
   devicesLeft_ = 0;
   dynamic_cast<RecordingDevice*>(device_)->lose();
   panels_.live("left")->draw();
-  for (int i = 0; i < 100 && terminated_.empty(); ++i) timers_.fire();
-  EXPECT_EQ(terminated_, std::vector<bool>{true});
+  for (int i = 0; i < 100 && terminations_ == 0; ++i) timers_.fire();
+  EXPECT_EQ(terminations_, 1);
   EXPECT_EQ(alerts_.size(), 1U);
 }
 
 TEST_F(AppTest, restartEmptiesEveryFluid) {
   AppDelegate delegate(services());
-  delegate.didFinishLaunching();
+  launch(delegate);
   panels_.live("left")->draw();
   EXPECT_FALSE(delegate.renderers().at(1)->sim().needsClear);
   delegate.restartSimulation();
@@ -479,7 +529,7 @@ TEST_F(AppTest, restartEmptiesEveryFluid) {
 TEST_F(AppTest, theHintIsGivenOnce) {
   panels_.hint = "The panel hides the band.";
   AppDelegate delegate(services());
-  delegate.didFinishLaunching();
+  launch(delegate);
   EXPECT_TRUE(hints_.empty());
   timers_.fire();
   screens_.change({left_});
@@ -489,15 +539,9 @@ TEST_F(AppTest, theHintIsGivenOnce) {
 
 TEST(Level, debugLevelWinsWhenItIsANumber) {
   const std::pair<std::optional<std::string>, OverlayLevel> table[] = {
-      {std::nullopt, OverlayLevel::aboveMenuBar},
-      {"-5", OverlayLevel::desktop},
-      {"0", OverlayLevel::desktop},
-      {"+7", OverlayLevel::aboveMenuBar},
-      {"", OverlayLevel::aboveMenuBar},
-      {"7x", OverlayLevel::aboveMenuBar},
-      {"+-7", OverlayLevel::aboveMenuBar},
-      {"99999999999999999999", OverlayLevel::aboveMenuBar},
-      {" 1", OverlayLevel::aboveMenuBar}};
+      {std::nullopt, OverlayLevel::aboveMenuBar}, {"0", OverlayLevel::desktop},
+      {"+7", OverlayLevel::aboveMenuBar},         {"7x", OverlayLevel::aboveMenuBar},
+      {"+-7", OverlayLevel::aboveMenuBar},        {"99999999999999999999", OverlayLevel::aboveMenuBar}};
   for (const auto& [text, level] : table) {
     EXPECT_EQ(overlayLevelFor(LayerMode::aboveMenuBar, text), level) << text.value_or("(none)");
   }

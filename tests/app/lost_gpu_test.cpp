@@ -109,8 +109,9 @@ TEST(LostGpu, theBandIsBackWithItsSettingsAndPalette) {
                         .environment = [](std::string_view) { return std::nullopt; },
                         .backendName = "none",
                         .alert = [&](const std::string&, const std::string& text) { alerts.push_back(text); },
-                        .terminate = [](bool) { FAIL(); },
+                        .terminate = [] { FAIL(); },
                         .hint = [](const std::string&) {}});
+  ASSERT_TRUE(delegate.startGpu());
   delegate.didFinishLaunching();
   const auto drawFrames = [&](int count) {
     for (int i = 0; i < count; ++i) {

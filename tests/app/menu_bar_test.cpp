@@ -67,14 +67,6 @@ TEST(QuickMenu, hasItsLinesInOrder) {
                    "---", "Settings… (,)", "Restart Simulation", "---", "Quit Veloria (q)"}));
   EXPECT_EQ(linesOf(find(menu, "Pointer interaction")->submenu),
             (Names{"[ ] None", "[ ] Glow follow", "[ ] Push the fluid", "[x] Swirl", "[ ] Calm"}));
-
-  Names presets, palettes;
-  for (const LookPreset& preset : LookPreset::all()) presets.emplace_back(preset.name);
-  for (const Palette& palette : Palette::presets()) {
-    palettes.push_back((palette.name == "Classic Nimbra" ? "[x] " : "[ ] ") + palette.name);
-  }
-  EXPECT_EQ(linesOf(find(menu, "Preset")->submenu), presets);
-  EXPECT_EQ(linesOf(find(menu, "Colour")->submenu), palettes);
 }
 
 TEST(QuickMenu, marksWhatTheSettingsSay) {
@@ -93,7 +85,7 @@ TEST(QuickMenu, marksWhatTheSettingsSay) {
          c.customPalette = Palette{"Mine", {}};
        },
        "Pause Nimbra",
-       {"Classic Nimbra"},
+       {},
        {"Swirl"}},
       {"another pointer mode",
        [](NimbraConfig& c) { c.pointerMode = PointerMode::none; },
@@ -111,29 +103,6 @@ TEST(QuickMenu, marksWhatTheSettingsSay) {
   }
 }
 
-TEST(ClickRules, tellTheMenuFromTheSettings) {
-  using enum Click;
-  using enum ClickResponse;
-  struct Case {
-    Click click;
-    bool control, shown;
-    ClickResponse response;
-  };
-  for (const Case& c : {
-           Case{primary, false, false, openSettings},
-           Case{primary, false, true, closeSettings},
-           Case{primary, true, false, showMenu},
-           Case{primary, true, true, showMenu},
-           Case{secondary, false, false, showMenu},
-           Case{secondary, false, true, showMenu},
-           Case{secondary, true, false, showMenu},
-           Case{unknown, false, false, openSettings},
-           Case{unknown, false, true, openSettings},
-       }) {
-    EXPECT_EQ(responseTo(c.click, c.control, c.shown), c.response) << static_cast<int>(c.click) << c.control << c.shown;
-  }
-}
-
 class FakeStatusItem final : public StatusItem {
  public:
   void setHandlers(Handlers now) override { handlers = std::move(now); }
@@ -142,7 +111,6 @@ class FakeStatusItem final : public StatusItem {
     ++menusSet;
   }
   void showMenu() override { ++menusShown; }
-  bool isAvailable() const override { return true; }
   std::optional<Rect> place() const override { return Rect{1, 2, 3, 4}; }
 
   void choose(const std::string& title) {
@@ -180,11 +148,12 @@ class MenuBarControllerTest : public testing::Test {
   const NimbraConfig& config() const { return settings_.config(); }
 
   SettingsStore settings_{std::make_unique<MemoryStorage>(), [](std::string_view) { return std::nullopt; }};
+  SettingsEditor editor_{settings_};
   FakeStatusItem item_;
   FakePresenter presenter_;
   int resets_ = 0;
   int ends_ = 0;
-  MenuBarController controller_{{.settings = &settings_,
+  MenuBarController controller_{{.settings = &editor_,
                                  .statusItem = &item_,
                                  .presenter = &presenter_,
                                  .refreshSystemState = [this] { presenter_.log.push_back("refresh"); },
@@ -218,7 +187,7 @@ TEST_F(MenuBarControllerTest, chosenItemsDoWhatTheySay) {
   EXPECT_EQ(config(), before);
 }
 
-TEST_F(MenuBarControllerTest, aPresetReplacesTheLookAndAPaletteOnlyItsName) {
+TEST_F(MenuBarControllerTest, aPresetReplacesTheLookAPaletteTheColoursAndBothAreOneStepOfUndo) {
   NimbraConfig edited;
   edited.exposure = 3;
   edited.framesPerSecond = 30;
@@ -228,16 +197,18 @@ TEST_F(MenuBarControllerTest, aPresetReplacesTheLookAndAPaletteOnlyItsName) {
     controller_.choosePreset(preset.name);
     EXPECT_EQ(config(), choose(edited, preset)) << preset.name;
     EXPECT_EQ(config().framesPerSecond, 30);
+    EXPECT_EQ(config().palette().name, config().paletteName) << "not one's own any more";
+    editor_.undo();
+    EXPECT_EQ(config(), edited);
   }
-  settings_.setConfig(edited);
   controller_.choosePreset("no such preset");
   controller_.choosePointer("no such mode");
   EXPECT_EQ(config(), edited);
 
-  NimbraConfig wanted = edited;
-  wanted.paletteName = Palette::presets().back().name;
-  item_.choose(wanted.paletteName);
-  EXPECT_EQ(config(), wanted) << "the custom palette stays";
+  item_.choose(Palette::presets().back().name);
+  EXPECT_EQ(config().palette(), Palette::presets().back());
+  editor_.undo();
+  EXPECT_EQ(config(), edited);
 }
 
 TEST_F(MenuBarControllerTest, theMenuFollowsTheSettingsAndNothingElse) {
@@ -260,16 +231,21 @@ TEST_F(MenuBarControllerTest, clicksToggleTheSettingsOrShowTheMenu) {
   item_.handlers.clicked(Click::secondary, false);
   item_.handlers.clicked(Click::primary, true);
   EXPECT_EQ(item_.menusShown, 2);
+  item_.handlers.clicked(Click::unknown, true);
   EXPECT_TRUE(presenter_.shown) << "they stay as they are";
   item_.handlers.clicked(Click::primary, false);
   EXPECT_FALSE(presenter_.shown);
+  item_.handlers.clicked(Click::unknown, false);
+  EXPECT_TRUE(presenter_.shown);
+  EXPECT_EQ(item_.menusShown, 2);
 }
 
 TEST(MenuBarController, leavesTheStatusItemAlone) {
   SettingsStore settings(std::make_unique<MemoryStorage>(), [](std::string_view) { return std::nullopt; });
   FakeStatusItem item;
   FakePresenter presenter;
-  { MenuBarController controller({.settings = &settings, .statusItem = &item, .presenter = &presenter}); }
+  SettingsEditor editor(settings);
+  { MenuBarController controller({.settings = &editor, .statusItem = &item, .presenter = &presenter}); }
   EXPECT_FALSE(item.handlers.clicked);
   NimbraConfig paused;
   paused.enabled = false;

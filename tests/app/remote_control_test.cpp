@@ -5,19 +5,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "settings/LookPreset.h"
+#include "AppFakes.h"
 
 namespace veloria::tests {
 namespace {
 
 using ::testing::HasSubstr;
 using Json = nlohmann::ordered_json;
-
-class NoStorage : public SettingsStorage {
- public:
-  std::optional<std::string> read(std::string_view) override { return std::nullopt; }
-  bool write(std::string_view, std::string_view) override { return true; }
-};
 
 AppStatus fullStatus() {
   AppStatus status;
@@ -40,8 +34,9 @@ class RemoteControlTest : public testing::Test {
  protected:
   Json ask(const std::string& question) { return Json::parse(remote_.answer(question)); }
 
-  SettingsStore settings_{std::make_unique<NoStorage>(), [](std::string_view) { return std::nullopt; }};
-  RemoteControl remote_{{.settings = &settings_, .status = fullStatus}};
+  SettingsStore settings_{std::make_unique<MemoryStorage>(), [](std::string_view) { return std::nullopt; }};
+  SettingsEditor editor_{settings_};
+  RemoteControl remote_{{.settings = &editor_, .status = fullStatus}};
 };
 
 TEST_F(RemoteControlTest, PausesResumesAndChangesTheLook) {
@@ -49,16 +44,19 @@ TEST_F(RemoteControlTest, PausesResumesAndChangesTheLook) {
   EXPECT_FALSE(settings_.config().enabled);
   EXPECT_EQ(ask(R"({"command": "resume"})"), Json::object());
   EXPECT_TRUE(settings_.config().enabled);
-  const LookPreset& rave = *LookPreset::find("Rave");
+  NimbraConfig own;
+  own.customPalette = Palette{"Mine", {4, {1, 0, 0}}};
+  settings_.setConfig(own);
   EXPECT_EQ(ask(R"({"command": "preset", "name": "Rave"})"), Json::object());
-  EXPECT_EQ(settings_.config(), choose(NimbraConfig(), rave));
+  EXPECT_EQ(settings_.config(), choose(NimbraConfig(), *LookPreset::find("Rave")));
+  editor_.undo();
+  EXPECT_EQ(settings_.config(), own) << "the settings window takes it back";
 }
 
 TEST_F(RemoteControlTest, SaysWhatIsWrongAndChangesNothing) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"", "one line of JSON"},
       {"[]", "one line of JSON"},
-      {"{\"command\": \"status\"", "one line of JSON"},
       {std::string(3000, '['), "one line of JSON"},
       {"{}", "no command \"\""},
       {R"({"command": 7})", "no command \"\""},

@@ -95,6 +95,21 @@ TEST_F(EndToEnd, aServerThatGoesAwayEndsItWithOneLine) {
   EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
 }
 
+TEST_F(EndToEnd, withoutAGpuAWindowSaysSoAndNothingElseIsShown) {
+  if (const auto missing = missingProgram({"xdotool"}); !missing.empty()) GTEST_SKIP() << missing << " is missing";
+  startDesktop();
+  if (IsSkipped()) return;
+  veloria_ =
+      desktop_->run({VELORIA_BINARY}, {{"VK_DRIVER_FILES", "/nowhere.json"}, {"VK_ICD_FILENAMES", "/nowhere.json"}});
+  const auto box = desktop_->waitForWindow("Veloria", 20);
+  ASSERT_TRUE(box) << veloria_->output();
+  EXPECT_EQ(bands(), 0U);
+  EXPECT_EQ(veloria_->output(),
+            "Veloria could not start\nThis computer has no Vulkan device, so Veloria cannot run.\n");
+  desktop_->runToEnd({"xdotool", "windowactivate", "--sync", std::to_string(box->id), "key", "Escape"});
+  EXPECT_EQ(veloria_->wait(10), 3) << "the service manager does not start it again";
+}
+
 TEST_F(EndToEnd, brokenSettingsAreLeftAloneAndTheDefaultsShown) {
   startDesktop();
   if (IsSkipped()) return;

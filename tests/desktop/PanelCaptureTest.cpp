@@ -316,7 +316,7 @@ TEST_F(PanelCapture, withoutACompositorItSaysWhyAndTheNextStartWorksAgain) {
   desktop().startWindowManager("openbox");
   connect();
   const xcb_window_t dock = openDock(32);
-  const std::string reason = "The panel's text can't be kept: no compositor runs.";
+  const std::string reason = "no compositor runs";
   captureStrip();
   EXPECT_EQ(error_, reason);
   for (int round = 0; round < 3; ++round) {

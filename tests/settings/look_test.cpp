@@ -130,6 +130,7 @@ TEST(LookPresetTest, EachSetsWhatItNamesResetsTheOtherLookFieldsAndKeepsTheRest)
     EXPECT_EQ(preset.description, presetTexts[i][1]);
     NimbraConfig expected = before.resettingLook();
     expected.paletteName = presetTexts[i][2];
+    expected.customPalette.reset();
     for (const auto& [key, values] : presetTable()) {
       ASSERT_EQ(values.size(), presetTexts.size());
       if (!std::isnan(values[i])) expected = set(expected, {{key, values[i]}});

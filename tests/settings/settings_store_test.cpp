@@ -144,13 +144,10 @@ TEST_F(SettingsStoreTest, TheEnvironmentOverridesWhatIsStored) {
   const std::vector<Case> cases{
       {{{"NIMBRA_VISUALIZER", "music"}}, [](NimbraConfig& c) { c.visualizer = Visualizer::music; }},
       {{{"NIMBRA_VISUALIZER", "Music"}}, [](NimbraConfig&) {}},
-      {{{"NIMBRA_VISUALIZER", ""}}, [](NimbraConfig&) {}},
       {{{"NIMBRA_LAYER", "desktopFull"}}, [](NimbraConfig& c) { c.layerMode = LayerMode::desktopFull; }},
-      {{{"NIMBRA_LAYER", "full"}}, [](NimbraConfig&) {}},
       {{{"NIMBRA_HDR", "1"}}, [](NimbraConfig& c) { c.hdrGlow = true; }},
       {{{"NIMBRA_HDR", "true"}}, [](NimbraConfig& c) { c.hdrGlow = false; }},
       {{{"NIMBRA_HDR", ""}}, [](NimbraConfig& c) { c.hdrGlow = false; }},
-      {{{"NIMBRA_HDR", "11"}}, [](NimbraConfig& c) { c.hdrGlow = false; }},
       {{{"NIMBRA_SCRIPT", "set wind 1"}, {"NIMBRA_VISUALIZER", "music"}},
        [](NimbraConfig& c) {
          c.customScript = "set wind 1";
@@ -182,6 +179,18 @@ TEST_F(SettingsStoreTest, ALaterChangeStoresTheOverridesToo) {
   changed.exposure = 2;
   store.setConfig(changed);
   EXPECT_EQ(storedRecord().layerMode, LayerMode::desktopFull);
+}
+
+TEST_F(SettingsStoreTest, APaletteThatWasPutAsideOutlivesTheProcess) {
+  NimbraConfig mine;
+  mine.customPalette = Palette{"Mine", {4, {1, 0, 0}}};
+  SettingsStore store = makeStore();
+  store.setConfig(mine);
+  store.keepOwnPalette();
+  store.setConfig(NimbraConfig());
+  EXPECT_EQ(makeStore().ownPalette(), mine.customPalette);
+  memory.stored["NimbraConfig.v1.ownPalette"] = "{";
+  EXPECT_EQ(makeStore().ownPalette(), std::nullopt);
 }
 
 TEST_F(SettingsStoreTest, TheSharedOneIsMadeOnce) {

@@ -216,7 +216,6 @@ TEST_F(CommandLineToolTest, ALinkThatWouldLeadNowhereIsNotMade) {
   fs::create_symlink(at("other/nimbra"), link);
   fs::permissions(command, fs::perms::owner_read);
   EXPECT_EQ(errorOf([this] { tool().install(); }), text);
-  EXPECT_THROW(tool().install(), InstallError);
   fs::remove(command);
   EXPECT_THROW(tool().install(), InstallError);
   EXPECT_EQ(fs::read_symlink(link), at("other/nimbra")) << "a link that works is kept";

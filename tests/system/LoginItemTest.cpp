@@ -22,19 +22,17 @@ class FakeLogin final : public LoginItemPort {
   }
 };
 
-TEST(LoginItemTest, TellsOfAFailureInTheSystemLogOnly) {
+TEST(LoginItemTest, ReturnsAFailureAndTellsTheSystemLog) {
   FakeLogin port;
   LoginItem item(port);
-  testing::internal::CaptureStderr();
-  item.set(true);
+  EXPECT_TRUE(item.set(true));
   EXPECT_TRUE(item.isEnabled());
-  item.set(false);
+  EXPECT_TRUE(item.set(false));
   EXPECT_FALSE(item.isEnabled());
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 
   port.works = false;
   testing::internal::CaptureStderr();
-  item.set(true);
+  EXPECT_EQ(item.set(true).error(), "/autostart: No space left on device");
   EXPECT_FALSE(item.isEnabled());
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "Veloria: login item change failed: /autostart: No space left on device\n");

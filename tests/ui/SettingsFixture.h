@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "settings/SettingsEditor.h"
 #include "settings/SettingsStore.h"
-#include "ui/SettingsEditor.h"
 
 namespace veloria {
 

@@ -91,15 +91,23 @@ TEST_F(PresetGalleryTest, keysMoveAndChoose) {
   EXPECT_EQ(stops, 1) << "one stop of the tab key";
 }
 
-TEST_F(ChoiceTest, aBuiltInPaletteTakesThePlaceOfOnesOwn) {
+TEST_F(ChoiceTest, aBuiltInPaletteTakesThePlaceOfOnesOwnWhichStaysAtHand) {
+  const Palette own{"Rose Quartz", {4, {1, 1, 1}}};
   PaletteGallery gallery(editor_);
   EXPECT_EQ(marked(gallery), QStringList("Classic Nimbra"));
+  EXPECT_TRUE(child<Tile>(gallery, "ownPalette").isHidden()) << "there is none yet";
   for (const Palette& palette : Palette::presets()) {
-    editor_.change("own", [](NimbraConfig& c) { c.customPalette = Palette{"Rose Quartz", {4, {1, 1, 1}}}; });
-    EXPECT_EQ(marked(gallery), QStringList()) << "one's own is in use, whatever its name";
+    editor_.change("own", [&](NimbraConfig& c) { c.customPalette = own; });
+    EXPECT_EQ(marked(gallery), QStringList("ownPalette")) << "whatever its name";
     child<Tile>(gallery, palette.name.c_str()).click();
     EXPECT_EQ(config().palette(), palette);
     EXPECT_EQ(marked(gallery), QStringList(QString::fromStdString(palette.name)));
+    editor_.undo();
+    EXPECT_EQ(config().customPalette, own) << "one step back";
+    editor_.redo();
+    child<Tile>(gallery, "ownPalette").click();
+    EXPECT_EQ(config().customPalette, own) << "and by its tile";
+    child<Tile>(gallery, palette.name.c_str()).click();
   }
   editor_.change("paletteName", [](NimbraConfig& c) { c.paletteName = "no such palette"; });
   EXPECT_EQ(marked(gallery), QStringList("Classic Nimbra")) << "what is drawn then";
@@ -125,7 +133,7 @@ TEST_F(ChoiceTest, aColourMakesAPaletteOfOnesOwn) {
   card.show();
   const auto nebula = Palette::presets()[3];
   EXPECT_EQ(child<QLineEdit>(card, "hex1").text(), hexOf(nebula.stops[0]));
-  EXPECT_FALSE(child<QPushButton>(card, "removePalette").isEnabled());
+  EXPECT_FALSE(child<QPushButton>(card, "putAside").isEnabled());
 
   type(child<QLineEdit>(card, "hex2"), "#ff8000");
   ASSERT_TRUE(config().customPalette);
@@ -134,8 +142,9 @@ TEST_F(ChoiceTest, aColourMakesAPaletteOfOnesOwn) {
   EXPECT_EQ(config().customPalette->stops[0], nebula.stops[0]) << "the others are exactly as they were";
   EXPECT_EQ(config().customPalette->stops[3], nebula.stops[3]);
 
-  child<QPushButton>(card, "removePalette").click();
+  child<QPushButton>(card, "putAside").click();
   EXPECT_EQ(config().palette(), nebula);
+  EXPECT_EQ(hexOf(editor_.ownPalette()->stops[1]), "#ff8000");
   child<QPushButton>(card, "copyPalette").click();
   ASSERT_TRUE(config().customPalette);
   EXPECT_EQ(config().customPalette->stops, nebula.stops);

@@ -6,24 +6,12 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QLabel>
-#include <map>
 #include <memory>
 #include <string>
 
-#include "settings/SettingsStore.h"
-#include "ui/SettingsEditor.h"
+#include "SettingsFixture.h"
 
 namespace veloria::tests {
-
-class MapStorage final : public SettingsStorage {
- public:
-  std::optional<std::string> read(std::string_view) override { return std::nullopt; }
-  bool write(std::string_view, std::string_view bytes) override {
-    written = bytes;
-    return true;
-  }
-  std::string written;
-};
 
 /// Lets the event loop run until the condition holds; false when it never did.
 template <typename Condition>
@@ -59,7 +47,7 @@ class CardsFixture : public testing::Test {
     return all.remove(QChar(0x200B));
   }
 
-  SettingsStore store_{std::make_unique<MapStorage>(), [](std::string_view) { return std::nullopt; }};
+  SettingsStore store_{std::make_unique<NoStorage>(), [](std::string_view) { return std::nullopt; }};
   SettingsEditor editor_{store_};
 };
 

@@ -1,9 +1,7 @@
-// Room for every text: in a narrow window, with the long words of translations, in light and dark.
+// Room for every text: in a narrow window, with the long words of translations.
 
 #include <QAbstractButton>
-#include <QDir>
 #include <QLineEdit>
-#include <QPainter>
 #include <QTranslator>
 #include <functional>
 
@@ -32,19 +30,6 @@ class LongWords final : public QTranslator {
     return source + QLatin1Char(' ') + source.left(source.size() / 2).replace(QLatin1Char('%'), QLatin1Char('x'));
   }
 };
-
-QPalette darkColours() {
-  QPalette dark;
-  dark.setColor(QPalette::Window, QColor(38, 40, 46));
-  dark.setColor(QPalette::WindowText, QColor(232, 232, 236));
-  dark.setColor(QPalette::Base, QColor(26, 27, 32));
-  dark.setColor(QPalette::Text, QColor(232, 232, 236));
-  dark.setColor(QPalette::Button, QColor(54, 57, 65));
-  dark.setColor(QPalette::ButtonText, QColor(232, 232, 236));
-  dark.setColor(QPalette::Highlight, QColor(76, 132, 255));
-  dark.setColor(QPalette::HighlightedText, Qt::white);
-  return dark;
-}
 
 class CardLayoutTest : public CardsFixture {
  protected:
@@ -79,7 +64,7 @@ class CardLayoutTest : public CardsFixture {
         return new CommandLineCard({[&view] { return view; }, [] {}, [] {}}, "get it from a package", p);
       };
     };
-    const auto none = [] { return std::string(); };
+    const auto none = [](SystemPane) { return std::string(); };
     return {{"presets", [this](QWidget* p) { return new PresetGallery(editor_, pictures_, p); }},
             {"palettes",
              [this](QWidget* p) {
@@ -96,14 +81,18 @@ class CardLayoutTest : public CardsFixture {
             {"command-by-hand", commands(byHand_)},
             {"login",
              [](QWidget* p) {
-               return new LoginItemCard({[] { return true; }, [](bool) {}}, p);
+               return new LoginItemCard({[] { return true; }, [](bool) { return std::string(); }}, p);
              }},
             {"status", [this](QWidget* p) { return ReadoutCard::makeStatus(*ticker_, p); }},
             {"notch", [this](QWidget* p) { return ReadoutCard::makeNotch(*ticker_, p); }},
             {"weather", [this](QWidget* p) { return ReadoutCard::makeWeather(*ticker_, p); }},
             {"audio", [this](QWidget* p) { return ReadoutCard::makeAudio(*ticker_, p); }},
             {"system", [this, none](QWidget* p) {
-               return new SystemFactsCard({[] { return SystemFacts{true, true}; }, none, none}, *ticker_, p);
+               return new SystemFactsCard({[] {
+                                             return SystemFacts{true, true, 1};
+                                           },
+                                           none, SystemPane::appearance, true},
+                                          *ticker_, p);
              }}};
   }
 
@@ -182,25 +171,6 @@ TEST_F(CardLayoutTest, everyControlCanBeReachedByKeyAndHasAName) {
       EXPECT_NE(widget->focusPolicy() & Qt::ClickFocus, 0) << widget->objectName().toStdString();
     }
   }
-}
-
-/// For a person to look at; written where UI_CARDS_PICTURES says.
-TEST_F(CardLayoutTest, picturesForAPerson) {
-  const QString folder = qEnvironmentVariable("UI_CARDS_PICTURES");
-  if (folder.isEmpty()) GTEST_SKIP() << "UI_CARDS_PICTURES names no folder";
-  host_.show();
-  const QPalette light = QApplication::palette();
-  for (const bool dark : {false, true}) {
-    QApplication::setPalette(dark ? darkColours() : light);
-    for (const auto& [name, make] : cards()) {
-      for (const int width : {400, 640}) {
-        const auto window = windowWith(make, width);
-        const QString file = QString("%1/%2-%3-%4.png").arg(folder, name.c_str(), dark ? "dark" : "light").arg(width);
-        EXPECT_TRUE(window->grab().save(file)) << file.toStdString();
-      }
-    }
-  }
-  QApplication::setPalette(light);
 }
 
 }  // namespace

@@ -69,13 +69,6 @@ double differenceOf(const QImage& a, const QImage& b) {
   return sum / (3.0 * a.width() * a.height());
 }
 
-/// For a person to look at, in the folder that UI_CARDS_PICTURES names.
-void keepPicture(QWidget& widget, const char* name) {
-  const QString folder = qEnvironmentVariable("UI_CARDS_PICTURES");
-  if (folder.isEmpty()) return;
-  EXPECT_TRUE(widget.grab().save(folder + "/" + name + ".png"));
-}
-
 std::ptrdiff_t threadCount() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
 }
@@ -184,7 +177,6 @@ TEST_F(PreviewTest, presetPicturesAreDrawnOnceAndCanBeToldApart) {
       EXPECT_GT(differenceOf(pictures.picture(i), pictures.picture(j)), 8) << i << " and " << j;
     }
   }
-  keepPicture(*gallery, "looks");
   gallery.reset();
   PresetGallery again(editor_, pictures);
   again.show();
@@ -203,7 +195,6 @@ TEST_F(PreviewTest, picturesAreDrawnWhileTheStripRuns) {
   window.resize(500, 600);
   window.show();
   ASSERT_TRUE(runUntil([&] { return stills_ >= 7; }, 90000)) << reason_.toStdString();
-  keepPicture(window, "window");
   EXPECT_GT(frames_, 7) << "they take turns";
   EXPECT_EQ(devices_, 1);
   strip.reset();

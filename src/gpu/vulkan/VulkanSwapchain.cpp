@@ -97,7 +97,6 @@ void SwapchainDrawable::recordTransition(VkCommandBuffer commands, VkImageLayout
 void SwapchainDrawable::submitted(std::uint64_t number) {
   if (acquireSemaphore_ != VK_NULL_HANDLE) swapchain_.waited(acquireSemaphore_, number);
   acquireSemaphore_ = VK_NULL_HANDLE;
-  swapchain_.lastSubmission_ = number;
 }
 
 void SwapchainDrawable::present() {

@@ -68,8 +68,6 @@ class VulkanSwapchain {
   bool hasTaken() const { return taken_ != nullptr; }
   const SurfaceShape& shape() const { return shape_; }
   SwapchainState state() const { return state_; }
-  /// The last submission that touched an image.
-  std::uint64_t lastSubmission() const { return lastSubmission_; }
 
  private:
   friend class SwapchainDrawable;
@@ -89,7 +87,6 @@ class VulkanSwapchain {
   std::vector<AcquireSemaphore> semaphores_;
   SwapchainDrawable* taken_ = nullptr;
   SwapchainState state_ = SwapchainState::good;
-  std::uint64_t lastSubmission_ = 0;
 };
 
 }  // namespace veloria::gpu::vulkan

@@ -193,7 +193,7 @@ TEST_F(LinuxSystemTest, ServesTheObservableStateWithoutGoingRound) {
     std::unique_ptr<Timer> repeating(double, double, std::function<void()>) override { return nullptr; }
   } timers;
   SystemState state(*system, timers);
-  EXPECT_TRUE(waitFor([&] { return state.increaseContrast(); }));
+  EXPECT_TRUE(waitFor([&] { return state.facts().get().increaseContrast; }));
   for (int i = 0; i < 20; ++i) runEventLoop(), desktop::sleepBriefly();
   EXPECT_LE(bus->calls(portal, portalPath, "ReadAll"), 3) << "a change is not asked about over and over";
 }

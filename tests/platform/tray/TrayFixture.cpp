@@ -60,7 +60,7 @@ void TrayTest::TearDown() {
 
 void TrayTest::startIcon() {
   icon_ = std::make_unique<TrayIcon>([this](std::string_view text) { log_.emplace_back(text); });
-  controller_ = std::make_unique<MenuBarController>(MenuBarController::Ports{.settings = &settings_,
+  controller_ = std::make_unique<MenuBarController>(MenuBarController::Ports{.settings = &editor_,
                                                                              .statusItem = icon_.get(),
                                                                              .presenter = &presenter_,
                                                                              .terminate = [this] { ++ends_; },

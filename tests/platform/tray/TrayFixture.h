@@ -67,6 +67,7 @@ class TrayTest : public testing::Test {
   const NimbraConfig& config() const { return settings_.config(); }
 
   SettingsStore settings_{std::make_unique<MemoryStorage>(), [](std::string_view) { return std::nullopt; }};
+  SettingsEditor editor_{settings_};
   CountingPresenter presenter_;
   std::vector<std::string> log_;
   int resets_ = 0;

@@ -31,8 +31,6 @@ class TrayHostsWatch final : public QObject, private QAbstractNativeEventFilter 
   TrayHostsWatch(const QDBusConnection& bus, std::function<void(TrayHosts)> changed);
   ~TrayHostsWatch() override;
 
-  const X11Tray& x11() const { return x11_; }
-
  private:
   enum class Answer { host, noHost, silence };
 

@@ -45,7 +45,6 @@ class TrayIcon::Parts {
 
   void setHandlers(Handlers handlers) { handlers_ = std::move(handlers); }
   TrayMenu& menu() { return menu_; }
-  bool isAvailable() const { return icon_ != nullptr && (usesBus_ ? busHost_ : hosts_.x11().runs()); }
 
   std::optional<Rect> place() const {
     const QRect icon = icon_ ? icon_->geometry() : QRect();
@@ -61,14 +60,12 @@ class TrayIcon::Parts {
  private:
   // Not before there is a host: the library settles for good which kind of icon it makes when the first one is made.
   void hostsChanged(TrayHosts hosts) {
-    busHost_ = hosts.statusNotifier;
     if (icon_) return;
-    if (hosts.statusNotifier || hosts.x11) return makeIcon(hosts.statusNotifier);
+    if (hosts.statusNotifier || hosts.x11) return makeIcon();
     if (!std::exchange(complained_, true)) log_(noTray);
   }
 
-  void makeIcon(bool usesBus) {
-    usesBus_ = usesBus;
+  void makeIcon() {
     icon_ = std::make_unique<QSystemTrayIcon>(sparkles(shade_));
     icon_->setToolTip(QStringLiteral("Veloria — click for settings"));
     icon_->setContextMenu(&menu_.widget());
@@ -105,8 +102,6 @@ class TrayIcon::Parts {
 
   std::function<void(std::string_view)> log_;
   Handlers handlers_;
-  bool busHost_ = false;
-  bool usesBus_ = false;
   bool complained_ = false;
   PanelShade shade_ = PanelShade::dark;
   std::optional<Rect> lastClick_;
@@ -130,10 +125,6 @@ void TrayIcon::setMenu(const Menu& menu) {
 
 void TrayIcon::showMenu() {
   parts_->showMenu();
-}
-
-bool TrayIcon::isAvailable() const {
-  return parts_->isAvailable();
 }
 
 std::optional<Rect> TrayIcon::place() const {

@@ -27,7 +27,6 @@ class TrayIcon final : public StatusItem {
   void setHandlers(Handlers handlers) override;
   void setMenu(const Menu& menu) override;
   void showMenu() override;
-  bool isAvailable() const override;
   std::optional<Rect> place() const override;
 
  private:

@@ -74,7 +74,6 @@ class X11OverlayPanel final : public OverlayPanel {
   void handleProperty(const xcb_property_notify_event_t& event);
   void handleRootProperty(xcb_atom_t changed);
   void handleObscured(bool obscured);
-  void destroyedByOthers();
   void readManagedState();
 
   void screensRefreshed();

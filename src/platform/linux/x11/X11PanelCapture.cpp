@@ -26,9 +26,9 @@ constexpr std::uint8_t eventCodeMask = 0x7f;
 constexpr std::uint8_t colourDepth = 24;
 constexpr std::uint8_t alphaDepth = 32;
 
-constexpr const char* noCompositor = "The panel's text can't be kept: no compositor runs.";
+constexpr const char* noCompositor = "no compositor runs";
 constexpr const char* noDisplay = "No capturable display found.";
-constexpr const char* noStrip = "The panel's text can't be kept: the band's strip is empty or too large.";
+constexpr const char* noStrip = "the band's strip is empty or too large";
 
 bool capturable(const PixelRect& strip) {
   const auto longest = static_cast<int>(gpu::maxTextureLength);
@@ -105,12 +105,11 @@ void X11PanelCapture::stop() {
 }
 
 std::string X11PanelCapture::obstacle() {
-  if (!connection_.composite().present) return "The panel's text can't be kept: the X server lacks Composite (0.2).";
-  if (!damagePresent_) return "The panel's text can't be kept: the X server lacks the DAMAGE extension.";
+  if (!connection_.composite().present) return "the X server lacks Composite (0.2)";
+  if (!damagePresent_) return "the X server lacks the DAMAGE extension";
   if (!connection_.compositorRunning()) return noCompositor;
   reader_ = std::make_unique<X11ImageReader>(connection_);
-  if (!reader_->understandsPixels())
-    return "The panel's text can't be kept: the X server's pixels are not 32-bit BGRA.";
+  if (!reader_->understandsPixels()) return "the X server's pixels are not 32-bit BGRA";
   return {};
 }
 
@@ -228,7 +227,7 @@ void X11PanelCapture::update() {
   timer_.reset();
   ++updateCount_;
   lastUpdate_ = clock_();
-  if (connection_.isBroken()) return fail("The panel's text can't be kept: the connection to the X display was lost.");
+  if (connection_.isBroken()) return fail("the connection to the X display was lost");
   if (lookNeeded_) look();
   readDirtyPanels();
   sortPanels();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 /// What the application is to the system. The event loop is not here: whoever makes the application object runs it, and
 /// the system's queues and timers are served by it. Main thread.
@@ -12,5 +13,8 @@ void becomeAccessory();
 
 /// Shows a critical alert and waits until it is answered.
 void showCriticalAlert(const std::string& message, const std::string& informative);
+
+/// Writes a line to the system's log, where the Console shows it. Any thread.
+void writeToSystemLog(std::string_view line);
 
 }  // namespace veloria

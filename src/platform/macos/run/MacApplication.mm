@@ -22,4 +22,10 @@ void showCriticalAlert(const std::string& message, const std::string& informativ
   }
 }
 
+void writeToSystemLog(std::string_view line) {
+  @autoreleasepool {
+    NSLog(@"%@", systemText(line));
+  }
+}
+
 }  // namespace veloria

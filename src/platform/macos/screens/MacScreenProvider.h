@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "render/ScreenProvider.h"
 
@@ -13,6 +14,8 @@ class MacScreenProvider final : public ScreenProvider {
   ~MacScreenProvider() override;
 
   std::vector<Screen> screens() override;
+  /// The one with the window that has the keyboard; absent while there is none.
+  std::optional<Screen> mainScreen();
   /// Changes that come together are told once, when the main thread is idle again.
   void setChangeHandler(std::function<void()> handler) override;
 

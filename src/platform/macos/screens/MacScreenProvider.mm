@@ -92,6 +92,15 @@ std::vector<Screen> MacScreenProvider::screens() {
   return checkedScreens(std::move(told));
 }
 
+std::optional<Screen> MacScreenProvider::mainScreen() {
+  std::vector<Screen> told;
+  @autoreleasepool {
+    if (NSScreen* screen = [NSScreen mainScreen]; screen != nil) told.push_back(describe(screen));
+  }
+  told = checkedScreens(std::move(told));
+  return told.empty() ? std::nullopt : std::optional(told.front());
+}
+
 void MacScreenProvider::setChangeHandler(std::function<void()> handler) {
   watch_->observer.onChange = ^{
     if (handler) handler();

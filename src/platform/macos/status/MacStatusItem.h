@@ -16,7 +16,6 @@ class MacStatusItem final : public StatusItem {
   void setMenu(const Menu& menu) override;
   /// Comes back when the menu is closed again.
   void showMenu() override;
-  bool isAvailable() const override;
   /// In points, y down from the top of the first screen.
   std::optional<Rect> place() const override;
 

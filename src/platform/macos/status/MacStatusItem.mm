@@ -109,10 +109,6 @@ void MacStatusItem::showMenu() {
   parts_->item.menu = nil;
 }
 
-bool MacStatusItem::isAvailable() const {
-  return parts_->item.visible;
-}
-
 std::optional<Rect> MacStatusItem::place() const {
   NSWindow* window = parts_->item.button.window;
   NSScreen* first = [NSScreen screens].firstObject;

@@ -28,6 +28,7 @@ class MacOverlayPanel final : public OverlayPanel {
 
   void setFrame(const Rect& frame, double scale) override;
   void setLevel(OverlayLevel level) override;
+  std::string levelName(OverlayLevel level) const override;
   void setPixelFormat(gpu::PixelFormat wanted) override;
   void setPreferredFramesPerSecond(double rate) override;
   void setPaused(bool paused) override;

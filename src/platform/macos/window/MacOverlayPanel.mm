@@ -98,6 +98,10 @@ void MacOverlayPanel::setLevel(OverlayLevel level) {
   panel_.level = windowLevel(level, debugLevel_, systemLevels());
 }
 
+std::string MacOverlayPanel::levelName(OverlayLevel level) const {
+  return std::to_string(windowLevel(level, debugLevel_, systemLevels()));
+}
+
 void MacOverlayPanel::setPixelFormat(gpu::PixelFormat wanted) {
   wanted_ = wanted;
   const MTLPixelFormat format = viewFormat(wanted);

@@ -1,17 +1,19 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/MediaClock.h"
+#include "settings/LookPreset.h"
 #include "settings/SettingsStore.h"
 
 namespace veloria {
 
-/// The hand of the settings window: every change that a person makes goes through here into the store, and can be taken
-/// back. Main thread. The store must outlive it.
+/// The hand of the person: what they change in the settings window, in the quick menu or by the nimbra command goes
+/// through here into the store, and can be taken back. Main thread. The store must outlive it.
 class SettingsEditor {
  public:
   /// Changes of the same thing that follow each other within this many seconds are one step of undo: a dragged slider.
@@ -28,6 +30,14 @@ class SettingsEditor {
   /// Applies `edit` to a copy of the record and stores it when that changed anything. `what` names what is changed: a
   /// field's key or the title of an action.
   void change(std::string_view what, const std::function<void(NimbraConfig&)>& edit);
+
+  /// Choices of colours. A palette of one's own that goes out of use by them is kept: see useOwnPalette().
+  void choosePreset(const LookPreset& preset);
+  void choosePalette(std::string_view name);
+  void putOwnPaletteAside();
+  /// See SettingsStore::ownPalette().
+  const std::optional<Palette>& ownPalette() const { return store_.ownPalette(); }
+  void useOwnPalette();
 
   /// Takes back, or makes again, the last step. Nothing happens when there is none. What others changed in between is
   /// kept where the step itself did not touch it.

@@ -1,4 +1,4 @@
-#include "ui/SettingsEditor.h"
+#include "settings/SettingsEditor.h"
 
 #include <utility>
 
@@ -23,8 +23,8 @@ void SettingsEditor::change(std::string_view what, const std::function<void(Nimb
   edit(after);
   if (after == before) return;
   const double now = clock_();
-  const bool joins = undone_.empty() && !done_.empty() && done_.back().what == what &&
-                     done_.back().after == before && now - done_.back().time <= joinSeconds;
+  const bool joins = undone_.empty() && !done_.empty() && done_.back().what == what && done_.back().after == before &&
+                     now - done_.back().time <= joinSeconds;
   undone_.clear();
   if (joins) {
     done_.back().after = after;
@@ -35,6 +35,28 @@ void SettingsEditor::change(std::string_view what, const std::function<void(Nimb
     done_.push_back({std::string(what), before, after, now});
   }
   store_.setConfig(std::move(after));
+}
+
+void SettingsEditor::choosePreset(const LookPreset& preset) {
+  store_.keepOwnPalette();
+  change(preset.name, [&](NimbraConfig& config) { config = choose(config, preset); });
+}
+
+void SettingsEditor::choosePalette(std::string_view name) {
+  store_.keepOwnPalette();
+  change("paletteName", [&](NimbraConfig& config) {
+    config.paletteName = name;
+    config.customPalette.reset();
+  });
+}
+
+void SettingsEditor::putOwnPaletteAside() {
+  store_.keepOwnPalette();
+  change("customPalette aside", [](NimbraConfig& config) { config.customPalette.reset(); });
+}
+
+void SettingsEditor::useOwnPalette() {
+  change("customPalette use", [this](NimbraConfig& config) { config.customPalette = ownPalette(); });
 }
 
 void SettingsEditor::undo() {
