@@ -78,9 +78,11 @@ TEST_F(SettingsByHand, aSliderThatIsHeldDownMovesTheBandAndLosesNothing) {
 
   key("Home");
   EXPECT_TRUE(desktop_->waitUntil([&] { return opacity() == 0; }));
-  EXPECT_TRUE(desktop_->waitUntil([&] { return litShare(desktop_->screenshot(), strip) < 0.02; })) << "the band follows";
+  EXPECT_TRUE(desktop_->waitUntil([&] { return litShare(desktop_->screenshot(), strip) < 0.02; }))
+      << "the band follows";
   key("End");
   EXPECT_TRUE(waitForLight(strip)) << "and comes back";
+  ASSERT_TRUE(desktop_->waitUntil([&] { return opacity() == 1; }));
 
   held = desktop_->run({"xdotool", "key", "--repeat", "500", "--delay", "20", "shift+Left"});
   ASSERT_TRUE(desktop_->waitUntil([&] { return opacity() < 1; }));
