@@ -35,7 +35,7 @@ std::vector<std::string> split(std::string_view bytes) {
 }
 
 void check(const CommandLine& line) {
-  if (line.session) require(isPlainText(*line.session, longestName));
+  if (line.session) require(veloria::isPlainText(*line.session, longestName));
   if (line.ttl) require(*line.ttl > 0 && std::isfinite(*line.ttl));
   for (const auto& operand : line.operands) {
     if (const auto colour = normalisedColour(operand)) require(colour->size() == 7);
@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     check(parseCommandLine(*command, arguments));
   } catch (const UsageError& error) {
     const std::string text = error.what();
-    require(!text.empty() && isPlainText(text, text.size()));
+    require(!text.empty() && veloria::isPlainText(text, text.size()));
   }
   return 0;
 }

@@ -24,13 +24,16 @@ void require(bool condition) {
   if (!condition) std::abort();
 }
 
-const std::array<std::function<void(json&)>, 8>& changes() {
-  static const std::array<std::function<void(json&)>, 8> all{
+const std::array<std::function<void(json&)>, 9>& changes() {
+  static const std::array<std::function<void(json&)>, 9> all{
       [](json& state) {
         reportActivity(state, Activity::busy, {"build", 60}, now);
       },
       [](json& state) { reportActivity(state, Activity::fail, {}, now); },
       [](json& state) { setChannel(state, "a0", 0.5, std::nullopt, now); },
+      [](json& state) {
+        setChannel(state, "busy", -0.5, SessionChoice{lifetimeSession("busy"), 5}, now);
+      },
       [](json& state) { unsetChannel(state, "busy", now); },
       [](json& state) {
         setPalette(state, {"#000000", "#ffffff"}, now);
