@@ -3,6 +3,7 @@
 #include <QTimer>
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -32,6 +33,7 @@
 #include "platform/linux/system/AutostartLoginItem.h"
 #include "platform/linux/system/LinuxSystem.h"
 #include "platform/linux/tray/TrayIcon.h"
+#include "platform/linux/wallpaper/DecoderProcess.h"
 #include "platform/linux/wallpaper/LinuxDesktopPicture.h"
 #include "platform/posix/files/OnceMark.h"
 #include "platform/posix/files/UserFolders.h"
@@ -54,14 +56,16 @@ void tellLossOnce(const std::string& line) {
   if (!told.test_and_set()) systemLog(line);
 }
 
-/// Qt may end the program itself after it has told of the loss of its display. What else it has to say about displays
-/// is said by the band's own connection to them.
+/// Qt ends the program by exit() once it has told of the loss of its display, which would destroy what the threads of
+/// the GPU and of sound still use; so the program ends here. What else Qt has to say about displays is said by the
+/// band's own connection to them.
 void takeFromQt(QtMsgType, const QMessageLogContext&, const QString& message) {
   const std::string text = message.toStdString();
   const bool lost = text.starts_with("The Wayland connection ") || text.starts_with("The X11 connection ");
   if (!lost) return NimbraLog::debug(text);
   tellLossOnce("veloria: " + text);
   SettingsStore::shared().flush();
+  std::_Exit(failed);
 }
 
 /// Where Qt shows the settings and the icon. The display is opened once more for the band itself, and what is wrong
@@ -83,6 +87,10 @@ void postToMain(std::function<void()> action) {
 }
 
 }  // namespace
+
+void runHelper(int argc, char** argv) {
+  runAsDecoder(argc, argv);
+}
 
 int runApplication(int& argc, char** argv) {
   const Environment environment = processEnvironment();

@@ -39,6 +39,8 @@
 
 namespace veloria {
 
+void runHelper(int, char**) {}
+
 int runApplication(int& argc, char** argv) {
   setSystemLog(writeToSystemLog);
   const Environment environment = processEnvironment();

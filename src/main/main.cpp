@@ -5,9 +5,6 @@
 
 #include "main/Command.h"
 #include "main/Commands.h"
-#ifdef __linux__
-#include "platform/linux/wallpaper/DecoderProcess.h"
-#endif
 
 namespace {
 
@@ -54,9 +51,7 @@ void printHelp() {
 }  // namespace
 
 int main(int argc, char** argv) {
-#ifdef __linux__
-  runAsDecoder(argc, argv);
-#endif
+  runHelper(argc, argv);
   QCoreApplication::setApplicationName("veloria");
   if (argc <= 1) return runCommand("veloria", [&] { return runApplication(argc, argv); });
 
