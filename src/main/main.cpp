@@ -6,7 +6,7 @@
 #include "main/Command.h"
 #include "main/Commands.h"
 #ifdef __linux__
-#include "platform/linux/wallpaper/DecoderProcess.h"
+#include "platform/linux/wallpaper/PictureDecoder.h"
 #endif
 
 namespace {
