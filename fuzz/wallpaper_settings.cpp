@@ -11,18 +11,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/wallpaper/FehScript.h"
-#include "platform/linux/wallpaper/GsettingsListing.h"
-#include "platform/linux/wallpaper/HyprpaperSettings.h"
-#include "platform/linux/wallpaper/NitrogenSettings.h"
-#include "platform/linux/wallpaper/PictureAddress.h"
-#include "platform/linux/wallpaper/PicturePackage.h"
-#include "platform/linux/wallpaper/PlasmaSettings.h"
-#include "platform/linux/wallpaper/Slideshow.h"
-#include "platform/linux/wallpaper/SwaybgArguments.h"
-#include "platform/linux/wallpaper/SwwwQuery.h"
 #include "base/TextLines.h"
-#include "platform/linux/wallpaper/XfceSettings.h"
+#include "platform/linux/wallpaper/PictureFinder.h"
+#include "platform/linux/wallpaper/PictureSettings.h"
 
 namespace {
 
@@ -58,8 +49,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   follow(veloria::swaybgPictureFromText(text, screen));
   follow(veloria::swwwPictureFromText(text, screen));
   follow(veloria::hyprpaperPictureFromText(text, screen));
-  follow(veloria::fehPictureFromText(text));
-  follow(veloria::nitrogenPictureFromText(text));
   follow(std::string(text));
   choosePackagePicture(text);
   return 0;

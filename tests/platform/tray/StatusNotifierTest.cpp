@@ -137,19 +137,23 @@ TEST_F(StatusNotifierTest, theIconStandsOutFromThePanelThatTheDesktopIsTakenToHa
 
   const auto program = bus().serve(portal, {"-t", VELORIA_TEST_DATA "/portal.py"});
   EXPECT_TRUE(waitFor([&] { return brightness() < 80; })) << "dark, where the desktop prefers light windows";
-  const auto prefer = [&](const QString& space, const QVariant& value) {
+  const QString settings = "org.freedesktop.portal.Settings";
+  const auto prefer = [&](const QString& space, const QString& value) {
+    const QString answer =
+        "ret = {'org.freedesktop.appearance': dbus.Dictionary({'color-scheme': " + value + "}, signature='sv')}";
+    bus().mock(portal, portalPath, "AddMethod", {settings, "ReadAll", "as", "a{sa{sv}}", answer});
     bus().mock(portal, portalPath, "EmitSignal",
-               {"org.freedesktop.portal.Settings", "SettingChanged", "ssv",
-                QVariant(QVariantList{space, "color-scheme", QVariant::fromValue(QDBusVariant(value))})});
+               {settings, "SettingChanged", "ssv",
+                QVariant(QVariantList{space, "color-scheme", QVariant::fromValue(QDBusVariant(1U))})});
   };
-  prefer("org.example.other", 1U);
+  prefer("org.example.other", "dbus.UInt32(1)");
   runFor(0.3);
   EXPECT_LT(brightness(), 80) << "another setting of the same name";
-  prefer("org.freedesktop.appearance", 1U);
+  prefer("org.freedesktop.appearance", "dbus.UInt32(1)");
   EXPECT_TRUE(waitFor([&] { return brightness() > 180; })) << "and light, where it prefers dark ones";
-  prefer("org.freedesktop.appearance", 2U);
+  prefer("org.freedesktop.appearance", "dbus.UInt32(2)");
   EXPECT_TRUE(waitFor([&] { return brightness() < 80; }));
-  prefer("org.freedesktop.appearance", "nonsense");
+  prefer("org.freedesktop.appearance", "'nonsense'");
   EXPECT_TRUE(waitFor([&] { return brightness() > 180; }));
 }
 

@@ -5,12 +5,8 @@ MAIN_OBJ = "/org/freedesktop/portal/desktop"
 MAIN_IFACE = "org.freedesktop.portal.Settings"
 SYSTEM_BUS = False
 
-READ = """
-if list(args) != ["org.freedesktop.appearance", "color-scheme"]:
-    raise dbus.exceptions.DBusException("none", name="org.freedesktop.portal.Error.NotFound")
-ret = dbus.UInt32(2, variant_level=2)
-"""
+ANSWER = "ret = {'org.freedesktop.appearance': dbus.Dictionary({'color-scheme': dbus.UInt32(2)}, signature='sv')}"
 
 
 def load(mock, parameters):
-    mock.AddMethod(MAIN_IFACE, "Read", "ss", "v", READ)
+    mock.AddMethod(MAIN_IFACE, "ReadAll", "as", "a{sa{sv}}", ANSWER)

@@ -1,4 +1,4 @@
-#include "platform/linux/wallpaper/DecoderProcess.h"
+#include "platform/linux/wallpaper/PictureDecoder.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>

@@ -68,14 +68,18 @@ class LinuxDesktopPictureTest : public testing::Test {
  protected:
   static void SetUpTestSuite() { threadsAtStart_ = threadCount(); }
 
-  /// A desktop without a display server, whose picture is the one that ~/.fehbg names.
+  /// A desktop without a display server, whose settings name the picture.
   Environment environment() const {
-    return [home = folder_.path()](std::string_view name) -> std::optional<std::string> {
-      return name == "HOME" ? std::optional(home) : std::nullopt;
+    return [folder = folder_.path()](std::string_view name) -> std::optional<std::string> {
+      if (name == "XDG_CURRENT_DESKTOP") return "KDE";
+      return name == "XDG_CONFIG_HOME" ? std::optional(folder) : std::nullopt;
     };
   }
 
-  void showPicture(const std::string& path) { folder_.write(".fehbg", "feh --bg-fill '" + path + "'\n"); }
+  void showPicture(const std::string& path) {
+    folder_.write("plasma-org.kde.plasma.desktop-appletsrc",
+                  "[Containments][1][Wallpaper][org.kde.image][General]\nImage=" + path + "\n");
+  }
 
   void paint(const std::string& name, QColor left, QColor right) {
     QImage image(400, 200, QImage::Format_RGB32);

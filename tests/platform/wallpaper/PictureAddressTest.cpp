@@ -1,4 +1,4 @@
-#include "platform/linux/wallpaper/PictureAddress.h"
+#include "platform/linux/wallpaper/PictureFinder.h"
 
 #include <gtest/gtest.h>
 

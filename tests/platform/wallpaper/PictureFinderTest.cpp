@@ -16,6 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 
 /// A home with settings files, a list of processes and programs, all made up.
+const std::string plasmaSettings = "[Containments][1][Wallpaper][org.kde.image][General]\nImage=file:///kde.png\n";
+
 class PictureFinderTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -61,26 +63,21 @@ class PictureFinderTest : public testing::Test {
 };
 
 TEST_F(PictureFinderTest, ReadsEachProgramsOwnFile) {
-  write("home/.config/plasma-org.kde.plasma.desktop-appletsrc",
-        "[Containments][1][Wallpaper][org.kde.image][General]\nImage=file:///kde.png\n");
+  write("home/.config/plasma-org.kde.plasma.desktop-appletsrc", plasmaSettings);
   write("home/.config/xfce4/xfconf/xfce-perchannel-xml/xfce4-desktop.xml",
         R"(<channel><property name="monitor0" type="empty"><property name="workspace0" type="empty">)"
         R"(<property name="last-image" type="string" value="/xfce.png"/></property></property></channel>)");
   write("home/.config/hypr/hyprpaper.conf", "wallpaper = DP-2,/other.png\nwallpaper = DP-1,~/picture.png\n");
-  write("home/.fehbg", "#!/bin/sh\nfeh --no-fehbg --bg-fill '/feh.png'\n");
-  write("home/.config/nitrogen/bg-saved.cfg", "[xin_-1]\nfile=/nitrogen.png\n");
   EXPECT_EQ(find(PictureSource::plasma), "/kde.png");
   EXPECT_EQ(find(PictureSource::xfce), "/xfce.png");
   EXPECT_EQ(find(PictureSource::hyprpaper), home("picture.png"));
   EXPECT_EQ(find(PictureSource::hyprpaper, "DP-2"), "/other.png");
-  EXPECT_EQ(find(PictureSource::feh), "/feh.png");
-  EXPECT_EQ(find(PictureSource::nitrogen), "/nitrogen.png");
 }
 
 TEST_F(PictureFinderTest, FindsNothingInAnEmptyHome) {
   surroundings_.processes = folder_.file("home");
   for (const auto source : {PictureSource::plasma, PictureSource::xfce, PictureSource::swaybg, PictureSource::hyprpaper,
-                            PictureSource::feh, PictureSource::nitrogen, PictureSource::rootPixmap}) {
+                            PictureSource::rootPixmap}) {
     EXPECT_EQ(find(source), std::nullopt) << static_cast<int>(source);
   }
 }
@@ -90,14 +87,15 @@ TEST_F(PictureFinderTest, LooksIntoNoFolderOfNobody) {
   surroundings_.config.clear();
   const fs::path before = fs::current_path();
   fs::current_path(folder_.path());
-  write(".fehbg", "feh --bg-fill '/feh.png'\n");
-  EXPECT_EQ(find(PictureSource::feh), std::nullopt) << "the current folder is not the home";
+  write("plasma-org.kde.plasma.desktop-appletsrc", plasmaSettings);
+  EXPECT_EQ(find(PictureSource::plasma), std::nullopt) << "the current folder is not the one of settings";
   fs::current_path(before);
 }
 
 TEST_F(PictureFinderTest, IgnoresOversizedSettings) {
-  write("home/.fehbg", "feh --bg-fill '/feh.png'\n" + std::string(std::size_t{1} << 20, '#'));
-  EXPECT_EQ(find(PictureSource::feh), std::nullopt);
+  write("home/.config/plasma-org.kde.plasma.desktop-appletsrc",
+        plasmaSettings + std::string(std::size_t{1} << 20, '#'));
+  EXPECT_EQ(find(PictureSource::plasma), std::nullopt);
 }
 
 TEST_F(PictureFinderTest, ReadsTheCommandLinesOfSwaybg) {

@@ -1,4 +1,4 @@
-#include "platform/linux/wallpaper/PictureSource.h"
+#include "platform/linux/wallpaper/PictureFinder.h"
 
 #include <gmock/gmock.h>
 
@@ -39,9 +39,9 @@ TEST(PictureSource, FollowsTheDesktopInUse) {
       {{{current, "sway"}, x11, wayland}, {swaybg, swww, hyprpaper}},
       {{{current, "Hyprland"}, wayland}, {hyprpaper, swww, swaybg}},
       {{{session, "river"}, wayland}, {swaybg, swww, hyprpaper}},
-      {{{current, " : :i3:"}, x11}, {rootPixmap, feh, nitrogen}},
-      {{x11}, {rootPixmap, feh, nitrogen}},
-      {{{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}}, {feh, nitrogen}},
+      {{{current, " : :i3:"}, x11}, {rootPixmap}},
+      {{x11}, {rootPixmap}},
+      {{{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}}, {}},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(pictureSources(desktopSurroundings(environmentOf(c.variables))), c.sources)

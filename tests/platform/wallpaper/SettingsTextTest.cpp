@@ -5,16 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/wallpaper/FehScript.h"
-#include "platform/linux/wallpaper/GsettingsListing.h"
-#include "platform/linux/wallpaper/HyprpaperSettings.h"
-#include "platform/linux/wallpaper/NitrogenSettings.h"
-#include "platform/linux/wallpaper/PicturePackage.h"
-#include "platform/linux/wallpaper/PlasmaSettings.h"
-#include "platform/linux/wallpaper/Slideshow.h"
-#include "platform/linux/wallpaper/SwaybgArguments.h"
-#include "platform/linux/wallpaper/SwwwQuery.h"
-#include "platform/linux/wallpaper/XfceSettings.h"
+#include "platform/linux/wallpaper/PictureFinder.h"
+#include "platform/linux/wallpaper/PictureSettings.h"
 
 namespace veloria {
 namespace {
@@ -232,38 +224,6 @@ TEST(HyprpaperSettings, NameThePictureOfTheMonitor) {
       {"", "", none},
   };
   for (const ScreenCase& c : cases) EXPECT_EQ(hyprpaperPictureFromText(c.text, c.screen), c.address) << c.text;
-}
-
-TEST(FehScript, NamesItsFirstPicture) {
-  const std::vector<Case> cases{
-      {"#!/bin/sh\nfeh --no-fehbg --bg-fill '/a.png' '/b.png' \n", "/a.png"},
-      {"/usr/bin/feh --bg-max '/it'\\''s a.png'", "/it's a.png"},
-      {"feh --bg-fill \"/with \\\"quotes\\\".png\"", "/with \"quotes\".png"},
-      {"feh --bg-scale ~/b.png", "~/b.png"},
-      {"feh --bg-fill /half\\", "/half\\"},
-      {"feh --bg-fill '/open", "/open"},
-      {"feh --bg-fill relative.png", none},
-      {"# feh /no.png\nsetroot /no.png\nfehx /no.png", none},
-      {"feh", none},
-      {"", none},
-  };
-  for (const Case& c : cases) EXPECT_EQ(fehPictureFromText(c.text), c.address) << c.text;
-}
-
-TEST(FehScript, StaysLinearOnHostileText) {
-  EXPECT_EQ(fehPictureFromText("feh " + std::string(1 << 20, '\\')), none);
-  EXPECT_EQ(fehPictureFromText("feh " + std::string(1 << 20, '\'')), none);
-}
-
-TEST(NitrogenSettings, NameThePictureOfTheWholeDesktopFirst) {
-  const std::vector<Case> cases{
-      {"[xin_1]\nfile=/right.png\n[xin_0]\nfile=/left.png\nmode=5\nbgcolor=#000000\n", "/left.png"},
-      {"[xin_0]\nfile=/left.png\n[xin_-1]\nfile=/all.png\n", "/all.png"},
-      {"[:0.0]\nmode=5\nfile = /a=b.png\n", "/a=b.png"},
-      {"[xin_0]\nfile=\n", none},
-      {"", none},
-  };
-  for (const Case& c : cases) EXPECT_EQ(nitrogenPictureFromText(c.text), c.address) << c.text;
 }
 
 }  // namespace

@@ -1,34 +1,24 @@
 #include "platform/linux/activity/LinuxActivity.h"
 
 #include <QObject>
-#include <QThread>
 #include <atomic>
 #include <optional>
 #include <utility>
 
 #include "BusWorker.h"
 #include "platform/linux/activity/ActivityFacts.h"
+#include "platform/qt/WorkerThread.h"
 
 namespace veloria {
 
 /// The main thread's side.
-class LinuxActivity::Desk final : public QObject {
+class LinuxActivity::Parts final : public QObject {
  public:
-  explicit Desk(BusWorker::Options options)
-      : worker_(std::move(options), [this](BusFact fact, std::optional<bool> value) {
+  explicit Parts(BusWorker::Options options)
+      : thread_(std::move(options), [this](BusFact fact, std::optional<bool> value) {
           QMetaObject::invokeMethod(this, [this, fact, value] { take(fact, value.value_or(false)); });
         }) {
-    worker_.moveToThread(&thread_);
-    thread_.start();
-    onWorker([this] { worker_.start(); });
-  }
-
-  ~Desk() override {
-    onWorker([this] {
-      worker_.stop();
-      thread_.quit();
-    });
-    thread_.wait();
+    thread_.post([](BusWorker& worker) { worker.start(); });
   }
 
   void setHandler(std::function<void(Notification)> handler) {
@@ -39,13 +29,13 @@ class LinuxActivity::Desk final : public QObject {
   void setDisplaysOff(bool off) { tell(facts_.setDisplaysOff(off)); }
 
   bool isOnBattery() {
-    if (worker_.dependsOnSupplies() && !looking_.exchange(true)) {
-      onWorker([this] {
-        worker_.lookAtSupplies();
+    if (thread_.worker().dependsOnSupplies() && !looking_.exchange(true)) {
+      thread_.post([this](BusWorker& worker) {
+        worker.lookAtSupplies();
         looking_ = false;
       });
     }
-    return worker_.isOnBattery();
+    return thread_.worker().isOnBattery();
   }
 
  private:
@@ -64,35 +54,29 @@ class LinuxActivity::Desk final : public QObject {
     if (notification && handler_) handler_(*notification);
   }
 
-  template <typename Action>
-  void onWorker(Action action) {
-    QMetaObject::invokeMethod(&worker_, std::move(action), Qt::QueuedConnection);
-  }
-
   ActivityFacts facts_;
   std::function<void(Notification)> handler_;
   std::atomic<bool> looking_{false};
-  QThread thread_;
-  BusWorker worker_;
+  WorkerThread<BusWorker> thread_;  ///< the last one: it reports to the others until it ends
 };
 
 LinuxActivity::LinuxActivity(const Options& options)
-    : desk_(std::make_unique<Desk>(BusWorker::Options{busAddresses(options.environment),
-                                                      options.environment("XDG_SESSION_ID").value_or(std::string()),
-                                                      options.powerSupplies, options.retrySeconds})) {}
+    : parts_(std::make_unique<Parts>(BusWorker::Options{busAddresses(options.environment),
+                                                        options.environment("XDG_SESSION_ID").value_or(std::string()),
+                                                        options.powerSupplies, options.retrySeconds})) {}
 
 LinuxActivity::~LinuxActivity() = default;
 
 void LinuxActivity::setHandler(std::function<void(Notification)> handler) {
-  desk_->setHandler(std::move(handler));
+  parts_->setHandler(std::move(handler));
 }
 
 void LinuxActivity::setDisplaysOff(bool off) {
-  desk_->setDisplaysOff(off);
+  parts_->setDisplaysOff(off);
 }
 
 bool LinuxActivity::isOnBattery() {
-  return desk_->isOnBattery();
+  return parts_->isOnBattery();
 }
 
 }  // namespace veloria

@@ -52,8 +52,8 @@ class LinuxActivity {
   bool isOnBattery();
 
  private:
-  class Desk;
-  std::unique_ptr<Desk> desk_;
+  class Parts;
+  std::unique_ptr<Parts> parts_;
 };
 
 }  // namespace veloria

@@ -10,28 +10,23 @@
 
 namespace veloria {
 
-namespace {
-
-constexpr int patienceMilliseconds = 10000;
-
-bool isReply(const QDBusMessage& message, const char* signature) {
-  return message.type() == QDBusMessage::ReplyMessage && message.signature() == QLatin1String(signature);
-}
-
-}  // namespace
-
 void callOnBus(QDBusConnection bus, const BusMethod& method, const QVariantList& arguments, QObject* owner,
-               std::function<void(const QDBusMessage&)> then) {
+               std::function<void(const QDBusMessage&)> then, const BusCallOptions& options) {
   QDBusMessage message = QDBusMessage::createMethodCall(method.service, method.path, method.interface, method.member);
   message.setArguments(arguments);
-  message.setAutoStartService(false);
+  message.setAutoStartService(options.startService);
   // Its owner ends it, unless it has ended itself.
   auto* watcher =
-      std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, patienceMilliseconds), owner).release();
+      std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, options.patienceSeconds * 1000), owner)
+          .release();
   QObject::connect(watcher, &QDBusPendingCallWatcher::finished, owner, [watcher, then = std::move(then)] {
     watcher->deleteLater();
     then(watcher->reply());
   });
+}
+
+bool isReply(const QDBusMessage& message, const char* signature) {
+  return message.type() == QDBusMessage::ReplyMessage && message.signature() == QLatin1String(signature);
 }
 
 std::optional<QString> pathIn(const QDBusMessage& reply) {

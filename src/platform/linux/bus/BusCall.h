@@ -20,10 +20,18 @@ struct BusMethod {
   QString member;
 };
 
-/// Calls it without starting the service when it does not run. `then` gets the reply, or an error when there is none in
-/// ten seconds; it is not called once `owner` is gone. Doesn't wait.
+struct BusCallOptions {
+  int patienceSeconds = 10;
+  bool startService = false;  ///< whether the bus may start the service when it does not run
+};
+
+/// Calls it. `then` gets the reply, or an error when there is none in time; it is not called once `owner` is gone.
+/// Doesn't wait.
 void callOnBus(QDBusConnection bus, const BusMethod& method, const QVariantList& arguments, QObject* owner,
-               std::function<void(const QDBusMessage&)> then);
+               std::function<void(const QDBusMessage&)> then, const BusCallOptions& options = {});
+
+/// True for a reply, no error, whose arguments have this signature.
+bool isReply(const QDBusMessage& message, const char* signature);
 
 /// The object path that a reply consists of; nothing for any other reply and for "/", which stands for no object.
 std::optional<QString> pathIn(const QDBusMessage& reply);

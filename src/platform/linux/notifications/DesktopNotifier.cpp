@@ -2,8 +2,6 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusPendingCall>
-#include <QDBusPendingCallWatcher>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -15,6 +13,7 @@
 
 #include "NotifyArguments.h"
 #include "base/Log.h"
+#include "platform/linux/bus/BusCall.h"
 #include "platform/linux/bus/BusSignal.h"
 
 namespace veloria {
@@ -23,7 +22,7 @@ namespace {
 
 const auto serviceName = QStringLiteral("org.freedesktop.Notifications");
 const auto servicePath = QStringLiteral("/org/freedesktop/Notifications");
-constexpr int patienceMilliseconds = 30000;
+constexpr BusCallOptions patient{.patienceSeconds = 30, .startService = true};
 constexpr std::size_t mostShown = 8;  // whose actions are remembered
 
 BusSignalName serviceSignal(const char* member) {
@@ -59,18 +58,13 @@ class DesktopNotifier::Service final : public QObject {
   /// `then` gets a reply of this signature; any other ends the matter.
   template <typename Then>
   void call(const char* method, const QVariantList& arguments, const char* signature, Then then) {
-    auto message = QDBusMessage::createMethodCall(serviceName, servicePath, serviceName, QString::fromLatin1(method));
-    message.setArguments(arguments);
-    // Its owner ends it, unless it has ended itself.
-    auto* watcher =
-        std::make_unique<QDBusPendingCallWatcher>(bus_.asyncCall(message, patienceMilliseconds), this).release();
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, signature, then = std::move(then)] {
-      watcher->deleteLater();
-      const QDBusMessage reply = watcher->reply();
-      const bool fits = reply.type() == QDBusMessage::ReplyMessage && reply.signature() == QLatin1String(signature);
-      if (fits) return then(reply);
-      NimbraLog::debug("no notification: " + reply.errorMessage().toStdString());
-    });
+    callOnBus(
+        bus_, {serviceName, servicePath, serviceName, QString::fromLatin1(method)}, arguments, this,
+        [signature, then = std::move(then)](const QDBusMessage& reply) {
+          if (isReply(reply, signature)) return then(reply);
+          NimbraLog::debug("no notification: " + reply.errorMessage().toStdString());
+        },
+        patient);
   }
 
   void takeAction(const QDBusMessage& message) {

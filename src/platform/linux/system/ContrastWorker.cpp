@@ -1,8 +1,9 @@
 #include "ContrastWorker.h"
 
+#include <optional>
 #include <utility>
 
-#include "PortalContrast.h"
+#include "platform/linux/bus/BusCall.h"
 #include "platform/posix/process/CommandOutput.h"
 
 namespace veloria {
@@ -11,6 +12,18 @@ namespace {
 
 constexpr double commandSeconds = 2;
 constexpr std::size_t commandBytes = 100;
+
+const auto common = QStringLiteral("org.freedesktop.appearance");
+const auto gnome = QStringLiteral("org.gnome.desktop.a11y.interface");
+
+/// Nothing: the portal doesn't run or knows no such setting.
+std::optional<bool> contrastIn(const PortalSettings::Values& settings) {
+  const QVariant level = settings.value(common).value(QStringLiteral("contrast"));
+  const auto high = asBool(settings.value(gnome).value(QStringLiteral("high-contrast")));
+  const bool levelKnown = level.typeId() == QMetaType::UInt;
+  if (!levelKnown && !high) return std::nullopt;
+  return (levelKnown && level.toUInt() == 1) || high.value_or(false);
+}
 
 /// For GNOME without its portal.
 bool gsettingsWantContrast() {
@@ -23,24 +36,21 @@ bool gsettingsWantContrast() {
 ContrastWorker::ContrastWorker(std::string sessionBus, std::function<void(bool)> report)
     : sessionBus_(std::move(sessionBus)), report_(std::move(report)) {}
 
-ContrastWorker::~ContrastWorker() = default;
-
 void ContrastWorker::look() {
   if (portal_) return portal_->read();
   if (!link_ && !sessionBus_.empty()) {
-    link_ = std::make_unique<BusLink>(sessionBus_, 0,
-                                      BusLink::Handlers{[this](const QDBusConnection& bus) {
-                                                          BusLink::Followers followers;
-                                                          auto portal = std::make_unique<PortalContrast>(
-                                                              bus, [this](auto increased) { take(increased); });
-                                                          portal_ = portal.get();
-                                                          followers.push_back(std::move(portal));
-                                                          return followers;
-                                                        },
-                                                        [this] { portal_ = nullptr; }});
+    const auto follow = [this](const QDBusConnection& bus) {
+      auto portal = std::make_unique<PortalSettings>(bus, QStringList{common, gnome},
+                                                     [this](const auto& settings) { take(settings); });
+      portal_ = portal.get();
+      BusLink::Followers followers;
+      followers.push_back(std::move(portal));
+      return followers;
+    };
+    link_ = std::make_unique<BusLink>(sessionBus_, 0, BusLink::Handlers{follow, [this] { portal_ = nullptr; }});
   }
   if (link_) link_->open();
-  if (!portal_) take(std::nullopt);
+  if (!portal_) take({});
 }
 
 void ContrastWorker::stop() {
@@ -48,7 +58,8 @@ void ContrastWorker::stop() {
   portal_ = nullptr;
 }
 
-void ContrastWorker::take(std::optional<bool> increased) {
+void ContrastWorker::take(const PortalSettings::Values& settings) {
+  const auto increased = contrastIn(settings);
   report_(increased ? *increased : gsettingsWantContrast());
 }
 

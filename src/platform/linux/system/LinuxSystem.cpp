@@ -1,7 +1,6 @@
 #include "platform/linux/system/LinuxSystem.h"
 
 #include <QObject>
-#include <QThread>
 #include <atomic>
 #include <string>
 #include <utility>
@@ -10,39 +9,28 @@
 #include "ContrastWorker.h"
 #include "platform/linux/bus/BusAddresses.h"
 #include "platform/linux/files/DesktopNames.h"
-#include "platform/posix/process/Programs.h"
 #include "platform/linux/system/SettingsPanes.h"
+#include "platform/posix/process/Programs.h"
+#include "platform/qt/WorkerThread.h"
 
 namespace veloria {
 
 /// The main thread's side.
-class LinuxSystem::Desk final : public QObject {
+class LinuxSystem::Parts final : public QObject {
  public:
-  explicit Desk(Options options)
+  explicit Parts(Options options)
       : transparencyReduced_(std::move(options.transparencyReduced)),
         desktops_(desktopNames(options.environment)),
         searchPath_(options.environment("PATH").value_or("")),
-        worker_(busAddresses(options.environment).session, [this](bool increased) {
+        thread_(busAddresses(options.environment).session, [this](bool increased) {
           QMetaObject::invokeMethod(this, [this, increased] { takeContrast(increased); });
-        }) {
-    worker_.moveToThread(&thread_);
-  }
-
-  ~Desk() override {
-    if (!thread_.isRunning()) return;
-    onWorker([this] {
-      worker_.stop();
-      thread_.quit();
-    });
-    thread_.wait();
-  }
+        }) {}
 
   SystemFacts facts() {
-    if (!thread_.isRunning()) thread_.start();
     if (!looking_.exchange(true)) {
-      onWorker([this] {
+      thread_.post([this](ContrastWorker& worker) {
         looking_ = false;
-        worker_.look();
+        worker.look();
       });
     }
     return {.reduceTransparency = transparencyReduced_ && transparencyReduced_(), .increaseContrast = contrast_};
@@ -64,35 +52,29 @@ class LinuxSystem::Desk final : public QObject {
     if (std::exchange(contrast_, increased) != increased && handler_) handler_();
   }
 
-  template <typename Action>
-  void onWorker(Action action) {
-    QMetaObject::invokeMethod(&worker_, std::move(action), Qt::QueuedConnection);
-  }
-
   std::function<bool()> transparencyReduced_;
   std::vector<std::string> desktops_;
   std::string searchPath_;
   std::function<void()> handler_;
   bool contrast_ = false;
   std::atomic<bool> looking_{false};
-  QThread thread_;
-  ContrastWorker worker_;
+  WorkerThread<ContrastWorker> thread_;  ///< the last one: it reports to the others until it ends
 };
 
-LinuxSystem::LinuxSystem(Options options) : desk_(std::make_unique<Desk>(std::move(options))) {}
+LinuxSystem::LinuxSystem(Options options) : parts_(std::make_unique<Parts>(std::move(options))) {}
 
 LinuxSystem::~LinuxSystem() = default;
 
 SystemFacts LinuxSystem::facts() {
-  return desk_->facts();
+  return parts_->facts();
 }
 
 void LinuxSystem::setChangeHandler(std::function<void()> handler) {
-  desk_->setChangeHandler(std::move(handler));
+  parts_->setChangeHandler(std::move(handler));
 }
 
 Result<Done> LinuxSystem::open(SystemPane pane) {
-  return desk_->open(pane);
+  return parts_->open(pane);
 }
 
 }  // namespace veloria

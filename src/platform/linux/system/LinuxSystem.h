@@ -38,8 +38,8 @@ class LinuxSystem final : public SystemPort {
   Result<Done> open(SystemPane pane) override;
 
  private:
-  class Desk;
-  std::unique_ptr<Desk> desk_;
+  class Parts;
+  std::unique_ptr<Parts> parts_;
 };
 
 }  // namespace veloria

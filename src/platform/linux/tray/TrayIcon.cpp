@@ -6,10 +6,11 @@
 #include <QSystemTrayIcon>
 #include <utility>
 
-#include "ColourScheme.h"
 #include "TrayHosts.h"
 #include "TrayMenu.h"
 #include "TrayPicture.h"
+#include "platform/linux/bus/PortalSettings.h"
+#include "platform/linux/bus/ServiceRuns.h"
 
 namespace veloria {
 
@@ -18,6 +19,16 @@ namespace {
 constexpr const char* noTray =
     "Veloria: this desktop shows no status icons now, so there is none to click. To reach the settings, start veloria "
     "again.";
+
+const auto appearance = QStringLiteral("org.freedesktop.appearance");
+constexpr uint prefersLight = 2;
+
+/// The shade of panel that a desktop with this preference is taken to have: light if it prefers light windows, dark if
+/// it prefers dark ones, has no preference or says something unknown.
+PanelShade panelShade(const QVariant& colorScheme) {
+  const bool light = colorScheme.typeId() == QMetaType::UInt && colorScheme.toUInt() == prefersLight;
+  return light ? PanelShade::light : PanelShade::dark;
+}
 
 bool onX11() {
   return qGuiApp->nativeInterface<QNativeInterface::QX11Application>() != nullptr;
@@ -41,7 +52,8 @@ class TrayIcon::Parts {
       : log_(std::move(log)),
         menu_([this](const MenuItem& item) { chosen(item); }),
         hosts_(QDBusConnection::sessionBus(), [this](TrayHosts hosts) { hostsChanged(hosts); }),
-        scheme_(QDBusConnection::sessionBus(), [this](PanelShade shade) { setShade(shade); }) {}
+        portal_(
+            QDBusConnection::sessionBus(), portalService, [this] { return followPortal(); }, [] {}) {}
 
   void setHandlers(Handlers handlers) { handlers_ = std::move(handlers); }
   TrayMenu& menu() { return menu_; }
@@ -71,6 +83,14 @@ class TrayIcon::Parts {
     icon_->setContextMenu(&menu_.widget());
     QObject::connect(icon_.get(), &QSystemTrayIcon::activated, icon_.get(), [this](auto reason) { activated(reason); });
     icon_->show();
+  }
+
+  std::unique_ptr<QObject> followPortal() {
+    return std::make_unique<PortalSettings>(
+        QDBusConnection::sessionBus(), QStringList{appearance}, [this](const PortalSettings::Values& settings) {
+          if (!settings.contains(appearance)) return;
+          setShade(panelShade(settings.value(appearance).value(QStringLiteral("color-scheme"))));
+        });
   }
 
   void setShade(PanelShade shade) {
@@ -108,7 +128,7 @@ class TrayIcon::Parts {
   TrayMenu menu_;
   std::unique_ptr<QSystemTrayIcon> icon_;
   TrayHostsWatch hosts_;
-  ColourScheme scheme_;
+  ServiceRuns portal_;
 };
 
 TrayIcon::TrayIcon(std::function<void(std::string_view)> log) : parts_(std::make_unique<Parts>(std::move(log))) {}

@@ -4,16 +4,19 @@
 #include <sys/resource.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <csignal>
 #include <exception>
+#include <future>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <utility>
 
-#include "platform/linux/wallpaper/DecoderProcess.h"
-#include "platform/linux/wallpaper/PictureLoader.h"
+#include "platform/linux/wallpaper/PictureDecoder.h"
+#include "platform/linux/wallpaper/PictureFile.h"
+#include "platform/linux/wallpaper/PictureFinder.h"
+#include "platform/linux/wallpaper/RootPixmap.h"
 
 namespace veloria {
 
@@ -32,81 +35,76 @@ void becomeQuietThread() {
 
 }  // namespace
 
-/// What all threads need, one after the other. Outlives the owner while one of them runs.
-struct LinuxDesktopPicture::Worker {
-  PictureLoader loader;
+/// Finds the picture and makes its thumbnail, on one thread after the other. Outlives the owner while one of them runs.
+struct LinuxDesktopPicture::Loader {
+  DesktopSurroundings surroundings;
+  PictureFile file;
   PostToMain postToMain;
 
+  /// The first source that leads to a readable picture decides; the failure is that of the first one that names one.
   Result<Pixels> load(const std::string& screen) {
-    try {
-      return loader.load(screen);
-    } catch (const std::exception& error) {
-      return Failure{error.what()};
+    std::optional<Failure> problem;
+    for (const PictureSource source : pictureSources(surroundings)) {
+      if (source == PictureSource::rootPixmap) {
+        if (auto pixels = rootPixmapThumbnail(surroundings.display, screen)) return *std::move(pixels);
+      } else if (const auto path = findPicture(source, surroundings, screen)) {
+        auto pixels = file.thumbnail(*path);
+        if (pixels) return pixels;
+        if (!problem) problem = Failure{pixels.error()};
+      }
     }
+    return problem.value_or(Failure{"nobody tells which picture the desktop shows"});
   }
 };
 
-/// Where one request's thread is, so that the owner can wait for it or give it up.
-class LinuxDesktopPicture::Errand {
- public:
-  /// Worker: false when the owner has given up. After true the owner waits until end().
-  bool mayPost() {
-    const std::lock_guard lock(mutex_);
-    if (state_ == State::working) state_ = State::posting;
-    return state_ == State::posting;
-  }
-
-  void end() {
-    const std::lock_guard lock(mutex_);
-    state_ = State::ended;
-    changed_.notify_all();
-  }
-
-  /// Owner: afterwards the thread has ended its work or will not post.
-  void awaitOrGiveUp() {
-    std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, longestWait, [this] { return state_ != State::working; });
-    if (state_ == State::working) state_ = State::ended;
-    changed_.wait(lock, [this] { return state_ == State::ended; });
-  }
-
- private:
-  enum class State { working, posting, ended };
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  State state_ = State::working;
+/// One request, shared by its thread and the owner.
+struct LinuxDesktopPicture::Request {
+  std::mutex mutex;
+  bool wanted = true;  ///< under the mutex; what is not wanted is not posted
+  std::promise<void> ended;
 };
 
 LinuxDesktopPicture::LinuxDesktopPicture(const Environment& environment, const std::string& decoder,
                                          PostToMain postToMain)
-    : worker_(std::make_shared<Worker>(
-          Worker{PictureLoader(desktopSurroundings(environment),
-                               [decoder](const auto& file) { return decodePictureWith(decoder, file); }),
+    : loader_(std::make_shared<Loader>(
+          Loader{desktopSurroundings(environment),
+                 PictureFile([decoder](const auto& file) { return decodePictureWith(decoder, file); }),
                  std::move(postToMain)})),
       self_(std::make_shared<LinuxDesktopPicture*>(this)) {}
 
 LinuxDesktopPicture::~LinuxDesktopPicture() {
-  if (errand_) errand_->awaitOrGiveUp();
+  if (!request_) return;
+  request_->ended.get_future().wait_for(longestWait);
+  const std::lock_guard lock(request_->mutex);
+  request_->wanted = false;
 }
 
 void LinuxDesktopPicture::thumbnail(const Screen& screen, Answer answer) {
   if (answer_) return;
   answer_ = std::move(answer);
-  errand_ = std::make_shared<Errand>();
-  const auto run = [worker = worker_, errand = errand_, name = screen.name, self = std::weak_ptr(self_)] {
+  request_ = std::make_shared<Request>();
+  const auto run = [loader = loader_, request = request_, name = screen.name, self = std::weak_ptr(self_)] {
     becomeQuietThread();
-    auto pixels = worker->load(name);
-    if (errand->mayPost()) {
-      worker->postToMain([self, pixels = std::move(pixels)] {
-        if (const auto owner = self.lock()) (*owner)->finish(pixels);
-      });
+    Result<Pixels> pixels = Failure{};
+    try {
+      pixels = loader->load(name);
+    } catch (const std::exception& error) {
+      pixels = Failure{error.what()};
     }
-    errand->end();
+    {
+      const std::lock_guard lock(request->mutex);
+      if (request->wanted) {
+        loader->postToMain([self, pixels = std::move(pixels)] {
+          if (const auto owner = self.lock()) (*owner)->finish(pixels);
+        });
+      }
+    }
+    request->ended.set_value();
   };
   try {
     std::thread(run).detach();
   } catch (const std::system_error& error) {  // no more threads
-    errand_.reset();
+    request_.reset();
     finish(Failure{error.what()});
   }
 }

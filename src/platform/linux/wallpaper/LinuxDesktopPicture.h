@@ -18,7 +18,7 @@ class LinuxDesktopPicture final : public DesktopPicture {
   /// wait for the main thread nor throw, and may drop the function where the main loop has ended.
   using PostToMain = std::function<void(std::function<void()>)>;
 
-  /// The environment is read here and not again. `decoder`: the program that decodes picture files (DecoderProcess.h).
+  /// The environment is read here and not again. `decoder`: the program that decodes picture files (PictureDecoder.h).
   LinuxDesktopPicture(const Environment& environment, const std::string& decoder, PostToMain postToMain);
   /// Waits for a thread that is still at work, a second at most; one that hangs (on a network share that is gone, say)
   /// is left behind and keeps away from this object and from `postToMain`.
@@ -27,14 +27,14 @@ class LinuxDesktopPicture final : public DesktopPicture {
   void thumbnail(const Screen& screen, Answer answer) override;
 
  private:
-  class Errand;
-  struct Worker;
+  struct Loader;
+  struct Request;
 
   void finish(Result<Pixels> pixels);
 
-  std::shared_ptr<Worker> worker_;
-  std::shared_ptr<Errand> errand_;
-  std::shared_ptr<LinuxDesktopPicture*> self_;  ///< gone with this object, which posted functions look at
+  std::shared_ptr<Loader> loader_;
+  std::shared_ptr<Request> request_;
+  std::shared_ptr<LinuxDesktopPicture*> self_;  ///< gone with this object; posted functions check it
   Answer answer_;
 };
 

@@ -3,23 +3,20 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QByteArray>
 #include <algorithm>
-#include <string>
+#include <array>
+#include <charconv>
+#include <climits>
+#include <initializer_list>
 #include <system_error>
-#include <vector>
+#include <tuple>
+#include <utility>
 
 #include "base/Files.h"
-#include "platform/linux/wallpaper/FehScript.h"
-#include "platform/linux/wallpaper/GsettingsListing.h"
-#include "platform/linux/wallpaper/HyprpaperSettings.h"
-#include "platform/linux/wallpaper/NitrogenSettings.h"
-#include "platform/linux/wallpaper/PictureAddress.h"
-#include "platform/linux/wallpaper/PicturePackage.h"
-#include "platform/linux/wallpaper/PlasmaSettings.h"
-#include "platform/linux/wallpaper/Slideshow.h"
-#include "platform/linux/wallpaper/SwaybgArguments.h"
-#include "platform/linux/wallpaper/SwwwQuery.h"
-#include "platform/linux/wallpaper/XfceSettings.h"
+#include "platform/linux/files/DesktopNames.h"
+#include "platform/linux/wallpaper/PictureSettings.h"
+#include "platform/posix/files/UserFolders.h"
 #include "platform/posix/process/CommandOutput.h"
 #include "render/DesktopPicture.h"
 
@@ -29,10 +26,63 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using enum PictureSource;
+
 constexpr std::size_t mostSettingsBytes = std::size_t{1} << 20;
 constexpr std::size_t mostArgumentBytes = std::size_t{1} << 16;
 constexpr std::size_t mostPackageFiles = 1000;
 constexpr double commandSeconds = 2;
+
+constexpr std::array<std::pair<std::string_view, PictureSource>, 19> desktopsWithSettings{{
+    {"gnome", gnome},       {"gnome-classic", gnome}, {"gnome-flashback", gnome},
+    {"gnome-xorg", gnome},  {"ubuntu", gnome},        {"unity", gnome},
+    {"unity7", gnome},      {"budgie", gnome},        {"budgie-desktop", gnome},
+    {"pantheon", gnome},    {"pop", gnome},           {"x-cinnamon", cinnamon},
+    {"cinnamon", cinnamon}, {"mate", mate},           {"kde", plasma},
+    {"plasma", plasma},     {"plasmax11", plasma},    {"plasmawayland", plasma},
+    {"xfce", xfce},
+}};
+
+void addOnce(std::vector<PictureSource>& sources, std::initializer_list<PictureSource> more) {
+  for (const PictureSource source : more) {
+    if (std::ranges::find(sources, source) == sources.end()) sources.push_back(source);
+  }
+}
+
+std::string percentDecoded(std::string_view text) {
+  return QByteArray::fromPercentEncoding(QByteArray(text.data(), static_cast<qsizetype>(text.size()))).toStdString();
+}
+
+/// What stands behind "file:", without the name of this machine.
+std::string_view withoutHost(std::string_view rest) {
+  for (const std::string_view host : {"//localhost/", "///"}) {
+    if (rest.starts_with(host)) return rest.substr(host.size() - 1);
+  }
+  if (rest.starts_with("//$HOME/")) return rest.substr(2);
+  return rest.starts_with("//") ? std::string_view() : rest;
+}
+
+std::string plainAddress(std::string_view address) {
+  constexpr std::string_view scheme = "file:";
+  return address.starts_with(scheme) ? percentDecoded(withoutHost(address.substr(scheme.size())))
+                                     : std::string(address);
+}
+
+struct PixelSize {
+  int width;
+  int height;
+};
+
+/// "1920x1080.jpg"
+std::optional<PixelSize> sizeInName(std::string_view name) {
+  const char* const end = name.data() + name.size();
+  PixelSize size{};
+  const auto width = std::from_chars(name.data(), end, size.width);
+  if (width.ec != std::errc() || width.ptr == end || *width.ptr != 'x') return std::nullopt;
+  const auto height = std::from_chars(width.ptr + 1, end, size.height);
+  if (height.ec != std::errc() || height.ptr == end || *height.ptr != '.') return std::nullopt;
+  return size;
+}
 
 std::string ask(const std::vector<std::string>& argv) {
   return commandOutput(argv, commandSeconds, mostSettingsBytes).value_or("");
@@ -104,10 +154,6 @@ std::optional<std::string> pictureAddress(PictureSource source, const DesktopSur
       return swwwPictureFromText(ask({"swww", "query"}), screen);
     case PictureSource::hyprpaper:
       return hyprpaperPictureFromText(settingsOf(surroundings.config, "hypr/hyprpaper.conf"), screen);
-    case PictureSource::feh:
-      return fehPictureFromText(settingsOf(surroundings.home, ".fehbg"));
-    case PictureSource::nitrogen:
-      return nitrogenPictureFromText(settingsOf(surroundings.config, "nitrogen/bg-saved.cfg"));
     case PictureSource::rootPixmap:
       break;
   }
@@ -133,6 +179,57 @@ std::optional<fs::path> pictureInSlideshow(const fs::path& file, const fs::path&
 }
 
 }  // namespace
+
+DesktopSurroundings desktopSurroundings(const Environment& environment) {
+  DesktopSurroundings result;
+  result.desktops = desktopNames(environment);
+  result.wayland = !environment("WAYLAND_DISPLAY").value_or("").empty();
+  result.display = environment("DISPLAY").value_or("");
+  result.home = homeFolder(environment).value_or("");
+  result.config = configFolder(environment).value_or("").parent_path();
+  return result;
+}
+
+std::vector<PictureSource> pictureSources(const DesktopSurroundings& surroundings) {
+  std::vector<PictureSource> sources;
+  for (const std::string& name : surroundings.desktops) {
+    const auto known = std::ranges::find(desktopsWithSettings, name, [](const auto& entry) { return entry.first; });
+    if (known != desktopsWithSettings.end()) addOnce(sources, {known->second});
+  }
+  const bool unknown = sources.empty();
+  const bool onHyprland = std::ranges::find(surroundings.desktops, "hyprland") != surroundings.desktops.end();
+  if (surroundings.wayland && onHyprland) addOnce(sources, {hyprpaper, swww, swaybg});
+  if (surroundings.wayland && unknown) addOnce(sources, {swaybg, swww, hyprpaper});
+  if (!surroundings.wayland && !surroundings.display.empty()) addOnce(sources, {rootPixmap});
+  return sources;
+}
+
+std::optional<fs::path> localPath(std::string_view address, const fs::path& home) {
+  if (address.size() > PATH_MAX) return std::nullopt;
+  const std::string plain = plainAddress(address);
+  if (plain.find('\0') != plain.npos) return std::nullopt;
+  for (const std::string_view start : {"~/", "$HOME/"}) {
+    if (!plain.starts_with(start)) continue;
+    if (home.empty()) return std::nullopt;
+    return home / fs::path(plain.substr(start.size())).relative_path();
+  }
+  if (!plain.starts_with('/')) return std::nullopt;
+  return plain;
+}
+
+std::optional<std::string> packagePicture(std::span<const std::string> names, int side) {
+  std::optional<std::string> best;
+  std::tuple<bool, long long> bestRank;
+  for (const std::string& name : names) {
+    const auto size = sizeInName(name);
+    if (!size || size->width < side || size->height < side) continue;
+    const std::tuple rank(size->width < size->height, static_cast<long long>(size->width) * size->height);
+    if (best && bestRank <= rank) continue;
+    best = name;
+    bestRank = rank;
+  }
+  return best;
+}
 
 std::optional<fs::path> findPicture(PictureSource source, const DesktopSurroundings& surroundings,
                                     std::string_view screen) {

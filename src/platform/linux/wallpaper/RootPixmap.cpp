@@ -1,16 +1,14 @@
 #include "platform/linux/wallpaper/RootPixmap.h"
 
-#include <xcb/randr.h>
 #include <xcb/render.h>
-#include <xcb/xcb.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
+#include <stdexcept>
 #include <string_view>
+
+#include "platform/linux/x11/X11Client.h"
 
 namespace veloria {
 
@@ -20,37 +18,11 @@ constexpr std::uint16_t side = DesktopPicture::side;
 constexpr std::uint8_t targetDepth = 32;
 constexpr double fixedOne = 65536;  // RENDER's fixed point numbers have 16 bits below the point
 
-struct Free {
-  void operator()(void* memory) const { std::free(memory); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Free>;
-
-struct Disconnect {
-  void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
-
-struct PixelArea {
-  int x = 0;
-  int y = 0;
-  int width = 0;
-  int height = 0;
-  bool operator==(const PixelArea&) const = default;
-};
-
 struct RootPicture {
   xcb_pixmap_t pixmap = XCB_PIXMAP_NONE;
   std::uint8_t depth = 0;
-  PixelArea area;
+  PixelRect area;
 };
-
-PixelArea intersection(const PixelArea& a, const PixelArea& b) {
-  const int left = std::max(a.x, b.x);
-  const int top = std::max(a.y, b.y);
-  const int right = std::min(a.x + a.width, b.x + b.width);
-  const int bottom = std::min(a.y + a.height, b.y + b.height);
-  return {left, top, std::max(0, right - left), std::max(0, bottom - top)};
-}
 
 xcb_render_fixed_t fixed(double value) {
   return static_cast<xcb_render_fixed_t>(value * fixedOne);
@@ -58,17 +30,10 @@ xcb_render_fixed_t fixed(double value) {
 
 class RootReader {
  public:
-  explicit RootReader(const std::string& display) {
-    int number = 0;
-    connection_.reset(xcb_connect(display.c_str(), &number));
-    if (xcb_connection_has_error(raw()) != 0) return;
-    auto screens = xcb_setup_roots_iterator(xcb_get_setup(raw()));
-    for (int i = 0; i < number && screens.rem > 1; ++i) xcb_screen_next(&screens);
-    if (screens.rem > 0) screen_ = screens.data;
-  }
+  explicit RootReader(const std::string& display) : server_(display) {}
 
   std::optional<DesktopPicture::Pixels> thumbnail(const std::string& screen) {
-    if (screen_ == nullptr || !has(&xcb_render_id)) return std::nullopt;
+    if (!server_.extension(&xcb_render_id).present) return std::nullopt;
     const auto root = findPixmap();
     if (!root) return std::nullopt;
     readFormats();
@@ -79,52 +44,35 @@ class RootReader {
   }
 
  private:
-  xcb_connection_t* raw() const { return connection_.get(); }
+  xcb_connection_t* raw() const { return server_.raw(); }
 
-  template <typename Reply, typename Cookie>
-  Owned<Reply> reply(Reply* (*fetchReply)(xcb_connection_t*, Cookie, xcb_generic_error_t**), Cookie cookie) const {
-    xcb_generic_error_t* error = nullptr;
-    Owned<Reply> result(fetchReply(raw(), cookie, &error));
-    std::free(error);
-    return result;
-  }
-
-  bool has(xcb_extension_t* extension) const {
-    const auto* data = xcb_get_extension_data(raw(), extension);
-    return data != nullptr && data->present != 0;
-  }
-
-  std::optional<RootPicture> findPixmap() const {
+  std::optional<RootPicture> findPixmap() {
     for (const std::string_view name : {"_XROOTPMAP_ID", "ESETROOT_PMAP_ID"}) {
       const xcb_pixmap_t pixmap = pixmapProperty(name);
       if (pixmap == XCB_PIXMAP_NONE) continue;
-      const auto geometry = reply(xcb_get_geometry_reply, xcb_get_geometry(raw(), pixmap));
+      const auto geometry = server_.reply(xcb_get_geometry_reply, xcb_get_geometry(raw(), pixmap));
       if (geometry) return RootPicture{pixmap, geometry->depth, {0, 0, geometry->width, geometry->height}};
     }
     return std::nullopt;
   }
 
-  xcb_pixmap_t pixmapProperty(std::string_view name) const {
-    const auto atom =
-        reply(xcb_intern_atom_reply, xcb_intern_atom(raw(), 1, static_cast<std::uint16_t>(name.size()), name.data()));
+  xcb_pixmap_t pixmapProperty(std::string_view name) {
+    const auto atom = server_.reply(xcb_intern_atom_reply,
+                                    xcb_intern_atom(raw(), 1, static_cast<std::uint16_t>(name.size()), name.data()));
     if (!atom || atom->atom == XCB_ATOM_NONE) return XCB_PIXMAP_NONE;
-    const auto value =
-        reply(xcb_get_property_reply, xcb_get_property(raw(), 0, screen_->root, atom->atom, XCB_ATOM_PIXMAP, 0, 1));
-    if (!value || value->format != 32 || xcb_get_property_value_length(value.get()) != 4) return XCB_PIXMAP_NONE;
-    xcb_pixmap_t pixmap = XCB_PIXMAP_NONE;
-    std::memcpy(&pixmap, xcb_get_property_value(value.get()), sizeof pixmap);
-    return pixmap;
+    const auto values = server_.numbers(xcb_get_property(raw(), 0, server_.root(), atom->atom, XCB_ATOM_PIXMAP, 0, 1));
+    return values.size() == 1 ? values.front() : xcb_pixmap_t{XCB_PIXMAP_NONE};
   }
 
   void readFormats() {
     // A server that has not been told a version may treat this as an old client.
-    reply(xcb_render_query_version_reply, xcb_render_query_version(raw(), 0, 11));
-    formats_ = reply(xcb_render_query_pict_formats_reply, xcb_render_query_pict_formats(raw()));
+    server_.reply(xcb_render_query_version_reply, xcb_render_query_version(raw(), 0, 11));
+    formats_ = server_.reply(xcb_render_query_pict_formats_reply, xcb_render_query_pict_formats(raw()));
   }
 
   /// The root window's own format where the depth is the same, else any with that depth.
   xcb_render_pictformat_t formatOf(std::uint8_t depth) const {
-    const auto own = depth == screen_->root_depth ? rootFormat() : xcb_render_pictformat_t{XCB_NONE};
+    const auto own = depth == server_.screen().root_depth ? rootFormat() : xcb_render_pictformat_t{XCB_NONE};
     return own != XCB_NONE ? own : directFormat(depth);
   }
 
@@ -135,7 +83,7 @@ class RootReader {
       for (auto d = xcb_render_pictscreen_depths_iterator(s.data); d.rem > 0; xcb_render_pictdepth_next(&d)) {
         const auto* visuals = xcb_render_pictdepth_visuals(d.data);
         for (int i = 0; i < xcb_render_pictdepth_visuals_length(d.data); ++i) {
-          if (visuals[i].visual == screen_->root_visual) return visuals[i].format;
+          if (visuals[i].visual == server_.screen().root_visual) return visuals[i].format;
         }
       }
     }
@@ -154,38 +102,25 @@ class RootReader {
     return XCB_NONE;
   }
 
-  PixelArea visibleArea(const PixelArea& pixmap, const std::string& screen) const {
-    const auto root = reply(xcb_get_geometry_reply, xcb_get_geometry(raw(), screen_->root));
-    if (!root || pixmap != PixelArea{0, 0, root->width, root->height}) return pixmap;  // a tile
-    const PixelArea part = intersection(pixmap, monitorArea(screen));
-    return part.width > 0 && part.height > 0 ? part : pixmap;
+  PixelRect visibleArea(const PixelRect& pixmap, const std::string& screen) {
+    if (pixmap != server_.rootRect()) return pixmap;  // a tile
+    const PixelRect part = intersection(pixmap, monitorArea(screen));
+    return part.empty() ? pixmap : part;
   }
 
-  PixelArea monitorArea(const std::string& wanted) const {
-    if (!has(&xcb_randr_id)) return {};
-    const auto version = reply(xcb_randr_query_version_reply, xcb_randr_query_version(raw(), 1, 5));
-    if (!version || (version->major_version == 1 && version->minor_version < 5)) return {};
-    const auto monitors = reply(xcb_randr_get_monitors_reply, xcb_randr_get_monitors(raw(), screen_->root, 1));
-    PixelArea chosen;
-    if (!monitors) return chosen;
-    for (auto m = xcb_randr_get_monitors_monitors_iterator(monitors.get()); m.rem > 0;
-         xcb_randr_monitor_info_next(&m)) {
-      const PixelArea area{m.data->x, m.data->y, m.data->width, m.data->height};
-      if (nameOf(m.data->name) == wanted) return area;
-      if (m.data->primary != 0) chosen = area;
+  PixelRect monitorArea(const std::string& wanted) {
+    PixelRect chosen;
+    if (!server_.randrExtension().present) return chosen;
+    for (const X11Monitor& monitor : server_.monitors()) {
+      if (monitor.name == wanted) return monitor.frame;
+      if (monitor.primary) chosen = monitor.frame;
     }
     return chosen;
   }
 
-  std::string nameOf(xcb_atom_t atom) const {
-    const auto name = reply(xcb_get_atom_name_reply, xcb_get_atom_name(raw(), atom));
-    if (!name) return {};
-    return {xcb_get_atom_name_name(name.get()), static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get()))};
-  }
-
   /// Four samples a pixel each way (and each a mean of two by two), then two halvings.
   xcb_pixmap_t scaledDown(const RootPicture& root, xcb_render_pictformat_t source, xcb_render_pictformat_t target,
-                          PixelArea area) const {
+                          PixelRect area) const {
     xcb_pixmap_t pixmap = root.pixmap;
     xcb_render_pictformat_t format = source;
     for (const int factor : {4, 2, 1}) {
@@ -200,11 +135,11 @@ class RootReader {
   /// A new pixmap of size x size pixels with an area of another in it; none when that has vanished. The connection's
   /// end frees it.
   xcb_pixmap_t drawnInto(std::uint16_t size, xcb_pixmap_t from, xcb_render_pictformat_t fromFormat,
-                         xcb_render_pictformat_t format, const PixelArea& area) const {
+                         xcb_render_pictformat_t format, const PixelRect& area) const {
     const xcb_pixmap_t pixmap = xcb_generate_id(raw());
     const xcb_render_picture_t target = xcb_generate_id(raw());
     const xcb_render_picture_t source = xcb_generate_id(raw());
-    xcb_create_pixmap(raw(), targetDepth, pixmap, screen_->root, size, size);
+    xcb_create_pixmap(raw(), targetDepth, pixmap, server_.root(), size, size);
     xcb_render_create_picture(raw(), target, pixmap, format, 0, nullptr);
     const std::uint32_t repeat = XCB_RENDER_REPEAT_PAD;
     xcb_render_create_picture(raw(), source, from, fromFormat, XCB_RENDER_CP_REPEAT, &repeat);
@@ -220,15 +155,15 @@ class RootReader {
     constexpr std::string_view filter = "bilinear";
     xcb_render_set_picture_transform(raw(), source, transform);
     xcb_render_set_picture_filter(raw(), source, filter.size(), filter.data(), 0, nullptr);
-    const Owned<xcb_generic_error_t> error(xcb_request_check(
+    const XcbPtr<xcb_generic_error_t> error(xcb_request_check(
         raw(), xcb_render_composite_checked(raw(), XCB_RENDER_PICT_OP_SRC, source, XCB_RENDER_PICTURE_NONE, target, 0,
                                             0, 0, 0, 0, 0, size, size)));
     return error ? xcb_pixmap_t{XCB_PIXMAP_NONE} : pixmap;
   }
 
-  std::optional<DesktopPicture::Pixels> fetch(xcb_pixmap_t pixmap) const {
-    const auto image =
-        reply(xcb_get_image_reply, xcb_get_image(raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, 0, 0, side, side, ~0U));
+  std::optional<DesktopPicture::Pixels> fetch(xcb_pixmap_t pixmap) {
+    const auto image = server_.reply(xcb_get_image_reply,
+                                     xcb_get_image(raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, 0, 0, side, side, ~0U));
     constexpr std::size_t count = std::size_t{side} * side;
     if (!image || static_cast<std::size_t>(xcb_get_image_data_length(image.get())) < count * 4) return std::nullopt;
     const bool serverIsLittle = xcb_get_setup(raw())->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
@@ -243,15 +178,18 @@ class RootReader {
     return pixels;
   }
 
-  std::unique_ptr<xcb_connection_t, Disconnect> connection_;
-  const xcb_screen_t* screen_ = nullptr;
-  Owned<xcb_render_query_pict_formats_reply_t> formats_;
+  X11Client server_;
+  XcbPtr<xcb_render_query_pict_formats_reply_t> formats_;
 };
 
 }  // namespace
 
 std::optional<DesktopPicture::Pixels> rootPixmapThumbnail(const std::string& display, const std::string& screen) {
-  return RootReader(display).thumbnail(screen);
+  try {
+    return RootReader(display).thumbnail(screen);
+  } catch (const std::runtime_error&) {  // no connection
+    return std::nullopt;
+  }
 }
 
 }  // namespace veloria

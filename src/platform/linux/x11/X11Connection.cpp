@@ -20,45 +20,9 @@ namespace {
 constexpr double soonSeconds = 0.001;
 constexpr std::uint8_t sentEventBit = 0x80;
 
-const char* connectionErrorText(int error) {
-  switch (error) {
-    case XCB_CONN_CLOSED_MEM_INSUFFICIENT:
-      return "out of memory";
-    case XCB_CONN_CLOSED_PARSE_ERR:
-      return "the display's name is not valid";
-    case XCB_CONN_CLOSED_INVALID_SCREEN:
-      return "the display has no such screen";
-    default:
-      return "the connection was refused or has ended";
-  }
-}
-
-std::string describeDisplay(const std::string& name) {
-  if (!name.empty()) return name;
-  const char* fromEnvironment = std::getenv("DISPLAY");
-  return fromEnvironment != nullptr && *fromEnvironment != '\0' ? fromEnvironment : "(DISPLAY is not set)";
-}
-
 void ignoreBrokenPipes() {
   struct sigaction current {};
   if (sigaction(SIGPIPE, nullptr, &current) == 0 && current.sa_handler == SIG_DFL) std::signal(SIGPIPE, SIG_IGN);
-}
-
-xcb_screen_t* screenAt(xcb_connection_t* connection, int number) {
-  auto it = xcb_setup_roots_iterator(xcb_get_setup(connection));
-  for (int i = 0; i < number && it.rem > 1; ++i) xcb_screen_next(&it);
-  return it.rem > 0 ? it.data : nullptr;
-}
-
-X11Extension extension(xcb_connection_t* connection, xcb_extension_t* id) {
-  const auto* data = xcb_get_extension_data(connection, id);
-  return data != nullptr && data->present != 0 ? X11Extension{true, data->first_event} : X11Extension{};
-}
-
-template <typename Reply>
-bool atLeast(const XcbPtr<Reply>& version, std::uint32_t major, std::uint32_t minor) {
-  return version &&
-         (version->major_version > major || (version->major_version == major && version->minor_version >= minor));
 }
 
 template <typename List>
@@ -96,20 +60,14 @@ struct X11Connection::ChangeSubscriber {
 };
 
 X11Connection::X11Connection(const std::string& displayName, const DescriptorWatcher& watch, TimerFactory& timers)
-    : connection_(xcb_connect(displayName.empty() ? nullptr : displayName.c_str(), &screenNumber_)), timers_(timers) {
-  const int error = xcb_connection_has_error(connection_.get());
-  if (error == 0) screen_ = screenAt(connection_.get(), screenNumber_);
-  if (screen_ == nullptr) {
-    throw std::runtime_error("The X display " + describeDisplay(displayName) +
-                             " can't be opened: " + connectionErrorText(error) + ".");
-  }
+    : X11Client(displayName), timers_(timers) {
   ignoreBrokenPipes();
   internAtoms();
   findExtensions();
   watchRoot();
   watchCompositor();
-  if (isBroken()) throw std::runtime_error("The X display " + describeDisplay(displayName) + " went away at once.");
-  watch_ = watch(xcb_get_file_descriptor(connection_.get()), [this] { readAll(); });
+  if (isBroken()) throw std::runtime_error("The X display " + this->displayName() + " went away at once.");
+  watch_ = watch(xcb_get_file_descriptor(raw()), [this] { readAll(); });
 }
 
 X11Connection::~X11Connection() = default;
@@ -119,7 +77,7 @@ void X11Connection::internAtoms() {
   for (std::size_t i = 0; i < x11AtomCount; ++i) {
     cookies[i] = xcb_intern_atom(raw(), 0, static_cast<std::uint16_t>(std::strlen(x11AtomNames[i])), x11AtomNames[i]);
   }
-  const std::string selection = "_NET_WM_CM_S" + std::to_string(screenNumber_);
+  const std::string selection = "_NET_WM_CM_S" + std::to_string(screenNumber());
   const auto selectionCookie =
       xcb_intern_atom(raw(), 0, static_cast<std::uint16_t>(selection.size()), selection.c_str());
   for (std::size_t i = 0; i < x11AtomCount; ++i) {
@@ -130,18 +88,15 @@ void X11Connection::internAtoms() {
   compositorSelection_ = answer ? answer->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
-// A version must be asked for before an extension is used: servers fall back to an older behaviour otherwise.
+// Servers fall back to an older behaviour when an extension is used before its version was asked for.
 void X11Connection::findExtensions() {
   for (auto* id : {&xcb_randr_id, &xcb_shape_id, &xcb_composite_id, &xcb_xfixes_id}) {
     xcb_prefetch_extension_data(raw(), id);
   }
-  randr_ = extension(raw(), &xcb_randr_id);
-  shape_ = extension(raw(), &xcb_shape_id);
-  composite_ = extension(raw(), &xcb_composite_id);
-  xfixes_ = extension(raw(), &xcb_xfixes_id);
-  if (randr_.present) {
-    randr_.present = atLeast(reply(xcb_randr_query_version_reply, xcb_randr_query_version(raw(), 1, 5)), 1, 5);
-  }
+  randr_ = randrExtension();
+  shape_ = extension(&xcb_shape_id);
+  composite_ = extension(&xcb_composite_id);
+  xfixes_ = extension(&xcb_xfixes_id);
   if (shape_.present)
     shape_.present = atLeast(reply(xcb_shape_query_version_reply, xcb_shape_query_version(raw())), 1, 1);
   if (composite_.present) {
@@ -212,7 +167,7 @@ void X11Connection::dispatchQueued() {
 }
 
 // Waiting for a reply also reads the events before it, and the descriptor won't wake the loop for those again.
-void X11Connection::queuedWhileWaiting() {
+void X11Connection::replyRead() {
   while (auto* event = xcb_poll_for_queued_event(raw())) queue_.emplace_back(event);
   if (queue_.empty() || dispatching_ || soon_ || !watch_) return;
   soon_ = timers_.repeating(soonSeconds, 0, [this] {
@@ -268,34 +223,8 @@ void X11Connection::reportBreak() {
             connectionErrorText(xcb_connection_has_error(raw())) + ".");
 }
 
-xcb_get_property_cookie_t X11Connection::requestProperty(xcb_window_t window, xcb_atom_t property,
-                                                         std::uint32_t maximumWords) const {
-  return xcb_get_property(raw(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, maximumWords);
-}
-
-std::vector<std::uint32_t> X11Connection::numbers(xcb_get_property_cookie_t cookie) {
-  const auto property = reply(xcb_get_property_reply, cookie);
-  if (!property || property->format != 32) return {};
-  const auto count = static_cast<std::size_t>(xcb_get_property_value_length(property.get())) / sizeof(std::uint32_t);
-  std::vector<std::uint32_t> values(count);
-  if (count > 0) std::memcpy(values.data(), xcb_get_property_value(property.get()), count * sizeof(std::uint32_t));
-  return values;
-}
-
-std::string X11Connection::text(xcb_get_property_cookie_t cookie) {
-  const auto property = reply(xcb_get_property_reply, cookie);
-  if (!property || property->format != 8) return {};
-  return {static_cast<const char*>(xcb_get_property_value(property.get())),
-          static_cast<std::size_t>(xcb_get_property_value_length(property.get()))};
-}
-
 std::vector<std::uint32_t> X11Connection::numbers(xcb_window_t window, X11Atom property, std::uint32_t maximumWords) {
   return numbers(requestProperty(window, atom(property), maximumWords));
-}
-
-PixelRect X11Connection::rootRect() {
-  const auto geometry = reply(xcb_get_geometry_reply, xcb_get_geometry(raw(), root()));
-  return geometry ? PixelRect{0, 0, geometry->width, geometry->height} : PixelRect{};
 }
 
 }  // namespace veloria

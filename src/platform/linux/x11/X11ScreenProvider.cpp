@@ -12,44 +12,15 @@ namespace veloria {
 
 namespace {
 
-constexpr std::size_t mostMonitors = 64;
 constexpr std::uint32_t longestResources = 65536;  // words
 constexpr std::uint8_t eventCodeMask = 0x7f;
 
-std::string atomName(X11Connection& connection, xcb_get_atom_name_cookie_t cookie) {
-  const auto name = connection.reply(xcb_get_atom_name_reply, cookie);
-  if (!name) return {};
-  return {xcb_get_atom_name_name(name.get()), static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get()))};
-}
-
-struct PendingMonitor {
-  MonitorDescription monitor;
-  bool primary;
-  xcb_get_atom_name_cookie_t name;
-};
-
-std::vector<PendingMonitor> requestNames(X11Connection& connection, const xcb_randr_get_monitors_reply_t& answer) {
-  std::vector<PendingMonitor> pending;
-  auto it = xcb_randr_get_monitors_monitors_iterator(&answer);
-  for (; it.rem > 0 && pending.size() < mostMonitors; xcb_randr_monitor_info_next(&it)) {
-    const auto& info = *it.data;
-    pending.push_back({{{}, {info.x, info.y, info.width, info.height}, {}},
-                       info.primary != 0,
-                       xcb_get_atom_name(connection.raw(), info.name)});
-  }
-  return pending;
-}
-
+/// The primary one first.
 std::vector<MonitorDescription> randrMonitors(X11Connection& connection) {
-  const auto answer =
-      connection.reply(xcb_randr_get_monitors_reply, xcb_randr_get_monitors(connection.raw(), connection.root(), 1));
-  if (!answer) return {};
-  auto pending = requestNames(connection, *answer);
-  for (PendingMonitor& each : pending) each.monitor.name = atomName(connection, each.name);
-  std::stable_partition(pending.begin(), pending.end(), [](const PendingMonitor& each) { return each.primary; });
+  auto found = connection.monitors();
+  std::ranges::stable_partition(found, &X11Monitor::primary);
   std::vector<MonitorDescription> monitors;
-  monitors.reserve(pending.size());
-  for (PendingMonitor& each : pending) monitors.push_back(std::move(each.monitor));
+  for (const X11Monitor& monitor : found) monitors.push_back({monitor.name, monitor.frame, {}});
   return monitors;
 }
 
