@@ -4,7 +4,8 @@ if(APPLE)
 else()
   set(VELORIA_SHADER_LIBRARY ${CMAKE_BINARY_DIR}/default.spv)
 endif()
-file(GLOB shader_sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/render/shaders/*)
+file(GLOB shader_sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/render/shaders/*
+     ${CMAKE_SOURCE_DIR}/src/render/*Fields.h)
 add_custom_command(
   OUTPUT ${VELORIA_SHADER_LIBRARY}
   COMMAND ${CMAKE_SOURCE_DIR}/build.sh ${CMAKE_BINARY_DIR}

@@ -29,7 +29,8 @@ void requireRanges(const ScriptReport& report) {
   for (std::size_t i = 0; i < scriptParamCount; ++i) {
     const ScriptParamInfo& row = scriptParams[i];
     const double value = report.values[i].second;
-    require((value >= row.low && value <= row.high) || (row.param == ScriptParam::hue && std::isnan(value)));
+    require((value >= row.range.low && value <= row.range.high) ||
+            (row.param == ScriptParam::hue && std::isnan(value)));
   }
 }
 

@@ -9,7 +9,6 @@ namespace {
 
 constexpr double stripAspect = 0.2;
 constexpr std::int64_t maxPressureIterations = 200;
-constexpr std::int64_t maxOctaves = 8;
 
 /// Rounded and held to low..high whatever the value is; NaN gives low.
 std::int64_t roundedWithin(double value, std::int64_t low, std::int64_t high) {
@@ -64,11 +63,11 @@ std::int64_t pressureIterationsFor(std::int64_t wanted) {
 }
 
 std::int64_t octavesFor(std::int64_t wanted) {
-  return std::min(wanted, maxOctaves);
+  return std::min(wanted, static_cast<std::int64_t>(ranges::detailOctaves.high));
 }
 
 double frameRateFor(std::int64_t wanted) {
-  return wanted <= 0 ? 60.0 : static_cast<double>(std::min<std::int64_t>(wanted, 240));
+  return wanted <= 0 ? 60.0 : std::min(static_cast<double>(wanted), ranges::framesPerSecond.high);
 }
 
 }  // namespace veloria

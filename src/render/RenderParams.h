@@ -3,66 +3,17 @@
 #include <array>
 #include <cstddef>
 
+#include "render/RenderFields.h"
 #include "settings/Palette.h"
 
 namespace veloria {
 
-/// The uniform block of the band and composite passes: 64 floats without padding. The layout is a wire format;
-/// shaders/RenderParams.glsl is its other side.
+#define VELORIA_UNIFORM(name) float name = 0;
+#define VELORIA_STOPS(name) std::array<ColorStop, 4> name{};
+
+/// The uniform block of the band and composite passes.
 struct RenderParams {
-  float targetW = 0;  ///< the scene's size in pixels
-  float targetH = 0;
-  float time = 0;  ///< seconds of scaled time, wrapped at timePeriod
-  float one = 1;
-  float zero0 = 0;
-  float zero1 = 0;
-  float exposure = 0;
-  float opacity = 0;
-  float contrast = 0;
-  float saturation = 0;
-  float hueShift = 0;
-  float colorCycle = 0;
-  float rayIntensity = 0;
-  float raySharpness = 0;
-  float rayScale = 0;
-  float raySpeed = 0;
-  float rayFlow = 0;
-  float detailOctaves = 0;
-  float glowAmount = 0;
-  float glowRadius = 0;
-  float notchLeft = 0;  ///< shares of the window's width; 0 in all six without a housing
-  float notchRight = 0;
-  float notchBottom = 0;  ///< share of the window's height, from the top
-  float notchPresent = 0;
-  float notchHalo = 0;
-  float notchFeather = 0;
-  float fadeTop = 0;
-  float fadeBottom = 0;
-  float fadeSide = 0;
-  float pointerX = 0;  ///< shares of the window, y from the top; 0 in all five without a glowing pointer
-  float pointerY = 0;
-  float pointerGlow = 0;
-  float pointerRadius = 0;
-  float pointerGlowOn = 0;
-  float shimmer = 0;
-  float ambientLevel = 0;
-  float heightTint = 0;
-  float coverGain = 0;
-  float additive = 0;
-  std::array<ColorStop, 4> palette{};
-  float textMaskOn = 0;
-  float textThreshold = 0;
-  float textSoftness = 0;
-  float textDilate = 0;
-  float textBlur = 0;
-  float textShadow = 0;
-  float textShadowSpread = 0;
-  float opaque = 0;
-  float backgroundLift = 0;
-  float hueSpread = 0;
-  float hueSpreadScale = 0;
-  float hueSpreadDrift = 0;
-  float debugSolid = 0;
+  VELORIA_RENDER_PARAMS(VELORIA_UNIFORM, VELORIA_UNIFORM, VELORIA_STOPS)
 };
 
 static_assert(sizeof(RenderParams) == 256);
@@ -87,10 +38,12 @@ static_assert(offsetof(RenderParams, debugSolid) == 252);
 /// What the two passes are given: the block and, behind it, what BandMotion says.
 struct BandBlock {
   RenderParams params;
-  float rayPhase = 0;
-  float hueDriftPhase = 0;
-  float hueSwing = 0;  ///< turns
+  VELORIA_BAND_PHASES(VELORIA_UNIFORM)
 };
+
+#undef VELORIA_UNIFORM
+#undef VELORIA_STOPS
+
 static_assert(sizeof(BandBlock) == 268);
 
 /// The uniform block of the glow's blur.

@@ -5,19 +5,16 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/Range.h"
+
 namespace veloria {
 
 namespace {
 
-/// Within the bounds; 0 when it is no number.
-double bounded(double value, double low, double high) {
-  return std::isnan(value) ? 0 : std::clamp(value, low, high);
-}
-
 Rect windowFrame(const Screen& screen, const NimbraConfig& config, double menuBarHeight) {
   const Rect& frame = screen.frame;
   if (config.layerMode == LayerMode::desktopFull) return frame;
-  const double height = std::min(menuBarHeight + bounded(config.extraHeight, 0, frame.height), frame.height);
+  const double height = std::min(menuBarHeight + bounded(config.extraHeight, {0, frame.height}), frame.height);
   return {frame.minX(), frame.maxY() - height, frame.width, height};
 }
 
@@ -27,7 +24,7 @@ std::optional<Rect> localNotch(const Screen& screen, const NimbraConfig& config,
   const auto notch = ScreenGeometry::notchRect(screen);
   if (!notch) return std::nullopt;
   const double most = std::max(screen.frame.width, screen.frame.height);
-  const double padding = bounded(config.notchPadding, -most, most);
+  const double padding = std::isnan(config.notchPadding) ? 0 : bounded(config.notchPadding, {-most, most});
   const Rect local{notch->minX() - window.minX() - padding, 0, notch->width + 2 * padding, notch->height + padding};
   if (local.empty()) return std::nullopt;
   return local;
@@ -45,7 +42,7 @@ std::optional<Rect> ScreenGeometry::notchRect(const Screen& screen) {
 
 double ScreenGeometry::menuBarHeight(const Screen& screen) {
   const double reserved = screen.frame.maxY() - screen.visibleFrame.maxY();
-  const double measured = bounded(std::max(screen.safeAreaTop, reserved), 0, screen.frame.height);
+  const double measured = bounded(std::max(screen.safeAreaTop, reserved), {0, screen.frame.height});
   return std::round(std::max(measured, screen.statusBarThickness));
 }
 

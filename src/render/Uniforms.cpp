@@ -82,40 +82,6 @@ void fillPointerGlow(RenderParams& params, const NimbraConfig& config, const Poi
   params.pointerGlowOn = 1;
 }
 
-void fillLook(RenderParams& params, const NimbraConfig& config) {
-  params.exposure = uniformFloat(config.exposure);
-  params.opacity = uniformFloat(config.opacity);
-  params.contrast = uniformFloat(config.contrast);
-  params.saturation = uniformFloat(config.saturation);
-  params.hueShift = uniformFloat(config.hueShift);
-  params.colorCycle = uniformFloat(config.colorCycle);
-  params.rayIntensity = uniformFloat(config.rayIntensity);
-  params.raySharpness = uniformFloat(config.raySharpness);
-  params.rayScale = uniformFloat(config.rayScale);
-  params.raySpeed = uniformFloat(config.raySpeed);
-  params.rayFlow = uniformFloat(config.rayFlow);
-  params.detailOctaves = static_cast<float>(octavesFor(config.detailOctaves));
-  params.glowAmount = uniformFloat(config.glowAmount);
-  params.glowRadius = uniformFloat(std::min(config.glowRadius, maxGlowRadius));
-  params.shimmer = uniformFloat(config.shimmer);
-  params.ambientLevel = uniformFloat(config.ambientLevel);
-  params.heightTint = uniformFloat(config.heightTint);
-  params.coverGain = uniformFloat(config.coverGain);
-  params.additive = uniformFloat(config.additive);
-  params.hueSpread = uniformFloat(config.hueSpread);
-  params.hueSpreadScale = uniformFloat(config.hueSpreadScale);
-  params.hueSpreadDrift = uniformFloat(config.hueSpreadDrift);
-}
-
-void fillText(RenderParams& params, const NimbraConfig& config) {
-  params.textThreshold = uniformFloat(config.textThreshold);
-  params.textSoftness = uniformFloat(config.textSoftness);
-  params.textDilate = uniformFloat(config.textDilate);
-  params.textBlur = uniformFloat(config.textBlur);
-  params.textShadow = uniformFloat(config.textShadow);
-  params.textShadowSpread = uniformFloat(config.textShadowSpread);
-}
-
 }  // namespace
 
 Extent viewSizeFor(gpu::Size drawable, const std::optional<StripGeometry>& geometry) {
@@ -124,30 +90,19 @@ Extent viewSizeFor(gpu::Size drawable, const std::optional<StripGeometry>& geome
   return {std::max(drawable.width / scale, 1.0), std::max(drawable.height / scale, 1.0)};
 }
 
+// The members of the lists that are settings as they are; each of the others is set by name.
+#define SETTING(name) params.name = uniformFloat(config.name);
+#define OTHER(name)
+
 SimParams makeSimParams(const NimbraConfig& config, double dtFrames, double simTime, const PointerState& pointer,
                         Extent viewSize) {
   SimParams params;
+  VELORIA_SIM_PARAMS(OTHER, SETTING, OTHER)
   params.dt = uniformFloat(dtFrames);
   params.time = wrappedTime(simTime);
-  params.velDissipation = uniformFloat(config.velDissipation);
-  params.dyeDissipation = uniformFloat(config.dyeDissipation);
-  params.vorticity = uniformFloat(config.vorticity);
-  params.curlStrength = uniformFloat(config.curlStrength);
-  params.curlScale = uniformFloat(config.curlScale);
-  params.curlSpeed = uniformFloat(config.curlSpeed);
   params.curlOctaves = static_cast<float>(octavesFor(config.curlOctaves));
-  params.buoyancy = uniformFloat(config.buoyancy);
-  params.emitRate = uniformFloat(config.emitRate);
-  params.emitScale = uniformFloat(config.emitScale);
-  params.emitSpeed = uniformFloat(config.emitSpeed);
-  params.emitHeight = uniformFloat(config.emitHeight);
-  params.emitCenter = uniformFloat(config.emitCenter);
-  params.emitThreshold = uniformFloat(config.emitThreshold);
   params.ambient = uniformFloat(config.ambientLevel * 1.4);
-  params.flowSpeed = uniformFloat(config.flowSpeed);
-  params.flowShear = uniformFloat(config.flowShear);
   fillPointerForce(params, config, pointer, viewSize);
-  params.paletteSpread = uniformFloat(config.paletteSpread);
   params.palette = fourStops(config.palette());
   return params;
 }
@@ -156,19 +111,18 @@ RenderParams makeRenderParams(const NimbraConfig& config, double simTime, Extent
                               const std::optional<StripGeometry>& geometry, const PointerState& pointer,
                               float debugSolid) {
   RenderParams params;
+  VELORIA_RENDER_PARAMS(OTHER, SETTING, OTHER)
   params.targetW = uniformFloat(scene.width);
   params.targetH = uniformFloat(scene.height);
   params.time = wrappedTime(simTime);
-  fillLook(params, config);
+  params.one = 1;
+  params.detailOctaves = static_cast<float>(octavesFor(config.detailOctaves));
+  params.glowRadius = uniformFloat(std::min(config.glowRadius, maxGlowRadius));
   if (geometry) fillNotch(params, config, *geometry);
-  params.fadeTop = uniformFloat(config.fadeTop);
   params.fadeBottom = geometry ? uniformFloat(bottomFade(config, *geometry)) : 0;
-  params.fadeSide = uniformFloat(config.fadeSide);
   fillPointerGlow(params, config, pointer, geometry);
   params.palette = fourStops(config.palette());
-  fillText(params, config);
   params.opaque = config.opaqueBackground && config.layerMode != LayerMode::aboveMenuBar ? 1 : 0;
-  params.backgroundLift = uniformFloat(config.backgroundLift);
   params.debugSolid = debugSolid;
   return params;
 }

@@ -58,10 +58,10 @@ void applyAlert(NimbraConfig& config, double strength, bool ownPalette) {
   config.exposure += 1.5 * s;
   config.glowAmount += 1.2 * s;
   config.emitRate += 1.4 * s;
-  config.timeScale = std::min(4.0, (1 + 2.5 * s) * config.timeScale);
-  config.curlStrength = std::min(10.0, config.curlStrength + 2.5 * s);
-  config.rayIntensity = std::min(1.0, config.rayIntensity + 0.3 * s);
-  config.saturation = std::min(3.0, config.saturation + 0.4 * s);
+  config.timeScale = std::min(ranges::timeScale.high, (1 + 2.5 * s) * config.timeScale);
+  config.curlStrength = std::min(ranges::curlStrength.high, config.curlStrength + 2.5 * s);
+  config.rayIntensity = std::min(ranges::rayIntensity.high, config.rayIntensity + 0.3 * s);
+  config.saturation = std::min(ranges::saturation.high, config.saturation + 0.4 * s);
 }
 
 }  // namespace veloria

@@ -9,7 +9,7 @@
 
 namespace veloria {
 
-/// The look parameters that a scene script can fix or bind.
+/// The look parameters that a scene script can fix or bind, by keyword.
 enum class ScriptParam {
   exposure,
   opacity,
@@ -17,26 +17,26 @@ enum class ScriptParam {
   saturation,
   hue,
   cycle,
-  hueSpread,
+  huespread,
   glow,
-  glowSpread,
+  glowspread,
   ambient,
   rays,
-  raySharp,
-  rayScale,
-  raySpeed,
-  rayFlow,
+  raysharp,
+  rayscale,
+  rayspeed,
+  rayflow,
   shimmer,
   speed,
   tempo,
   wind,
   shear,
   curl,
-  curlScale,
+  curlscale,
   vorticity,
   buoyancy,
   emit,
-  emitSpread,
+  emitspread,
   fade,
   tint,
 };
@@ -44,9 +44,8 @@ enum class ScriptParam {
 /// One row of the table of parameters.
 struct ScriptParamInfo {
   ScriptParam param;
-  std::string_view keyword;  ///< as scripts write it, lower case
-  double low;                ///< the range it is held to, ends included; hue is wrapped instead
-  double high;
+  std::string_view keyword;
+  Range range;                  ///< it is held to; hue is wrapped instead
   double NimbraConfig::*field;  ///< what it drives
 };
 

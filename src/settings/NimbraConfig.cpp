@@ -21,11 +21,6 @@ constexpr std::string_view fieldNames[] = {
 };
 static_assert(std::size(fieldNames) == 79, "the stored record has exactly these fields; a change needs a new key");
 
-/// Like std::clamp, with NaN becoming the lower bound.
-double bounded(double value, double low, double high) {
-  return value > low ? std::min(value, high) : low;
-}
-
 }  // namespace
 
 const Palette& NimbraConfig::palette() const {
@@ -45,14 +40,14 @@ NimbraConfig NimbraConfig::resettingLook() const {
 }
 
 NimbraConfig NimbraConfig::applyingTempo() const {
-  const double t = bounded(tempo, 0.15, 2.5);
+  const double t = bounded(tempo, ranges::tempo);
   if (std::abs(t - 1) <= 0.001) return *this;
   NimbraConfig result = *this;
-  result.timeScale = bounded(t * timeScale, 0.02, 4.0);
-  result.flowShear = bounded((0.4 * t + 0.6) * flowShear, 0, 8);
-  result.vorticity = bounded((0.35 * t + 0.65) * vorticity, 0, 6);
-  result.curlStrength = bounded((0.45 * t + 0.55) * curlStrength, 0, 10);
-  result.shimmer = bounded(t * shimmer, 0, 2);
+  result.timeScale = bounded(t * timeScale, ranges::timeScale);
+  result.flowShear = bounded((0.4 * t + 0.6) * flowShear, ranges::flowShear);
+  result.vorticity = bounded((0.35 * t + 0.65) * vorticity, ranges::vorticity);
+  result.curlStrength = bounded((0.45 * t + 0.55) * curlStrength, ranges::curlStrength);
+  result.shimmer = bounded(t * shimmer, ranges::shimmer);
   return result;
 }
 

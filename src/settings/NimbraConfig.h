@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "base/Range.h"
 #include "settings/Modes.h"
 #include "settings/Palette.h"
 
@@ -31,5 +32,11 @@ struct NimbraConfig {
   /// A copy with `tempo` folded into the speed-like fields. `tempo` itself is kept.
   NimbraConfig applyingTempo() const;
 };
+
+/// What the settings window offers for each number, by the field's name.
+namespace ranges {
+#define VELORIA_NUMBER(type, name, initial, group, low, high) inline constexpr Range name{low, high};
+#include "settings/NimbraConfigFields.h"
+}  // namespace ranges
 
 }  // namespace veloria

@@ -26,12 +26,12 @@ enum class Curve {
 
 /// What the control of a number offers. The record itself may hold anything.
 struct NumberRange {
-  double minimum = 0;
-  double maximum = 1;
   double step = 0.01;  ///< the fine step of the keyboard
   int decimals = 2;    ///< to which a slider rounds
   Curve curve = Curve::linear;
   const char* unit = "";  ///< to be translated; stands behind the value as it is
+  double minimum = 0;     ///< from the table of the settings, as is the maximum
+  double maximum = 0;
 };
 
 /// One of the values of an enumeration.
@@ -51,7 +51,7 @@ struct Setting {
   const char* title;
   const char* help;      ///< one line
   const char* synonyms;  ///< what else people call it, for the search; words with spaces between them
-  NumberRange range;     ///< of numbers only
+  NumberRange range{};   ///< of numbers only
   SettingTab tab{};
   const char* group = "";  ///< the title of its card
 };

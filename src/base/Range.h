@@ -1,0 +1,18 @@
+#pragma once
+
+#include <algorithm>
+
+namespace veloria {
+
+/// The numbers from `low` to `high`, both included.
+struct Range {
+  double low = 0;
+  double high = 0;
+};
+
+/// The number of the range that is nearest to `value`; the low end for NaN.
+constexpr double bounded(double value, Range range) {
+  return value > range.low ? std::min(value, range.high) : range.low;
+}
+
+}  // namespace veloria
