@@ -3,14 +3,13 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "base/ExitCode.h"
 #include "base/MediaClock.h"
 #include "base/PlainText.h"
 #include "cli/Commands.h"
-#include "cli/ExitCode.h"
 #include "cli/RunningApplication.h"
 #include "cli/StateFile.h"
 #include "cli/StatusReport.h"
-#include "cli/UsageError.h"
 
 namespace veloria::cli {
 

@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "agent/StateMembers.h"
+#include "base/ExitCode.h"
 #include "base/HexColor.h"
 #include "base/PlainNumber.h"
 #include "base/PlainText.h"
-#include "cli/UsageError.h"
 
 namespace veloria::cli {
 
