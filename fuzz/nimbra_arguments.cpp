@@ -9,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#include "base/ExitCode.h"
 #include "base/PlainText.h"
 #include "cli/CommandLine.h"
 #include "cli/Operands.h"
-#include "cli/UsageError.h"
 
 namespace {
 

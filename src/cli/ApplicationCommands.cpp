@@ -3,13 +3,13 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "base/ExitCode.h"
+#include "base/MediaClock.h"
 #include "base/PlainText.h"
 #include "cli/Commands.h"
-#include "cli/ExitCode.h"
 #include "cli/RunningApplication.h"
 #include "cli/StateFile.h"
 #include "cli/StatusReport.h"
-#include "cli/UsageError.h"
 
 namespace veloria::cli {
 
@@ -30,7 +30,7 @@ nlohmann::json readState(const Environment& environment) {
 int runStatus(const CommandLine& line, const Environment& environment) {
   const auto state = readState(environment);
   const bool running = applicationRuns(environment);
-  const double now = wallClock();
+  const double now = wallTime();
   const StatusReport report = statusReport(state, running, now);
   const std::string text = line.json ? jsonOf(report, now).dump(2) + "\n" : textOf(report, now);
   std::fwrite(text.data(), 1, text.size(), stdout);

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "base/PlatformWords.h"
+#include "cli/Commands.h"
 
 namespace veloria::cli {
 
@@ -14,30 +15,35 @@ constexpr std::size_t anyNumber = SIZE_MAX;
 
 constexpr std::array<CommandDescription, 13> commands{{
     {.name = "busy",
+     .run = runBusy,
      .usage = "",
      .summary = "work has begun",
      .details = "Sets busy to 1, ok and err to 0.\n",
      .session = true,
      .verbose = true},
     {.name = "idle",
+     .run = runIdle,
      .usage = "",
      .summary = "no work, nothing to report",
      .details = "Sets busy, ok and err to 0.\n",
      .session = true,
      .verbose = true},
     {.name = "ok",
+     .run = runOk,
      .usage = "",
      .summary = "work has succeeded",
      .details = "Sets ok to 1, busy and err to 0.\n",
      .session = true,
      .verbose = true},
     {.name = "fail",
+     .run = runFail,
      .usage = "",
      .summary = "work has failed: the band flashes red",
      .details = "Sets err to 1, busy and ok to 0, and lets the band flash for 1.5 seconds.\n",
      .session = true,
      .verbose = true},
     {.name = "set",
+     .run = runSet,
      .usage = "NAME NUMBER",
      .summary = "set a channel for scene scripts, such as a0",
      .details =
@@ -50,6 +56,7 @@ constexpr std::array<CommandDescription, 13> commands{{
      .session = true,
      .verbose = true},
     {.name = "unset",
+     .run = runUnset,
      .usage = "NAME",
      .summary = "set a channel to 0, in all sessions",
      .details = "",
@@ -57,6 +64,7 @@ constexpr std::array<CommandDescription, 13> commands{{
      .most = 1,
      .verbose = true},
     {.name = "palette",
+     .run = runPalette,
      .usage = "C C [C C] | clear",
      .summary = "paint with 2 to 4 colours, or with the usual ones again",
      .details = "A colour is '#rrggbb' or rrggbb, hexadecimal. Quote the '#', which may begin a comment in a shell.\n",
@@ -64,11 +72,13 @@ constexpr std::array<CommandDescription, 13> commands{{
      .most = anyNumber,
      .verbose = true},
     {.name = "clear",
+     .run = runClear,
      .usage = "",
      .summary = "all channels to 0; no sessions, no palette, no flash",
      .details = "",
      .verbose = true},
     {.name = "status",
+     .run = runStatus,
      .usage = "",
      .summary = "what is set, and whether Veloria runs",
      .details = "With --json: {\"channels\": {NAME: NUMBER}, \"sessions\": {NAME: {\"channels\": {NAME: NUMBER}, "
@@ -76,6 +86,7 @@ constexpr std::array<CommandDescription, 13> commands{{
                 "false}. Without: only what is not 0.\n",
      .json = true},
     {.name = "run",
+     .run = runProgram,
      .usage = "-- COMMAND ...",
      .summary = "busy while COMMAND runs, then ok or fail by its exit code",
      .details =
@@ -90,13 +101,14 @@ constexpr std::array<CommandDescription, 13> commands{{
      .verbose = true,
      .program = true},
     {.name = "preset",
+     .run = runPreset,
      .usage = "NAME",
      .summary = "change the running Veloria to a look",
      .details = "For example 'nimbra preset \"Northern Lights\"'.\n",
      .fewest = 1,
      .most = 1},
-    {.name = "pause", .usage = "", .summary = "let the running Veloria go dark", .details = ""},
-    {.name = "resume", .usage = "", .summary = "light it again", .details = ""},
+    {.name = "pause", .run = runPause, .usage = "", .summary = "let the running Veloria go dark", .details = ""},
+    {.name = "resume", .run = runResume, .usage = "", .summary = "light it again", .details = ""},
 }};
 
 std::string options(const CommandDescription& command) {

@@ -5,11 +5,16 @@
 #include <string>
 #include <string_view>
 
+#include "base/Environment.h"
+
 namespace veloria::cli {
 
-/// What a command's line may hold, and its help.
+struct CommandLine;
+
+/// A command: what runs it, what its line may hold, and its help.
 struct CommandDescription {
   std::string_view name;
+  int (*run)(const CommandLine& line, const Environment& environment);
   std::string_view usage;    ///< what follows the name, without options
   std::string_view summary;  ///< one line
   std::string_view details;  ///< whole lines; may be empty

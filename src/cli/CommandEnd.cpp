@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <csignal>
 
-#include "cli/ExitCode.h"
+#include "base/ExitCode.h"
 
 namespace veloria::cli {
 

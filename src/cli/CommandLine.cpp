@@ -3,9 +3,9 @@
 #include <span>
 #include <string_view>
 
+#include "base/ExitCode.h"
 #include "base/PlainText.h"
 #include "cli/Operands.h"
-#include "cli/UsageError.h"
 
 namespace veloria::cli {
 

@@ -1,24 +1,26 @@
 #include "cli/Operands.h"
 
 #include <array>
+#include <cstdio>
 #include <utility>
 
+#include "agent/StateMembers.h"
+#include "base/ExitCode.h"
+#include "base/HexColor.h"
 #include "base/PlainNumber.h"
 #include "base/PlainText.h"
-#include "cli/UsageError.h"
-#include "scene/ColorStops.h"
 
 namespace veloria::cli {
 
 namespace {
 
 constexpr std::array<std::pair<std::string_view, std::string_view>, 6> reservedNames{{
-    {"palette", "the palette, which 'nimbra palette' sets"},
-    {"alert_until", "the flash of a failure, which 'nimbra fail' starts"},
-    {"alert_for", "the flash of a failure, which 'nimbra fail' starts"},
-    {"alert_palette", "the flash of a failure, which 'nimbra fail' starts"},
-    {"sessions", "the sessions, which --session names"},
-    {"expires", "a session's end, which --ttl sets"},
+    {paletteKey, "the palette, which 'nimbra palette' sets"},
+    {alertUntilKey, "the flash of a failure, which 'nimbra fail' starts"},
+    {alertForKey, "the flash of a failure, which 'nimbra fail' starts"},
+    {alertPaletteKey, "the flash of a failure, which 'nimbra fail' starts"},
+    {sessionsKey, "the sessions, which --session names"},
+    {expiresKey, "a session's end, which --ttl sets"},
 }};
 
 std::string inQuotes(std::string_view text) {
@@ -67,13 +69,11 @@ double lifetime(const std::string& text) {
 }
 
 std::optional<std::string> normalisedColour(std::string_view text) {
-  if (!colorFromHex(text)) return std::nullopt;
-  if (text.starts_with('#')) text.remove_prefix(1);
-  std::string colour = "#" + std::string(text);
-  for (char& c : colour) {
-    if (c >= 'A' && c <= 'F') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return colour;
+  const auto rgb = rgbFromHex(text);
+  if (!rgb) return std::nullopt;
+  std::array<char, 8> color{};
+  std::snprintf(color.data(), color.size(), "#%06x", *rgb);
+  return color.data();
 }
 
 std::vector<std::string> paletteColours(const std::vector<std::string>& texts) {

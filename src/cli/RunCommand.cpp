@@ -5,10 +5,10 @@
 #include <string>
 #include <system_error>
 
+#include "base/ExitCode.h"
 #include "base/PlainText.h"
 #include "cli/ChildProgram.h"
 #include "cli/Commands.h"
-#include "cli/ExitCode.h"
 #include "cli/StateChanges.h"
 #include "cli/StateFile.h"
 

@@ -5,8 +5,9 @@
 #include <set>
 #include <string_view>
 
+#include "agent/AgentSessions.h"
+#include "agent/StateMembers.h"
 #include "cli/Operands.h"
-#include "scene/AgentSessions.h"
 
 namespace veloria::cli {
 
@@ -14,10 +15,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* alertUntil = "alert_until";
-constexpr const char* alertFor = "alert_for";
-constexpr const char* alertPalette = "alert_palette";
-constexpr const char* palette = "palette";
 /// The names that always belong to a session.
 constexpr std::array<std::string_view, 3> outcomes{"busy", "ok", "err"};
 
@@ -64,21 +61,17 @@ AgentSession& openSession(AgentSessions& sessions, const SessionChoice& choice, 
 }
 
 void startAlert(json& state, double now) {
-  state[alertUntil] = now + alertSeconds;
-  state[alertFor] = alertSeconds;
+  state[alertUntilKey] = now + alertSeconds;
+  state[alertForKey] = alertSeconds;
   // The agent scene turns the hues of a failure back by about thirty degrees: these are crimson there and fire
   // elsewhere.
-  state[alertPalette] = {"#ff9000", "#ff7000", "#ffa000", "#c05800"};
-}
-
-bool isChannelValue(const json& value) {
-  return value.is_number() || value.is_boolean();
+  state[alertPaletteKey] = {"#ff9000", "#ff7000", "#ffa000", "#c05800"};
 }
 
 void endAlertUnlessFailed(json& state) {
   const auto failure = state.find("err");
   if (failure != state.end() && failure->is_number() && failure->get<double>() > 0) return;
-  const auto alert = state.find(alertUntil);
+  const auto alert = state.find(alertUntilKey);
   if (alert != state.end()) *alert = 0;
 }
 
@@ -131,21 +124,21 @@ void unsetChannel(json& state, const std::string& name, double now) {
 
 void setPalette(json& state, const std::vector<std::string>& colours, double now) {
   changeSessions(state, now, [](const AgentSessions&) {});
-  state[palette] = colours;
+  state[paletteKey] = colours;
 }
 
 void clearPalette(json& state, double now) {
   changeSessions(state, now, [](const AgentSessions&) {});
-  state.erase(palette);
+  state.erase(paletteKey);
 }
 
 void clearState(json& state, double now) {
   changeSessions(state, now, [](AgentSessions& sessions) { sessions.clear(); });
-  for (const char* member : {palette, alertFor, alertPalette}) state.erase(member);
+  for (const char* member : {paletteKey, alertForKey, alertPaletteKey}) state.erase(member);
   for (auto& member : state) {
-    if (isChannelValue(member)) member = 0;
+    if (channelValue(member)) member = 0;
   }
-  state[alertUntil] = 0;
+  state[alertUntilKey] = 0;
 }
 
 void finishRun(json& state, const std::string& running, Activity outcome, const std::string& session, double now) {

@@ -15,9 +15,6 @@
 /// has any more. No name is ever removed: the application would hold its channel at its last value.
 namespace veloria::cli {
 
-/// How long a failure flashes, in seconds.
-inline constexpr double alertSeconds = 1.5;
-
 /// The session of a channel that is set for some time by a writer that names none: nothing else lapses with it.
 std::string lifetimeSession(std::string_view channel);
 

@@ -3,11 +3,12 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <chrono>
 #include <system_error>
 #include <utility>
 
+#include "agent/StateMembers.h"
 #include "base/Files.h"
+#include "base/MediaClock.h"
 #include "base/StrictJson.h"
 #include "cli/FileLock.h"
 #include "platform/posix/files/UserFolders.h"
@@ -87,7 +88,7 @@ Result<std::string> StateFile::change(const Change& change) const {
   removeStaleTemporaryFiles(folder);
   auto content = load(path_);
   if (!content) return Failure{content.error()};
-  const double now = wallClock();
+  const double now = wallTime();
   const auto changed = [&] {
     change(content->state, now);
     return content->state.dump(2) + "\n";
@@ -103,11 +104,7 @@ Result<std::string> StateFile::change(const Change& change) const {
 std::optional<fs::path> stateFilePath(const Environment& environment) {
   const auto folder = dataFolder(environment);
   if (!folder) return std::nullopt;
-  return *folder / "state.json";
-}
-
-double wallClock() {
-  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+  return *folder / stateFileName;
 }
 
 }  // namespace veloria::cli

@@ -40,7 +40,4 @@ class StateFile {
 /// `state.json` in the user's data folder; nothing when nobody knows the user's home.
 std::optional<std::filesystem::path> stateFilePath(const Environment& environment);
 
-/// The wall clock in seconds since 1970.
-double wallClock();
-
 }  // namespace veloria::cli

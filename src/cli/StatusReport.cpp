@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "agent/StateMembers.h"
 #include "base/PlainText.h"
 #include "cli/Operands.h"
 
@@ -16,12 +17,6 @@ using nlohmann::json;
 using Values = std::map<std::string, double, std::less<>>;
 
 constexpr std::size_t mostColours = 4;
-
-std::optional<double> channelValue(const json& value) {
-  if (value.is_boolean()) return value.get<bool>() ? 1 : 0;
-  if (value.is_number() && std::isfinite(value.get<double>())) return value.get<double>();
-  return std::nullopt;
-}
 
 Values channelsOf(const json& state, double now) {
   Values channels;
@@ -37,7 +32,7 @@ Values channelsOf(const json& state, double now) {
 
 std::vector<std::string> paletteOf(const json& state) {
   std::vector<std::string> colours;
-  const auto palette = state.find("palette");
+  const auto palette = state.find(paletteKey);
   if (palette == state.end() || !palette->is_array()) return colours;
   for (const auto& entry : *palette) {
     if (!entry.is_string()) return {};  // the application wants texts only
@@ -48,7 +43,7 @@ std::vector<std::string> paletteOf(const json& state) {
 }
 
 double alertLeftIn(const json& state, double now) {
-  const auto until = state.find("alert_until");
+  const auto until = state.find(alertUntilKey);
   const auto value = until == state.end() ? std::nullopt : channelValue(*until);
   return std::max(0.0, value.value_or(0) - now);
 }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "scene/AgentSessions.h"
+#include "agent/AgentSessions.h"
 
 namespace veloria::cli {
 

@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "base/ExitCode.h"
 #include "base/PlainText.h"
 #include "cli/Commands.h"
-#include "cli/ExitCode.h"
 #include "cli/Operands.h"
 #include "cli/StateChanges.h"
 #include "cli/StateFile.h"

@@ -1,43 +1,18 @@
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <exception>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "base/ExitCode.h"
 #include "base/PlainText.h"
 #include "cli/CommandDescription.h"
 #include "cli/CommandLine.h"
-#include "cli/Commands.h"
-#include "cli/ExitCode.h"
-#include "cli/UsageError.h"
 
 namespace {
 
 using namespace veloria;
 using namespace veloria::cli;
-
-struct CommandEntry {
-  std::string_view name;
-  int (*run)(const CommandLine&, const Environment&);
-};
-
-constexpr std::array<CommandEntry, 13> entries{{
-    {"busy", runBusy},
-    {"idle", runIdle},
-    {"ok", runOk},
-    {"fail", runFail},
-    {"set", runSet},
-    {"unset", runUnset},
-    {"palette", runPalette},
-    {"clear", runClear},
-    {"status", runStatus},
-    {"run", runProgram},
-    {"preset", runPreset},
-    {"pause", runPause},
-    {"resume", runResume},
-}};
 
 int print(const std::string& text) {
   const bool whole = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
@@ -46,16 +21,15 @@ int print(const std::string& text) {
 
 UsageError unknownCommand(const std::string& name) {
   std::string text = "'" + printable(name) + "' is no command; there are";
-  for (const auto& entry : entries) text += " " + std::string(entry.name);
+  for (const auto& command : commandDescriptions()) text += " " + std::string(command.name);
   return UsageError(text + ".");
 }
 
 int runCommand(const std::string& name, const std::vector<std::string>& arguments) {
   const CommandDescription* command = findCommand(name);
-  const auto entry = std::ranges::find(entries, name, &CommandEntry::name);
-  if (command == nullptr || entry == entries.end()) throw unknownCommand(name);
+  if (command == nullptr) throw unknownCommand(name);
   const CommandLine line = parseCommandLine(*command, arguments);
-  return line.help ? print(helpFor(*command)) : entry->run(line, processEnvironment());
+  return line.help ? print(helpFor(*command)) : command->run(line, processEnvironment());
 }
 
 int run(const std::vector<std::string>& arguments) {

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 
+#include "base/HexColor.h"
 #include "base/PlainNumber.h"
 #include "main/Command.h"
 
@@ -114,13 +114,10 @@ std::vector<double> parsePointer(const std::string& option, const std::string& t
 
 std::optional<std::array<unsigned char, 3>> parseColour(const std::string& option, const std::string& text) {
   if (!text.starts_with('#')) return std::nullopt;
-  std::uint32_t bits = 0;
-  const char* begin = text.data() + 1;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(begin, end, bits, 16);
-  if (text.size() != 7 || error != std::errc() || stop != end) refuse(option, text, "a colour such as #101018");
-  return std::array<unsigned char, 3>{static_cast<unsigned char>(bits >> 16), static_cast<unsigned char>(bits >> 8),
-                                      static_cast<unsigned char>(bits)};
+  const auto rgb = rgbFromHex(text);
+  if (!rgb) refuse(option, text, "a colour such as #101018");
+  return std::array<unsigned char, 3>{static_cast<unsigned char>(*rgb >> 16), static_cast<unsigned char>(*rgb >> 8),
+                                      static_cast<unsigned char>(*rgb)};
 }
 
 FramePattern parseFramePattern(const std::string& option, const std::string& text) {

@@ -6,21 +6,9 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/ExitCode.h"
+
 namespace veloria {
-
-/// Exit codes of every command.
-enum ExitCode {
-  done = 0,
-  failed = 1,
-  wrongUsage = 2,
-  cannotRun = 3,  ///< the band only: this computer lacks what it needs, and the person was told; don't start it again
-};
-
-/// The command line is wrong. The text says what, and what would be right.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 /// The work failed, or a file is not what it should be.
 class WorkError : public std::runtime_error {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "agent/StateMembers.h"
 #include "main/Command.h"
 #include "platform/posix/files/UserFolders.h"
 #include "platform/qt/http/WeatherAddress.h"
@@ -19,7 +20,7 @@ std::filesystem::path stateFile(const Environment& environment) {
   const auto folder = dataFolder(environment);
   if (!folder) return {};
   makeUserFolder(*folder);
-  return *folder / "state.json";
+  return *folder / stateFileName;
 }
 
 std::string weatherUrl(const Environment& environment) {

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "agent/StateMembers.h"
 #include "base/FileTime.h"
 #include "base/Files.h"
 #include "base/StrictJson.h"
@@ -18,7 +19,6 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr double defaultFlash = 1.5;
 constexpr double shortestFlash = 0.1;
 
 std::optional<double> number(const Json& state, const char* key) {
@@ -30,8 +30,7 @@ std::optional<double> number(const Json& state, const char* key) {
 ChannelValues channelsOf(const Json& state) {
   ChannelValues channels;
   for (const auto& [key, value] : state.items()) {
-    if (value.is_number()) channels[key] = value.get<double>();
-    if (value.is_boolean()) channels[key] = value.get<bool>() ? 1 : 0;
+    if (const auto channel = channelValue(value)) channels[key] = *channel;
   }
   return channels;
 }
@@ -58,10 +57,10 @@ std::optional<AgentState> readAgentState(std::string_view bytes) {
   if (!json || !json->is_object()) return std::nullopt;
   AgentState state;
   state.channels = channelsOf(*json);
-  state.palette = paletteOf(*json, "palette");
-  state.alertUntil = number(*json, "alert_until").value_or(0);
-  state.alertFor = std::max(shortestFlash, number(*json, "alert_for").value_or(defaultFlash));
-  state.alertPalette = paletteOf(*json, "alert_palette");
+  state.palette = paletteOf(*json, paletteKey);
+  state.alertUntil = number(*json, alertUntilKey).value_or(0);
+  state.alertFor = std::max(shortestFlash, number(*json, alertForKey).value_or(alertSeconds));
+  state.alertPalette = paletteOf(*json, alertPaletteKey);
   state.sessions = agentSessions(*json);
   return state;
 }

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "scene/AgentSessions.h"
+#include "agent/AgentSessions.h"
 #include "scene/ColorStops.h"
 #include "scene/Expr.h"
 

@@ -1,8 +1,9 @@
 #include "scene/ColorStops.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
+
+#include "base/HexColor.h"
 
 namespace veloria {
 
@@ -15,12 +16,9 @@ float component(std::uint32_t rgb, unsigned shift) {
 }  // namespace
 
 std::optional<ColorStop> colorFromHex(std::string_view text) {
-  if (text.starts_with('#')) text.remove_prefix(1);
-  if (text.size() != 6) return std::nullopt;
-  std::uint32_t rgb = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rgb, 16);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return ColorStop{component(rgb, 16), component(rgb, 8), component(rgb, 0)};
+  const auto rgb = rgbFromHex(text);
+  if (!rgb) return std::nullopt;
+  return ColorStop{component(*rgb, 16), component(*rgb, 8), component(*rgb, 0)};
 }
 
 std::optional<FourStops> fourStops(std::span<const ColorStop> colors) {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "base/ExitCode.h"
 #include "cli/Operands.h"
-#include "cli/UsageError.h"
 
 namespace veloria::cli {
 namespace {

@@ -9,7 +9,7 @@
 
 #include "NimbraFixture.h"
 #include "PtySession.h"
-#include "cli/StateFile.h"
+#include "base/MediaClock.h"
 
 namespace veloria::tests {
 namespace {
@@ -113,7 +113,7 @@ TEST_F(RunTest, BusyStandsInTheFileWhileItRuns) {
   EXPECT_EQ(during["busy"], 1);
   ASSERT_EQ(during["sessions"].size(), 1);
   EXPECT_THAT(during["sessions"].begin().key(), testing::StartsWith("run-"));
-  EXPECT_NEAR(during["sessions"].begin().value()["expires"], cli::wallClock() + 60, 30);
+  EXPECT_NEAR(during["sessions"].begin().value()["expires"], wallTime() + 60, 30);
   EXPECT_EQ(state()["sessions"], json({{"default", {{"busy", 0}, {"ok", 1}, {"err", 0}}}}));
 
   const json named = json::parse(nimbra({"run", "--session", "build", "cat", statePath}).output);

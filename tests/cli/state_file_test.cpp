@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "Process.h"
+#include "base/MediaClock.h"
 #include "base/StrictJson.h"
 #include "cli/FileLock.h"
 
@@ -46,7 +47,7 @@ TEST_F(StateFileTest, ChangesAreReadBackAndKeepTheRest) {
   }),
             "");
   EXPECT_EQ(*file.read(), json({{"a0", 1}, {"b", {"text", nullptr}}}));
-  EXPECT_NEAR(clock, wallClock(), 60);
+  EXPECT_NEAR(clock, wallTime(), 60);
 }
 
 TEST_F(StateFileTest, WhatIsNoStateMakesRoom) {

@@ -1,18 +1,13 @@
-#include "scene/AgentSessions.h"
+#include "agent/AgentSessions.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
+
+#include "agent/StateMembers.h"
 
 namespace veloria {
 
 namespace {
-
-std::optional<double> channelValue(const nlohmann::json& value) {
-  if (value.is_boolean()) return value.get<bool>() ? 1 : 0;
-  if (value.is_number() && std::isfinite(value.get<double>())) return value.get<double>();
-  return std::nullopt;
-}
 
 bool lapsed(const AgentSession& session, double now) {
   return session.expires && *session.expires <= now;

@@ -18,13 +18,9 @@ struct AgentSession {
 /// By the session's name.
 using AgentSessions = std::map<std::string, AgentSession, std::less<>>;
 
-/// The member of a state file that holds the sessions, an object of objects:
+/// The sessions in a state file's object, whatever else it holds:
 ///   "sessions": {"build": {"busy": 1, "expires": 1700000000.5}, "review": {"err": 1}}
-inline constexpr const char* sessionsKey = "sessions";
-inline constexpr const char* expiresKey = "expires";
-
-/// The sessions in a state file's object, whatever else it holds. Members that are no objects, and values that are no
-/// numbers or booleans, are skipped.
+/// Members that are no objects, and values that are no numbers or booleans, are skipped.
 AgentSessions agentSessions(const nlohmann::json& state);
 
 /// The value for agentSessions() to read back. Sessions without values and expiry are left out.
