@@ -146,10 +146,8 @@ void AppDelegate::rebuildWindows() {
   }
   removeWindows(wanted);
   setRendering(shouldRender() && device_ != nullptr);
-  hintTimer_ = services_.timers->repeating(hintDelay, 0.5, [this] {
-    hintTimer_.reset();
-    giveHints();
-  });
+  hintTimer_ = services_.timers->after(
+      hintDelay, [this] { giveHints(); }, 0.5);
 }
 
 void AppDelegate::makeWindow(const Screen& screen, const NimbraConfig& config) {

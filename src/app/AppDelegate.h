@@ -127,7 +127,7 @@ class AppDelegate {
   Subscription settingsSubscription_;
   std::unique_ptr<Timer> recovery_;
   int recoveryAttempts_ = 0;
-  std::unique_ptr<Timer> hintTimer_;
+  OneShot hintTimer_;
   std::set<std::string> hintsGiven_;
 };
 

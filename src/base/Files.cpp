@@ -12,6 +12,8 @@
 #include <system_error>
 #include <utility>
 
+#include "base/OwnedDescriptor.h"
+
 namespace veloria {
 
 namespace fs = std::filesystem;
@@ -21,25 +23,6 @@ namespace {
 constexpr std::string_view temporaryPrefix = ".veloria-";
 constexpr std::string_view temporarySuffix = ".tmp";
 constexpr int mostLinks = 40;
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() { close(); }
-  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    Descriptor old(std::exchange(number_, std::exchange(other.number_, -1)));
-    return *this;
-  }
-
-  bool valid() const { return number_ >= 0; }
-  int get() const { return number_; }
-  /// False when the system reports a late write error; the descriptor is closed all the same.
-  bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }
-
- private:
-  int number_;
-};
 
 Failure failed(const fs::path& path, const std::string& reason) {
   return {path.string() + ": " + reason};
@@ -92,14 +75,14 @@ std::optional<fs::path> followLinks(fs::path path) {
 /// A new file beside `target`, removed again unless it is renamed to it.
 class TemporaryFile {
  public:
-  TemporaryFile(const fs::path& target, mode_t mode) : target_(target), descriptor_(-1) {
+  TemporaryFile(const fs::path& target, mode_t mode) : target_(target) {
     static std::atomic<unsigned> counter{0};
     do {
       path_ = target.parent_path() / (std::string(temporaryPrefix) + std::to_string(::getpid()) + "-" +
                                       std::to_string(counter++) + std::string(temporarySuffix));
-      descriptor_ = Descriptor(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    } while (!descriptor_.valid() && errno == EEXIST);
-    present_ = descriptor_.valid();
+      descriptor_ = OwnedDescriptor(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    } while (!descriptor_ && errno == EEXIST);
+    present_ = static_cast<bool>(descriptor_);
   }
   ~TemporaryFile() {
     if (present_) ::unlink(path_.c_str());
@@ -119,13 +102,13 @@ class TemporaryFile {
  private:
   fs::path target_;
   fs::path path_;
-  Descriptor descriptor_;
+  OwnedDescriptor descriptor_;
   bool present_ = false;
 };
 
 void flushFolder(const fs::path& folder) {
-  const Descriptor descriptor(::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (descriptor.valid()) ::fsync(descriptor.get());
+  const OwnedDescriptor descriptor(::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor) ::fsync(descriptor.get());
 }
 
 bool isOldTemporaryFile(const fs::directory_entry& entry) {
@@ -140,8 +123,8 @@ bool isOldTemporaryFile(const fs::directory_entry& entry) {
 }  // namespace
 
 Result<std::string> readFileBounded(const fs::path& path, std::size_t cap) {
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (!file.valid()) return failed(path, errno);
+  const OwnedDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!file) return failed(path, errno);
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) return failed(path, errno);
   if (!S_ISREG(status.st_mode)) return failed(path, "not a regular file");

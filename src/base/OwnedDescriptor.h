@@ -13,18 +13,15 @@ class OwnedDescriptor {
   ~OwnedDescriptor() { reset(); }
   OwnedDescriptor(OwnedDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
   OwnedDescriptor& operator=(OwnedDescriptor&& other) noexcept {
-    if (this != &other) {
-      reset();
-      number_ = std::exchange(other.number_, -1);
-    }
+    OwnedDescriptor old(std::exchange(number_, std::exchange(other.number_, -1)));
     return *this;
   }
 
   int get() const { return number_; }
   explicit operator bool() const { return number_ >= 0; }
-  void reset() {
-    if (number_ >= 0) ::close(std::exchange(number_, -1));
-  }
+  /// False when the system reports a late write error; the descriptor is closed all the same.
+  bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }
+  void reset() { close(); }
 
  private:
   int number_;

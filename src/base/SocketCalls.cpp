@@ -2,9 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
+#include <string>
 
 namespace veloria {
 
@@ -68,6 +71,18 @@ std::optional<Pipe> makePipe(bool waits) {
 }
 
 #endif
+
+bool connectLocalSocket(int socket, const std::filesystem::path& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  const std::string& text = path.native();
+  if (text.size() >= sizeof(address.sun_path)) {
+    errno = ENAMETOOLONG;
+    return false;
+  }
+  text.copy(address.sun_path, text.size());
+  return ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+}
 
 ssize_t sendQuietly(int socket, std::string_view bytes) {
 #ifdef MSG_NOSIGNAL

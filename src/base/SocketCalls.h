@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <filesystem>
 #include <optional>
 #include <string_view>
 
@@ -14,6 +15,9 @@ namespace veloria {
 
 /// A local stream socket on which nothing waits; empty where none can be had.
 OwnedDescriptor makeLocalSocket();
+
+/// Connects a socket of these to the one at `path`; false where that fails at once. Never waits.
+bool connectLocalSocket(int socket, const std::filesystem::path& path);
 
 /// The next connection of a listening local socket, on which nothing waits either; empty when there is none.
 OwnedDescriptor acceptConnection(int listener);

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace veloria {
 
@@ -16,6 +17,22 @@ class Timer {
   Timer() = default;
 };
 
+/// A call to come, or none. Move-only; the call is off when this is destroyed.
+class OneShot {
+ public:
+  OneShot() = default;
+  /// True until the call begins.
+  explicit operator bool() const { return timer_ && *timer_; }
+  void reset() { timer_.reset(); }
+
+ private:
+  friend class TimerFactory;
+  using Running = std::shared_ptr<std::unique_ptr<Timer>>;
+  explicit OneShot(Running timer) : timer_(std::move(timer)) {}
+
+  Running timer_;
+};
+
 /// Makes timers on the main thread's event loop.
 class TimerFactory {
  public:
@@ -24,6 +41,10 @@ class TimerFactory {
   /// system may delay a call by up to `toleranceSeconds` to save power. Missed calls are not made up for.
   virtual std::unique_ptr<Timer> repeating(double intervalSeconds, double toleranceSeconds,
                                            std::function<void()> action) = 0;
+
+  /// Calls `action` once, `delaySeconds` (above 0) from now. It may destroy what is returned, or put another in its
+  /// place.
+  OneShot after(double delaySeconds, std::function<void()> action, double toleranceSeconds = 0);
 };
 
 }  // namespace veloria

@@ -7,7 +7,7 @@
 #include "agent/StateMembers.h"
 #include "main/Command.h"
 #include "platform/posix/files/UserFolders.h"
-#include "platform/qt/http/WeatherAddress.h"
+#include "platform/qt/http/WebAddress.h"
 #include "render/WallpaperPalette.h"
 
 namespace veloria {

@@ -1,4 +1,4 @@
-#include "platform/qt/http/WeatherAddress.h"
+#include "platform/qt/http/WebAddress.h"
 
 #include <gmock/gmock.h>
 

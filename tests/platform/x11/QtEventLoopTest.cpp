@@ -58,6 +58,29 @@ TEST_F(QtEventLoop, anActionMayDestroyItsTimer) {
   }
 }
 
+TEST_F(QtEventLoop, aOneShotCallsOnceAndMayBeReplacedOrDestroyedByItsCall) {
+  int calls = 0;
+  OneShot timer;
+  std::function<void()> again = [&, text = std::string(100, 'x')] {
+    EXPECT_FALSE(timer);
+    calls += static_cast<int>(text.size());
+    if (calls == 100) timer = timers_.after(0.001, again);
+  };
+  timer = timers_.after(0.001, again);
+  EXPECT_TRUE(timer);
+  EXPECT_TRUE(runUntil([&] { return calls == 200; }));
+  auto owned = std::make_unique<OneShot>();
+  *owned = timers_.after(0.001, [&] {
+    owned.reset();
+    ++calls;
+  });
+  timer = timers_.after(0.001, again);
+  timer.reset();
+  EXPECT_TRUE(runUntil([&] { return calls > 200; }));
+  runUntil([] { return false; }, 0.02);
+  EXPECT_EQ(calls, 201);
+}
+
 // Each call comes no earlier than its place in an exact rhythm, though Qt counts whole milliseconds.
 TEST_F(QtEventLoop, aRhythmThatIsNoWholeNumberOfMillisecondsIsNotRunTooFast) {
   constexpr double interval = 1.0 / 240;

@@ -1,15 +1,13 @@
 #include "platform/linux/hyprland/HyprlandPointer.h"
 
 #include <sys/socket.h>
-#include <sys/un.h>
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
-#include "base/OwnedDescriptor.h"
+#include "base/SocketCalls.h"
 #include "platform/linux/hyprland/CursorPosition.h"
 
 namespace veloria {
@@ -18,19 +16,6 @@ namespace {
 
 constexpr std::string_view request = "j/cursorpos";
 constexpr std::size_t longestAnswer = 4096;
-
-OwnedDescriptor connectTo(const std::filesystem::path& path) {
-  const std::string& text = path.native();
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (text.size() >= sizeof(address.sun_path)) return OwnedDescriptor();
-  std::memcpy(address.sun_path, text.data(), text.size());
-  OwnedDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  if (!socket || ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-    return OwnedDescriptor();
-  }
-  return socket;
-}
 
 }  // namespace
 
@@ -52,10 +37,11 @@ std::optional<Point> HyprlandPointer::layoutPosition() {
 }
 
 void HyprlandPointer::ask() {
-  Question question{connectTo(requestSocket_), clock_(), {}};
+  Question question{makeLocalSocket(), clock_(), {}};
+  const int socket = question.socket.get();
   // A socket that has just been connected takes these few bytes at once.
-  if (!question.socket || ::send(question.socket.get(), request.data(), request.size(), MSG_NOSIGNAL) !=
-                              static_cast<ssize_t>(request.size())) {
+  if (!question.socket || !connectLocalSocket(socket, requestSocket_) ||
+      sendQuietly(socket, request) != static_cast<ssize_t>(request.size())) {
     position_.reset();
     return;
   }

@@ -3,11 +3,11 @@
 #include <string>
 #include <utility>
 
+#include "base/LocalStream.h"
 #include "base/Log.h"
 #include "base/MediaClock.h"
 #include "base/StrictJson.h"
 #include "platform/linux/hyprland/CursorPosition.h"
-#include "platform/posix/socket/LocalStream.h"
 
 namespace veloria {
 

@@ -165,8 +165,7 @@ void WaylandOverlayPanel::hide() {
 }
 
 void WaylandOverlayPanel::remakeAfter(double seconds) {
-  remaking_ = connection_.timers().repeating(seconds, 0, [this] {
-    remaking_.reset();
+  remaking_ = connection_.timers().after(seconds, [this] {
     hide();
     update();
   });
@@ -225,7 +224,7 @@ void WaylandOverlayPanel::scheduleFrame() {
   if (!ready()) return nextFrame_.reset();
   if (nextFrame_) return;
   const double wait = std::max(pacing_.wait(mediaTime()), shortestWait);
-  nextFrame_ = connection_.timers().repeating(wait, 0, [this] { drawFrame(); });
+  nextFrame_ = connection_.timers().after(wait, [this] { drawFrame(); });
 }
 
 void WaylandOverlayPanel::frameAllowed() {

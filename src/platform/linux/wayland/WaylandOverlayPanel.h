@@ -91,8 +91,8 @@ class WaylandOverlayPanel final : public OverlayPanel {
   std::shared_ptr<std::function<void()>> draw_;
   FramePacing pacing_;
   AttemptBudget closedAttempts_{5, 10};
-  std::unique_ptr<Timer> nextFrame_;
-  std::unique_ptr<Timer> remaking_;
+  OneShot nextFrame_;
+  OneShot remaking_;
   std::shared_ptr<void> others_;
   std::shared_ptr<void> refresh_;
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);

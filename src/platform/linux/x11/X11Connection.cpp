@@ -170,10 +170,7 @@ void X11Connection::dispatchQueued() {
 void X11Connection::replyRead() {
   while (auto* event = xcb_poll_for_queued_event(raw())) queue_.emplace_back(event);
   if (queue_.empty() || dispatching_ || soon_ || !watch_) return;
-  soon_ = timers_.repeating(soonSeconds, 0, [this] {
-    soon_.reset();
-    readAll();
-  });
+  soon_ = timers_.after(soonSeconds, [this] { readAll(); });
 }
 
 void X11Connection::dispatch() {

@@ -94,7 +94,7 @@ class X11Connection final : public X11Client {
   std::function<void(const std::string&)> broken_;
   bool breakReported_ = false;
   bool dispatching_ = false;
-  std::unique_ptr<Timer> soon_;
+  OneShot soon_;
   std::shared_ptr<void> watch_;
 };
 

@@ -191,7 +191,7 @@ void X11OverlayPanel::withdraw() {
   announceWithdrawal(connection_, window_);
   phase_ = Phase::withdrawing;
   verification_.reset();
-  withdrawal_ = connection_.timers().repeating(withdrawalPatience, 0, [this] { finishWithdrawing(); });
+  withdrawal_ = connection_.timers().after(withdrawalPatience, [this] { finishWithdrawing(); });
   readManagedState();
 }
 
@@ -274,7 +274,7 @@ void X11OverlayPanel::handleRootProperty(xcb_atom_t changed) {
   placeAttempts_.refill();
   stackAttempts_.refill();
   stateAttempts_.refill();
-  remapping_ = connection_.timers().repeating(windowManagerSettles, 0, [this] { remap(); });
+  remapping_ = connection_.timers().after(windowManagerSettles, [this] { remap(); });
 }
 
 void X11OverlayPanel::handleObscured(bool obscured) {
@@ -292,11 +292,10 @@ void X11OverlayPanel::screensRefreshed() {
 void X11OverlayPanel::scheduleVerification(double delay) {
   if (phase_ != Phase::mapped || (verification_ && delay >= pendingDelay_)) return;
   pendingDelay_ = delay;
-  verification_ = connection_.timers().repeating(delay, 0, [this] { verify(); });
+  verification_ = connection_.timers().after(delay, [this] { verify(); });
 }
 
 void X11OverlayPanel::verify() {
-  verification_.reset();
   if (phase_ != Phase::mapped || connection_.isBroken()) return;
   makeClickThrough(connection_, window_);
   if (verifyMapped()) {

@@ -112,10 +112,10 @@ class X11OverlayPanel final : public OverlayPanel {
   AttemptBudget stateAttempts_{5, 10};
   AttemptBudget recreateAttempts_{5, 10};
   std::unique_ptr<Timer> frameTimer_;
-  std::unique_ptr<Timer> verification_;
+  OneShot verification_;
   double pendingDelay_ = 0;
-  std::unique_ptr<Timer> withdrawal_;
-  std::unique_ptr<Timer> remapping_;
+  OneShot withdrawal_;
+  OneShot remapping_;
   X11Connection::Subscription events_;
   std::shared_ptr<void> refresh_;
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);

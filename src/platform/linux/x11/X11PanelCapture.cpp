@@ -220,11 +220,10 @@ void X11PanelCapture::wake() {
 void X11PanelCapture::schedule(double due) {
   if (timer_ && timerDue_ <= due) return;
   timerDue_ = due;
-  timer_ = connection_.timers().repeating(std::max(due - clock_(), 0.001), 0, [this] { update(); });
+  timer_ = connection_.timers().after(std::max(due - clock_(), 0.001), [this] { update(); });
 }
 
 void X11PanelCapture::update() {
-  timer_.reset();
   ++updateCount_;
   lastUpdate_ = clock_();
   if (connection_.isBroken()) return fail("the connection to the X display was lost");

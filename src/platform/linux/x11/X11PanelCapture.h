@@ -95,7 +95,7 @@ class X11PanelCapture final : public BarCaptureStream {
   bool lookNeeded_ = false;
   double lastUpdate_ = 0;
   double timerDue_ = 0;
-  std::unique_ptr<Timer> timer_;
+  OneShot timer_;
   AttemptBudget retries_;
   std::int64_t updateCount_ = 0;
 

@@ -70,10 +70,8 @@ void LocalServer::acceptAll() {
     if (errno == EAGAIN) return;
     // Out of descriptors: the waiting connection would call again at once, and again.
     watch_.reset();
-    pause_ = ports_.timers->repeating(pauseSeconds, pauseSeconds, [this] {
-      watchForConnections();
-      pause_.reset();
-    });
+    pause_ = ports_.timers->after(
+        pauseSeconds, [this] { watchForConnections(); }, pauseSeconds);
     return;
   }
 }

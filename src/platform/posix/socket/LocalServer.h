@@ -62,7 +62,7 @@ class LocalServer {
   Connections connections_;  // the oldest first
   std::shared_ptr<void> watch_;
   std::unique_ptr<Timer> deadlines_;
-  std::unique_ptr<Timer> pause_;
+  OneShot pause_;
 };
 
 }  // namespace veloria

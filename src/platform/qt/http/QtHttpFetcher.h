@@ -12,8 +12,8 @@ namespace veloria {
 /// Requests are paced as RequestPacing says, and `seconds` count from when one is sent. `cap` counts up to 1 GiB,
 /// `seconds` from a millisecond to a day.
 ///
-/// Main thread, with a QCoreApplication that outlives it. The work is done on threads of its own, so that nothing holds
-/// the main thread up but the destructor, which cancels all requests and waits for those threads (a look-up of the
+/// Main thread, with a QCoreApplication that outlives it. The work is done on a thread of its own, so that nothing
+/// holds the main thread up but the destructor, which cancels all requests and waits for that thread (a look-up of the
 /// system's proxies can't be cancelled).
 ///
 /// What Qt keeps from doing better: an answer's header is not bounded, so over https a server that sends one without
@@ -26,8 +26,8 @@ class QtHttpFetcher final : public HttpFetcher {
   void get(const std::string& url, std::size_t cap, double seconds, Done done) override;
 
  private:
-  class Desk;
-  std::unique_ptr<Desk> desk_;
+  class Requests;
+  std::unique_ptr<Requests> requests_;
 };
 
 }  // namespace veloria

@@ -12,10 +12,13 @@
 namespace veloria {
 
 /// A connection to another program's local socket for a short question. Everything in it ends at one point in time, so
-/// that a program that doesn't answer holds nobody up for longer. Any thread; blocks.
+/// that a program that doesn't answer holds nobody up for longer. The errors say what that program did, without a
+/// subject. Any thread; blocks.
 class LocalStream {
  public:
-  /// `end` as mediaTime() counts.
+  /// `socket` is one of SocketCalls.h and connected; `end` as mediaTime() counts.
+  LocalStream(OwnedDescriptor socket, double end) : socket_(std::move(socket)), end_(end) {}
+
   static Result<LocalStream> connect(const std::filesystem::path& path, double end);
 
   Result<Done> send(std::string_view bytes);
@@ -23,9 +26,10 @@ class LocalStream {
   Result<std::string> receive(std::size_t count);
   /// Everything up to the end of the stream; a failure when that is more than `most` bytes.
   Result<std::string> receiveAll(std::size_t most);
+  /// Everything up to the first line feed, without it; a failure when that is more than `most` bytes.
+  Result<std::string> receiveLine(std::size_t most);
 
  private:
-  LocalStream(OwnedDescriptor socket, double end) : socket_(std::move(socket)), end_(end) {}
   bool waitFor(short events) const;
   Result<std::string> receivePart(std::size_t most);
 

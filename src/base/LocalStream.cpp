@@ -1,8 +1,7 @@
-#include "platform/posix/socket/LocalStream.h"
+#include "base/LocalStream.h"
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -17,8 +16,9 @@ namespace veloria {
 namespace {
 
 constexpr std::size_t blockBytes = 4096;
-constexpr const char* late = "it does not answer in time";
-constexpr const char* gone = "it closed the connection without a whole answer";
+constexpr const char* late = "does not answer in time";
+constexpr const char* wordy = "gave too long an answer";
+constexpr const char* gone = "closed the connection without a whole answer";
 
 Failure systemFailure() {
   return {std::strerror(errno)};
@@ -27,16 +27,8 @@ Failure systemFailure() {
 }  // namespace
 
 Result<LocalStream> LocalStream::connect(const std::filesystem::path& path, double end) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  const std::string& text = path.native();
-  if (text.size() >= sizeof(address.sun_path)) return Failure{"the socket's path is too long"};
-  std::memcpy(address.sun_path, text.data(), text.size());
   OwnedDescriptor socket = makeLocalSocket();
-  if (!socket) return systemFailure();
-  if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-    return systemFailure();
-  }
+  if (!socket || !connectLocalSocket(socket.get(), path)) return systemFailure();
   return LocalStream(std::move(socket), end);
 }
 
@@ -96,8 +88,21 @@ Result<std::string> LocalStream::receiveAll(std::size_t most) {
     if (!part) return Failure{part.error()};
     if (part->empty()) return bytes;
     bytes += *part;
-    if (bytes.size() > most) return Failure{"its answer is too long"};
+    if (bytes.size() > most) return Failure{wordy};
   }
+}
+
+Result<std::string> LocalStream::receiveLine(std::size_t most) {
+  std::string line;
+  while (line.size() <= most) {
+    const auto part = receivePart(blockBytes);
+    if (!part) return Failure{part.error()};
+    if (part->empty()) return Failure{gone};
+    const std::size_t end = part->find('\n');
+    line += part->substr(0, end);
+    if (end != std::string::npos) return line;
+  }
+  return Failure{wordy};
 }
 
 }  // namespace veloria
