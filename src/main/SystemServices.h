@@ -9,9 +9,9 @@
 #include "system/CommandLineTool.h"
 #include "system/LoginItem.h"
 #include "system/SystemState.h"
-#include "ui/CommandLineCard.h"
-#include "ui/LoginItemCard.h"
-#include "ui/SystemFactsCard.h"
+#include "ui/cards/CommandLineCard.h"
+#include "ui/cards/LoginItemCard.h"
+#include "ui/cards/SystemFactsCard.h"
 
 namespace veloria {
 

@@ -9,13 +9,13 @@
 #include <QTest>
 
 #include "settings/GlassTuning.h"
-#include "ui/DriveModeChooser.h"
-#include "ui/GlassCard.h"
-#include "ui/PaletteEditor.h"
-#include "ui/PaletteGallery.h"
-#include "ui/PresetGallery.h"
-#include "ui/PreviewPainter.h"
-#include "ui/Swatch.h"
+#include "ui/cards/DriveModeChooser.h"
+#include "ui/cards/GlassCard.h"
+#include "ui/cards/PaletteEditor.h"
+#include "ui/cards/PaletteGallery.h"
+#include "ui/cards/PresetGallery.h"
+#include "ui/controls/Swatch.h"
+#include "ui/preview/PreviewPainter.h"
 #include "ui_cards_fixture.h"
 
 namespace veloria::tests {

@@ -5,17 +5,17 @@
 #include <QTranslator>
 #include <functional>
 
-#include "ui/AgentCard.h"
-#include "ui/CommandLineCard.h"
-#include "ui/DriveModeChooser.h"
-#include "ui/GlassCard.h"
-#include "ui/LoginItemCard.h"
-#include "ui/PaletteEditor.h"
-#include "ui/PaletteGallery.h"
-#include "ui/PresetGallery.h"
-#include "ui/ReadoutCard.h"
-#include "ui/ScriptCard.h"
-#include "ui/SystemFactsCard.h"
+#include "ui/cards/AgentCard.h"
+#include "ui/cards/CommandLineCard.h"
+#include "ui/cards/DriveModeChooser.h"
+#include "ui/cards/GlassCard.h"
+#include "ui/cards/LoginItemCard.h"
+#include "ui/cards/PaletteEditor.h"
+#include "ui/cards/PaletteGallery.h"
+#include "ui/cards/PresetGallery.h"
+#include "ui/cards/ReadoutCard.h"
+#include "ui/cards/SystemFactsCard.h"
+#include "ui/script/ScriptCard.h"
 #include "ui_cards_fixture.h"
 
 namespace veloria::tests {

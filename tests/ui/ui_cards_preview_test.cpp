@@ -12,8 +12,8 @@
 #include "app/ShaderLibrary.h"
 #include "gpu/recording/RecordingDevice.h"
 #include "gpu/vulkan/VulkanFactory.h"
-#include "ui/PresetGallery.h"
-#include "ui/PreviewStrip.h"
+#include "ui/cards/PresetGallery.h"
+#include "ui/preview/PreviewStrip.h"
 #include "ui_cards_fixture.h"
 
 namespace veloria::tests {

@@ -8,11 +8,11 @@
 #include <mutex>
 #include <thread>
 
-#include "ui/AgentCard.h"
-#include "ui/CommandLineCard.h"
-#include "ui/LoginItemCard.h"
-#include "ui/ReadoutCard.h"
-#include "ui/SystemFactsCard.h"
+#include "ui/cards/AgentCard.h"
+#include "ui/cards/CommandLineCard.h"
+#include "ui/cards/LoginItemCard.h"
+#include "ui/cards/ReadoutCard.h"
+#include "ui/cards/SystemFactsCard.h"
 #include "ui_cards_fixture.h"
 
 namespace veloria::tests {
