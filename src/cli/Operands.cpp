@@ -69,11 +69,7 @@ double lifetime(const std::string& text) {
 std::optional<std::string> normalisedColour(std::string_view text) {
   if (!colorFromHex(text)) return std::nullopt;
   if (text.starts_with('#')) text.remove_prefix(1);
-  std::string colour = "#" + std::string(text);
-  for (char& c : colour) {
-    if (c >= 'A' && c <= 'F') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return colour;
+  return "#" + lowerCased(text);
 }
 
 std::vector<std::string> paletteColours(const std::vector<std::string>& texts) {
