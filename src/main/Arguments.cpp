@@ -98,7 +98,7 @@ std::vector<double> parsePointer(const std::string& option, const std::string& t
   return numbers;
 }
 
-std::optional<std::array<unsigned char, 3>> parseColour(const std::string& option, const std::string& text) {
+std::optional<std::array<unsigned char, 3>> parseColor(const std::string& option, const std::string& text) {
   if (!text.starts_with('#')) return std::nullopt;
   const auto color = colorFromHex(text);
   if (!color) refuse(option, text, "a colour such as #101018");

@@ -127,7 +127,7 @@ TEST_F(ChoiceTest, matchingTheDesktopPictureIsABox) {
   EXPECT_TRUE(runUntil([&] { return sentences(gallery).contains("It can't be read."); }));
 }
 
-TEST_F(ChoiceTest, aColourMakesAPaletteOfOnesOwn) {
+TEST_F(ChoiceTest, aColorMakesAPaletteOfOnesOwn) {
   editor_.change("paletteName", [](NimbraConfig& c) { c.paletteName = "Nebula"; });
   PaletteEditor card(editor_);
   card.show();
@@ -150,7 +150,7 @@ TEST_F(ChoiceTest, aColourMakesAPaletteOfOnesOwn) {
   EXPECT_EQ(config().customPalette->stops, nebula.stops);
 }
 
-TEST_F(ChoiceTest, whatIsNoColourChangesNothingAndIsExplained) {
+TEST_F(ChoiceTest, whatIsNoColorChangesNothingAndIsExplained) {
   PaletteEditor card(editor_);
   card.show();
   auto& field = child<QLineEdit>(card, "hex3");
@@ -174,7 +174,7 @@ TEST_F(ChoiceTest, aPaletteEditorMayGoWhileAFieldHasTheFocus) {
   EXPECT_EQ(config(), NimbraConfig());
 }
 
-TEST_F(ChoiceTest, theColourDialogIsFollowedWhileItIsOpen) {
+TEST_F(ChoiceTest, theColorDialogIsFollowedWhileItIsOpen) {
   PaletteEditor card(editor_);
   card.show();
   for (const bool accept : {true, false}) {
@@ -195,7 +195,7 @@ TEST_F(ChoiceTest, theColourDialogIsFollowedWhileItIsOpen) {
   }
 }
 
-TEST_F(ChoiceTest, aPaletteOfTooFewColoursIsNoCrash) {
+TEST_F(ChoiceTest, aPaletteOfTooFewColorsIsNoCrash) {
   editor_.change("odd", [](NimbraConfig& c) { c.customPalette = Palette{"short", {{1, 0, 0}}}; });
   PaletteEditor card(editor_);
   PaletteGallery gallery(editor_);

@@ -20,10 +20,10 @@ namespace {
 constexpr QSize chip{28, 18};
 constexpr const char* customName = "Custom";
 
-QIcon chipOf(const QColor& colour, double ratio) {
+QIcon chipOf(const QColor& color, double ratio) {
   QPixmap pixmap(chip * ratio);
   pixmap.setDevicePixelRatio(ratio);
-  pixmap.fill(colour);
+  pixmap.fill(color);
   return QIcon(pixmap);
 }
 
@@ -115,7 +115,7 @@ void PaletteEditor::showRecord(const NimbraConfig& config) {
 void PaletteEditor::showStop(std::size_t index, const ColorStop& stop) {
   const Stop& shown = stops_.at(index);
   const QString hex = hexOf(stop);
-  shown.button->setIcon(chipOf(colourOf(stop), devicePixelRatioF()));
+  shown.button->setIcon(chipOf(colorOf(stop), devicePixelRatioF()));
   shown.button->setAccessibleDescription(hex);
   const auto written = colorFromHex(shown.hex->text().toStdString());
   const bool typing = shown.hex->hasFocus() && written && hexOf(*written) == hex;
@@ -133,11 +133,11 @@ void PaletteEditor::setStop(std::size_t index, const ColorStop& stop) {
 void PaletteEditor::openDialog(std::size_t index) {
   const ColorStop before = ownPalette(editor_.config(), stopCount).stops.at(index);
   const bool own = editor_.config().customPalette.has_value();
-  auto* dialog = new QColorDialog(colourOf(before), this);
+  auto* dialog = new QColorDialog(colorOf(before), this);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setWindowTitle(tr("Colour %1 of your palette").arg(index + 1));
   connect(dialog, &QColorDialog::currentColorChanged, this,
-          [this, index](const QColor& colour) { setStop(index, stopOf(colour)); });
+          [this, index](const QColor& color) { setStop(index, stopOf(color)); });
   connect(dialog, &QColorDialog::rejected, this, [this, index, before, own] {
     if (own) return setStop(index, before);
     editor_.change("customPalette " + std::to_string(index + 1),
@@ -147,11 +147,11 @@ void PaletteEditor::openDialog(std::size_t index) {
 }
 
 void PaletteEditor::takeHex(std::size_t index, bool finished) {
-  const auto colour = colorFromHex(stops_.at(index).hex->text().trimmed().toStdString());
-  if (colour) {
+  const auto color = colorFromHex(stops_.at(index).hex->text().trimmed().toStdString());
+  if (color) {
     setSentence(*error_, {});
     const Palette shown = ownPalette(editor_.config(), stopCount);
-    if (hexOf(*colour) != hexOf(shown.stops.at(index))) setStop(index, *colour);
+    if (hexOf(*color) != hexOf(shown.stops.at(index))) setStop(index, *color);
   } else if (finished) {
     setSentence(*error_, tr("Write a colour as # and six digits from 0 to 9 and a to f, such as #0dff8c."));
   }

@@ -45,7 +45,7 @@ void PaletteGallery::follow(ReadoutTicker& ticker) {
 Tile* PaletteGallery::makeTile(const Palette& palette, QWidget* parent) {
   auto* tile = new Tile(translated("Palette", palette.name), {}, gradientHeight, parent);
   tile->setObjectName(toQString(palette.name));
-  tile->setColours(palette);
+  tile->setColors(palette);
   connect(tile, &Tile::clicked, this, [this, &palette] { editor_.choosePalette(palette.name); });
   return tile;
 }
@@ -65,7 +65,7 @@ void PaletteGallery::showRecord(const NimbraConfig& config) {
   const auto& own = editor_.ownPalette();
   own_->setVisible(own.has_value());
   own_->setChecked(config.customPalette.has_value());
-  if (own) own_->setColours(*own);
+  if (own) own_->setColors(*own);
 }
 
 }  // namespace veloria

@@ -49,7 +49,7 @@ Tile* PresetGallery::makeTile(int preset, QWidget* parent) {
   auto* tile =
       new Tile(translated("LookPreset", look.name), translated("LookPreset", look.description), pictureHeight, parent);
   tile->setObjectName(toQString(look.name));
-  tile->setColours(paletteOf(look));
+  tile->setColors(paletteOf(look));
   tile->setPicture(pictures_.picture(preset));
   connect(tile, &Tile::clicked, this, [this, &look] { editor_.choosePreset(look); });
   return tile;

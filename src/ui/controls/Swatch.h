@@ -12,12 +12,12 @@ namespace veloria {
 /// How colours of the band are shown and written in the settings window.
 
 /// What lies behind a picture of the band: light is shown on the dark, whatever the window's own colours are.
-inline constexpr QColor nightColour{11, 13, 20};
+inline constexpr QColor nightColor{11, 13, 20};
 /// Corners of pictures, in points.
 inline constexpr double swatchRadius = 6;
 
-QColor colourOf(const ColorStop& stop);
-ColorStop stopOf(const QColor& colour);
+QColor colorOf(const ColorStop& stop);
+ColorStop stopOf(const QColor& color);
 /// "#rrggbb"
 QString hexOf(const ColorStop& stop);
 

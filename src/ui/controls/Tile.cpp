@@ -27,15 +27,15 @@ bool isArrow(int key) {
 }
 
 /// A tick on a disc, so that the choice can be told without its colour.
-void paintMark(QPainter& painter, QPointF centre, const QPalette& colours) {
+void paintMark(QPainter& painter, QPointF centre, const QPalette& colors) {
   painter.setPen(Qt::NoPen);
-  painter.setBrush(colours.color(QPalette::Highlight));
+  painter.setBrush(colors.color(QPalette::Highlight));
   painter.drawEllipse(centre, markRadius, markRadius);
   QPainterPath tick(centre + QPointF(-4, 0));
   tick.lineTo(centre + QPointF(-1, 3.5));
   tick.lineTo(centre + QPointF(4.5, -3.5));
   painter.setBrush(Qt::NoBrush);
-  painter.setPen(QPen(colours.color(QPalette::HighlightedText), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  painter.setPen(QPen(colors.color(QPalette::HighlightedText), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   painter.drawPath(tick);
 }
 
@@ -54,8 +54,8 @@ Tile::Tile(const QString& name, const QString& description, int pictureHeight, Q
   setFocusPolicy(siblings().size() <= 1 ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
-void Tile::setColours(const Palette& palette) {
-  colours_ = palette;
+void Tile::setColors(const Palette& palette) {
+  colors_ = palette;
   update();
 }
 
@@ -91,12 +91,12 @@ int Tile::heightForWidth(int width) const {
 }
 
 void Tile::paintPicture(QPainter& painter, const QRectF& area) const {
-  if (picture_.isNull()) return paintPalette(painter, area, colours_);
+  if (picture_.isNull()) return paintPalette(painter, area, colors_);
   QPainterPath frame;
   frame.addRoundedRect(area, swatchRadius, swatchRadius);
   painter.save();
   painter.setClipPath(frame);
-  painter.fillRect(area, nightColour);
+  painter.fillRect(area, nightColor);
   painter.drawImage(area, picture_);
   painter.restore();
 }
@@ -114,19 +114,19 @@ void Tile::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
-  const QPalette colours = palette();
+  const QPalette colors = palette();
   const QRectF whole = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
   if (underMouse() || isChecked()) {
-    QColor veil = colours.color(QPalette::Highlight);
+    QColor veil = colors.color(QPalette::Highlight);
     veil.setAlphaF(isChecked() ? 0.16F : 0.08F);
     painter.setBrush(veil);
-    painter.setPen(isChecked() ? QPen(colours.color(QPalette::Highlight), ringWidth) : QPen(Qt::NoPen));
+    painter.setPen(isChecked() ? QPen(colors.color(QPalette::Highlight), ringWidth) : QPen(Qt::NoPen));
     painter.drawRoundedRect(whole, swatchRadius + 2, swatchRadius + 2);
   }
   const QRect inside = rect().adjusted(margin, margin, -margin, -margin);
   const QRect pictureArea(inside.left(), inside.top(), inside.width(), pictureHeight_);
   paintPicture(painter, pictureArea);
-  if (isChecked()) paintMark(painter, QPointF(pictureArea.right() - 12, pictureArea.top() + 13), colours);
+  if (isChecked()) paintMark(painter, QPointF(pictureArea.right() - 12, pictureArea.top() + 13), colors);
   paintTexts(painter, inside.adjusted(0, pictureHeight_ + gap, 0, 0));
   if (!hasFocus()) return;
   QStyleOptionFocusRect focus;

@@ -18,7 +18,7 @@ class Tile : public QRadioButton {
   Tile(const QString& name, const QString& description, int pictureHeight, QWidget* parent);
 
   /// What to show until there is a picture, or instead of one.
-  void setColours(const Palette& palette);
+  void setColors(const Palette& palette);
   void setPicture(const QImage& picture);
   const QImage& picture() const { return picture_; }
 
@@ -44,7 +44,7 @@ class Tile : public QRadioButton {
 
   QString description_;
   int pictureHeight_;
-  Palette colours_;
+  Palette colors_;
   QImage picture_;
 };
 

@@ -102,7 +102,7 @@ void PreviewStrip::paintEvent(QPaintEvent*) {
   QPainterPath frame;
   frame.addRoundedRect(rect(), swatchRadius, swatchRadius);
   painter.setClipPath(frame);
-  painter.fillRect(rect(), nightColour);
+  painter.fillRect(rect(), nightColor);
   if (!picture_.isNull()) painter.drawImage(rect(), picture_);
   if (failure_.isEmpty()) return;
   painter.setPen(Qt::white);
