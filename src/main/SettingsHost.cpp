@@ -9,6 +9,7 @@
 #include "ui/cards/AgentCard.h"
 #include "ui/cards/DriveModeChooser.h"
 #include "ui/cards/GlassCard.h"
+#include "ui/cards/LoginItemCard.h"
 #include "ui/cards/PaletteEditor.h"
 #include "ui/cards/PaletteGallery.h"
 #include "ui/cards/PresetGallery.h"
@@ -104,11 +105,11 @@ class SettingsHost::Window {
     Ports& ports = host_.ports_;
     add(SettingTab::system, "Status", "fps gpu dark why paused",
         [this] { return ReadoutCard::makeStatus(ticker_, &window_); });
-    add(SettingTab::system, "Start", "login autostart", [&] { return new LoginItemCard(ports.loginItem); });
+    add(SettingTab::system, "Start", "login autostart", [&] { return new LoginItemCard(*ports.loginItem); });
     add(SettingTab::system, "The nimbra command", "command line shell path",
         [&] { return new CommandLineCard(ports.commandLine, packageCommand); });
     add(SettingTab::system, "What the system does to the band", "transparency contrast tint bar desktop picture",
-        [&, this] { return new SystemFactsCard(ports.systemFacts, ticker_); });
+        [&] { return new SystemFactsCard(*ports.system, ports.panes); });
   }
 
   /// Below or above the place, wholly on its screen.

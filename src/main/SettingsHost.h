@@ -5,8 +5,8 @@
 
 #include "app/SettingsPresenter.h"
 #include "settings/SettingsEditor.h"
+#include "system/LoginItem.h"
 #include "ui/cards/CommandLineCard.h"
-#include "ui/cards/LoginItemCard.h"
 #include "ui/cards/Readouts.h"
 #include "ui/cards/SystemFactsCard.h"
 #include "ui/preview/PreviewGpu.h"
@@ -27,8 +27,9 @@ class SettingsHost final : public SettingsPresenter {
     /// The record to preview: what is drawn now, or would be.
     std::function<NimbraConfig()> drivenConfig;
     CommandLinePorts commandLine;
-    LoginItemPorts loginItem;
-    SystemFactsPorts systemFacts;
+    LoginItem* loginItem = nullptr;
+    SystemState* system = nullptr;
+    SystemPanes panes{};
     /// Told when the window opens and closes.
     std::function<void(bool)> visibleChanged;
   };

@@ -1,25 +1,23 @@
 #include "ui/cards/SystemFactsCard.h"
 
-#include <utility>
-
 #include "ui/QtText.h"
 
 namespace veloria {
 
-SystemFactsCard::SystemFactsCard(SystemFactsPorts ports, ReadoutTicker& ticker, QWidget* parent)
-    : Card(tr("What the system does to the band"), parent), ports_(std::move(ports)), error_(makeSentence({}, this)) {
+SystemFactsCard::SystemFactsCard(SystemState& system, const SystemPanes& panes, QWidget* parent)
+    : Card(tr("What the system does to the band"), parent), system_(system), error_(makeSentence({}, this)) {
   transparency_ = addFact();
-  addButton(tr("Change transparency…"), "openTransparency", ports_.transparencyPane);
+  addButton(tr("Change transparency…"), "openTransparency", panes.transparency);
   contrast_ = addFact();
   addButton(tr("Change contrast…"), "openContrast", SystemPane::accessibilityDisplay);
-  if (ports_.tintsGlass) {
+  if (panes.tintsGlass) {
     tint_ = addFact();
     addButton(tr("Change the tint…"), "openTint", SystemPane::appearance);
   }
   addButton(tr("Change the bar…"), "openMenuBar", SystemPane::menuBar);
   addButton(tr("Change the desktop picture…"), "openWallpaper", SystemPane::wallpaper);
   body().addWidget(error_);
-  subscription_ = ticker.subscribe([this](const Readouts&) { showFacts(); });
+  subscription_ = system_.facts().subscribe([this](const SystemFacts& facts) { showFacts(facts); });
 }
 
 QLabel* SystemFactsCard::addFact() {
@@ -32,12 +30,13 @@ void SystemFactsCard::addButton(const QString& text, const char* name, SystemPan
   auto* button = new QPushButton(text, this);
   button->setObjectName(QLatin1String(name));
   body().addWidget(button, 0, Qt::AlignLeading);
-  connect(button, &QPushButton::clicked, this,
-          [this, pane] { setSentence(*error_, breakable(toQString(ports_.open(pane)))); });
+  connect(button, &QPushButton::clicked, this, [this, pane] {
+    const auto opened = system_.open(pane);
+    setSentence(*error_, opened ? QString() : breakable(toQString(opened.error())));
+  });
 }
 
-void SystemFactsCard::showFacts() {
-  const SystemFacts facts = ports_.facts();
+void SystemFactsCard::showFacts(const SystemFacts& facts) {
   setSentence(
       *transparency_,
       facts.reduceTransparency

@@ -1,38 +1,32 @@
 #pragma once
 
 #include <QPushButton>
-#include <functional>
-#include <string>
 
-#include "system/SystemPort.h"
+#include "system/SystemState.h"
 #include "ui/cards/Card.h"
-#include "ui/cards/ReadoutTicker.h"
 
 namespace veloria {
 
-/// Asked on the main thread.
-struct SystemFactsPorts {
-  /// Asked a few times a second while the window is open.
-  std::function<SystemFacts()> facts;
-  /// Opens a pane of the system's settings for the person; returns why it could not, or nothing.
-  std::function<std::string(SystemPane)> open;
-  SystemPane transparencyPane = SystemPane::appearance;  ///< which one has transparency
-  bool tintsGlass = false;                               ///< whether the system has that setting
+/// Which display settings a system has, and in which pane.
+struct SystemPanes {
+  SystemPane transparency = SystemPane::appearance;
+  bool tintsGlass = false;
 };
 
-/// Says how those settings are, and leads to them and to the other two that decide what is seen of the band.
+/// Says how the display settings are, and leads to them and to the other two that decide what is seen of the band.
 class SystemFactsCard : public Card {
   Q_OBJECT
 
  public:
-  SystemFactsCard(SystemFactsPorts ports, ReadoutTicker& ticker, QWidget* parent = nullptr);
+  /// `system` must outlive the card.
+  SystemFactsCard(SystemState& system, const SystemPanes& panes, QWidget* parent = nullptr);
 
  private:
   QLabel* addFact();
   void addButton(const QString& text, const char* name, SystemPane pane);
-  void showFacts();
+  void showFacts(const SystemFacts& facts);
 
-  SystemFactsPorts ports_;
+  SystemState& system_;
   QLabel* transparency_;
   QLabel* contrast_;
   QLabel* tint_ = nullptr;
