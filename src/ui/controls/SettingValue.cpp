@@ -42,7 +42,7 @@ double unwarp(Curve curve, double y) {
 }
 
 double held(const NumberRange& range, double value) {
-  return std::isnan(value) ? range.minimum : std::clamp(value, range.minimum, range.maximum);
+  return bounded(value, {range.minimum, range.maximum});
 }
 
 double rounded(const NumberRange& range, double value) {
