@@ -324,8 +324,8 @@ AppStatus AppDelegate::status() const {
   status.scriptError = services_.driver->scriptError();
   status.audio = audioStatus(services_.driver->audio());
   status.weather = weatherStatus(services_.driver->weather());
-  const bool takesColours = config.matchWallpaper || services_.driver->compiled().paletteFromWallpaper;
-  if (takesColours && services_.pictureError) status.pictureError = services_.pictureError();
+  const bool takesColors = config.matchWallpaper || services_.driver->compiled().paletteFromWallpaper;
+  if (takesColors && services_.pictureError) status.pictureError = services_.pictureError();
   status.capture = captureStatus();
   if (services_.pointer != nullptr) status.pointer = {services_.pointer->available(), services_.pointer->reason()};
   return status;

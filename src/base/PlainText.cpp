@@ -44,6 +44,14 @@ bool isPlainText(std::string_view text, std::size_t most) {
   return !text.empty() && text.size() <= most && !hasControls(text) && isUtf8(text);
 }
 
+std::string lowerCased(std::string_view text) {
+  std::string result(text);
+  for (char& c : result) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return result;
+}
+
 std::string printable(std::string_view text) {
   const bool whole = text.size() <= longestShown;
   std::string result(whole ? text : text.substr(0, wholeCharacters(text, longestShown)));

@@ -195,8 +195,8 @@ int runApplication(int& argc, char** argv) {
           },
       .drivenConfig = [&] { return activity.shouldRender() ? driver.driven() : settings.config().applyingTempo(); },
       .commandLine = services.commandLinePorts(),
-      .loginItem = services.loginItemPorts(),
-      .systemFacts = services.systemFactsPorts(),
+      .loginItem = &services.loginItem(),
+      .system = &services.state(),
       .visibleChanged = [&](bool visible) { visible ? services.state().start() : services.state().stop(); },
   });
   TrayIcon trayIcon;

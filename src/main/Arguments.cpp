@@ -7,6 +7,8 @@
 
 #include "base/HexColor.h"
 #include "base/PlainNumber.h"
+#include "base/PlainText.h"
+#include "base/TextLines.h"
 #include "main/Command.h"
 
 namespace veloria {
@@ -30,44 +32,30 @@ std::string plain(double value) {
   return text.data();
 }
 
-std::vector<std::string> split(const std::string& text, char separator) {
-  std::vector<std::string> parts(1);
-  for (const char c : text) {
-    if (c == separator) {
-      parts.emplace_back();
-    } else {
-      parts.back().push_back(c);
-    }
-  }
-  return parts;
+/// "WxH", each above 0 and at most the largest size.
+std::optional<Extent> sizeIn(std::string_view text) {
+  const auto sides = splitText(text, 'x');
+  if (sides.size() != 2) return std::nullopt;
+  const auto width = numberIn(sides[0]);
+  const auto height = numberIn(sides[1]);
+  const auto fits = [](const std::optional<double>& side) { return side && *side > 0 && *side <= largestSize; };
+  return fits(width) && fits(height) ? std::optional(Extent{*width, *height}) : std::nullopt;
 }
 
 }  // namespace
 
 gpu::Size parsePixelSize(const std::string& option, const std::string& text) {
-  const auto parts = split(text, 'x');
-  std::vector<std::uint32_t> sides;
-  for (const auto& part : parts) {
-    const auto value = numberIn(part);
-    if (value && *value == std::floor(*value) && *value >= 1 && *value <= largestSize) {
-      sides.push_back(static_cast<std::uint32_t>(*value));
-    }
-  }
-  if (parts.size() != 2 || sides.size() != 2) {
+  const auto size = sizeIn(text);
+  if (!size || size->width != std::floor(size->width) || size->height != std::floor(size->height)) {
     refuse(option, text, "a size in pixels such as 1920x32 (1 to 16384 each)");
   }
-  return {sides[0], sides[1]};
+  return {static_cast<std::uint32_t>(size->width), static_cast<std::uint32_t>(size->height)};
 }
 
 Extent parseExtent(const std::string& option, const std::string& text) {
-  const auto parts = split(text, 'x');
-  const auto width = numberIn(parts.front());
-  const auto height = numberIn(parts.back());
-  const auto fits = [](const std::optional<double>& side) { return side && *side > 0 && *side <= largestSize; };
-  if (parts.size() != 2 || !fits(width) || !fits(height)) {
-    refuse(option, text, "a size in points such as 200x32");
-  }
-  return {*width, *height};
+  const auto size = sizeIn(text);
+  if (!size) refuse(option, text, "a size in points such as 200x32");
+  return *size;
 }
 
 double parseNumber(const std::string& option, const std::string& text, double low, double high) {
@@ -93,17 +81,15 @@ std::pair<std::string, std::string> parseAssignment(const std::string& option, c
 }
 
 std::pair<std::string, double> parseChannel(const std::string& option, const std::string& text) {
-  auto [name, value] = parseAssignment(option, text);
+  const auto [name, value] = parseAssignment(option, text);
   const auto number = numberIn(value);
   if (!number) refuse(option, text, "a channel and a number such as bass=0.5");
-  std::transform(name.begin(), name.end(), name.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return {name, *number};
+  return {lowerCased(name), *number};
 }
 
 std::vector<double> parsePointer(const std::string& option, const std::string& text) {
   std::vector<double> numbers;
-  for (const auto& part : split(text, ',')) {
+  for (const auto part : splitText(text, ',')) {
     const auto value = numberIn(part);
     if (!value) refuse(option, text, "X,Y or X,Y,DX,DY in points");
     numbers.push_back(*value);
@@ -112,7 +98,7 @@ std::vector<double> parsePointer(const std::string& option, const std::string& t
   return numbers;
 }
 
-std::optional<std::array<unsigned char, 3>> parseColour(const std::string& option, const std::string& text) {
+std::optional<std::array<unsigned char, 3>> parseColor(const std::string& option, const std::string& text) {
   if (!text.starts_with('#')) return std::nullopt;
   const auto rgb = rgbFromHex(text);
   if (!rgb) refuse(option, text, "a colour such as #101018");

@@ -35,7 +35,7 @@ std::pair<std::string, double> parseChannel(const std::string& option, const std
 std::vector<double> parsePointer(const std::string& option, const std::string& text);
 
 /// "#102030" as red, green, blue from 0 to 255; nothing when it does not begin with "#".
-std::optional<std::array<unsigned char, 3>> parseColour(const std::string& option, const std::string& text);
+std::optional<std::array<unsigned char, 3>> parseColor(const std::string& option, const std::string& text);
 
 /// A file name with one place for the frame's number ("frame-%05d.png"), or without any.
 struct FramePattern {

@@ -103,9 +103,7 @@ int runApplication(int& argc, char** argv) {
   SystemServices services(environment, {.system = &displaySettings,
                                         .loginItem = &loginItem,
                                         .timers = &timers,
-                                        .command = bundledCommand(mainBundle()),
-                                        .transparencyPane = SystemPane::accessibilityDisplay,
-                                        .tintsGlass = true});
+                                        .command = bundledCommand(mainBundle())});
   SettingsPresenter* presenter = nullptr;
   SettingsHost host({
       .settings = &editor,
@@ -122,8 +120,9 @@ int runApplication(int& argc, char** argv) {
           },
       .drivenConfig = [&] { return activity.shouldRender() ? driver.driven() : settings.config().applyingTempo(); },
       .commandLine = services.commandLinePorts(),
-      .loginItem = services.loginItemPorts(),
-      .systemFacts = services.systemFactsPorts(),
+      .loginItem = &services.loginItem(),
+      .system = &services.state(),
+      .panes = {.transparency = SystemPane::accessibilityDisplay, .tintsGlass = true},
       .visibleChanged =
           [&](bool visible) {
             visible ? services.state().start() : services.state().stop();

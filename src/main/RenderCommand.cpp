@@ -133,11 +133,11 @@ VirtualState stateFrom(const std::string& path) {
 }
 
 std::vector<std::uint8_t> groundFrom(const std::string& text, gpu::Size size) {
-  const auto colour = parseColour("--background", text);
-  if (!colour) return loadPicture(text, size);
+  const auto color = parseColor("--background", text);
+  if (!color) return loadPicture(text, size);
   std::vector<std::uint8_t> ground(std::size_t{size.width} * size.height * 4, 255);
   for (std::size_t i = 0; i < ground.size(); i += 4)
-    std::copy(colour->begin(), colour->end(), ground.begin() + static_cast<std::ptrdiff_t>(i));
+    std::copy(color->begin(), color->end(), ground.begin() + static_cast<std::ptrdiff_t>(i));
   return ground;
 }
 

@@ -6,24 +6,25 @@
 #include <QWindow>
 #include <utility>
 
-#include "ui/AgentCard.h"
-#include "ui/DriveModeChooser.h"
-#include "ui/GlassCard.h"
-#include "ui/PaletteEditor.h"
-#include "ui/PaletteGallery.h"
-#include "ui/PresetGallery.h"
-#include "ui/PresetPictures.h"
-#include "ui/PreviewPainter.h"
-#include "ui/PreviewStrip.h"
-#include "ui/ReadoutCard.h"
-#include "ui/ReadoutTicker.h"
-#include "ui/SettingsWindow.h"
+#include "ui/cards/AgentCard.h"
+#include "ui/cards/DriveModeChooser.h"
+#include "ui/cards/GlassCard.h"
+#include "ui/cards/LoginItemCard.h"
+#include "ui/cards/PaletteEditor.h"
+#include "ui/cards/PaletteGallery.h"
+#include "ui/cards/PresetGallery.h"
+#include "ui/cards/ReadoutCard.h"
+#include "ui/cards/ReadoutTicker.h"
+#include "ui/preview/PresetPictures.h"
+#include "ui/preview/PreviewPainter.h"
+#include "ui/preview/PreviewStrip.h"
+#include "ui/window/SettingsWindow.h"
 
 namespace veloria {
 
 /// What draws the window's pictures; kept when the window is made anew.
-struct SettingsHost::Studio {
-  explicit Studio(PreviewGpuFactory makeGpu) : painter(std::move(makeGpu)), pictures(painter) {}
+struct SettingsHost::Previews {
+  explicit Previews(PreviewGpuFactory makeGpu) : painter(std::move(makeGpu)), pictures(painter) {}
   PreviewPainter painter;
   PresetPictures pictures;
 };
@@ -33,12 +34,12 @@ class SettingsHost::Window {
  public:
   Window(SettingsHost& host, SettingsWindow::Kind kind)
       : host_(host),
-        studio_(*host.studio_),
+        previews_(*host.previews_),
         kind_(kind),
         window_(*host.ports_.settings, kind),
         ticker_(&window_, host.ports_.readouts) {
     window_.setWindowTitle(text("Veloria settings"));
-    window_.setPreview(new PreviewStrip(studio_.painter, host.ports_.drivenConfig));
+    window_.setPreview(new PreviewStrip(previews_.painter, host.ports_.drivenConfig));
     addLook();
     addBarAndPointer();
     addDrive();
@@ -72,7 +73,7 @@ class SettingsHost::Window {
 
   void addLook() {
     SettingsEditor& editor = *host_.ports_.settings;
-    add(SettingTab::look, "Looks", "presets", [&, this] { return new PresetGallery(editor, studio_.pictures); });
+    add(SettingTab::look, "Looks", "presets", [&, this] { return new PresetGallery(editor, previews_.pictures); });
     add(SettingTab::look, "Palette", "colours gradient wallpaper", [&, this] {
       auto* palettes = new PaletteGallery(editor);
       palettes->follow(ticker_);
@@ -104,11 +105,11 @@ class SettingsHost::Window {
     Ports& ports = host_.ports_;
     add(SettingTab::system, "Status", "fps gpu dark why paused",
         [this] { return ReadoutCard::makeStatus(ticker_, &window_); });
-    add(SettingTab::system, "Start", "login autostart", [&] { return new LoginItemCard(ports.loginItem); });
+    add(SettingTab::system, "Start", "login autostart", [&] { return new LoginItemCard(*ports.loginItem); });
     add(SettingTab::system, "The nimbra command", "command line shell path",
         [&] { return new CommandLineCard(ports.commandLine, packageCommand); });
     add(SettingTab::system, "What the system does to the band", "transparency contrast tint bar desktop picture",
-        [&, this] { return new SystemFactsCard(ports.systemFacts, ticker_); });
+        [&] { return new SystemFactsCard(*ports.system, ports.panes); });
   }
 
   /// Below or above the place, wholly on its screen.
@@ -126,7 +127,7 @@ class SettingsHost::Window {
   }
 
   SettingsHost& host_;
-  Studio& studio_;
+  Previews& previews_;
   SettingsWindow::Kind kind_;
   QElapsedTimer left_;
   SettingsWindow window_;
@@ -140,7 +141,7 @@ SettingsHost::~SettingsHost() = default;
 /// By the icon it is a popover, elsewhere a window like any other.
 SettingsHost::Window& SettingsHost::window(bool byIcon) {
   const auto kind = byIcon ? SettingsWindow::Kind::popup : SettingsWindow::Kind::ordinary;
-  if (!studio_) studio_ = std::make_unique<Studio>(ports_.makeGpu);
+  if (!previews_) previews_ = std::make_unique<Previews>(ports_.makeGpu);
   if (!window_ || (window_->kind() != kind && !window_->widget().isVisible()))
     window_ = std::make_unique<Window>(*this, kind);
   return *window_;

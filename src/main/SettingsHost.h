@@ -5,12 +5,12 @@
 
 #include "app/SettingsPresenter.h"
 #include "settings/SettingsEditor.h"
-#include "ui/CommandLineCard.h"
-#include "ui/LoginItemCard.h"
-#include "ui/PreviewGpu.h"
-#include "ui/Readouts.h"
-#include "ui/ScriptCard.h"
-#include "ui/SystemFactsCard.h"
+#include "system/LoginItem.h"
+#include "ui/cards/CommandLineCard.h"
+#include "ui/cards/Readouts.h"
+#include "ui/cards/SystemFactsCard.h"
+#include "ui/preview/PreviewGpu.h"
+#include "ui/script/ScriptCard.h"
 
 class QWidget;
 
@@ -27,8 +27,9 @@ class SettingsHost final : public SettingsPresenter {
     /// The record to preview: what is drawn now, or would be.
     std::function<NimbraConfig()> drivenConfig;
     CommandLinePorts commandLine;
-    LoginItemPorts loginItem;
-    SystemFactsPorts systemFacts;
+    LoginItem* loginItem = nullptr;
+    SystemState* system = nullptr;
+    SystemPanes panes{};
     /// Told when the window opens and closes.
     std::function<void(bool)> visibleChanged;
   };
@@ -45,13 +46,13 @@ class SettingsHost final : public SettingsPresenter {
   QWidget& embeddable();
 
  private:
-  struct Studio;
+  struct Previews;
   class Window;
   Window& window(bool byIcon);
 
   Ports ports_;
   ScriptDraft draft_;
-  std::unique_ptr<Studio> studio_;
+  std::unique_ptr<Previews> previews_;
   std::unique_ptr<Window> window_;
 };
 

@@ -2,7 +2,7 @@
 
 #include "app/AppStatus.h"
 #include "render/ScreenProvider.h"
-#include "ui/Readouts.h"
+#include "ui/cards/Readouts.h"
 
 namespace veloria {
 

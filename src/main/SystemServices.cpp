@@ -4,17 +4,8 @@
 
 namespace veloria {
 
-namespace {
-
-std::string problemOf(const Result<Done>& result) {
-  return result ? std::string() : result.error();
-}
-
-}  // namespace
-
 SystemServices::SystemServices(const Environment& environment, const Ports& ports)
-    : ports_(ports),
-      state_(*ports.system, *ports.timers),
+    : state_(*ports.system, *ports.timers),
       tool_(commandLine_, environment, {.command = ports.command, .home = homeFolder(environment).value_or("")}),
       loginItem_(*ports.loginItem) {}
 
@@ -28,18 +19,6 @@ CommandLinePorts SystemServices::commandLinePorts() {
   return {.look = alone([](CommandLineTool& tool) { return tool.look(); }),
           .install = alone([](CommandLineTool& tool) { tool.install(); }),
           .uninstall = alone([](CommandLineTool& tool) { tool.uninstall(); })};
-}
-
-LoginItemPorts SystemServices::loginItemPorts() {
-  return {.isEnabled = [this] { return loginItem_.isEnabled(); },
-          .set = [this](bool on) { return problemOf(loginItem_.set(on)); }};
-}
-
-SystemFactsPorts SystemServices::systemFactsPorts() {
-  return {.facts = [this] { return state_.facts().get(); },
-          .open = [this](SystemPane pane) { return problemOf(state_.open(pane)); },
-          .transparencyPane = ports_.transparencyPane,
-          .tintsGlass = ports_.tintsGlass};
 }
 
 }  // namespace veloria

@@ -9,9 +9,7 @@
 #include "system/CommandLineTool.h"
 #include "system/LoginItem.h"
 #include "system/SystemState.h"
-#include "ui/CommandLineCard.h"
-#include "ui/LoginItemCard.h"
-#include "ui/SystemFactsCard.h"
+#include "ui/cards/CommandLineCard.h"
 
 namespace veloria {
 
@@ -25,20 +23,16 @@ class SystemServices {
     SystemPort* system = nullptr;
     LoginItemPort* loginItem = nullptr;
     TimerFactory* timers = nullptr;
-    std::filesystem::path command;                         ///< this program's own nimbra, absolute
-    SystemPane transparencyPane = SystemPane::appearance;  ///< which one has transparency
-    bool tintsGlass = false;                               ///< whether the system has that setting
+    std::filesystem::path command;  ///< this program's own nimbra, absolute
   };
 
   SystemServices(const Environment& environment, const Ports& ports);
 
   SystemState& state() { return state_; }
+  LoginItem& loginItem() { return loginItem_; }
   CommandLinePorts commandLinePorts();
-  LoginItemPorts loginItemPorts();
-  SystemFactsPorts systemFactsPorts();
 
  private:
-  Ports ports_;
   SystemState state_;
   PosixCommandLine commandLine_;
   std::mutex toolLock_;  // a card that is gone may still be asking when the next one does

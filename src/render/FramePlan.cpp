@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/Range.h"
+
 namespace veloria {
 
 namespace {
@@ -12,9 +14,7 @@ constexpr std::int64_t maxPressureIterations = 200;
 
 /// Rounded and held to low..high whatever the value is; NaN gives low.
 std::int64_t roundedWithin(double value, std::int64_t low, std::int64_t high) {
-  if (!(value > static_cast<double>(low))) return low;
-  if (value >= static_cast<double>(high)) return high;
-  return std::clamp(std::llround(value), static_cast<long long>(low), static_cast<long long>(high));
+  return std::llround(bounded(value, {static_cast<double>(low), static_cast<double>(high)}));
 }
 
 std::uint32_t scaled(std::uint32_t pixels, double scale) {

@@ -189,9 +189,9 @@ void SceneDriver::drive(const NimbraConfig& settings) {
 void SceneDriver::flashAlert() {
   const double strength = alertEnvelope(agent_.alertUntil(), agent_.alertFor(), ports_.wallClock());
   if (strength <= 0) return;
-  const auto colours = agent_.alertPalette();
-  setPalette(colours);
-  applyAlert(driven_, strength, !colours.empty());
+  const auto colors = agent_.alertPalette();
+  setPalette(colors);
+  applyAlert(driven_, strength, !colors.empty());
 }
 
 void SceneDriver::restartFrom(const NimbraConfig& settings) {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/PlainNumber.h"
+#include "base/PlainText.h"
 #include "base/StrictJson.h"
 
 namespace veloria {
@@ -200,14 +201,6 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
     }
   }
   return row.back();
-}
-
-std::string lowerCased(std::string_view text) {
-  std::string result(text);
-  for (char& c : result) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return result;
 }
 
 /// How unlike a key is to what was typed; a key that holds it (or is held by it) is as near as one wrong letter.

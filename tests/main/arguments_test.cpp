@@ -20,8 +20,8 @@ TEST(Arguments, rightOnesAreRead) {
   EXPECT_EQ(parseChannel("--channel", "Bass=-0.5"), (std::pair<std::string, double>{"bass", -0.5}));
   EXPECT_EQ(parsePointer("--pointer", "10,-2.5"), (std::vector<double>{10, -2.5}));
   EXPECT_EQ(parsePointer("--pointer", "1,2,3,4"), (std::vector<double>{1, 2, 3, 4}));
-  EXPECT_EQ(parseColour("--background", "picture.png"), std::nullopt);
-  EXPECT_EQ(parseColour("--background", "#1020fF"), (std::array<unsigned char, 3>{16, 32, 255}));
+  EXPECT_EQ(parseColor("--background", "picture.png"), std::nullopt);
+  EXPECT_EQ(parseColor("--background", "#1020fF"), (std::array<unsigned char, 3>{16, 32, 255}));
 }
 
 TEST(Arguments, wrongOnesAreRefusedByName) {
@@ -32,7 +32,7 @@ TEST(Arguments, wrongOnesAreRefusedByName) {
   const std::function<void(const std::string&)> assignment = [](const auto& text) { parseAssignment("--x", text); };
   const std::function<void(const std::string&)> channel = [](const auto& text) { parseChannel("--x", text); };
   const std::function<void(const std::string&)> pointer = [](const auto& text) { parsePointer("--x", text); };
-  const std::function<void(const std::string&)> colour = [](const auto& text) { parseColour("--x", text); };
+  const std::function<void(const std::string&)> color = [](const auto& text) { parseColor("--x", text); };
   const std::function<void(const std::string&)> pattern = [](const auto& text) { parseFramePattern("--x", text); };
   const std::pair<const std::function<void(const std::string&)>*, std::vector<std::string>> table[] = {
       {&size,
@@ -44,7 +44,7 @@ TEST(Arguments, wrongOnesAreRefusedByName) {
       {&assignment, {"", "=", "=1", "name"}},
       {&channel, {"bass", "bass=", "bass=loud", "=1", "bass=nan", "bass=1e400"}},
       {&pointer, {"", "1", "1,2,3", "1,2,3,4,5", "1,", "a,b"}},
-      {&colour, {"#", "#12345", "#1234567", "#12345g", "#+12345"}},
+      {&color, {"#", "#12345", "#1234567", "#12345g", "#+12345"}},
       {&pattern, {"%", "a%s.png", "a%d%d.png", "a%05d%", "a%0", "a%n", "%123d", "%-5d"}},
   };
   for (const auto& [parse, texts] : table) {

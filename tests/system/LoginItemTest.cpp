@@ -2,25 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "SystemFakes.h"
+
 namespace veloria {
 namespace {
-
-class FakeLogin final : public LoginItemPort {
- public:
-  bool isRegistered() override { return registered; }
-  Result<Done> add() override { return change(true); }
-  Result<Done> remove() override { return change(false); }
-
-  bool registered = false;
-  bool works = true;
-
- private:
-  Result<Done> change(bool value) {
-    if (!works) return Failure{"/autostart: No space left on device"};
-    registered = value;
-    return Done{};
-  }
-};
 
 TEST(LoginItemTest, ReturnsAFailureAndTellsTheSystemLog) {
   FakeLogin port;

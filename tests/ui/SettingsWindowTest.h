@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "SettingsFixture.h"
-#include "ui/SettingControl.h"
-#include "ui/SettingSlider.h"
-#include "ui/SettingsWindow.h"
-#include "ui/ValueField.h"
+#include "ui/controls/SettingControl.h"
+#include "ui/controls/SettingSlider.h"
+#include "ui/controls/ValueField.h"
+#include "ui/window/SettingsWindow.h"
 
 namespace veloria {
 

@@ -1,4 +1,4 @@
-#include "ui/SettingCatalogue.h"
+#include "ui/controls/SettingCatalogue.h"
 
 #include <gmock/gmock.h>
 
@@ -9,8 +9,8 @@
 #include "settings/GlassTuning.h"
 #include "settings/LookPreset.h"
 #include "settings/SettingsCodec.h"
-#include "ui/SettingSearch.h"
-#include "ui/SettingValue.h"
+#include "ui/controls/SettingSearch.h"
+#include "ui/controls/SettingValue.h"
 
 namespace veloria {
 namespace {

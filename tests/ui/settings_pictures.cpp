@@ -11,7 +11,7 @@
 
 #include "Palettes.h"
 #include "SettingsFixture.h"
-#include "ui/SettingsWindow.h"
+#include "ui/window/SettingsWindow.h"
 
 namespace {
 

@@ -13,9 +13,9 @@
 #include "ConfigDifference.h"
 #include "SettingsWindowTest.h"
 #include "settings/SettingsCodec.h"
-#include "ui/GlyphButton.h"
-#include "ui/SettingLabel.h"
-#include "ui/SettingValue.h"
+#include "ui/controls/GlyphButton.h"
+#include "ui/controls/SettingLabel.h"
+#include "ui/controls/SettingValue.h"
 
 namespace veloria {
 namespace {

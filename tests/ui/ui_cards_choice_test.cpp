@@ -9,13 +9,13 @@
 #include <QTest>
 
 #include "settings/GlassTuning.h"
-#include "ui/DriveModeChooser.h"
-#include "ui/GlassCard.h"
-#include "ui/PaletteEditor.h"
-#include "ui/PaletteGallery.h"
-#include "ui/PresetGallery.h"
-#include "ui/PreviewPainter.h"
-#include "ui/Swatch.h"
+#include "ui/cards/DriveModeChooser.h"
+#include "ui/cards/GlassCard.h"
+#include "ui/cards/PaletteEditor.h"
+#include "ui/cards/PaletteGallery.h"
+#include "ui/cards/PresetGallery.h"
+#include "ui/controls/Swatch.h"
+#include "ui/preview/PreviewPainter.h"
 #include "ui_cards_fixture.h"
 
 namespace veloria::tests {
@@ -127,7 +127,7 @@ TEST_F(ChoiceTest, matchingTheDesktopPictureIsABox) {
   EXPECT_TRUE(runUntil([&] { return sentences(gallery).contains("It can't be read."); }));
 }
 
-TEST_F(ChoiceTest, aColourMakesAPaletteOfOnesOwn) {
+TEST_F(ChoiceTest, aColorMakesAPaletteOfOnesOwn) {
   editor_.change("paletteName", [](NimbraConfig& c) { c.paletteName = "Nebula"; });
   PaletteEditor card(editor_);
   card.show();
@@ -150,7 +150,7 @@ TEST_F(ChoiceTest, aColourMakesAPaletteOfOnesOwn) {
   EXPECT_EQ(config().customPalette->stops, nebula.stops);
 }
 
-TEST_F(ChoiceTest, whatIsNoColourChangesNothingAndIsExplained) {
+TEST_F(ChoiceTest, whatIsNoColorChangesNothingAndIsExplained) {
   PaletteEditor card(editor_);
   card.show();
   auto& field = child<QLineEdit>(card, "hex3");
@@ -174,7 +174,7 @@ TEST_F(ChoiceTest, aPaletteEditorMayGoWhileAFieldHasTheFocus) {
   EXPECT_EQ(config(), NimbraConfig());
 }
 
-TEST_F(ChoiceTest, theColourDialogIsFollowedWhileItIsOpen) {
+TEST_F(ChoiceTest, theColorDialogIsFollowedWhileItIsOpen) {
   PaletteEditor card(editor_);
   card.show();
   for (const bool accept : {true, false}) {
@@ -195,7 +195,7 @@ TEST_F(ChoiceTest, theColourDialogIsFollowedWhileItIsOpen) {
   }
 }
 
-TEST_F(ChoiceTest, aPaletteOfTooFewColoursIsNoCrash) {
+TEST_F(ChoiceTest, aPaletteOfTooFewColorsIsNoCrash) {
   editor_.change("odd", [](NimbraConfig& c) { c.customPalette = Palette{"short", {{1, 0, 0}}}; });
   PaletteEditor card(editor_);
   PaletteGallery gallery(editor_);

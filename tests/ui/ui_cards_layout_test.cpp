@@ -5,17 +5,18 @@
 #include <QTranslator>
 #include <functional>
 
-#include "ui/AgentCard.h"
-#include "ui/CommandLineCard.h"
-#include "ui/DriveModeChooser.h"
-#include "ui/GlassCard.h"
-#include "ui/LoginItemCard.h"
-#include "ui/PaletteEditor.h"
-#include "ui/PaletteGallery.h"
-#include "ui/PresetGallery.h"
-#include "ui/ReadoutCard.h"
-#include "ui/ScriptCard.h"
-#include "ui/SystemFactsCard.h"
+#include "../system/SystemFakes.h"
+#include "ui/cards/AgentCard.h"
+#include "ui/cards/CommandLineCard.h"
+#include "ui/cards/DriveModeChooser.h"
+#include "ui/cards/GlassCard.h"
+#include "ui/cards/LoginItemCard.h"
+#include "ui/cards/PaletteEditor.h"
+#include "ui/cards/PaletteGallery.h"
+#include "ui/cards/PresetGallery.h"
+#include "ui/cards/ReadoutCard.h"
+#include "ui/cards/SystemFactsCard.h"
+#include "ui/script/ScriptCard.h"
 #include "ui_cards_fixture.h"
 
 namespace veloria::tests {
@@ -48,6 +49,9 @@ class CardLayoutTest : public CardsFixture {
     view_.resolvedPath = "/opt/of/another/program/with/a/long/path/bin/nimbra";
     view_.installDirectory = "/home/somebody/with/a/long/name/.local/bin";
     byHand_.manualCommand = "sudo ln -sf '/home/somebody/with/a/long/name/veloria/bin/nimbra' /usr/local/bin/nimbra";
+    login_.registered = true;
+    system_.now = {true, true, 1};
+    state_.refresh();
     editor_.change("start", [](NimbraConfig& c) {
       c.visualizer = Visualizer::wind;
       c.customScript = "# mine\nset glow 2\nbind glw = 1";
@@ -64,7 +68,6 @@ class CardLayoutTest : public CardsFixture {
         return new CommandLineCard({[&view] { return view; }, [] {}, [] {}}, "get it from a package", p);
       };
     };
-    const auto none = [](SystemPane) { return std::string(); };
     return {{"presets", [this](QWidget* p) { return new PresetGallery(editor_, pictures_, p); }},
             {"palettes",
              [this](QWidget* p) {
@@ -79,20 +82,13 @@ class CardLayoutTest : public CardsFixture {
             {"agent", [](QWidget* p) { return new AgentCard(p); }},
             {"command", commands(view_)},
             {"command-by-hand", commands(byHand_)},
-            {"login",
-             [](QWidget* p) {
-               return new LoginItemCard({[] { return true; }, [](bool) { return std::string(); }}, p);
-             }},
+            {"login", [this](QWidget* p) { return new LoginItemCard(loginItem_, p); }},
             {"status", [this](QWidget* p) { return ReadoutCard::makeStatus(*ticker_, p); }},
             {"notch", [this](QWidget* p) { return ReadoutCard::makeNotch(*ticker_, p); }},
             {"weather", [this](QWidget* p) { return ReadoutCard::makeWeather(*ticker_, p); }},
             {"audio", [this](QWidget* p) { return ReadoutCard::makeAudio(*ticker_, p); }},
-            {"system", [this, none](QWidget* p) {
-               return new SystemFactsCard({[] {
-                                             return SystemFacts{true, true, 1};
-                                           },
-                                           none, SystemPane::appearance, true},
-                                          *ticker_, p);
+            {"system", [this](QWidget* p) {
+               return new SystemFactsCard(state_, {SystemPane::appearance, true}, p);
              }}};
   }
 
@@ -136,6 +132,11 @@ class CardLayoutTest : public CardsFixture {
   Readouts readouts_;
   CommandLineToolState view_, byHand_;
   ScriptDraft draft_;
+  FakeLogin login_;
+  LoginItem loginItem_{login_};
+  FakeSystem system_;
+  OneTimer timers_;
+  SystemState state_{system_, timers_};
   QWidget host_;
   ReadoutTicker* ticker_ = new ReadoutTicker(&host_, [this] { return readouts_; });
   PreviewPainter painter_{[]() -> PreviewGpu { throw std::runtime_error("not here"); }};

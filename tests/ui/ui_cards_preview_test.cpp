@@ -12,8 +12,8 @@
 #include "app/ShaderLibrary.h"
 #include "gpu/recording/RecordingDevice.h"
 #include "gpu/vulkan/VulkanFactory.h"
-#include "ui/PresetGallery.h"
-#include "ui/PreviewStrip.h"
+#include "ui/cards/PresetGallery.h"
+#include "ui/preview/PreviewStrip.h"
 #include "ui_cards_fixture.h"
 
 namespace veloria::tests {
@@ -40,13 +40,13 @@ Light lightOf(const QImage& picture) {
   Light light;
   for (int y = 0; y < picture.height(); ++y) {
     for (int x = 0; x < picture.width(); ++x) {
-      const QColor colour = picture.pixelColor(x, y);
-      const double alpha = colour.alphaF();
-      light.red += colour.red() * alpha;
-      light.green += colour.green() * alpha;
-      light.blue += colour.blue() * alpha;
+      const QColor color = picture.pixelColor(x, y);
+      const double alpha = color.alphaF();
+      light.red += color.red() * alpha;
+      light.green += color.green() * alpha;
+      light.blue += color.blue() * alpha;
       light.brightest = std::max(
-          light.brightest, static_cast<int>(std::max({colour.redF(), colour.greenF(), colour.blueF()}) * 255 * alpha));
+          light.brightest, static_cast<int>(std::max({color.redF(), color.greenF(), color.blueF()}) * 255 * alpha));
     }
   }
   const double count = std::max(1, picture.width() * picture.height());
@@ -114,9 +114,9 @@ TEST_F(PreviewTest, theStripShowsLightThatMovesAndFollowsTheRecord) {
   ASSERT_TRUE(runUntil([&, from = frames_] { return frames_ > from + 15; }));
   EXPECT_GT(differenceOf(before, strip->picture()), 0.5);
 
-  const auto paint = [&](ColorStop colour) {
+  const auto paint = [&](ColorStop color) {
     editor_.change("customPalette", [&](NimbraConfig& c) {
-      c.customPalette = Palette{"one", {4, colour}};
+      c.customPalette = Palette{"one", {4, color}};
       c.hueSpread = 0;
       c.colorCycle = 0;
     });

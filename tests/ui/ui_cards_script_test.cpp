@@ -11,8 +11,8 @@
 #include "scene/LanguageCard.h"
 #include "scene/ScriptReport.h"
 #include "settings/SettingsCodec.h"
-#include "ui/ScriptCard.h"
-#include "ui/VerbatimText.h"
+#include "ui/script/ScriptCard.h"
+#include "ui/script/VerbatimText.h"
 #include "ui_cards_fixture.h"
 
 namespace veloria::tests {

@@ -8,11 +8,12 @@
 #include <mutex>
 #include <thread>
 
-#include "ui/AgentCard.h"
-#include "ui/CommandLineCard.h"
-#include "ui/LoginItemCard.h"
-#include "ui/ReadoutCard.h"
-#include "ui/SystemFactsCard.h"
+#include "../system/SystemFakes.h"
+#include "ui/cards/AgentCard.h"
+#include "ui/cards/CommandLineCard.h"
+#include "ui/cards/LoginItemCard.h"
+#include "ui/cards/ReadoutCard.h"
+#include "ui/cards/SystemFactsCard.h"
 #include "ui_cards_fixture.h"
 
 namespace veloria::tests {
@@ -178,23 +179,19 @@ TEST_F(CommandLineTest, copiesTheExample) {
 }
 
 TEST_F(CardsFixture, theLoginItemIsShownAsItReallyIs) {
-  bool enabled = true;
-  bool works = true;
-  LoginItemCard card({[&] { return enabled; },
-                      [&](bool on) -> std::string {
-                        if (!works) return "the disk is full";
-                        enabled = on;
-                        return {};
-                      }});
+  FakeLogin login;
+  login.registered = true;
+  LoginItem item(login);
+  LoginItemCard card(item);
   card.show();
   auto* box = card.findChild<QCheckBox*>();
   EXPECT_TRUE(box->isChecked());
   box->click();
-  EXPECT_FALSE(enabled);
-  works = false;
+  EXPECT_FALSE(login.registered);
+  login.works = false;
   box->click();
   EXPECT_FALSE(box->isChecked());
-  EXPECT_TRUE(sentences(card).contains("This could not be changed: the disk is full"));
+  EXPECT_TRUE(sentences(card).contains("This could not be changed: /autostart: No space left on device"));
 }
 
 class ReadoutTest : public CardsFixture {
@@ -265,25 +262,22 @@ TEST_F(ReadoutTest, cardsShowWhatIsToldAndNothingElse) {
   EXPECT_TRUE(sentences(*sound).contains("never a microphone. Nothing is recorded or sent anywhere."));
 }
 
-TEST_F(ReadoutTest, systemFactsAreFollowedAndLeadToTheirPanes) {
-  SystemFacts facts;
-  std::string failure;
-  std::optional<SystemPane> opened;
-  const auto open = [&](SystemPane pane) {
-    opened = pane;
-    return failure;
-  };
-  auto* card = new SystemFactsCard({[&] { return facts; }, open}, *ticker_, &window_);
-  auto* tinted =
-      new SystemFactsCard({[&] { return facts; }, open, SystemPane::accessibilityDisplay, true}, *ticker_, &window_);
-  window_.show();
+TEST_F(CardsFixture, systemFactsAreFollowedAndLeadToTheirPanes) {
+  FakeSystem system;
+  system.opens = true;
+  OneTimer timers;
+  SystemState state(system, timers);
+  QWidget window;
+  auto* card = new SystemFactsCard(state, {}, &window);
+  auto* tinted = new SystemFactsCard(state, {SystemPane::accessibilityDisplay, true}, &window);
+  window.show();
   EXPECT_TRUE(sentences(*card).contains("Transparency is not reduced."));
   EXPECT_TRUE(sentences(*card).contains("Contrast is not increased."));
   EXPECT_FALSE(sentences(*card).contains("Glass"));
-  facts = {true, true, 0.25};
-  EXPECT_TRUE(runUntil([&] {
-    return sentences(*card).contains("Transparency is reduced.") && sentences(*card).contains("Contrast is increased.");
-  }));
+  system.now = {true, true, 0.25};
+  system.changed();
+  EXPECT_TRUE(sentences(*card).contains("Transparency is reduced."));
+  EXPECT_TRUE(sentences(*card).contains("Contrast is increased."));
   EXPECT_TRUE(sentences(*tinted).contains("Glass is tinted (0.25)"));
   const std::tuple<SystemFactsCard*, const char*, SystemPane> panes[] = {
       {card, "openTransparency", SystemPane::appearance},
@@ -294,14 +288,14 @@ TEST_F(ReadoutTest, systemFactsAreFollowedAndLeadToTheirPanes) {
       {tinted, "openWallpaper", SystemPane::wallpaper}};
   for (const auto& [where, button, pane] : panes) {
     child<QPushButton>(*where, button).click();
-    EXPECT_EQ(opened, pane) << button;
+    EXPECT_EQ(system.opened.back(), pane) << button;
   }
-  failure = "There is no settings program.";
+  system.opens = false;
   child<QPushButton>(*card, "openContrast").click();
-  EXPECT_TRUE(sentences(*card).contains("There is no settings program."));
-  failure.clear();
+  EXPECT_TRUE(sentences(*card).contains("No settings program."));
+  system.opens = true;
   child<QPushButton>(*card, "openContrast").click();
-  EXPECT_FALSE(sentences(*card).contains("There is no settings program."));
+  EXPECT_FALSE(sentences(*card).contains("No settings program."));
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
 #include "gpu/vulkan/VulkanFactory.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <optional>
 #include <utility>
 
+#include "base/PlainText.h"
 #include "gpu/vulkan/VulkanDevice.h"
 #include "gpu/vulkan/VulkanHostSurface.h"
 #include "gpu/vulkan/VulkanInstance.h"
@@ -14,12 +14,6 @@
 namespace veloria::gpu::vulkan {
 
 namespace {
-
-std::string lowerCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
-  return text;
-}
 
 std::optional<std::uint32_t> toIndex(const std::string& wish) {
   std::uint32_t index = 0;
@@ -31,7 +25,7 @@ std::optional<std::uint32_t> toIndex(const std::string& wish) {
 bool matches(const DeviceInfo& device, const std::string& wish, const std::optional<std::uint32_t>& index) {
   if (wish.empty()) return true;
   if (index) return device.index == *index;
-  return lowerCase(device.name).find(lowerCase(wish)) != std::string::npos;
+  return lowerCased(device.name).find(lowerCased(wish)) != std::string::npos;
 }
 
 }  // namespace

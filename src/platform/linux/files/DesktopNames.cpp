@@ -1,22 +1,18 @@
 #include "platform/linux/files/DesktopNames.h"
 
-#include <algorithm>
+#include <utility>
 
+#include "base/PlainText.h"
 #include "base/TextLines.h"
 
 namespace veloria {
 
 namespace {
 
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::vector<std::string> namesIn(const std::string& list) {
   std::vector<std::string> names;
   for (const std::string_view part : splitText(list, ':')) {
-    std::string name(trimmed(part));
-    std::ranges::transform(name, name.begin(), lower);
+    std::string name = lowerCased(trimmed(part));
     if (!name.empty()) names.push_back(std::move(name));
   }
   return names;

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "ui/cards/Card.h"
+
+namespace veloria {
+
+/// Tells how programs drive the band.
+class AgentCard : public Card {
+  Q_OBJECT
+
+ public:
+  explicit AgentCard(QWidget* parent = nullptr);
+};
+
+}  // namespace veloria

@@ -1,0 +1,27 @@
+#include "ui/cards/GlassCard.h"
+
+#include <QPushButton>
+
+#include "settings/GlassTuning.h"
+#include "ui/QtText.h"
+#include "ui/controls/TileLayout.h"
+
+namespace veloria {
+
+GlassCard::GlassCard(SettingsEditor& editor, QWidget* parent) : Card(tr("Glass compensation"), parent) {
+  body().addWidget(makeSentence(tr("Makes the look you have stronger, for a bar that the band shines through. Tinted "
+                                   "glass swallows more light and colour than clear glass."),
+                                this));
+  auto* buttons = new QWidget(this);
+  auto* layout = new TileLayout(TileLayout::Width::natural, buttons);
+  for (const GlassTuning& tuning : GlassTuning::all()) {
+    auto* button = new QPushButton(translated("GlassTuning", tuning.title), buttons);
+    button->setObjectName(toQString(tuning.title));
+    layout->addWidget(button);
+    connect(button, &QPushButton::clicked, this,
+            [&editor, &tuning] { editor.change(tuning.title, [&](NimbraConfig& config) { tuning.apply(config); }); });
+  }
+  body().addWidget(buttons);
+}
+
+}  // namespace veloria

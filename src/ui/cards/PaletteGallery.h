@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QCheckBox>
+#include <vector>
+
+#include "settings/SettingsEditor.h"
+#include "ui/cards/Card.h"
+#include "ui/cards/ReadoutTicker.h"
+#include "ui/controls/Tile.h"
+
+namespace veloria {
+
+/// The built-in palettes to choose from, one's own once there is one, and the wish to follow the desktop picture
+/// instead.
+class PaletteGallery : public Card {
+  Q_OBJECT
+
+ public:
+  /// The editor must outlive it.
+  explicit PaletteGallery(SettingsEditor& editor, QWidget* parent = nullptr);
+
+  /// Says from now on why the desktop picture gives no colours. The ticker must outlive it.
+  void follow(ReadoutTicker& ticker);
+
+ private:
+  Tile* makeTile(const Palette& palette, QWidget* parent);
+  Tile* makeOwnTile(QWidget* parent);
+  void showRecord(const NimbraConfig& config);
+
+  SettingsEditor& editor_;
+  QCheckBox* wallpaper_;
+  QLabel* pictureProblem_;
+  std::vector<Tile*> tiles_;
+  Tile* own_;
+  Subscription subscription_;
+  Subscription readouts_;
+};
+
+}  // namespace veloria

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ui/cards/Card.h"
+#include "ui/cards/ReadoutTicker.h"
+
+namespace veloria {
+
+/// A card of sentences that the running program tells about itself. It hides while it has nothing to tell.
+class ReadoutCard : public Card {
+  Q_OBJECT
+
+ public:
+  ReadoutCard(const QString& title, ReadoutTicker& ticker, QWidget* parent = nullptr);
+
+  /// Adds a line that shows one of the readouts. While that is empty, so is the line.
+  void addLine(std::string Readouts::*line);
+  /// What the card says while all its lines are empty.
+  void setFallback(const QString& sentence);
+
+  /// Why nothing is drawn or can be seen, figures, and whether the bar's text is kept.
+  static ReadoutCard* makeStatus(ReadoutTicker& ticker, QWidget* parent = nullptr);
+  /// The camera housing.
+  static ReadoutCard* makeNotch(ReadoutTicker& ticker, QWidget* parent = nullptr);
+  static ReadoutCard* makeWeather(ReadoutTicker& ticker, QWidget* parent = nullptr);
+  static ReadoutCard* makeAudio(ReadoutTicker& ticker, QWidget* parent = nullptr);
+  /// Why the pointer is not followed.
+  static ReadoutCard* makePointer(ReadoutTicker& ticker, QWidget* parent = nullptr);
+
+ private:
+  struct Line {
+    std::string Readouts::*text;
+    QLabel* label;
+  };
+  void showFacts(const Readouts& readouts);
+  void setSilent(bool silent);
+
+  std::vector<Line> lines_;
+  QLabel* fallback_;
+  QString fallbackText_;
+  Readouts last_;
+  bool silent_ = false;
+  Subscription subscription_;
+};
+
+}  // namespace veloria

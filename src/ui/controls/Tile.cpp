@@ -1,0 +1,173 @@
+#include "ui/controls/Tile.h"
+
+#include <QFontMetrics>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QStyle>
+#include <QStyleOptionFocusRect>
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+
+#include "ui/controls/Swatch.h"
+
+namespace veloria {
+
+namespace {
+
+constexpr int margin = 6;
+constexpr int gap = 4;
+constexpr int naturalWidth = 168;
+constexpr double ringWidth = 2.5;
+constexpr double markRadius = 9;
+
+bool isArrow(int key) {
+  return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down;
+}
+
+/// A tick on a disc, so that the choice can be told without its colour.
+void paintMark(QPainter& painter, QPointF centre, const QPalette& colors) {
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(colors.color(QPalette::Highlight));
+  painter.drawEllipse(centre, markRadius, markRadius);
+  QPainterPath tick(centre + QPointF(-4, 0));
+  tick.lineTo(centre + QPointF(-1, 3.5));
+  tick.lineTo(centre + QPointF(4.5, -3.5));
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(QPen(colors.color(QPalette::HighlightedText), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  painter.drawPath(tick);
+}
+
+}  // namespace
+
+Tile::Tile(const QString& name, const QString& description, int pictureHeight, QWidget* parent)
+    : QRadioButton(parent), description_(description), pictureHeight_(pictureHeight) {
+  setText(QString(name).replace(QLatin1Char('&'), QLatin1String("&&")));
+  setAccessibleName(name);
+  setAccessibleDescription(description);
+  setAutoExclusive(false);
+  setAttribute(Qt::WA_Hover);
+  QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+  policy.setHeightForWidth(true);
+  setSizePolicy(policy);
+  setFocusPolicy(siblings().size() <= 1 ? Qt::StrongFocus : Qt::ClickFocus);
+}
+
+void Tile::setColors(const Palette& palette) {
+  colors_ = palette;
+  update();
+}
+
+void Tile::setPicture(const QImage& picture) {
+  picture_ = picture;
+  update();
+}
+
+QFont Tile::nameFont() const {
+  QFont bold = font();
+  bold.setBold(true);
+  return bold;
+}
+
+int Tile::textHeight(int width) const {
+  const auto wrapped = [&](const QFont& used, const QString& text) {
+    if (text.isEmpty()) return 0;
+    return QFontMetrics(used).boundingRect(0, 0, width, 10000, Qt::TextWordWrap, text).height();
+  };
+  return wrapped(nameFont(), accessibleName()) + wrapped(font(), description_);
+}
+
+QSize Tile::sizeHint() const {
+  return {naturalWidth, heightForWidth(naturalWidth)};
+}
+
+QSize Tile::minimumSizeHint() const {
+  return {naturalWidth, pictureHeight_ + 2 * margin};
+}
+
+int Tile::heightForWidth(int width) const {
+  return 2 * margin + pictureHeight_ + gap + textHeight(width - 2 * margin);
+}
+
+void Tile::paintPicture(QPainter& painter, const QRectF& area) const {
+  if (picture_.isNull()) return paintPalette(painter, area, colors_);
+  QPainterPath frame;
+  frame.addRoundedRect(area, swatchRadius, swatchRadius);
+  painter.save();
+  painter.setClipPath(frame);
+  painter.fillRect(area, nightColor);
+  painter.drawImage(area, picture_);
+  painter.restore();
+}
+
+void Tile::paintTexts(QPainter& painter, const QRect& area) const {
+  QRect used;
+  painter.setPen(palette().color(QPalette::WindowText));
+  painter.setFont(nameFont());
+  painter.drawText(area, Qt::TextWordWrap | Qt::AlignLeading, accessibleName(), &used);
+  painter.setFont(font());
+  painter.drawText(area.adjusted(0, used.height(), 0, 0), Qt::TextWordWrap | Qt::AlignLeading, description_);
+}
+
+void Tile::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  const QPalette colors = palette();
+  const QRectF whole = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+  if (underMouse() || isChecked()) {
+    QColor veil = colors.color(QPalette::Highlight);
+    veil.setAlphaF(isChecked() ? 0.16F : 0.08F);
+    painter.setBrush(veil);
+    painter.setPen(isChecked() ? QPen(colors.color(QPalette::Highlight), ringWidth) : QPen(Qt::NoPen));
+    painter.drawRoundedRect(whole, swatchRadius + 2, swatchRadius + 2);
+  }
+  const QRect inside = rect().adjusted(margin, margin, -margin, -margin);
+  const QRect pictureArea(inside.left(), inside.top(), inside.width(), pictureHeight_);
+  paintPicture(painter, pictureArea);
+  if (isChecked()) paintMark(painter, QPointF(pictureArea.right() - 12, pictureArea.top() + 13), colors);
+  paintTexts(painter, inside.adjusted(0, pictureHeight_ + gap, 0, 0));
+  if (!hasFocus()) return;
+  QStyleOptionFocusRect focus;
+  focus.initFrom(this);
+  focus.rect = rect().adjusted(3, 3, -3, -3);
+  style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
+}
+
+QList<Tile*> Tile::siblings() const {
+  auto found = parentWidget()->findChildren<Tile*>(QString(), Qt::FindDirectChildrenOnly);
+  found.removeIf([this](const Tile* tile) { return !tile->isVisibleTo(parentWidget()); });
+  return found;
+}
+
+Tile* Tile::neighbour(int key) const {
+  const auto all = siblings();
+  const qsizetype at = all.indexOf(const_cast<Tile*>(this));
+  if (key == Qt::Key_Left || key == Qt::Key_Right) {
+    const bool forwards = (key == Qt::Key_Right) != isRightToLeft();
+    return all.value(at + (forwards ? 1 : -1));
+  }
+  Tile* nearest = nullptr;
+  int distance = std::numeric_limits<int>::max();
+  for (Tile* tile : all) {
+    const int down = tile->y() - y();
+    if (tile->x() != x() || (key == Qt::Key_Down ? down <= 0 : down >= 0) || std::abs(down) >= distance) continue;
+    nearest = tile;
+    distance = std::abs(down);
+  }
+  return nearest;
+}
+
+void Tile::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) return click();
+  if (!isArrow(event->key())) return QRadioButton::keyPressEvent(event);
+  if (Tile* next = neighbour(event->key())) next->setFocus(Qt::OtherFocusReason);
+}
+
+void Tile::focusInEvent(QFocusEvent* event) {
+  QRadioButton::focusInEvent(event);
+  for (Tile* tile : siblings()) tile->setFocusPolicy(tile == this ? Qt::StrongFocus : Qt::ClickFocus);
+}
+
+}  // namespace veloria

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QImage>
+#include <QRadioButton>
+#include <QString>
+
+#include "settings/Palette.h"
+
+namespace veloria {
+
+/// One of several pictures to choose from, with its name and a line about it. It is a radio button to the accessibility
+/// interface and the keyboard: one of its siblings is in the tab order, arrows move among them, Enter and Space choose.
+/// It shows what is chosen elsewhere; a click does not check it by itself.
+class Tile : public QRadioButton {
+  Q_OBJECT
+
+ public:
+  Tile(const QString& name, const QString& description, int pictureHeight, QWidget* parent);
+
+  /// What to show until there is a picture, or instead of one.
+  void setColors(const Palette& palette);
+  void setPicture(const QImage& picture);
+  const QImage& picture() const { return picture_; }
+
+  QSize sizeHint() const override;
+  QSize minimumSizeHint() const override;
+  bool hasHeightForWidth() const override { return true; }
+  int heightForWidth(int width) const override;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  bool hitButton(const QPoint& at) const override { return rect().contains(at); }
+  void nextCheckState() override {}
+
+ private:
+  QList<Tile*> siblings() const;
+  Tile* neighbour(int key) const;
+  void paintPicture(QPainter& painter, const QRectF& area) const;
+  void paintTexts(QPainter& painter, const QRect& area) const;
+  int textHeight(int width) const;
+  QFont nameFont() const;
+
+  QString description_;
+  int pictureHeight_;
+  Palette colors_;
+  QImage picture_;
+};
+
+}  // namespace veloria
