@@ -31,11 +31,9 @@ class MetalDevice final : public Device {
 
  private:
   std::unique_ptr<Library> doMakeLibrary(std::span<const std::byte> bytes) override;
-  std::unique_ptr<CommandQueue> doMakeCommandQueue() override;
+  std::unique_ptr<FrameQueue> doMakeFrameQueue() override;
   std::shared_ptr<Texture> doMakeTexture(const TextureDescriptor& descriptor) override;
-  std::unique_ptr<ComputePipeline> doMakeComputePipeline(const Library& library, const std::string& function) override;
-  std::unique_ptr<RenderPipeline> doMakeRenderPipeline(const Library& library,
-                                                       const RenderPipelineDescriptor& descriptor) override;
+  std::unique_ptr<Pipeline> doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) override;
 
   id<MTLDevice> device_;
   id<MTLCommandQueue> queue_;
