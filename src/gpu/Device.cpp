@@ -16,14 +16,6 @@ void requireFunction(const Library& library, const std::string& function) {
 
 }  // namespace
 
-std::unique_ptr<Library> Device::makeLibrary(std::span<const std::byte> bytes) {
-  return doMakeLibrary(bytes);
-}
-
-std::unique_ptr<FrameQueue> Device::makeFrameQueue() {
-  return doMakeFrameQueue();
-}
-
 std::shared_ptr<Texture> Device::makeTexture(const TextureDescriptor& descriptor) {
   require(descriptor.format != PixelFormat::invalid, "Device::makeTexture: the format is invalid");
   require(inRange(descriptor.size.width) && inRange(descriptor.size.height),

@@ -30,8 +30,8 @@ class Device {
   virtual void waitIdle() = 0;
 
   /// Throws DeviceError when the bytes are not a shader library of this back end.
-  std::unique_ptr<Library> makeLibrary(std::span<const std::byte> bytes);
-  std::unique_ptr<FrameQueue> makeFrameQueue();
+  virtual std::unique_ptr<Library> makeLibrary(std::span<const std::byte> bytes) = 0;
+  virtual std::unique_ptr<FrameQueue> makeFrameQueue() = 0;
   /// Throws DeviceError when the memory can't be had. The content starts undefined.
   std::shared_ptr<Texture> makeTexture(const TextureDescriptor& descriptor);
   /// The functions must be in the library. Throws DeviceError when the driver refuses them. Asked again for the same
@@ -42,8 +42,6 @@ class Device {
   Device() = default;
 
  private:
-  virtual std::unique_ptr<Library> doMakeLibrary(std::span<const std::byte> bytes) = 0;
-  virtual std::unique_ptr<FrameQueue> doMakeFrameQueue() = 0;
   virtual std::shared_ptr<Texture> doMakeTexture(const TextureDescriptor& descriptor) = 0;
   virtual std::unique_ptr<Pipeline> doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) = 0;
 

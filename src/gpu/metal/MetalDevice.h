@@ -18,6 +18,8 @@ class MetalDevice final : public Device {
   std::string name() const override;
   bool lost() const override { return lost_; }
   void waitIdle() override { completion_.drain(); }
+  std::unique_ptr<Library> makeLibrary(std::span<const std::byte> bytes) override;
+  std::unique_ptr<FrameQueue> makeFrameQueue() override;
 
   id<MTLDevice> device() const { return device_; }
   /// The one that all of ours submit to, so that everything runs in the order of commit().
@@ -30,8 +32,6 @@ class MetalDevice final : public Device {
   void requireAlive() const;
 
  private:
-  std::unique_ptr<Library> doMakeLibrary(std::span<const std::byte> bytes) override;
-  std::unique_ptr<FrameQueue> doMakeFrameQueue() override;
   std::shared_ptr<Texture> doMakeTexture(const TextureDescriptor& descriptor) override;
   std::unique_ptr<Pipeline> doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) override;
 

@@ -41,11 +41,11 @@ void MetalDevice::requireAlive() const {
   if (lost_) throw DeviceLostError("the Metal device is lost");
 }
 
-std::unique_ptr<Library> MetalDevice::doMakeLibrary(std::span<const std::byte> bytes) {
+std::unique_ptr<Library> MetalDevice::makeLibrary(std::span<const std::byte> bytes) {
   return std::make_unique<MetalLibrary>(device_, bytes);
 }
 
-std::unique_ptr<FrameQueue> MetalDevice::doMakeFrameQueue() {
+std::unique_ptr<FrameQueue> MetalDevice::makeFrameQueue() {
   return std::make_unique<MetalQueue>(*this);
 }
 

@@ -106,11 +106,11 @@ std::uint64_t VulkanDevice::endOnce(OneTime& once) {
   return once.number;
 }
 
-std::unique_ptr<Library> VulkanDevice::doMakeLibrary(std::span<const std::byte> bytes) {
+std::unique_ptr<Library> VulkanDevice::makeLibrary(std::span<const std::byte> bytes) {
   return std::make_unique<VulkanLibrary>(context_, bytes);
 }
 
-std::unique_ptr<FrameQueue> VulkanDevice::doMakeFrameQueue() {
+std::unique_ptr<FrameQueue> VulkanDevice::makeFrameQueue() {
   return std::make_unique<VulkanQueue>(*this);
 }
 

@@ -28,6 +28,8 @@ class VulkanDevice final : public Device {
   std::string name() const override { return context_.properties().deviceName; }
   bool lost() const override { return context_.lost(); }
   void waitIdle() override;
+  std::unique_ptr<Library> makeLibrary(std::span<const std::byte> bytes) override;
+  std::unique_ptr<FrameQueue> makeFrameQueue() override;
 
   VulkanContext& context() { return context_; }
   const VulkanContext& context() const { return context_; }
@@ -61,8 +63,6 @@ class VulkanDevice final : public Device {
     VkCommandBuffer commands = VK_NULL_HANDLE;
     std::uint64_t number = 0;
   };
-  std::unique_ptr<Library> doMakeLibrary(std::span<const std::byte> bytes) override;
-  std::unique_ptr<FrameQueue> doMakeFrameQueue() override;
   std::shared_ptr<Texture> doMakeTexture(const TextureDescriptor& descriptor) override;
   std::unique_ptr<Pipeline> doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) override;
 

@@ -45,12 +45,12 @@ void RecordingDevice::lose() {
   completeAll();
 }
 
-std::unique_ptr<Library> RecordingDevice::doMakeLibrary(std::span<const std::byte> bytes) {
+std::unique_ptr<Library> RecordingDevice::makeLibrary(std::span<const std::byte> bytes) {
   if (bytes.empty()) throw DeviceError("makeLibrary: no bytes");
   return std::make_unique<RecordingLibrary>(functions_);
 }
 
-std::unique_ptr<FrameQueue> RecordingDevice::doMakeFrameQueue() {
+std::unique_ptr<FrameQueue> RecordingDevice::makeFrameQueue() {
   return std::make_unique<RecordingQueue>(*this);
 }
 

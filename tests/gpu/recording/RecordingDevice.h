@@ -53,6 +53,8 @@ class RecordingDevice final : public Device {
   std::string name() const override { return "recording"; }
   bool lost() const override { return lost_; }
   void waitIdle() override { completeAll(); }
+  std::unique_ptr<Library> makeLibrary(std::span<const std::byte> bytes) override;
+  std::unique_ptr<FrameQueue> makeFrameQueue() override;
 
   RecordingLog& log() { return log_; }
   Failures& failures() { return failures_; }
@@ -75,8 +77,6 @@ class RecordingDevice final : public Device {
   void committed(RecordingFrame& frame);
 
  private:
-  std::unique_ptr<Library> doMakeLibrary(std::span<const std::byte> bytes) override;
-  std::unique_ptr<FrameQueue> doMakeFrameQueue() override;
   std::shared_ptr<Texture> doMakeTexture(const TextureDescriptor& descriptor) override;
   std::unique_ptr<Pipeline> doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) override;
   void refuseIf(bool failure, const char* what) const;
