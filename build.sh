@@ -36,7 +36,7 @@ if $app; then
   exit
 fi
 
-tools=(glslangValidator spirv-link spirv-val)
+tools=(glslangValidator spirv-link spirv-val spirv-dis)
 if $metalSource || $onMac; then tools+=(spirv-cross); fi
 for tool in "${tools[@]}"; do
   command -v "$tool" >/dev/null || { echo "build.sh: $tool is missing; run script/bootstrap" >&2; exit 1; }
@@ -51,6 +51,7 @@ for source in "$shaders"/k_*.comp "$shaders"/v_*.vert "$shaders"/f_*.frag; do
 done
 spirv-link --target-env vulkan1.2 "${modules[@]}" -o "$work/default.spv"
 spirv-val --target-env vulkan1.2 "$work/default.spv"
+"$top/script/check-bindings" "$work/default.spv" >/dev/null
 mkdir -p "$out"
 
 # Metal source, one file a function: in one file their helpers and constants would get in each other's way.

@@ -10,7 +10,6 @@ if(NOT APPLE)
   pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-randr xcb-shape xcb-ewmh xcb-icccm xcb-composite xcb-xfixes
                     xcb-render xcb-damage xcb-shm xcb-dpms)
   pkg_check_modules(PULSE REQUIRED IMPORTED_TARGET libpulse)
-  pkg_check_modules(SPIRV_CROSS REQUIRED IMPORTED_TARGET spirv-cross-c-shared)
 endif()
 
 if(VELORIA_TESTS)

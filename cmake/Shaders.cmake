@@ -9,7 +9,7 @@ file(GLOB shader_sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/render/shader
 add_custom_command(
   OUTPUT ${VELORIA_SHADER_LIBRARY}
   COMMAND ${CMAKE_SOURCE_DIR}/build.sh ${CMAKE_BINARY_DIR}
-  DEPENDS ${shader_sources} ${CMAKE_SOURCE_DIR}/build.sh
+  DEPENDS ${shader_sources} ${CMAKE_SOURCE_DIR}/build.sh ${CMAKE_SOURCE_DIR}/script/check-bindings
   COMMENT "Compiling the shader library"
   VERBATIM)
 add_custom_target(shaders ALL DEPENDS ${VELORIA_SHADER_LIBRARY})

@@ -16,14 +16,6 @@ void requireFunction(const Library& library, const std::string& function) {
 
 }  // namespace
 
-std::unique_ptr<Library> Device::makeLibrary(std::span<const std::byte> bytes) {
-  return doMakeLibrary(bytes);
-}
-
-std::unique_ptr<CommandQueue> Device::makeCommandQueue() {
-  return doMakeCommandQueue();
-}
-
 std::shared_ptr<Texture> Device::makeTexture(const TextureDescriptor& descriptor) {
   require(descriptor.format != PixelFormat::invalid, "Device::makeTexture: the format is invalid");
   require(inRange(descriptor.size.width) && inRange(descriptor.size.height),
@@ -33,23 +25,15 @@ std::shared_ptr<Texture> Device::makeTexture(const TextureDescriptor& descriptor
   return doMakeTexture(descriptor);
 }
 
-std::shared_ptr<ComputePipeline> Device::makeComputePipeline(const Library& library, const std::string& function) {
-  requireFunction(library, function);
-  auto& entry = library.computePipelines_[function];
+std::shared_ptr<Pipeline> Device::makePipeline(const Library& library, const PipelineDescriptor& descriptor) {
+  requireFunction(library, descriptor.function);
+  if (!descriptor.vertexFunction.empty()) {
+    requireFunction(library, descriptor.vertexFunction);
+    require(descriptor.format != PixelFormat::invalid, "Device::makePipeline: the format is invalid");
+  }
+  auto& entry = library.pipelines_[descriptor];
   auto pipeline = entry.lock();
-  if (pipeline == nullptr) entry = pipeline = doMakeComputePipeline(library, function);
-  return pipeline;
-}
-
-std::shared_ptr<RenderPipeline> Device::makeRenderPipeline(const Library& library,
-                                                           const RenderPipelineDescriptor& descriptor) {
-  require(descriptor.format != PixelFormat::invalid, "Device::makeRenderPipeline: the format is invalid");
-  requireFunction(library, descriptor.vertexFunction);
-  requireFunction(library, descriptor.fragmentFunction);
-  auto& entry = library.renderPipelines_[{descriptor.vertexFunction, descriptor.fragmentFunction, descriptor.format,
-                                          descriptor.variant}];
-  auto pipeline = entry.lock();
-  if (pipeline == nullptr) entry = pipeline = doMakeRenderPipeline(library, descriptor);
+  if (pipeline == nullptr) entry = pipeline = doMakePipeline(library, descriptor);
   return pipeline;
 }
 

@@ -7,7 +7,7 @@
 
 namespace veloria::gpu {
 
-/// One image of a surface, taken for one frame: encode into texture(), hand it to CommandBuffer::present(). It stays
+/// One image of a surface, taken for one frame: draw into texture(), hand it to Frame::present(). It stays
 /// taken until it is presented; nextDrawable() returns the same one again when it was not.
 class Drawable {
  public:

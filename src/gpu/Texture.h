@@ -11,7 +11,7 @@ namespace veloria::gpu {
 ///
 /// Ownership: shared. It may be released while submitted work still uses it; the back end keeps the memory until that
 /// work is done. Rows are stored top row first; texel (0, 0) is the top left one, as fragment coordinates are.
-/// Thread: the one that encodes, except for the destructor, which may run anywhere.
+/// Thread: the one that draws, except for the destructor, which may run anywhere.
 class Texture {
  public:
   virtual ~Texture() = default;
@@ -26,9 +26,9 @@ class Texture {
   std::size_t byteCount() const;
 
   /// Replaces the whole content with `rows` (exactly byteCount() bytes, tightly packed; free again on return) for
-  /// everything committed from now on; what was committed before sees the old content. Must not be called between the
-  /// encoding and the commit of a command buffer that uses the texture. May wait for all committed work; with Vulkan, a
-  /// shared texture waits for no more than its own last write.
+  /// everything committed from now on; what was committed before sees the old content. Must not be called between a
+  /// pass that uses the texture and the commit of its frame. May wait for all committed work; with Vulkan, a shared
+  /// texture waits for no more than its own last write.
   void write(std::span<const std::byte> rows);
 
   /// Waits for all committed work, then copies the whole content to `rows` (exactly byteCount() bytes).

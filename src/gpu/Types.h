@@ -7,8 +7,7 @@
 
 namespace veloria::gpu {
 
-/// Pixel formats. The numbers appear in diagnostics and are those of the command-buffer model that this interface
-/// follows, on every back end.
+/// Pixel formats. The numbers appear in diagnostics and are the same on every back end.
 enum class PixelFormat : std::uint32_t {
   invalid = 0,
   r16Float = 25,

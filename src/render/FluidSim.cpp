@@ -14,9 +14,9 @@ namespace veloria {
 
 namespace {
 
-std::shared_ptr<gpu::ComputePipeline> kernel(gpu::Device& device, const gpu::Library& library, const char* name) {
+std::shared_ptr<gpu::Pipeline> kernel(gpu::Device& device, const gpu::Library& library, const char* name) {
   if (!library.contains(name)) throw RendererError::missingFunction(name);
-  return device.makeComputePipeline(library, name);
+  return device.makePipeline(library, {.function = name});
 }
 
 /// Lattice steps a second of scaled time.
@@ -83,24 +83,12 @@ void FluidSim::resize(std::int64_t width, std::int64_t height) {
   needsClear = true;
 }
 
-void FluidSim::dispatch(gpu::ComputeEncoder& encoder, const gpu::ComputePipeline& pipeline,
-                        std::initializer_list<const gpu::Texture*> textures) {
-  encoder.setPipeline(pipeline);
-  std::uint32_t index = 0;
-  for (const gpu::Texture* texture : textures) encoder.setTexture(*texture, index++);
-  encoder.dispatchThreads(cells(gridW_), cells(gridH_));
-}
-
-void FluidSim::clearFields(gpu::CommandBuffer& commandBuffer) {
-  gpu::ComputeEncoder* encoder = commandBuffer.computeEncoder("fluid.clear");
-  if (encoder == nullptr) return;
+void FluidSim::clearFields(gpu::Frame& frame) {
   needsClear = false;
   sinceClear_ = 0;
-  for (const gpu::Texture* field : {velocity_[0].get(), velocity_[1].get(), pressure_[0].get(), pressure_[1].get(),
-                                    dye_[0].get(), dye_[1].get(), divergence_.get(), curl_.get()}) {
-    dispatch(*encoder, *clear_, {field});
-  }
-  encoder->endEncoding();
+  for (const auto& field :
+       {velocity_[0], velocity_[1], pressure_[0], pressure_[1], dye_[0], dye_[1], divergence_, curl_})
+    frame.run({.pipeline = *clear_, .label = "fluid.clear", .target = *field});
 }
 
 StepBlock FluidSim::blockFor(const SimParams& params, double seconds) {
@@ -115,33 +103,49 @@ StepBlock FluidSim::blockFor(const SimParams& params, double seconds) {
   return block;
 }
 
-void FluidSim::step(gpu::CommandBuffer& commandBuffer, const SimParams& params, std::int64_t pressureIterations,
-                    double seconds) {
+void FluidSim::step(gpu::Frame& frame, const SimParams& params, std::int64_t pressureIterations, double seconds) {
   if (gridW_ < 1 || velocity_[0] == nullptr) return;
-  if (needsClear) clearFields(commandBuffer);
+  if (needsClear) clearFields(frame);
   const StepBlock block = blockFor(params, seconds);
-
-  gpu::ComputeEncoder* encoder = commandBuffer.computeEncoder("fluid.step");
-  if (encoder == nullptr) return;
-  encoder->setBytes(std::as_bytes(std::span(&block, 1)), 0);
+  const auto bytes = std::as_bytes(std::span(&block, 1));
+  constexpr const char* label = "fluid.step";
   const auto in = [](const Pair& pair, std::size_t index) { return pair[index].get(); };
-  const auto out = [](const Pair& pair, std::size_t index) { return pair[1 - index].get(); };
+  const auto out = [](const Pair& pair, std::size_t index) -> const gpu::Texture& { return *pair[1 - index]; };
 
-  dispatch(*encoder, *advectVelocity_, {in(velocity_, velIdx_), out(velocity_, velIdx_)});
+  frame.run({.pipeline = *advectVelocity_,
+             .label = label,
+             .textures = {in(velocity_, velIdx_)},
+             .bytes = bytes,
+             .target = out(velocity_, velIdx_)});
   velIdx_ = 1 - velIdx_;
-  dispatch(*encoder, *curlPipeline_, {in(velocity_, velIdx_), curl_.get()});
-  dispatch(*encoder, *forces_, {in(velocity_, velIdx_), curl_.get(), in(dye_, dyeIdx_), out(velocity_, velIdx_)});
+  frame.run({.pipeline = *curlPipeline_, .label = label, .images = {in(velocity_, velIdx_)}, .target = *curl_});
+  frame.run({.pipeline = *forces_,
+             .label = label,
+             .images = {in(velocity_, velIdx_), curl_.get(), in(dye_, dyeIdx_)},
+             .bytes = bytes,
+             .target = out(velocity_, velIdx_)});
   velIdx_ = 1 - velIdx_;
-  dispatch(*encoder, *divergencePipeline_, {in(velocity_, velIdx_), divergence_.get()});
+  frame.run(
+      {.pipeline = *divergencePipeline_, .label = label, .images = {in(velocity_, velIdx_)}, .target = *divergence_});
   for (std::int64_t i = pressureIterationsFor(pressureIterations); i > 0; --i) {
-    dispatch(*encoder, *jacobi_, {in(pressure_, pIdx_), divergence_.get(), out(pressure_, pIdx_)});
+    frame.run({.pipeline = *jacobi_,
+               .label = label,
+               .images = {in(pressure_, pIdx_), divergence_.get()},
+               .target = out(pressure_, pIdx_)});
     pIdx_ = 1 - pIdx_;
   }
-  dispatch(*encoder, *project_, {in(velocity_, velIdx_), in(pressure_, pIdx_), out(velocity_, velIdx_)});
+  frame.run({.pipeline = *project_,
+             .label = label,
+             .images = {in(velocity_, velIdx_), in(pressure_, pIdx_)},
+             .target = out(velocity_, velIdx_)});
   velIdx_ = 1 - velIdx_;
-  dispatch(*encoder, *advectDye_, {in(dye_, dyeIdx_), in(velocity_, velIdx_), out(dye_, dyeIdx_)});
+  frame.run({.pipeline = *advectDye_,
+             .label = label,
+             .textures = {in(dye_, dyeIdx_)},
+             .images = {in(velocity_, velIdx_)},
+             .bytes = bytes,
+             .target = out(dye_, dyeIdx_)});
   dyeIdx_ = 1 - dyeIdx_;
-  encoder->endEncoding();
 }
 
 }  // namespace veloria

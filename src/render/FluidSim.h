@@ -22,12 +22,11 @@ class FluidSim {
   /// A texture that can't be had stops the process by gpu::DeviceError.
   void resize(std::int64_t width, std::int64_t height);
 
-  /// Encodes one step: velocity advection, curl, forces, divergence, `pressureIterations` Jacobi passes (at least one),
-  /// projection, dye advection. Does nothing before the first resize() or when there is no encoder to be had.
+  /// Runs one step: velocity advection, curl, forces, divergence, `pressureIterations` Jacobi passes (at least one),
+  /// projection, dye advection. Does nothing before the first resize().
   /// `seconds` is the frame's real length, above 0. In the first second after a clearing more light is born than
   /// `params` asks for, so that a band that starts from nothing is lit at once.
-  void step(gpu::CommandBuffer& commandBuffer, const SimParams& params, std::int64_t pressureIterations,
-            double seconds);
+  void step(gpu::Frame& frame, const SimParams& params, std::int64_t pressureIterations, double seconds);
 
   /// The live fields; nullptr before the first resize().
   const gpu::Texture* dyeTexture() const { return dye_[dyeIdx_].get(); }
@@ -44,10 +43,8 @@ class FluidSim {
   using Pair = std::array<std::shared_ptr<gpu::Texture>, 2>;
 
   std::shared_ptr<gpu::Texture> makeField(gpu::PixelFormat format, const char* label, gpu::StorageMode storage);
-  void clearFields(gpu::CommandBuffer& commandBuffer);
+  void clearFields(gpu::Frame& frame);
   StepBlock blockFor(const SimParams& params, double seconds);
-  void dispatch(gpu::ComputeEncoder& encoder, const gpu::ComputePipeline& pipeline,
-                std::initializer_list<const gpu::Texture*> textures);
 
   gpu::Device& device_;
   std::int64_t gridW_ = 0;
@@ -64,14 +61,14 @@ class FluidSim {
   double emitPhase_ = 0;
   double sinceClear_ = 0;  ///< real seconds
 
-  std::shared_ptr<gpu::ComputePipeline> advectVelocity_;
-  std::shared_ptr<gpu::ComputePipeline> curlPipeline_;
-  std::shared_ptr<gpu::ComputePipeline> forces_;
-  std::shared_ptr<gpu::ComputePipeline> divergencePipeline_;
-  std::shared_ptr<gpu::ComputePipeline> jacobi_;
-  std::shared_ptr<gpu::ComputePipeline> project_;
-  std::shared_ptr<gpu::ComputePipeline> advectDye_;
-  std::shared_ptr<gpu::ComputePipeline> clear_;
+  std::shared_ptr<gpu::Pipeline> advectVelocity_;
+  std::shared_ptr<gpu::Pipeline> curlPipeline_;
+  std::shared_ptr<gpu::Pipeline> forces_;
+  std::shared_ptr<gpu::Pipeline> divergencePipeline_;
+  std::shared_ptr<gpu::Pipeline> jacobi_;
+  std::shared_ptr<gpu::Pipeline> project_;
+  std::shared_ptr<gpu::Pipeline> advectDye_;
+  std::shared_ptr<gpu::Pipeline> clear_;
 };
 
 }  // namespace veloria

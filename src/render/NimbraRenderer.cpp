@@ -32,8 +32,8 @@ void countUp(std::int64_t& counter) {
   if (__builtin_add_overflow(counter, 1, &counter)) std::abort();
 }
 
-std::unique_ptr<gpu::CommandQueue> queueOf(gpu::Device& device) {
-  auto queue = device.makeCommandQueue();
+std::unique_ptr<gpu::FrameQueue> queueOf(gpu::Device& device) {
+  auto queue = device.makeFrameQueue();
   if (queue == nullptr) throw RendererError::noDevice();
   return queue;
 }
@@ -61,16 +61,13 @@ NimbraRenderer::~NimbraRenderer() {
   device_.waitIdle();
 }
 
-std::shared_ptr<gpu::RenderPipeline> NimbraRenderer::pipeline(const char* fragment, gpu::PixelFormat format,
-                                                              std::uint32_t variant) {
+std::shared_ptr<gpu::Pipeline> NimbraRenderer::pipeline(const char* fragment, gpu::PixelFormat format,
+                                                        std::uint32_t variant) {
   for (const char* name : {vertexFunction, fragment}) {
     if (!library_.contains(name)) throw RendererError::missingFunction(name);
   }
-  return device_.makeRenderPipeline(library_, {.vertexFunction = vertexFunction,
-                                               .fragmentFunction = fragment,
-                                               .format = format,
-                                               .label = fragment,
-                                               .variant = variant});
+  return device_.makePipeline(
+      library_, {.function = fragment, .vertexFunction = vertexFunction, .format = format, .variant = variant});
 }
 
 std::uint32_t NimbraRenderer::compositeExtras(gpu::Size drawable, bool hasBar) const {
@@ -145,56 +142,48 @@ void NimbraRenderer::draw(FrameTarget& target) {
   simTime_ += scaled;
   motion_.advance(frameConfig_, scaled, dt);
 
-  gpu::CommandBuffer* buffer = openFrame();
-  if (buffer == nullptr) return;
-  encodeFrame(*buffer, *drawable, bar.get(), dt, scaled);
-  buffer->present(*drawable);
-  buffer->commit();
+  gpu::Frame* frame = beginFrame();
+  if (frame == nullptr) return;
+  runPasses(*frame, *drawable, bar.get(), dt, scaled);
+  frame->present(*drawable);
+  frame->commit([this](const gpu::Completion& completion) { completed(completion); });
   frameDone();
 }
 
-gpu::CommandBuffer* NimbraRenderer::openFrame() {
+gpu::Frame* NimbraRenderer::beginFrame() {
   inflight_.acquire();
-  gpu::CommandBuffer* buffer = queue_->commandBuffer();
-  if (buffer == nullptr) {
-    inflight_.release();
-    return nullptr;
-  }
-  buffer->setLabel("nimbra.frame");
-  buffer->addCompletedHandler([this](const gpu::Completion& completion) {
-    for (RenderStats* stats : {&stats_, &ownStats_}) stats->recordFrame(completion.gpuEnd - completion.gpuStart);
-    if (frameObserver_) frameObserver_(completion);
-    inflight_.release();
-  });
-  return buffer;
+  gpu::Frame* frame = queue_->begin("nimbra.frame");
+  if (frame == nullptr) inflight_.release();
+  return frame;
 }
 
-void NimbraRenderer::encodePass(gpu::CommandBuffer& buffer, const gpu::Texture& target, const char* label,
-                                const gpu::RenderPipeline& pipeline,
-                                std::initializer_list<const gpu::Texture*> textures, std::span<const std::byte> bytes) {
-  gpu::RenderEncoder* encoder = buffer.renderEncoder(target, label);
-  if (encoder == nullptr) return;
-  encoder->setPipeline(pipeline);
-  std::uint32_t index = 0;
-  for (const gpu::Texture* texture : textures) encoder->setFragmentTexture(*texture, index++);
-  if (!bytes.empty()) encoder->setFragmentBytes(bytes, 0);
-  encoder->draw(3);
-  encoder->endEncoding();
+void NimbraRenderer::completed(const gpu::Completion& completion) {
+  for (RenderStats* stats : {&stats_, &ownStats_}) stats->recordFrame(completion.gpuEnd - completion.gpuStart);
+  if (frameObserver_) frameObserver_(completion);
+  inflight_.release();
 }
 
-void NimbraRenderer::encodeGlow(gpu::CommandBuffer& buffer) {
+void NimbraRenderer::runGlow(gpu::Frame& frame) {
   const float radius = uniformFloat(std::min(frameConfig_.glowRadius, maxGlowRadius));
   const BlurParams across{1, 0, radius};
   const BlurParams down{0, 1, radius};
-  encodePass(buffer, *glowA_, "glow.down", *downPipeline_, {sceneTex_.get()}, {});
-  encodePass(buffer, *glowB_, "glow.blurH", *blurPipeline_, {glowA_.get()}, bytesOf(across));
-  encodePass(buffer, *glowA_, "glow.blurV", *blurPipeline_, {glowB_.get()}, bytesOf(down));
+  frame.run({.pipeline = *downPipeline_, .label = "glow.down", .textures = {sceneTex_.get()}, .target = *glowA_});
+  frame.run({.pipeline = *blurPipeline_,
+             .label = "glow.blurH",
+             .textures = {glowA_.get()},
+             .bytes = bytesOf(across),
+             .target = *glowB_});
+  frame.run({.pipeline = *blurPipeline_,
+             .label = "glow.blurV",
+             .textures = {glowB_.get()},
+             .bytes = bytesOf(down),
+             .target = *glowA_});
 }
 
-void NimbraRenderer::encodeFrame(gpu::CommandBuffer& buffer, gpu::Drawable& drawable, const gpu::Texture* bar,
-                                 double seconds, double scaledSeconds) {
+void NimbraRenderer::runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const gpu::Texture* bar, double seconds,
+                               double scaledSeconds) {
   const Extent view = viewSizeFor(drawableSize_, geometry);
-  sim_.step(buffer, makeSimParams(frameConfig_, scaledSeconds * 60, simTime_, pointer, view),
+  sim_.step(frame, makeSimParams(frameConfig_, scaledSeconds * 60, simTime_, pointer, view),
             frameConfig_.pressureIterations, seconds);
 
   BandBlock block{{}, motion_.rays(), motion_.hueDrift(), motion_.hueSwing()};
@@ -202,16 +191,22 @@ void NimbraRenderer::encodeFrame(gpu::CommandBuffer& buffer, gpu::Drawable& draw
   const Extent scene{drawableSize_.width * sceneScale_, drawableSize_.height * sceneScale_};
   params = makeRenderParams(frameConfig_, simTime_, scene, geometry, pointer,
                             debugSolidValue(std::getenv("NIMBRA_DEBUG_SOLID")));
-  encodePass(buffer, *sceneTex_, "nimbra", *nimbraPipeline_, {sim_.dyeTexture(), sim_.velocityTexture()},
-             bytesOf(block));
+  frame.run({.pipeline = *nimbraPipeline_,
+             .label = "nimbra",
+             .textures = {sim_.dyeTexture(), sim_.velocityTexture()},
+             .bytes = bytesOf(block),
+             .target = *sceneTex_});
 
   const bool glows = params.glowAmount > glowThreshold;
-  if (glows) encodeGlow(buffer);
+  if (glows) runGlow(frame);
 
   params.textMaskOn = (finalPipelineExtras_ & extraTextMask) != 0 ? 1.0F : 0.0F;
-  encodePass(buffer, drawable.texture(), "composite", *finalPipeline_,
-             {sceneTex_.get(), glows ? glowA_.get() : sceneTex_.get(), bar != nullptr ? bar : sceneTex_.get()},
-             bytesOf(block));
+  const gpu::Texture* light = sceneTex_.get();
+  frame.run({.pipeline = *finalPipeline_,
+             .label = "composite",
+             .textures = {light, glows ? glowA_.get() : light, bar != nullptr ? bar : light},
+             .bytes = bytesOf(block),
+             .target = drawable.texture()});
 }
 
 void NimbraRenderer::frameDone() {

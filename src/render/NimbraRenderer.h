@@ -59,24 +59,21 @@ class NimbraRenderer {
   std::int64_t missedFrames() const { return missedFrames_; }
   /// This renderer's own figures; the shared ones are over all.
   RenderStats::Figures figures() const { return ownStats_.figures(); }
-  gpu::CommandQueue& queue() { return *queue_; }
+  gpu::FrameQueue& queue() { return *queue_; }
 
   /// An extra action on every frame's completion (GPU thread); for measurements. Set it only while nothing is in
   /// flight.
   void setFrameObserver(gpu::CompletedHandler observer) { frameObserver_ = std::move(observer); }
 
  private:
-  std::shared_ptr<gpu::RenderPipeline> pipeline(const char* fragment, gpu::PixelFormat format,
-                                                std::uint32_t variant = 0);
+  std::shared_ptr<gpu::Pipeline> pipeline(const char* fragment, gpu::PixelFormat format, std::uint32_t variant = 0);
   bool ensureFinalPipeline(gpu::PixelFormat format, std::uint32_t extras);
   std::shared_ptr<gpu::Texture> makeTarget(gpu::Size size, const char* label);
-  gpu::CommandBuffer* openFrame();
-  void encodePass(gpu::CommandBuffer& buffer, const gpu::Texture& target, const char* label,
-                  const gpu::RenderPipeline& pipeline, std::initializer_list<const gpu::Texture*> textures,
-                  std::span<const std::byte> bytes);
-  void encodeGlow(gpu::CommandBuffer& buffer);
-  void encodeFrame(gpu::CommandBuffer& buffer, gpu::Drawable& drawable, const gpu::Texture* bar, double seconds,
-                   double scaledSeconds);
+  gpu::Frame* beginFrame();
+  void completed(const gpu::Completion& completion);
+  void runGlow(gpu::Frame& frame);
+  void runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const gpu::Texture* bar, double seconds,
+                 double scaledSeconds);
   std::uint32_t compositeExtras(gpu::Size drawable, bool hasBar) const;
   void skipFrame(const FrameTarget& target, bool drawable);
   void frameDone();
@@ -86,12 +83,12 @@ class NimbraRenderer {
   RenderStats& stats_;
   MediaClock clock_;
   RenderStats ownStats_;
-  std::unique_ptr<gpu::CommandQueue> queue_;
+  std::unique_ptr<gpu::FrameQueue> queue_;
   FluidSim sim_;
-  std::shared_ptr<gpu::RenderPipeline> nimbraPipeline_;
-  std::shared_ptr<gpu::RenderPipeline> downPipeline_;
-  std::shared_ptr<gpu::RenderPipeline> blurPipeline_;
-  std::shared_ptr<gpu::RenderPipeline> finalPipeline_;
+  std::shared_ptr<gpu::Pipeline> nimbraPipeline_;
+  std::shared_ptr<gpu::Pipeline> downPipeline_;
+  std::shared_ptr<gpu::Pipeline> blurPipeline_;
+  std::shared_ptr<gpu::Pipeline> finalPipeline_;
   gpu::PixelFormat finalPipelineFormat_ = gpu::PixelFormat::invalid;
   std::uint32_t finalPipelineExtras_ = 0;
 

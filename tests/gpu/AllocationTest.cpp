@@ -15,7 +15,7 @@ class AllocationTest : public GpuTest {
     if (!countsAllocations()) GTEST_SKIP() << "allocations can't be counted under a sanitizer";
     device_ = vulkan::makeVulkanDevice({});
     library_ = device_->makeLibrary(backend().libraryBytes());
-    queue_ = device_->makeCommandQueue();
+    queue_ = device_->makeFrameQueue();
   }
 };
 
@@ -30,27 +30,22 @@ TEST_F(AllocationTest, FramesAllocateNothingAfterWarmUp) {
   const auto draw = renderPipeline("f_copy", PixelFormat::bgra8Unorm);
   surface->configure({64, 16}, PixelFormat::bgra8Unorm);
   std::atomic<int> completed{0};
-  const std::array<float, 1> amount{1};
 
   const auto frame = [&] {
-    CommandBuffer* buffer = queue_->commandBuffer();
-    buffer->setLabel("a label that is longer than what a string holds in itself");
-    buffer->addCompletedHandler([&completed](const Completion&) { ++completed; });
-    ComputeEncoder* encoder = buffer->computeEncoder("step");
-    encoder->setPipeline(*add);
+    Frame* next = queue_->begin("a label that is longer than what a string holds in itself");
     for (int iteration = 0; iteration < 40; ++iteration) {
-      encoder->setTexture(iteration % 2 == 0 ? *a : *b, 0);
-      encoder->setTexture(iteration % 2 == 0 ? *b : *a, 1);
-      encoder->setBytes(std::as_bytes(std::span(amount)), bufferIndex);
-      encoder->dispatchThreads(64, 16);
+      next->run({.pipeline = *add,
+                 .label = "another label that is longer than what a string holds",
+                 .images = {iteration % 2 == 0 ? a.get() : b.get()},
+                 .bytes = floats({1}),
+                 .target = iteration % 2 == 0 ? *b : *a});
     }
-    encoder->endEncoding();
-    drawOver(*buffer, *target, *copy, a.get());
+    next->run({.pipeline = *copy, .textures = {a.get()}, .target = *target});
     if (Drawable* drawable = surface->nextDrawable()) {
-      drawOver(*buffer, drawable->texture(), *draw, target.get());
-      buffer->present(*drawable);
+      next->run({.pipeline = *draw, .textures = {target.get()}, .target = drawable->texture()});
+      next->present(*drawable);
     }
-    buffer->commit();
+    next->commit([&completed](const Completion&) { ++completed; });
   };
   for (const bool profiling : {false, true}) {
     queue_->setProfiling(profiling);

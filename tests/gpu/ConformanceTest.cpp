@@ -61,23 +61,20 @@ TEST_F(GpuTest, HandlersAreCalledInTheOrderOfCommitsOffThisThread) {
     bool failed = false;
     std::thread::id caller = std::this_thread::get_id();
   } calls;
-  constexpr int buffers = 20;
-  const auto other = device_->makeCommandQueue();
-  for (int number = 0; number < buffers; ++number) {
-    CommandBuffer* buffer = (number % 3 == 0 ? other : queue_)->commandBuffer();
-    ASSERT_NE(buffer, nullptr);
-    for (int handler = 0; handler < 2; ++handler) {
-      buffer->addCompletedHandler([&calls, number, handler](const Completion& completion) {
-        const std::lock_guard lock(calls.mutex);
-        calls.numbers.push_back(2 * number + handler);
-        calls.onThisThread = calls.onThisThread || std::this_thread::get_id() == calls.caller;
-        calls.failed = calls.failed || completion.failed;
-      });
-    }
-    buffer->commit();
+  constexpr int frames = 20;
+  const auto other = device_->makeFrameQueue();
+  for (int number = 0; number < frames; ++number) {
+    Frame* frame = (number % 3 == 0 ? other : queue_)->begin("frame");
+    ASSERT_NE(frame, nullptr);
+    frame->commit([&calls, number](const Completion& completion) {
+      const std::lock_guard lock(calls.mutex);
+      calls.numbers.push_back(number);
+      calls.onThisThread = calls.onThisThread || std::this_thread::get_id() == calls.caller;
+      calls.failed = calls.failed || completion.failed;
+    });
   }
   device_->waitIdle();
-  std::vector<int> expected(2 * buffers);
+  std::vector<int> expected(frames);
   std::iota(expected.begin(), expected.end(), 0);
   EXPECT_EQ(calls.numbers, expected);
   EXPECT_FALSE(calls.failed);

@@ -13,7 +13,7 @@ class GpuTest : public ::testing::Test {
   void SetUp() override {
     device_ = backend().makeDevice();
     library_ = device_->makeLibrary(backend().libraryBytes());
-    queue_ = device_->makeCommandQueue();
+    queue_ = device_->makeFrameQueue();
   }
 
   void TearDown() override {
@@ -28,63 +28,37 @@ class GpuTest : public ::testing::Test {
     return device_->makeTexture({format, size, usage, StorageMode::gpuPrivate, "test"});
   }
 
-  std::shared_ptr<ComputePipeline> computePipeline(const std::string& function) {
-    return device_->makeComputePipeline(*library_, function);
+  std::shared_ptr<Pipeline> computePipeline(const std::string& function) {
+    return device_->makePipeline(*library_, {.function = function});
   }
 
-  std::shared_ptr<RenderPipeline> renderPipeline(const std::string& fragment, PixelFormat format) {
-    return device_->makeRenderPipeline(*library_, {"v_cover", fragment, format, fragment});
+  std::shared_ptr<Pipeline> renderPipeline(const std::string& fragment, PixelFormat format) {
+    return device_->makePipeline(*library_, {.function = fragment, .vertexFunction = "v_cover", .format = format});
   }
 
-  /// Encodes with `encode(CommandBuffer&)`, commits and waits.
+  /// One frame with the passes of `encode(Frame&)`, done.
   template <typename Encode>
-  void run(Encode encode) {
-    CommandBuffer* buffer = queue_->commandBuffer();
-    ASSERT_NE(buffer, nullptr);
-    encode(*buffer);
-    buffer->commit();
-    buffer->waitUntilCompleted();
+  void run(Encode encode, CompletedHandler handler = nullptr) {
+    Frame* frame = queue_->begin("test");
+    ASSERT_NE(frame, nullptr);
+    encode(*frame);
+    frame->commit(std::move(handler));
+    device_->waitIdle();
   }
 
-  /// The same, in one compute encoder.
-  template <typename Encode>
-  void runCompute(Encode encode) {
-    run([&](CommandBuffer& buffer) {
-      ComputeEncoder* encoder = buffer.computeEncoder("test");
-      ASSERT_NE(encoder, nullptr);
-      encode(*encoder);
-      encoder->endEncoding();
-    });
+  /// One frame with one pass, done.
+  void runOne(const Pass& pass) {
+    run([&](Frame& frame) { frame.run(pass); });
   }
 
-  template <typename Encoder>
-  static void setFloats(Encoder& encoder, const std::vector<float>& values) {
-    if constexpr (std::is_same_v<Encoder, RenderEncoder>) {
-      encoder.setFragmentBytes(bytesOf(values), bufferIndex);
-    } else {
-      encoder.setBytes(bytesOf(values), bufferIndex);
-    }
-  }
-
-  static void dispatchOver(ComputeEncoder& encoder, const Texture& texture) {
-    encoder.dispatchThreads(texture.size().width, texture.size().height);
-  }
-
-  /// Draws `source` (or nothing) over the whole of `target` with one fragment function.
-  void drawOver(CommandBuffer& buffer, const Texture& target, const RenderPipeline& pipeline, const Texture* source,
-                const std::vector<float>& bytes = {}) {
-    RenderEncoder* encoder = buffer.renderEncoder(target, "draw");
-    ASSERT_NE(encoder, nullptr);
-    encoder->setPipeline(pipeline);
-    if (source != nullptr) encoder->setFragmentTexture(*source, 0);
-    if (!bytes.empty()) setFloats(*encoder, bytes);
-    encoder->draw(3);
-    encoder->endEncoding();
+  /// For the length of the call that it is an argument of.
+  static std::span<const std::byte> floats(std::initializer_list<float> values) {
+    return std::as_bytes(std::span(values.begin(), values.size()));
   }
 
   std::unique_ptr<Device> device_;
   std::unique_ptr<Library> library_;
-  std::unique_ptr<CommandQueue> queue_;
+  std::unique_ptr<FrameQueue> queue_;
 };
 
 }  // namespace veloria::gpu::test

@@ -9,15 +9,12 @@ namespace {
 struct Bench {
   Device& device;
   Library& library;
-  CommandQueue& queue;
   std::shared_ptr<Texture> texture;  // 4 x 4 rgba16Float, read and written
   std::shared_ptr<Texture> target;   // 4 x 4 rgba16Float, drawn into only
-  std::shared_ptr<ComputePipeline> compute;
-  std::shared_ptr<RenderPipeline> render;
-  CommandBuffer* buffer = nullptr;
+  std::shared_ptr<Pipeline> compute;
+  std::shared_ptr<Pipeline> render;
+  Frame* frame = nullptr;
 
-  ComputeEncoder& computeEncoder() { return *buffer->computeEncoder("encoder"); }
-  RenderEncoder& renderEncoder() { return *buffer->renderEncoder(*target, "encoder"); }
   std::vector<std::byte> bytes(std::size_t count) const { return std::vector<std::byte>(count); }
 };
 
@@ -60,162 +57,63 @@ const std::vector<Case>& cases() {
          b.texture->read(room);
        }},
       {"unknown compute function", "\"k_nothing\"",
-       [](Bench& b) { b.device.makeComputePipeline(b.library, "k_nothing"); }},
+       [](Bench& b) { b.device.makePipeline(b.library, {.function = "k_nothing"}); }},
       {"unknown vertex function", "\"v_nothing\"",
        [](Bench& b) {
-         b.device.makeRenderPipeline(b.library, {"v_nothing", "f_copy", PixelFormat::rgba16Float, ""});
+         b.device.makePipeline(b.library, {"f_copy", "v_nothing", PixelFormat::rgba16Float});
        }},
       {"unknown fragment function", "\"f_nothing\"",
        [](Bench& b) {
-         b.device.makeRenderPipeline(b.library, {"v_cover", "f_nothing", PixelFormat::rgba16Float, ""});
+         b.device.makePipeline(b.library, {"f_nothing", "v_cover", PixelFormat::rgba16Float});
        }},
       {"render pipeline without format", "format is invalid",
        [](Bench& b) {
-         b.device.makeRenderPipeline(b.library, {"v_cover", "f_copy", PixelFormat::invalid, ""});
+         b.device.makePipeline(b.library, {"f_copy", "v_cover", PixelFormat::invalid});
        }},
 
-      {"second open buffer", "neither committed nor discarded", [](Bench& b) { b.queue.commandBuffer(); }},
-      {"two encoders", "another encoder is open",
+      {"commit twice", "committed",
        [](Bench& b) {
-         b.computeEncoder();
-         b.computeEncoder();
+         b.frame->commit();
+         b.frame->commit();
        }},
-      {"commit with an open encoder", "an encoder is open",
+      {"pass after commit", "committed",
        [](Bench& b) {
-         b.renderEncoder();
-         b.buffer->commit();
+         b.frame->commit();
+         b.frame->run({.pipeline = *b.render, .target = *b.target});
        }},
-      {"commit twice", "not open",
-       [](Bench& b) {
-         b.buffer->commit();
-         b.buffer->commit();
-       }},
-      {"discard after commit", "not open",
-       [](Bench& b) {
-         b.buffer->commit();
-         b.buffer->discard();
-       }},
-      {"wait without commit", "not committed", [](Bench& b) { b.buffer->waitUntilCompleted(); }},
-      {"handler after commit", "not open",
-       [](Bench& b) {
-         b.buffer->commit();
-         b.buffer->addCompletedHandler([](const Completion&) {});
-       }},
-      {"empty handler", "empty", [](Bench& b) { b.buffer->addCompletedHandler(nullptr); }},
-      {"pass on what is no target", "render target", [](Bench& b) { b.buffer->renderEncoder(*b.texture, ""); }},
       {"present twice", "presents a drawable already",
        [](Bench& b) {
          OffscreenDrawable drawable(b.target);
-         b.buffer->present(drawable);
-         b.buffer->present(drawable);
+         b.frame->present(drawable);
+         b.frame->present(drawable);
        }},
       {"pass after present", "presented already",
        [](Bench& b) {
          OffscreenDrawable drawable(b.target);
-         b.buffer->present(drawable);
-         b.renderEncoder();
+         b.frame->present(drawable);
+         b.frame->run({.pipeline = *b.render, .target = *b.target});
        }},
 
-      {"dispatch without pipeline", "no pipeline", [](Bench& b) { b.computeEncoder().dispatchThreads(1, 1); }},
-      {"empty grid", "1 to 16384",
+      {"draw into what is no target", "render target",
+       [](Bench& b) { b.frame->run({.pipeline = *b.render, .target = *b.texture}); }},
+      {"compute what can't be written", "not made to be written",
+       [](Bench& b) { b.frame->run({.pipeline = *b.compute, .target = *b.target}); }},
+      {"read what can't be read", "not made to be read",
+       [](Bench& b) { b.frame->run({.pipeline = *b.compute, .images = {b.target.get()}, .target = *b.texture}); }},
+      {"read the target", "its own target",
+       [](Bench& b) { b.frame->run({.pipeline = *b.compute, .textures = {b.texture.get()}, .target = *b.texture}); }},
+      {"a texture missing", "missing between others",
        [](Bench& b) {
-         ComputeEncoder& encoder = b.computeEncoder();
-         encoder.setPipeline(*b.compute);
-         encoder.dispatchThreads(4, 0);
+         b.frame->run({.pipeline = *b.render, .textures = {nullptr, b.texture.get()}, .target = *b.target});
        }},
-      {"huge grid", "1 to 16384",
-       [](Bench& b) {
-         ComputeEncoder& encoder = b.computeEncoder();
-         encoder.setPipeline(*b.compute);
-         encoder.dispatchThreads(16385, 1);
-       }},
-      {"texture index 4", "above 3", [](Bench& b) { b.computeEncoder().setTexture(*b.texture, 4); }},
-      {"target as a function's texture", "not made for use in a function",
-       [](Bench& b) { b.computeEncoder().setTexture(*b.target, 0); }},
-      {"buffer index 1", "only buffer index", [](Bench& b) { b.computeEncoder().setBytes(b.bytes(4), 1); }},
-      {"no bytes", "1 to 4096", [](Bench& b) { b.computeEncoder().setBytes({}, 0); }},
-      {"4097 bytes", "1 to 4096", [](Bench& b) { b.computeEncoder().setBytes(b.bytes(4097), 0); }},
-      {"use of an ended encoder", "has ended",
-       [](Bench& b) {
-         ComputeEncoder& encoder = b.computeEncoder();
-         encoder.endEncoding();
-         encoder.setTexture(*b.texture, 0);
-       }},
-      {"end twice", "has ended already",
-       [](Bench& b) {
-         RenderEncoder& encoder = b.renderEncoder();
-         encoder.endEncoding();
-         encoder.endEncoding();
-       }},
-      {"draw without pipeline", "no pipeline", [](Bench& b) { b.renderEncoder().draw(3); }},
-      {"draw 4 vertices", "multiple of 3",
-       [](Bench& b) {
-         RenderEncoder& encoder = b.renderEncoder();
-         encoder.setPipeline(*b.render);
-         encoder.draw(4);
-       }},
-      {"draw nothing", "multiple of 3",
-       [](Bench& b) {
-         RenderEncoder& encoder = b.renderEncoder();
-         encoder.setPipeline(*b.render);
-         encoder.draw(0);
-       }},
+      {"images of a fragment function", "has no images",
+       [](Bench& b) { b.frame->run({.pipeline = *b.render, .images = {b.texture.get()}, .target = *b.target}); }},
+      {"4097 bytes", "more than 4096",
+       [](Bench& b) { b.frame->run({.pipeline = *b.compute, .bytes = b.bytes(4097), .target = *b.texture}); }},
       {"pipeline of another format", "another format",
        [](Bench& b) {
-         const auto other =
-             b.device.makeRenderPipeline(b.library, {"v_cover", "f_copy", PixelFormat::bgra8Unorm, "other"});
-         b.renderEncoder().setPipeline(*other);
-       }},
-  };
-  return all;
-}
-
-// What only a back end that looks into the functions can tell.
-const std::vector<Case>& functionCases() {
-  static const std::vector<Case> all{
-      {"texture missing", "k_accumulate, texture 0: none is set",
-       [](Bench& b) {
-         ComputeEncoder& encoder = b.computeEncoder();
-         encoder.setPipeline(*b.compute);
-         encoder.setBytes(b.bytes(16), 0);
-         encoder.dispatchThreads(4, 4);
-       }},
-      {"too few bytes", "wants 16 bytes, 12 are set",
-       [](Bench& b) {
-         ComputeEncoder& encoder = b.computeEncoder();
-         encoder.setPipeline(*b.compute);
-         encoder.setTexture(*b.texture, 0);
-         encoder.setBytes(b.bytes(12), 0);
-         encoder.dispatchThreads(4, 4);
-       }},
-      {"texture of another format", "its format is r16Float, the function declares rgba16Float",
-       [](Bench& b) {
-         const auto other = b.device.makeTexture(
-             descriptor(PixelFormat::r16Float, {4, 4}, TextureUsage::shaderRead | TextureUsage::shaderWrite));
-         ComputeEncoder& encoder = b.computeEncoder();
-         encoder.setPipeline(*b.compute);
-         encoder.setTexture(*other, 0);
-         encoder.setBytes(b.bytes(16), 0);
-         encoder.dispatchThreads(4, 4);
-       }},
-      {"texture that can't be written", "not made to be written",
-       [](Bench& b) {
-         const auto other =
-             b.device.makeTexture(descriptor(PixelFormat::rgba16Float, {4, 4}, TextureUsage::shaderRead));
-         ComputeEncoder& encoder = b.computeEncoder();
-         encoder.setPipeline(*b.compute);
-         encoder.setTexture(*other, 0);
-         encoder.setBytes(b.bytes(16), 0);
-         encoder.dispatchThreads(4, 4);
-       }},
-      {"texture that can't be read", "not made to be read",
-       [](Bench& b) {
-         const auto other =
-             b.device.makeTexture(descriptor(PixelFormat::rgba16Float, {4, 4}, TextureUsage::shaderWrite));
-         RenderEncoder& encoder = b.renderEncoder();
-         encoder.setPipeline(*b.render);
-         encoder.setFragmentTexture(*other, 0);
-         encoder.draw(3);
+         const auto other = b.device.makePipeline(b.library, {"f_copy", "v_cover", PixelFormat::bgra8Unorm});
+         b.frame->run({.pipeline = *other, .target = *b.target});
        }},
   };
   return all;
@@ -223,28 +121,22 @@ const std::vector<Case>& functionCases() {
 
 class PreconditionTest : public GpuTest {
  protected:
-  // Every case starts from a fresh buffer, and the device must still work afterwards.
+  // Every case starts from a fresh frame, and the device must still work afterwards.
   void check(const Case& check) {
     SCOPED_TRACE(check.name);
     Bench bench{*device_,
                 *library_,
-                *queue_,
                 makeTexture(PixelFormat::rgba16Float, {4, 4}),
                 makeTexture(PixelFormat::rgba16Float, {4, 4}, TextureUsage::renderTarget),
-                computePipeline("k_accumulate"),
+                computePipeline("k_add"),
                 renderPipeline("f_copy", PixelFormat::rgba16Float)};
-    bench.buffer = queue_->commandBuffer();
-    ASSERT_NE(bench.buffer, nullptr);
+    bench.frame = queue_->begin("frame");
+    ASSERT_NE(bench.frame, nullptr);
     try {
       check.breaks(bench);
       ADD_FAILURE() << "nothing was thrown";
     } catch (const PreconditionError& error) {
       EXPECT_THAT(error.what(), ::testing::HasSubstr(check.says));
-    }
-    try {
-      bench.buffer->discard();
-    } catch (const PreconditionError&) {
-      // The case had committed it.
     }
   }
 };
@@ -253,9 +145,12 @@ TEST_F(PreconditionTest, BrokenContractsAreNamed) {
   for (const Case& broken : cases()) check(broken);
 }
 
-TEST_F(PreconditionTest, SoAreThoseThatOnlyTheFunctionsReveal) {
-  if (!backend().executes) GTEST_SKIP() << backend().name << " does not look into functions";
-  for (const Case& broken : functionCases()) check(broken);
+TEST_F(PreconditionTest, AFrameEndsWhenTheNextOneIsBegun) {
+  Frame* first = queue_->begin("never committed");
+  const auto other = device_->makeFrameQueue();
+  Frame* second = other->begin("next");
+  EXPECT_THROW(first->commit(), PreconditionError);
+  second->commit();
 }
 
 }  // namespace

@@ -141,20 +141,21 @@ class SurfaceTest : public GpuTest {
     return drawable;
   }
 
-  void draw(CommandBuffer& buffer, const Drawable& drawable) {
+  void draw(Frame& frame, const Drawable& drawable) {
     const Size size = drawable.texture().size();
     if (pipeline_ == nullptr) pipeline_ = renderPipeline("f_where", drawable.texture().format());
-    drawOver(buffer, drawable.texture(), *pipeline_, nullptr,
-             {static_cast<float>(size.width), static_cast<float>(size.height)});
+    frame.run({.pipeline = *pipeline_,
+               .bytes = floats({static_cast<float>(size.width), static_cast<float>(size.height)}),
+               .target = drawable.texture()});
   }
 
   void presentFrame() {
     Drawable* drawable = waitForDrawable();
     ASSERT_NE(drawable, nullptr);
-    CommandBuffer* buffer = queue_->commandBuffer();
-    draw(*buffer, *drawable);
-    buffer->present(*drawable);
-    buffer->commit();
+    Frame* frame = queue_->begin("frame");
+    draw(*frame, *drawable);
+    frame->present(*drawable);
+    frame->commit();
   }
 
   // Red grows to the right and green downwards over the whole window; blue is half, as for any target of encoded bytes.
@@ -174,7 +175,7 @@ class SurfaceTest : public GpuTest {
   std::unique_ptr<xcb_connection_t, Disconnect> connection_;
   std::unique_ptr<TestWindow> window_;
   std::unique_ptr<Surface> surface_;
-  std::shared_ptr<RenderPipeline> pipeline_;
+  std::shared_ptr<Pipeline> pipeline_;
   int nativeSurfaces_ = 0;
   std::uint8_t depth_ = 24;
 };
@@ -208,13 +209,11 @@ TEST_P(EverySurfaceTest, ADrawableStaysTakenUntilItIsPresented) {
   Drawable* drawable = waitForDrawable();
   ASSERT_NE(drawable, nullptr);
   EXPECT_EQ(surface_->nextDrawable(), drawable);
-  CommandBuffer* discarded = queue_->commandBuffer();
-  draw(*discarded, *drawable);
-  discarded->discard();
+  draw(*queue_->begin("never committed"), *drawable);
   EXPECT_EQ(surface_->nextDrawable(), drawable);
-  run([&](CommandBuffer& drawnOnly) { draw(drawnOnly, *drawable); });
+  run([&](Frame& drawnOnly) { draw(drawnOnly, *drawable); });
   EXPECT_EQ(surface_->nextDrawable(), drawable);
-  run([&](CommandBuffer& presentedOnly) { presentedOnly.present(*drawable); });
+  run([&](Frame& presentedOnly) { presentedOnly.present(*drawable); });
   EXPECT_TRUE(desktop::poll(5, [&] { return showsThePicture(first); }));
 }
 
@@ -260,9 +259,9 @@ TEST_F(SurfaceTest, AWindowThatGoesIsMissedAndANewOneFound) {
   EXPECT_TRUE(desktop::poll(5, [&] {
     Drawable* drawable = surface_->nextDrawable();
     if (drawable == nullptr) return true;
-    run([&](CommandBuffer& buffer) {
-      draw(buffer, *drawable);
-      buffer.present(*drawable);
+    run([&](Frame& frame) {
+      draw(frame, *drawable);
+      frame.present(*drawable);
     });
     return false;
   }));
@@ -282,9 +281,9 @@ TEST_F(SurfaceTest, AServerThatGoesIsSurvived) {
   Drawable* drawable = waitForDrawable();
   ASSERT_NE(drawable, nullptr);
   desktop_->stopServer();
-  run([&](CommandBuffer& buffer) {
-    draw(buffer, *drawable);
-    buffer.present(*drawable);
+  run([&](Frame& frame) {
+    draw(frame, *drawable);
+    frame.present(*drawable);
   });
   EXPECT_TRUE(desktop::poll(5, [&] { return surface_->nextDrawable() == nullptr; }));
   EXPECT_FALSE(device_->lost());

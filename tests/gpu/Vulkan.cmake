@@ -4,7 +4,8 @@ add_custom_command(
   OUTPUT ${gpu_test_library}
   COMMAND spirv-link --target-env vulkan1.2 ${gpu_test_modules} -o ${gpu_test_library}
   COMMAND spirv-val --target-env vulkan1.2 ${gpu_test_library}
-  DEPENDS ${gpu_test_modules}
+  COMMAND ${CMAKE_SOURCE_DIR}/script/check-bindings ${gpu_test_library}
+  DEPENDS ${gpu_test_modules} ${CMAKE_SOURCE_DIR}/script/check-bindings
   COMMENT "Compiling the GPU tests' functions"
   VERBATIM)
 add_custom_target(gpu_test_library DEPENDS ${gpu_test_library})
@@ -32,17 +33,20 @@ foreach(test gpu_vulkan_tests gpu_surface_tests)
   target_compile_definitions(${test} PRIVATE GPU_TEST_LIBRARY="${gpu_test_library}")
 endforeach()
 
-# The Metal source of the product's functions.
+add_test(NAME gpu_bindings_test COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/bindings_test ${CMAKE_SOURCE_DIR}/script/check-bindings)
+
+# What the product's functions bind, and their Metal source.
 set(metal_source ${CMAKE_CURRENT_BINARY_DIR}/metal)
 add_custom_command(
   OUTPUT ${metal_source}/stamp
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${metal_source}
   COMMAND ${CMAKE_SOURCE_DIR}/build.sh --msl ${metal_source}
+  COMMAND ${CMAKE_SOURCE_DIR}/script/check-bindings ${VELORIA_SHADER_LIBRARY} > ${metal_source}/bindings
   COMMAND ${CMAKE_COMMAND} -E touch ${metal_source}/stamp
-  DEPENDS ${shader_sources} ${CMAKE_SOURCE_DIR}/build.sh
+  DEPENDS ${VELORIA_SHADER_LIBRARY} ${CMAKE_SOURCE_DIR}/build.sh
   COMMENT "Writing the Metal source"
   VERBATIM)
 add_custom_target(metal_source DEPENDS ${metal_source}/stamp)
-veloria_test(gpu_metal_source_tests SOURCES MetalSourceTest.cpp LINK veloria_render veloria_gpu_vulkan)
+veloria_test(gpu_metal_source_tests SOURCES MetalSourceTest.cpp LINK veloria_render)
 target_compile_definitions(gpu_metal_source_tests PRIVATE METAL_SOURCE="${metal_source}")
 add_dependencies(gpu_metal_source_tests metal_source shaders)

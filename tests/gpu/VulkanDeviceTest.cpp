@@ -108,7 +108,7 @@ TEST_F(VulkanTest, HostileLibrariesAreRefused) {
 }
 
 TEST_F(VulkanTest, FunctionsOfTheWrongStageAreRefused) {
-  EXPECT_THROW(device_->makeComputePipeline(*library_, "f_copy"), DeviceError);
+  EXPECT_THROW(computePipeline("f_copy"), DeviceError);
   EXPECT_THROW(renderPipeline("k_add", PixelFormat::rgba16Float), DeviceError);
 }
 
@@ -119,14 +119,9 @@ TEST_F(VulkanTest, ASharedTextureIsWrittenWithoutWaitingForWhatIsInFlight) {
       {PixelFormat::bgra8Unorm, {64, 8}, TextureUsage::shaderRead, StorageMode::shared, "picture"});
   const std::vector<std::byte> picture(texture->byteCount(), std::byte{7});
   device_->waitIdle();
-  CommandBuffer* buffer = queue_->commandBuffer();
-  ComputeEncoder* encoder = buffer->computeEncoder("slow");
-  encoder->setPipeline(*pipeline);
-  encoder->setTexture(*busy, 0);
-  setFloats(*encoder, {10000, 0});
-  dispatchOver(*encoder, *busy);
-  encoder->endEncoding();
-  buffer->commit();
+  Frame* frame = queue_->begin("slow");
+  frame->run({.pipeline = *pipeline, .bytes = floats({10000, 0}), .target = *busy});
+  frame->commit();
   const VulkanTimeline& timeline = vulkanDevice(*device_).timeline();
   const std::uint64_t committed = timeline.submitted();
   texture->write(picture);
@@ -141,32 +136,25 @@ TEST_F(VulkanTest, ALostDeviceFailsEverythingAndStillGoesInPeace) {
   const auto texture = makeTexture(PixelFormat::r16Float, {64, 64});
   int done = 0;
   int failed = 0;
-  const auto encode = [&](CommandBuffer& buffer) {
-    ComputeEncoder* encoder = buffer.computeEncoder("slow");
-    encoder->setPipeline(*pipeline);
-    encoder->setTexture(*texture, 0);
-    setFloats(*encoder, {5000, 0});
-    dispatchOver(*encoder, *texture);
-    encoder->endEncoding();
-    buffer.addCompletedHandler([&](const Completion& completion) { ++(completion.failed ? failed : done); });
+  const auto encode = [&](Frame& frame) {
+    frame.run({.pipeline = *pipeline, .bytes = floats({5000, 0}), .target = *texture});
   };
-  run([&](CommandBuffer& buffer) { encode(buffer); });
-  const auto target = makeTexture(PixelFormat::r16Float, {4, 4}, TextureUsage::renderTarget);
-  CommandBuffer* inFlight = queue_->commandBuffer();
+  const CompletedHandler handler = [&](const Completion& completion) { ++(completion.failed ? failed : done); };
+  run(encode, handler);
+  Frame* inFlight = queue_->begin("in flight");
   encode(*inFlight);
-  inFlight->commit();
-  CommandBuffer* open = queue_->commandBuffer();
+  inFlight->commit(handler);
+  Frame* open = queue_->begin("open");
   encode(*open);
 
   simulateLoss(*device_);
   EXPECT_TRUE(device_->lost());
-  EXPECT_EQ(open->computeEncoder("none"), nullptr);
-  EXPECT_EQ(open->renderEncoder(*target, "none"), nullptr);
-  EXPECT_THROW(open->commit(), DeviceLostError);
+  encode(*open);
+  EXPECT_THROW(open->commit(handler), DeviceLostError);
   EXPECT_EQ(done, 1);
-  EXPECT_EQ(failed, 2) << "handlers have been called when commit() throws";
+  EXPECT_EQ(failed, 2) << "the handler has been called when commit() throws";
 
-  EXPECT_EQ(queue_->commandBuffer(), nullptr);
+  EXPECT_EQ(queue_->begin("none"), nullptr);
   device_->waitIdle();
   std::vector<std::byte> bytes(texture->byteCount());
   EXPECT_THROW(texture->read(bytes), DeviceLostError);
@@ -183,11 +171,7 @@ TEST_F(VulkanTest, ADeviceCanBeMadeAnewAfterALoss) {
   SetUp();
   const auto pipeline = computePipeline("k_coordinates");
   const auto texture = makeTexture(PixelFormat::rg16Float, {8, 8});
-  runCompute([&](ComputeEncoder& encoder) {
-    encoder.setPipeline(*pipeline);
-    encoder.setTexture(*texture, 0);
-    dispatchOver(encoder, *texture);
-  });
+  runOne({.pipeline = *pipeline, .target = *texture});
   EXPECT_EQ(test::readFloats(*texture).back(), 7);
 }
 
@@ -214,7 +198,7 @@ TEST(VulkanPipelineCacheTest, TheFileIsWrittenAndUsedAndAWrongOneIgnored) {
   const auto makePipelines = [&] {
     const auto device = makeVulkanDevice({.gpu = "", .validationHandler = {}, .pipelineCachePath = path});
     const auto library = device->makeLibrary(backend().libraryBytes());
-    device->makeComputePipeline(*library, "k_add");
+    device->makePipeline(*library, {.function = "k_add"});
   };
   makePipelines();
   const std::vector<std::byte> written = readFile(path.string());

@@ -69,7 +69,7 @@ void GpuFixture::SetUp() {
   options.validationHandler = [](std::string_view text) { ADD_FAILURE() << "validation: " << text; };
   device_ = gpu::vulkan::makeVulkanDevice(options);
   library_ = loadShaderLibrary(*device_, {std::filesystem::path(VELORIA_SHADER_LIBRARY)});
-  queue_ = device_->makeCommandQueue();
+  queue_ = device_->makeFrameQueue();
 }
 
 void GpuFixture::TearDown() {
@@ -104,26 +104,27 @@ Field GpuFixture::download(const gpu::Texture& texture) {
   return field;
 }
 
-void GpuFixture::runBuffer(const std::function<void(gpu::CommandBuffer&)>& encode) {
-  gpu::CommandBuffer* buffer = queue_->commandBuffer();
-  ASSERT_NE(buffer, nullptr);
-  encode(*buffer);
-  buffer->commit();
-  buffer->waitUntilCompleted();
+void GpuFixture::runFrame(const std::function<void(gpu::Frame&)>& encode) {
+  gpu::Frame* frame = queue_->begin("test");
+  ASSERT_NE(frame, nullptr);
+  encode(*frame);
+  frame->commit();
+  device_->waitIdle();
 }
 
-void GpuFixture::runKernel(const std::string& function, const std::vector<const gpu::Texture*>& textures,
-                           std::span<const std::byte> bytes, std::uint32_t width, std::uint32_t height) {
+void GpuFixture::runKernel(const std::string& function, std::vector<const gpu::Texture*> textures,
+                           std::span<const std::byte> bytes) {
   auto& pipeline = pipelines_[function];
-  if (!pipeline) pipeline = device_->makeComputePipeline(*library_, function);
-  runBuffer([&](gpu::CommandBuffer& buffer) {
-    gpu::ComputeEncoder* encoder = buffer.computeEncoder(function);
-    encoder->setPipeline(*pipeline);
-    if (!bytes.empty()) encoder->setBytes(bytes, 0);
-    for (std::uint32_t i = 0; i < textures.size(); ++i) encoder->setTexture(*textures[i], i);
-    encoder->dispatchThreads(width, height);
-    encoder->endEncoding();
-  });
+  if (!pipeline) pipeline = device_->makePipeline(*library_, {.function = function});
+  const gpu::Texture* target = textures.back();
+  textures.pop_back();
+  gpu::Pass pass{.pipeline = *pipeline, .label = function.c_str(), .bytes = bytes, .target = *target};
+  auto image = pass.images.begin();
+  for (const gpu::Texture* texture : textures) {
+    const bool sampled = texture == textures.front() && function.starts_with("k_advect");
+    (sampled ? pass.textures[0] : *image++) = texture;
+  }
+  runFrame([&](gpu::Frame& frame) { frame.run(pass); });
 }
 
 }  // namespace veloria::tests

@@ -41,18 +41,18 @@ class GpuFixture : public testing::Test {
   std::shared_ptr<gpu::Texture> upload(const Field& field);
   /// The content of a half-float texture.
   Field download(const gpu::Texture& texture);
-  /// Runs one kernel over a grid and waits.
-  void runKernel(const std::string& function, const std::vector<const gpu::Texture*>& textures,
-                 std::span<const std::byte> bytes, std::uint32_t width, std::uint32_t height);
-  /// Encodes with `encode` and waits.
-  void runBuffer(const std::function<void(gpu::CommandBuffer&)>& encode);
+  /// Runs one kernel on textures in the order of its bindings, its target last, and waits.
+  void runKernel(const std::string& function, std::vector<const gpu::Texture*> textures,
+                 std::span<const std::byte> bytes = {});
+  /// Runs one frame with the passes of `encode`, and waits.
+  void runFrame(const std::function<void(gpu::Frame&)>& encode);
 
   std::unique_ptr<gpu::Device> device_;
   std::unique_ptr<gpu::Library> library_;
-  std::unique_ptr<gpu::CommandQueue> queue_;
+  std::unique_ptr<gpu::FrameQueue> queue_;
 
  private:
-  std::map<std::string, std::shared_ptr<gpu::ComputePipeline>> pipelines_;
+  std::map<std::string, std::shared_ptr<gpu::Pipeline>> pipelines_;
 };
 
 /// IEEE 754 binary16, rounded to nearest, ties to even.

@@ -107,7 +107,7 @@ class Kernel : public GpuFixture {
 
   Field divergence(const gpu::Texture& velocity) {
     const auto out = scalar();
-    runKernel("k_divergence", {&velocity, out.get()}, {}, W, H);
+    runKernel("k_divergence", {&velocity, out.get()});
     return download(*out);
   }
 
@@ -119,7 +119,7 @@ class Kernel : public GpuFixture {
     const auto curl = upload(Field(W, H, 1));
     const auto dyeTexture = upload(dye);
     const auto out = vector();
-    runKernel("k_forces", {in.get(), curl.get(), dyeTexture.get(), out.get()}, bytesOf(params), W, H);
+    runKernel("k_forces", {in.get(), curl.get(), dyeTexture.get(), out.get()}, bytesOf(params));
     return download(*out);
   }
 };
@@ -127,7 +127,7 @@ class Kernel : public GpuFixture {
 TEST_F(Kernel, clearZeroesEveryFormat) {
   for (const std::uint32_t channels : {1U, 2U, 4U}) {
     const auto texture = upload(smoothField(channels, 3, channels));
-    runKernel("k_clear", {texture.get()}, {}, W, H);
+    runKernel("k_clear", {texture.get()});
     EXPECT_EQ(rms(download(*texture)), 0);
   }
 }
@@ -138,7 +138,7 @@ TEST_F(Kernel, divergenceAndCurlAreCentralDifferences) {
   expectNear(divergence(*velocity), divergenceOf(v), 2e-3F);
 
   const auto out = scalar();
-  runKernel("k_curl", {velocity.get(), out.get()}, {}, W, H);
+  runKernel("k_curl", {velocity.get(), out.get()});
   Field expected(W, H, 1);
   for (std::int64_t y = 0; y < H; ++y) {
     for (std::int64_t x = 0; x < W; ++x) {
@@ -155,7 +155,7 @@ TEST_F(Kernel, jacobiSolvesOneStepWithOpenSidesAndClosedWalls) {
   const auto pressure = upload(p);
   const auto div = upload(d);
   const auto out = scalar();
-  runKernel("k_jacobi", {pressure.get(), div.get(), out.get()}, {}, W, H);
+  runKernel("k_jacobi", {pressure.get(), div.get(), out.get()});
   Field expected(W, H, 1);
   for (std::int64_t y = 0; y < H; ++y) {
     for (std::int64_t x = 0; x < W; ++x) {
@@ -175,14 +175,14 @@ TEST_F(Kernel, projectionTakesMostOfTheDivergenceAway) {
   }
   const auto velocity = upload(v);
   const auto div = scalar();
-  runKernel("k_divergence", {velocity.get(), div.get()}, {}, W, H);
+  runKernel("k_divergence", {velocity.get(), div.get()});
   std::shared_ptr<gpu::Texture> pressure[2] = {upload(Field(W, H, 1)), scalar()};
   const auto before = rms(download(*div));
   for (int i = 0; i < 400; ++i) {
-    runKernel("k_jacobi", {pressure[i % 2].get(), div.get(), pressure[1 - i % 2].get()}, {}, W, H);
+    runKernel("k_jacobi", {pressure[i % 2].get(), div.get(), pressure[1 - i % 2].get()});
   }
   const auto out = vector();
-  runKernel("k_project", {velocity.get(), pressure[0].get(), out.get()}, {}, W, H);
+  runKernel("k_project", {velocity.get(), pressure[0].get(), out.get()});
   const auto after = rms(divergence(*out));
   EXPECT_GT(before, 0.05);
   EXPECT_LT(after, before / 6) << "400 iterations leave less than a sixth";
@@ -195,12 +195,12 @@ TEST_F(Kernel, advectionConservesAConstantAndDampsIt) {
   for (std::size_t i = 0; i < constant.values.size(); ++i) constant.values[i] = 0.25F * static_cast<float>(i % 4 + 1);
   const auto dye = upload(constant);
   const auto dyeOut = colour();
-  runKernel("k_advect_dye", {dye.get(), velocity.get(), dyeOut.get()}, bytesOf(params), W, H);
+  runKernel("k_advect_dye", {dye.get(), velocity.get(), dyeOut.get()}, bytesOf(params));
   expectNear(download(*dyeOut), constant, 1e-3F);
 
   params.dt = 3;
   params.dyeDissipation = 0.9F;
-  runKernel("k_advect_dye", {dye.get(), velocity.get(), dyeOut.get()}, bytesOf(params), W, H);
+  runKernel("k_advect_dye", {dye.get(), velocity.get(), dyeOut.get()}, bytesOf(params));
   EXPECT_NEAR(download(*dyeOut).at(20, 20, 3), std::pow(0.9, 3), 1e-3);
 
   Field uniform(W, H, 2);
@@ -208,7 +208,7 @@ TEST_F(Kernel, advectionConservesAConstantAndDampsIt) {
   const auto wind = upload(uniform);
   const auto windOut = vector();
   params.velDissipation = 1;
-  runKernel("k_advect_velocity", {wind.get(), windOut.get()}, bytesOf(params), W, H);
+  runKernel("k_advect_velocity", {wind.get(), windOut.get()}, bytesOf(params));
   expectNear(download(*windOut), uniform, 1e-3F);
 }
 
@@ -225,7 +225,7 @@ TEST_F(Kernel, advectionMovesADotByDtTimesVelocity) {
   const auto dye = upload(dot);
   const auto velocity = upload(flow);
   const auto out = colour();
-  runKernel("k_advect_dye", {dye.get(), velocity.get(), out.get()}, bytesOf(params), W, H);
+  runKernel("k_advect_dye", {dye.get(), velocity.get(), out.get()}, bytesOf(params));
   Field moved = download(*out);
   EXPECT_NEAR(moved.at(34, 12, 3), 1, 2e-3);  // x + 2 x 2 to the right, 2 x 1.5 upwards
   moved.at(34, 12, 3) = 0;
@@ -243,7 +243,7 @@ TEST_F(Kernel, advectionKeepsEdgesAndAddsNothing) {
   std::shared_ptr<gpu::Texture> dye[2] = {upload(curtain), colour()};
   constexpr int steps = 60;  // 18 cells
   for (int i = 0; i < steps; ++i) {
-    runKernel("k_advect_dye", {dye[i % 2].get(), velocity.get(), dye[1 - i % 2].get()}, bytesOf(still()), W, H);
+    runKernel("k_advect_dye", {dye[i % 2].get(), velocity.get(), dye[1 - i % 2].get()}, bytesOf(still()));
   }
   const Field moved = download(*dye[0]);
   int soft = 0;
@@ -267,7 +267,7 @@ TEST_F(Kernel, emissionIsBornInTheBandAndStopsWhenFull) {
   const auto velocity = upload(Field(W, H, 2));
   std::shared_ptr<gpu::Texture> dye[2] = {upload(Field(W, H, 4)), colour()};
   for (int i = 0; i < 600; ++i) {
-    runKernel("k_advect_dye", {dye[i % 2].get(), velocity.get(), dye[1 - i % 2].get()}, bytesOf(params), W, H);
+    runKernel("k_advect_dye", {dye[i % 2].get(), velocity.get(), dye[1 - i % 2].get()}, bytesOf(params));
   }
   const Field light = download(*dye[0]);
   float most = 0;
@@ -338,7 +338,7 @@ TEST_F(Kernel, vorticityConfinementFollowsItsFormula) {
   const auto curl = upload(w);
   const auto dye = upload(Field(W, H, 4));
   const auto out = vector();
-  runKernel("k_forces", {in.get(), curl.get(), dye.get(), out.get()}, bytesOf(params), W, H);
+  runKernel("k_forces", {in.get(), curl.get(), dye.get(), out.get()}, bytesOf(params));
   Field expected(W, H, 2);
   for (std::int64_t y = 0; y < H; ++y) {
     for (std::int64_t x = 0; x < W; ++x) {
@@ -402,9 +402,9 @@ TEST_F(Kernel, nothingThatIsNotANumberStays) {
   const auto velocityOut = vector();
   const auto dyeOut = colour();
   const SimParams params = still();
-  runKernel("k_advect_velocity", {velocity.get(), velocityOut.get()}, bytesOf(params), W, H);
+  runKernel("k_advect_velocity", {velocity.get(), velocityOut.get()}, bytesOf(params));
   EXPECT_TRUE(allFinite(download(*velocityOut)));
-  runKernel("k_advect_dye", {dye.get(), velocity.get(), dyeOut.get()}, bytesOf(params), W, H);
+  runKernel("k_advect_dye", {dye.get(), velocity.get(), dyeOut.get()}, bytesOf(params));
   EXPECT_TRUE(allFinite(download(*dyeOut)));
   expectNear(forced(v, params), forced(v, params), 0);
   EXPECT_TRUE(allFinite(forced(v, params)));
@@ -424,7 +424,7 @@ TEST_F(Kernel, anImpulseStaysFiniteUnderTheWildestSettings) {
       std::memcpy(static_cast<void*>(&params), values.data(), sizeof(params));
       params.palette.fill({1, 0.5F, 0.25F});
     }
-    runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 2, frame); });
+    runFrame([&](gpu::Frame& next) { sim.step(next, params, 2, frame); });
     if (step % 250 == 249) {
       ASSERT_TRUE(allFinite(download(*sim.velocityTexture()))) << "step " << step;
       ASSERT_TRUE(allFinite(download(*sim.pressureTexture()))) << "step " << step;
@@ -435,7 +435,7 @@ TEST_F(Kernel, anImpulseStaysFiniteUnderTheWildestSettings) {
   params = still();
   params.velDissipation = 0.9F;
   for (int step = 0; step < 300; ++step) {
-    runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 24, frame); });
+    runFrame([&](gpu::Frame& next) { sim.step(next, params, 24, frame); });
   }
   EXPECT_LT(rms(download(*sim.velocityTexture())), 0.5);
 }
@@ -443,7 +443,7 @@ TEST_F(Kernel, anImpulseStaysFiniteUnderTheWildestSettings) {
 TEST_F(Kernel, steppingFlipsTheFieldsAndClearingEmptiesThem) {
   FluidSim sim(*device_, *library_);
   EXPECT_EQ(sim.dyeTexture(), nullptr);
-  runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, still(), 3, frame); });  // before any size: nothing
+  runFrame([&](gpu::Frame& next) { sim.step(next, still(), 3, frame); });  // before any size: nothing
   sim.resize(10, 3);
   EXPECT_EQ(sim.gridW(), 32);
   EXPECT_EQ(sim.gridH(), 8);
@@ -451,10 +451,10 @@ TEST_F(Kernel, steppingFlipsTheFieldsAndClearingEmptiesThem) {
   params.emitRate = 50;
   const auto* dyeBefore = sim.dyeTexture();
   const auto* velocityBefore = sim.velocityTexture();
-  for (int i = 0; i < 60; ++i) runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 3, frame); });
+  for (int i = 0; i < 60; ++i) runFrame([&](gpu::Frame& next) { sim.step(next, params, 3, frame); });
   EXPECT_EQ(sim.dyeTexture(), dyeBefore);
   EXPECT_EQ(sim.velocityTexture(), velocityBefore);
-  runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 3, frame); });
+  runFrame([&](gpu::Frame& next) { sim.step(next, params, 3, frame); });
   EXPECT_NE(sim.dyeTexture(), dyeBefore);
   EXPECT_NE(sim.velocityTexture(), velocityBefore);
   EXPECT_GT(rms(download(*sim.dyeTexture())), 0.01);
@@ -463,7 +463,7 @@ TEST_F(Kernel, steppingFlipsTheFieldsAndClearingEmptiesThem) {
   EXPECT_GT(rms(download(*sim.dyeTexture())), 0.01) << "the same size after clamping keeps the flow";
   sim.needsClear = true;
   params.emitRate = 0;
-  runBuffer([&](gpu::CommandBuffer& buffer) { sim.step(buffer, params, 3, frame); });
+  runFrame([&](gpu::Frame& next) { sim.step(next, params, 3, frame); });
   EXPECT_EQ(rms(download(*sim.dyeTexture())), 0);
 }
 
@@ -482,14 +482,14 @@ class Composite : public Kernel {
                                               .size = {W, H},
                                               .usage = gpu::TextureUsage::shaderRead | gpu::TextureUsage::renderTarget,
                                               .label = "target"});
-    const auto pipeline = device_->makeRenderPipeline(*library_, {"v_fullscreen", "f_final", format, "f_final", 0});
-    runBuffer([&](gpu::CommandBuffer& buffer) {
-      gpu::RenderEncoder* encoder = buffer.renderEncoder(*target, "composite");
-      encoder->setPipeline(*pipeline);
-      for (std::uint32_t index = 0; index < 3; ++index) encoder->setFragmentTexture(*scene, index);
-      encoder->setFragmentBytes(std::as_bytes(std::span(&block_, 1)), 0);
-      encoder->draw(3);
-      encoder->endEncoding();
+    const auto pipeline =
+        device_->makePipeline(*library_, {.function = "f_final", .vertexFunction = "v_fullscreen", .format = format});
+    runFrame([&](gpu::Frame& next) {
+      next.run({.pipeline = *pipeline,
+                .label = "composite",
+                .textures = {scene.get(), scene.get(), scene.get()},
+                .bytes = std::as_bytes(std::span(&block_, 1)),
+                .target = *target});
     });
     std::vector<std::uint8_t> bytes(target->byteCount());
     target->read(std::as_writable_bytes(std::span(bytes)));

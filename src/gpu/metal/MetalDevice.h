@@ -18,6 +18,8 @@ class MetalDevice final : public Device {
   std::string name() const override;
   bool lost() const override { return lost_; }
   void waitIdle() override { completion_.drain(); }
+  std::unique_ptr<Library> makeLibrary(std::span<const std::byte> bytes) override;
+  std::unique_ptr<FrameQueue> makeFrameQueue() override;
 
   id<MTLDevice> device() const { return device_; }
   /// The one that all of ours submit to, so that everything runs in the order of commit().
@@ -30,12 +32,8 @@ class MetalDevice final : public Device {
   void requireAlive() const;
 
  private:
-  std::unique_ptr<Library> doMakeLibrary(std::span<const std::byte> bytes) override;
-  std::unique_ptr<CommandQueue> doMakeCommandQueue() override;
   std::shared_ptr<Texture> doMakeTexture(const TextureDescriptor& descriptor) override;
-  std::unique_ptr<ComputePipeline> doMakeComputePipeline(const Library& library, const std::string& function) override;
-  std::unique_ptr<RenderPipeline> doMakeRenderPipeline(const Library& library,
-                                                       const RenderPipelineDescriptor& descriptor) override;
+  std::unique_ptr<Pipeline> doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) override;
 
   id<MTLDevice> device_;
   id<MTLCommandQueue> queue_;

@@ -4,9 +4,8 @@
 
 #include "gpu/Precondition.h"
 #include "gpu/metal/MetalError.h"
-#include "gpu/metal/MetalLibrary.h"
+#include "gpu/metal/MetalFrame.h"
 #include "gpu/metal/MetalPipeline.h"
-#include "gpu/metal/MetalQueue.h"
 #include "gpu/metal/MetalTexture.h"
 
 namespace veloria::gpu::metal {
@@ -42,11 +41,11 @@ void MetalDevice::requireAlive() const {
   if (lost_) throw DeviceLostError("the Metal device is lost");
 }
 
-std::unique_ptr<Library> MetalDevice::doMakeLibrary(std::span<const std::byte> bytes) {
+std::unique_ptr<Library> MetalDevice::makeLibrary(std::span<const std::byte> bytes) {
   return std::make_unique<MetalLibrary>(device_, bytes);
 }
 
-std::unique_ptr<CommandQueue> MetalDevice::doMakeCommandQueue() {
+std::unique_ptr<FrameQueue> MetalDevice::makeFrameQueue() {
   return std::make_unique<MetalQueue>(*this);
 }
 
@@ -55,16 +54,9 @@ std::shared_ptr<Texture> MetalDevice::doMakeTexture(const TextureDescriptor& des
   return std::make_shared<MetalTexture>(*this, descriptor);
 }
 
-std::unique_ptr<ComputePipeline> MetalDevice::doMakeComputePipeline(const Library& library,
-                                                                    const std::string& function) {
+std::unique_ptr<Pipeline> MetalDevice::doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) {
   requireAlive();
-  return std::make_unique<MetalComputePipeline>(device_, static_cast<const MetalLibrary&>(library), function);
-}
-
-std::unique_ptr<RenderPipeline> MetalDevice::doMakeRenderPipeline(const Library& library,
-                                                                  const RenderPipelineDescriptor& descriptor) {
-  requireAlive();
-  return std::make_unique<MetalRenderPipeline>(device_, static_cast<const MetalLibrary&>(library), descriptor);
+  return std::make_unique<MetalPipeline>(device_, static_cast<const MetalLibrary&>(library), descriptor);
 }
 
 MetalDevice& metalDevice(Device& device) {

@@ -2,37 +2,45 @@
 
 #import <Metal/Metal.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <span>
+#include <string>
+
 #include "gpu/Pipeline.h"
-#include "gpu/metal/MetalFunction.h"
 
 namespace veloria::gpu::metal {
 
-class MetalLibrary;
-
-class MetalComputePipeline final : public ComputePipeline {
+/// A library of the platform's compiler (the bytes of a .metallib file).
+class MetalLibrary final : public Library {
  public:
-  MetalComputePipeline(id<MTLDevice> device, const MetalLibrary& library, const std::string& function);
+  /// Throws DeviceError when the bytes are no library.
+  MetalLibrary(id<MTLDevice> device, std::span<const std::byte> bytes);
 
-  id<MTLComputePipelineState> state() const { return state_; }
-  const FunctionBindings& bindings() const { return bindings_; }
+  bool contains(const std::string& function) const override { return functions_.contains(function); }
+
+  /// The function with its constants set. Throws DeviceError.
+  id<MTLFunction> function(const std::string& name, TargetKind target, std::uint32_t variant) const;
+
+ private:
+  id<MTLLibrary> library_;
+  std::set<std::string> functions_;
+};
+
+/// One of the two states is nil.
+class MetalPipeline final : public Pipeline {
+ public:
+  MetalPipeline(id<MTLDevice> device, const MetalLibrary& library, const PipelineDescriptor& descriptor);
+
+  id<MTLComputePipelineState> computeState() const { return computeState_; }
+  id<MTLRenderPipelineState> renderState() const { return renderState_; }
   MTLSize groupSize() const { return groupSize_; }
 
  private:
-  id<MTLComputePipelineState> state_;
-  FunctionBindings bindings_;
+  id<MTLComputePipelineState> computeState_ = nil;
+  id<MTLRenderPipelineState> renderState_ = nil;
   MTLSize groupSize_{};
-};
-
-class MetalRenderPipeline final : public RenderPipeline {
- public:
-  MetalRenderPipeline(id<MTLDevice> device, const MetalLibrary& library, const RenderPipelineDescriptor& descriptor);
-
-  id<MTLRenderPipelineState> state() const { return state_; }
-  const FunctionBindings& bindings() const { return bindings_; }
-
- private:
-  id<MTLRenderPipelineState> state_;
-  FunctionBindings bindings_;
 };
 
 }  // namespace veloria::gpu::metal

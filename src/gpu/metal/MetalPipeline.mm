@@ -1,39 +1,45 @@
 #include "gpu/metal/MetalPipeline.h"
 
+#import <dispatch/dispatch.h>
+
 #include "gpu/metal/MetalError.h"
 #include "gpu/metal/MetalFormat.h"
 #include "gpu/metal/MetalGroupSize.h"
-#include "gpu/metal/MetalLibrary.h"
 
 namespace veloria::gpu::metal {
 
 namespace {
 
-constexpr MTLPipelineOption wantedReflection = MTLPipelineOptionArgumentInfo | MTLPipelineOptionBufferTypeInfo;
-
-BindingKind kindOf(id<MTLBinding> binding) {
-  switch (binding.type) {
-    case MTLBindingTypeTexture:
-      return BindingKind::texture;
-    case MTLBindingTypeBuffer:
-      return BindingKind::buffer;
-    case MTLBindingTypeSampler:
-      return BindingKind::sampler;
-    default:
-      return BindingKind::other;
-  }
+id<MTLLibrary> makeLibrary(id<MTLDevice> device, std::span<const std::byte> bytes) {
+  dispatch_data_t data = dispatch_data_create(bytes.data(), bytes.size(), nil, DISPATCH_DATA_DESTRUCTOR_DEFAULT);
+  NSError* error = nil;
+  id<MTLLibrary> library = [device newLibraryWithData:data error:&error];
+  if (library == nil) fail("the shader library can't be used", error);
+  return library;
 }
 
-FunctionBindings bindingsOf(NSArray* reflected, const std::string& function) {
-  FunctionBindings bindings;
-  for (id<MTLBinding> binding in reflected) {
-    if (!binding.used) continue;
-    const BindingKind kind = kindOf(binding);
-    const NSUInteger bytes =
-        kind == BindingKind::buffer ? static_cast<id<MTLBufferBinding>>(binding).bufferDataSize : 0;
-    addBinding(bindings, kind, binding.index, bytes, function);
-  }
-  return bindings;
+id<MTLComputePipelineState> makeComputeState(id<MTLDevice> device, const MetalLibrary& library,
+                                             const PipelineDescriptor& wanted) {
+  NSError* error = nil;
+  id<MTLComputePipelineState> state =
+      [device newComputePipelineStateWithFunction:library.function(wanted.function, TargetKind::light, wanted.variant)
+                                            error:&error];
+  if (state == nil) fail("making compute pipeline " + wanted.function, error);
+  return state;
+}
+
+id<MTLRenderPipelineState> makeRenderState(id<MTLDevice> device, const MetalLibrary& library,
+                                           const PipelineDescriptor& wanted) {
+  const TargetKind target = targetKind(wanted.format);
+  MTLRenderPipelineDescriptor* descriptor = [MTLRenderPipelineDescriptor new];
+  descriptor.label = metalString(wanted.function);
+  descriptor.vertexFunction = library.function(wanted.vertexFunction, target, wanted.variant);
+  descriptor.fragmentFunction = library.function(wanted.function, target, wanted.variant);
+  descriptor.colorAttachments[0].pixelFormat = metalFormat(wanted.format);
+  NSError* error = nil;
+  id<MTLRenderPipelineState> state = [device newRenderPipelineStateWithDescriptor:descriptor error:&error];
+  if (state == nil) fail("making render pipeline " + wanted.function, error);
+  return state;
 }
 
 MTLSize groupSizeOf(id<MTLComputePipelineState> state) {
@@ -42,46 +48,34 @@ MTLSize groupSizeOf(id<MTLComputePipelineState> state) {
   return MTLSizeMake(size.width, size.height, 1);
 }
 
-MTLRenderPipelineDescriptor* describe(const MetalLibrary& library, const RenderPipelineDescriptor& wanted) {
-  const TargetKind target = targetKind(wanted.format);
-  MTLRenderPipelineDescriptor* descriptor = [MTLRenderPipelineDescriptor new];
-  descriptor.label = metalString(wanted.label);
-  descriptor.vertexFunction = library.function(wanted.vertexFunction, target, wanted.variant);
-  descriptor.fragmentFunction = library.function(wanted.fragmentFunction, target, wanted.variant);
-  descriptor.colorAttachments[0].pixelFormat = metalFormat(wanted.format);
-  return descriptor;
-}
-
 }  // namespace
 
-MetalComputePipeline::MetalComputePipeline(id<MTLDevice> device, const MetalLibrary& library,
-                                           const std::string& function)
-    : ComputePipeline(function) {
+MetalLibrary::MetalLibrary(id<MTLDevice> device, std::span<const std::byte> bytes) {
   @autoreleasepool {
-    MTLComputePipelineReflection* reflection = nil;
-    NSError* error = nil;
-    state_ = [device newComputePipelineStateWithFunction:library.function(function, TargetKind::light, 0)
-                                                 options:wantedReflection
-                                              reflection:&reflection
-                                                   error:&error];
-    if (state_ == nil) fail("making compute pipeline " + function, error);
-    bindings_ = bindingsOf(reflection.bindings, function);
-    groupSize_ = groupSizeOf(state_);
+    library_ = makeLibrary(device, bytes);
+    for (NSString* name in library_.functionNames) functions_.insert(plainString(name));
   }
 }
 
-MetalRenderPipeline::MetalRenderPipeline(id<MTLDevice> device, const MetalLibrary& library,
-                                         const RenderPipelineDescriptor& descriptor)
-    : RenderPipeline(descriptor) {
+id<MTLFunction> MetalLibrary::function(const std::string& name, TargetKind target, std::uint32_t variant) const {
+  MTLFunctionConstantValues* constants = [MTLFunctionConstantValues new];
+  [constants setConstantValue:&target type:MTLDataTypeUInt atIndex:2];
+  [constants setConstantValue:&variant type:MTLDataTypeUInt atIndex:3];
+  NSError* error = nil;
+  id<MTLFunction> function = [library_ newFunctionWithName:metalString(name) constantValues:constants error:&error];
+  if (function == nil) fail("making function " + name, error);
+  return function;
+}
+
+MetalPipeline::MetalPipeline(id<MTLDevice> device, const MetalLibrary& library, const PipelineDescriptor& descriptor)
+    : Pipeline(descriptor) {
   @autoreleasepool {
-    MTLRenderPipelineReflection* reflection = nil;
-    NSError* error = nil;
-    state_ = [device newRenderPipelineStateWithDescriptor:describe(library, descriptor)
-                                                  options:wantedReflection
-                                               reflection:&reflection
-                                                    error:&error];
-    if (state_ == nil) fail("making render pipeline " + descriptor.fragmentFunction, error);
-    bindings_ = bindingsOf(reflection.fragmentBindings, descriptor.fragmentFunction);
+    if (draws()) {
+      renderState_ = makeRenderState(device, library, descriptor);
+    } else {
+      computeState_ = makeComputeState(device, library, descriptor);
+      groupSize_ = groupSizeOf(computeState_);
+    }
   }
 }
 

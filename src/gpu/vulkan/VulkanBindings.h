@@ -3,49 +3,90 @@
 #include <vulkan/vulkan_core.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
-#include "gpu/CommandBuffer.h"
+#include "gpu/Frame.h"
 #include "gpu/vulkan/VulkanContext.h"
-#include "gpu/vulkan/VulkanPipeline.h"
 
 namespace veloria::gpu::vulkan {
 
-class VulkanTexture;
-
-using BoundTextures = std::array<const VulkanTexture*, maxTextureIndex + 1>;
-
-/// The descriptor sets of one command buffer. A set is made when a pass first binds a combination of textures, and
-/// used again by later passes and, until a texture is released, by later frames.
-class VulkanBindings {
+/// The one layout of all pipelines: the bindings of gpu/Frame.h.
+class VulkanLayout {
  public:
-  explicit VulkanBindings(const VulkanContext& context) : context_(context) {}
+  explicit VulkanLayout(const VulkanContext& context);
 
-  /// The command buffer starts anew. `texturesReleased` counts the device's textures that are gone: their sets must go.
-  void begin(std::uint64_t texturesReleased);
-  /// Throws PreconditionError when a texture is missing or does not fit its binding.
-  VkDescriptorSet setFor(const VulkanProgram& program, const BoundTextures& textures);
+  VkDescriptorSetLayout textures() const { return textures_.get(); }
+  VkDescriptorSetLayout bytes() const { return bytes_.get(); }
+  VkPipelineLayout pipeline() const { return pipeline_.get(); }
 
  private:
-  struct Key {
-    VkDescriptorSetLayout layout = VK_NULL_HANDLE;
-    std::array<std::uint64_t, maxTextureIndex + 1> textures{};
-    bool operator==(const Key&) const = default;
-  };
+  SamplerOwner sampler_;
+  DescriptorSetLayoutOwner textures_;
+  DescriptorSetLayoutOwner bytes_;
+  PipelineLayoutOwner pipeline_;
+};
+
+/// The descriptor sets of one frame. A set is made when a pass first binds a combination of textures, and used again by
+/// later passes and, until a texture is released, by later frames.
+class VulkanTextureSets {
+ public:
+  VulkanTextureSets(const VulkanContext& context, const VulkanLayout& layout) : context_(context), layout_(layout) {}
+
+  /// The frame starts anew. `texturesReleased` counts the device's textures that are gone: their sets must go.
+  void begin(std::uint64_t texturesReleased);
+  VkDescriptorSet setFor(const Pass& pass);
+
+ private:
+  static constexpr std::size_t bindingCount = maxTextures + maxImages + 1;
+  using Ids = std::array<std::uint64_t, bindingCount>;  // of the textures by binding; 0 for none
   struct Entry {
-    Key key;
+    Ids ids{};
     VkDescriptorSet set = VK_NULL_HANDLE;
   };
-  VkDescriptorSet allocate(VkDescriptorSetLayout layout);
-  VkDescriptorSet tryAllocate(VkDescriptorSetLayout layout) const;
-  void fill(VkDescriptorSet set, const FunctionBindings& bindings, const BoundTextures& textures) const;
+  static std::array<const Texture*, bindingCount> texturesOf(const Pass& pass);
+  VkDescriptorSet allocate();
+  VkDescriptorSet tryAllocate() const;
+  void fill(VkDescriptorSet set, std::span<const Texture* const> textures) const;
 
   const VulkanContext& context_;
+  const VulkanLayout& layout_;
   std::vector<DescriptorPoolOwner> pools_;
   std::size_t pool_ = 0;
   std::vector<Entry> entries_;
   std::uint64_t texturesReleased_ = 0;
+};
+
+/// Where a copy of a pass's bytes lies: the set to bind and its dynamic offset.
+struct UniformSlice {
+  VkDescriptorSet set = VK_NULL_HANDLE;
+  std::uint32_t offset = 0;
+};
+
+/// The passes' bytes of one frame: blocks of mapped memory that are filled from the start again each time the frame is
+/// used. Grows to what the busiest frame needed and stays so.
+class VulkanUniforms {
+ public:
+  VulkanUniforms(const VulkanContext& context, const VulkanLayout& layout) : context_(context), layout_(layout) {}
+
+  UniformSlice push(std::span<const std::byte> bytes);
+  void rewind();
+
+ private:
+  struct Block {
+    VulkanBuffer buffer;
+    DescriptorPoolOwner pool;
+    VkDescriptorSet set = VK_NULL_HANDLE;
+  };
+  Block makeBlock() const;
+
+  const VulkanContext& context_;
+  const VulkanLayout& layout_;
+  std::vector<Block> blocks_;
+  std::size_t block_ = 0;
+  VkDeviceSize offset_ = 0;
 };
 
 }  // namespace veloria::gpu::vulkan

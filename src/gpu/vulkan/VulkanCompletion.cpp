@@ -11,8 +11,7 @@ namespace veloria::gpu::vulkan {
 
 namespace {
 
-constexpr std::size_t maxSemaphores = 5;
-// Three command buffers of a good number of queues; more than that only costs an allocation.
+// Three frames of a good number of queues; more than that only costs an allocation.
 constexpr std::size_t expectedEntries = 64;
 // How long a wait goes on before it looks whether the device was lost meanwhile.
 constexpr std::uint64_t lossCheckNanoseconds = 250'000'000;
@@ -37,29 +36,25 @@ VulkanTimeline::VulkanTimeline(VulkanContext& context)
 std::uint64_t VulkanTimeline::submit(const Submission& submission) {
   context_.requireAlive();
   const std::uint64_t number = submitted_ + 1;
-  // The values of binary semaphores are ignored, but must be there.
-  const std::array<std::uint64_t, maxSemaphores> values{number};
-  std::array<VkPipelineStageFlags, maxSemaphores> stages{};
-  stages.fill(VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT);
+  // A binary semaphore's value is ignored, but must be there.
+  const std::array<std::uint64_t, 2> values{number};
   const std::array<VkSemaphore, 2> signals{semaphore_.get(), submission.signal};
-  const std::uint32_t signalCount = submission.signal == VK_NULL_HANDLE ? 1 : 2;
-  const auto waitCount = static_cast<std::uint32_t>(std::min(submission.waits.size(), maxSemaphores));
-
+  const VkPipelineStageFlags waitStage = VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT;
   VkTimelineSemaphoreSubmitInfo timeline{};
   timeline.sType = VK_STRUCTURE_TYPE_TIMELINE_SEMAPHORE_SUBMIT_INFO;
-  timeline.waitSemaphoreValueCount = waitCount;
+  timeline.waitSemaphoreValueCount = submission.wait == VK_NULL_HANDLE ? 0 : 1;
   timeline.pWaitSemaphoreValues = values.data();
-  timeline.signalSemaphoreValueCount = signalCount;
+  timeline.signalSemaphoreValueCount = submission.signal == VK_NULL_HANDLE ? 1 : 2;
   timeline.pSignalSemaphoreValues = values.data();
   VkSubmitInfo info{};
   info.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO;
   info.pNext = &timeline;
-  info.waitSemaphoreCount = waitCount;
-  info.pWaitSemaphores = submission.waits.data();
-  info.pWaitDstStageMask = stages.data();
-  info.commandBufferCount = static_cast<std::uint32_t>(submission.commands.size());
-  info.pCommandBuffers = submission.commands.data();
-  info.signalSemaphoreCount = signalCount;
+  info.waitSemaphoreCount = timeline.waitSemaphoreValueCount;
+  info.pWaitSemaphores = &submission.wait;
+  info.pWaitDstStageMask = &waitStage;
+  info.commandBufferCount = 1;
+  info.pCommandBuffers = &submission.commands;
+  info.signalSemaphoreCount = timeline.signalSemaphoreValueCount;
   info.pSignalSemaphores = signals.data();
   const VkResult result = vkQueueSubmit(context_.queue(), 1, &info, VK_NULL_HANDLE);
   if (result != VK_SUCCESS) {
@@ -95,7 +90,7 @@ void VulkanTimeline::wait(std::uint64_t number) const {
 void VulkanRetirement::retire(std::shared_ptr<void> resource) {
   {
     const std::lock_guard lock(mutex_);
-    if (openBuffers_ > 0) {
+    if (frameOpen_) {
       waiting_.push_back(std::move(resource));
       return;
     }
@@ -104,16 +99,16 @@ void VulkanRetirement::retire(std::shared_ptr<void> resource) {
   collect();
 }
 
-void VulkanRetirement::bufferOpened() {
+void VulkanRetirement::frameBegun() {
   const std::lock_guard lock(mutex_);
-  ++openBuffers_;
+  frameOpen_ = true;
 }
 
-void VulkanRetirement::bufferClosed() {
+void VulkanRetirement::frameCommitted() {
   {
     const std::lock_guard lock(mutex_);
-    --openBuffers_;
-    if (openBuffers_ > 0 || waiting_.empty()) return;
+    frameOpen_ = false;
+    if (waiting_.empty()) return;
     for (auto& resource : waiting_) entries_.push_back({timeline_.submitted(), std::move(resource)});
     waiting_.clear();
   }

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <span>
 #include <thread>
 #include <vector>
 
@@ -17,13 +16,13 @@ namespace veloria::gpu::vulkan {
 
 /// What a submission hands over and waits for.
 struct Submission {
-  std::span<const VkCommandBuffer> commands;
-  std::span<const VkSemaphore> waits;   ///< binary, waited for where colour is written; at most 4
+  VkCommandBuffer commands = VK_NULL_HANDLE;
+  VkSemaphore wait = VK_NULL_HANDLE;    ///< binary, waited for where colour is written
   VkSemaphore signal = VK_NULL_HANDLE;  ///< binary
 };
 
 /// The device's count of submissions: a timeline semaphore that reaches a submission's number when that is done.
-/// The encoding thread submits; everything else may be called anywhere.
+/// The drawing thread submits; everything else may be called anywhere.
 class VulkanTimeline {
  public:
   explicit VulkanTimeline(VulkanContext& context);
@@ -50,9 +49,9 @@ class VulkanRetirement {
       : context_(context), timeline_(timeline) {}
 
   void retire(std::shared_ptr<void> resource);
-  /// Command buffers that are being encoded may use whatever is released meanwhile.
-  void bufferOpened();
-  void bufferClosed();
+  /// A frame uses whatever is released until it is committed.
+  void frameBegun();
+  void frameCommitted();
   void collect();
 
  private:
@@ -63,8 +62,8 @@ class VulkanRetirement {
   const VulkanContext& context_;
   const VulkanTimeline& timeline_;
   std::mutex mutex_;
-  std::uint32_t openBuffers_ = 0;
-  std::vector<std::shared_ptr<void>> waiting_;  // for open buffers to be submitted
+  bool frameOpen_ = false;
+  std::vector<std::shared_ptr<void>> waiting_;  // for the open frame to be committed
   std::vector<Entry> entries_;
 };
 

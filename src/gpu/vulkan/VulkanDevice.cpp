@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <memory>
 
-#include "gpu/vulkan/VulkanCommandBuffer.h"
 #include "gpu/vulkan/VulkanError.h"
-#include "gpu/vulkan/VulkanLibrary.h"
-#include "gpu/vulkan/VulkanQueue.h"
+#include "gpu/vulkan/VulkanFormat.h"
+#include "gpu/vulkan/VulkanFrame.h"
+#include "gpu/vulkan/VulkanPipeline.h"
 #include "gpu/vulkan/VulkanTexture.h"
 
 namespace veloria::gpu::vulkan {
@@ -23,11 +23,30 @@ void recordBarrierOverAll(VkCommandBuffer commands) {
                        nullptr);
 }
 
-void beginCommands(VkCommandBuffer commands, VkCommandBufferUsageFlags usage) {
-  VkCommandBufferBeginInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
-  info.flags = usage;
-  check(vkBeginCommandBuffer(commands, &info), "vkBeginCommandBuffer");
+RenderPassOwner makeRenderPass(const VulkanContext& context, VkFormat format) {
+  VkAttachmentDescription attachment{};
+  attachment.format = format;
+  attachment.samples = VK_SAMPLE_COUNT_1_BIT;
+  attachment.loadOp = VK_ATTACHMENT_LOAD_OP_CLEAR;
+  attachment.storeOp = VK_ATTACHMENT_STORE_OP_STORE;
+  attachment.stencilLoadOp = VK_ATTACHMENT_LOAD_OP_DONT_CARE;
+  attachment.stencilStoreOp = VK_ATTACHMENT_STORE_OP_DONT_CARE;
+  attachment.initialLayout = VK_IMAGE_LAYOUT_GENERAL;
+  attachment.finalLayout = VK_IMAGE_LAYOUT_GENERAL;
+  VkAttachmentReference reference{0, VK_IMAGE_LAYOUT_GENERAL};
+  VkSubpassDescription subpass{};
+  subpass.pipelineBindPoint = VK_PIPELINE_BIND_POINT_GRAPHICS;
+  subpass.colorAttachmentCount = 1;
+  subpass.pColorAttachments = &reference;
+  VkRenderPassCreateInfo info{};
+  info.sType = VK_STRUCTURE_TYPE_RENDER_PASS_CREATE_INFO;
+  info.attachmentCount = 1;
+  info.pAttachments = &attachment;
+  info.subpassCount = 1;
+  info.pSubpasses = &subpass;
+  VkRenderPass pass = VK_NULL_HANDLE;
+  check(vkCreateRenderPass(context.device(), &info, nullptr, &pass), "vkCreateRenderPass");
+  return {context.device(), pass};
 }
 
 }  // namespace
@@ -37,11 +56,8 @@ VulkanDevice::VulkanDevice(const VulkanOptions& options)
       timeline_(context_),
       retirement_(context_, timeline_),
       pipelineCache_(context_, options.pipelineCachePath),
-      layouts_(context_),
-      barrierPool_(context_.makeCommandPool()),
-      completion_(context_, timeline_, retirement_) {
-  recordFullBarrier();
-}
+      layout_(context_),
+      completion_(context_, timeline_, retirement_) {}
 
 VulkanDevice::~VulkanDevice() {
   completion_.drain();
@@ -53,23 +69,10 @@ void VulkanDevice::waitIdle() {
   if (!lost()) timeline_.wait(timeline_.submitted());
 }
 
-void VulkanDevice::recordFullBarrier() {
-  fullBarrier_ = context_.allocateCommandBuffer(barrierPool_.get());
-  beginCommands(fullBarrier_, VK_COMMAND_BUFFER_USAGE_SIMULTANEOUS_USE_BIT);
-  recordBarrierOverAll(fullBarrier_);
-  check(vkEndCommandBuffer(fullBarrier_), "vkEndCommandBuffer");
-}
-
-void VulkanDevice::bufferOpened(VulkanCommandBuffer& buffer) {
-  openBuffers_.push_back(&buffer);
-  retirement_.bufferOpened();
-  if (openBuffers_.size() == 1) return;
-  for (VulkanCommandBuffer* open : openBuffers_) open->markInterleaved();
-}
-
-void VulkanDevice::bufferClosed(VulkanCommandBuffer& buffer) {
-  std::erase(openBuffers_, &buffer);
-  retirement_.bufferClosed();
+VkRenderPass VulkanDevice::renderPassFor(PixelFormat format) {
+  RenderPassOwner& pass = renderPasses_[format];
+  if (!pass) pass = makeRenderPass(context_, vulkanFormat(format));
+  return pass.get();
 }
 
 VulkanDevice::OneTime& VulkanDevice::freeOnce() {
@@ -88,7 +91,10 @@ VulkanDevice::OneTime& VulkanDevice::beginOnce() {
   context_.requireAlive();
   OneTime& once = freeOnce();
   check(vkResetCommandPool(context_.device(), once.pool.get(), 0), "vkResetCommandPool");
-  beginCommands(once.commands, VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT);
+  VkCommandBufferBeginInfo info{};
+  info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
+  info.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
+  check(vkBeginCommandBuffer(once.commands, &info), "vkBeginCommandBuffer");
   recordBarrierOverAll(once.commands);
   return once;
 }
@@ -96,15 +102,15 @@ VulkanDevice::OneTime& VulkanDevice::beginOnce() {
 std::uint64_t VulkanDevice::endOnce(OneTime& once) {
   recordBarrierOverAll(once.commands);
   check(vkEndCommandBuffer(once.commands), "vkEndCommandBuffer");
-  once.number = timeline_.submit({.commands = {&once.commands, 1}, .waits = {}});
+  once.number = timeline_.submit({.commands = once.commands});
   return once.number;
 }
 
-std::unique_ptr<Library> VulkanDevice::doMakeLibrary(std::span<const std::byte> bytes) {
+std::unique_ptr<Library> VulkanDevice::makeLibrary(std::span<const std::byte> bytes) {
   return std::make_unique<VulkanLibrary>(context_, bytes);
 }
 
-std::unique_ptr<CommandQueue> VulkanDevice::doMakeCommandQueue() {
+std::unique_ptr<FrameQueue> VulkanDevice::makeFrameQueue() {
   return std::make_unique<VulkanQueue>(*this);
 }
 
@@ -113,16 +119,9 @@ std::shared_ptr<Texture> VulkanDevice::doMakeTexture(const TextureDescriptor& de
   return std::make_shared<VulkanTexture>(*this, descriptor);
 }
 
-std::unique_ptr<ComputePipeline> VulkanDevice::doMakeComputePipeline(const Library& library,
-                                                                     const std::string& function) {
+std::unique_ptr<Pipeline> VulkanDevice::doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) {
   context_.requireAlive();
-  return std::make_unique<VulkanComputePipeline>(*this, static_cast<const VulkanLibrary&>(library), function);
-}
-
-std::unique_ptr<RenderPipeline> VulkanDevice::doMakeRenderPipeline(const Library& library,
-                                                                   const RenderPipelineDescriptor& descriptor) {
-  context_.requireAlive();
-  return std::make_unique<VulkanRenderPipeline>(*this, static_cast<const VulkanLibrary&>(library), descriptor);
+  return std::make_unique<VulkanPipeline>(*this, static_cast<const VulkanLibrary&>(library), descriptor);
 }
 
 VulkanDevice& vulkanDevice(Device& device) {

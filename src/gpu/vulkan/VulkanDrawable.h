@@ -8,16 +8,16 @@
 
 namespace veloria::gpu::vulkan {
 
-/// A drawable as a command buffer sees it. On the encoding thread, but for completed().
+/// A drawable as a frame sees it. On the drawing thread, but for completed().
 class VulkanDrawable : public Drawable {
  public:
-  /// Before the first pass of a command buffer that draws into it.
+  /// Before the first pass of a frame that draws into it.
   virtual void recordFirstUse(VkCommandBuffer commands) = 0;
-  /// A command buffer that draws into it is about to be submitted.
+  /// A frame that draws into it is about to be submitted.
   virtual void drawnInto() = 0;
-  /// After the last pass of the command buffer that presents it.
+  /// After the last pass of the frame that presents it.
   virtual void recordPresent(VkCommandBuffer commands) = 0;
-  /// To be waited for by the submission, and signalled by the presenting one; null where there is nothing to.
+  /// What the submission waits for, and what the presenting one signals; null for nothing.
   virtual VkSemaphore acquireSemaphore() const { return VK_NULL_HANDLE; }
   virtual VkSemaphore presentSemaphore() const { return VK_NULL_HANDLE; }
   /// A submission that draws into it or presents it has been made.

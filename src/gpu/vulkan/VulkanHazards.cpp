@@ -66,8 +66,4 @@ void VulkanHazards::note(TextureAccesses& texture, Access access) const {
   texture.lastPass[indexOf(access)] = pass_;
 }
 
-void VulkanHazards::synchronizedUpTo(std::uint64_t number) {
-  for (auto& targets : waitedUpTo_) targets.fill(number);
-}
-
 }  // namespace veloria::gpu::vulkan

@@ -26,14 +26,14 @@ struct PassBarrier {
   bool needed() const { return sourceStages != 0; }
 };
 
-/// Finds out which barriers the passes of a command buffer need. Images never change their layout, so a global memory
+/// Finds out which barriers the passes of a frame need. Images never change their layout, so a global memory
 /// barrier does for all textures, and one pass needs at most one. Remembered is up to which pass every way of access
 /// has been waited for by every other; a texture that was touched after that is a hazard.
 ///
-/// A value: a command buffer starts with a copy of the device's and gives it back when it is committed.
+/// A value: a frame starts with a copy of the device's and gives it back when it is committed.
 class VulkanHazards {
  public:
-  /// Starts a pass. `number` grows from pass to pass over all command buffers.
+  /// Starts a pass. `number` grows from pass to pass over all frames.
   void beginPass(std::uint64_t number);
   /// The pass touches the texture; call it for everything that the pass touches, then endPass().
   void touch(const TextureAccesses& texture, Access access);
@@ -41,9 +41,6 @@ class VulkanHazards {
   PassBarrier endPass();
   /// Notes that the pass has touched the texture. After endPass().
   void note(TextureAccesses& texture, Access access) const;
-
-  /// Everything up to the pass `number` has been waited for by everything.
-  void synchronizedUpTo(std::uint64_t number);
 
  private:
   std::uint64_t pass_ = 0;

@@ -1,82 +1,86 @@
 #include "gpu/vulkan/VulkanPipeline.h"
 
-#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <cstring>
 #include <memory>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "gpu/vulkan/VulkanDevice.h"
 #include "gpu/vulkan/VulkanError.h"
-#include "gpu/vulkan/VulkanFormat.h"
-#include "gpu/vulkan/VulkanLibrary.h"
 
 namespace veloria::gpu::vulkan {
 
 namespace {
 
-constexpr VkShaderStageFlags allStages =
-    VK_SHADER_STAGE_COMPUTE_BIT | VK_SHADER_STAGE_VERTEX_BIT | VK_SHADER_STAGE_FRAGMENT_BIT;
+constexpr std::size_t maxLibraryBytes = std::size_t{16} << 20;
+constexpr std::uint32_t spirvMagic = 0x07230203;
+constexpr std::uint32_t headerWords = 5;
+constexpr std::uint32_t newestVersion = 0x00010500;  // what Vulkan 1.2 takes
+constexpr std::uint32_t entryPointInstruction = 15;
 
-SamplerOwner makeSampler(const VulkanContext& context) {
-  VkSamplerCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_SAMPLER_CREATE_INFO;
-  info.magFilter = VK_FILTER_LINEAR;
-  info.minFilter = VK_FILTER_LINEAR;
-  info.mipmapMode = VK_SAMPLER_MIPMAP_MODE_NEAREST;
-  info.addressModeU = VK_SAMPLER_ADDRESS_MODE_CLAMP_TO_EDGE;
-  info.addressModeV = VK_SAMPLER_ADDRESS_MODE_CLAMP_TO_EDGE;
-  info.addressModeW = VK_SAMPLER_ADDRESS_MODE_CLAMP_TO_EDGE;
-  VkSampler sampler = VK_NULL_HANDLE;
-  check(vkCreateSampler(context.device(), &info, nullptr, &sampler), "vkCreateSampler");
-  return {context.device(), sampler};
+[[noreturn]] void refuse(const std::string& text) {
+  throw DeviceError("the shader library is not usable: " + text);
 }
 
-DescriptorSetLayoutOwner makeSetLayout(const VulkanContext& context,
-                                       const std::vector<VkDescriptorSetLayoutBinding>& bindings) {
-  VkDescriptorSetLayoutCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_DESCRIPTOR_SET_LAYOUT_CREATE_INFO;
-  info.bindingCount = static_cast<std::uint32_t>(bindings.size());
-  info.pBindings = bindings.data();
-  VkDescriptorSetLayout layout = VK_NULL_HANDLE;
-  check(vkCreateDescriptorSetLayout(context.device(), &info, nullptr, &layout), "vkCreateDescriptorSetLayout");
-  return {context.device(), layout};
+std::vector<std::uint32_t> toWords(std::span<const std::byte> bytes) {
+  if (bytes.size() > maxLibraryBytes) throw DeviceError("the shader library is above 16 MiB");
+  if (bytes.empty() || bytes.size() % sizeof(std::uint32_t) != 0) refuse("not a whole number of SPIR-V words");
+  std::vector<std::uint32_t> words(bytes.size() / sizeof(std::uint32_t));
+  std::memcpy(words.data(), bytes.data(), bytes.size());
+  return words;
 }
 
-VkDescriptorSetLayoutBinding binding(std::uint32_t index, VkDescriptorType type, const VkSampler* sampler) {
-  VkDescriptorSetLayoutBinding result{};
-  result.binding = index;
-  result.descriptorType = type;
-  result.descriptorCount = 1;
-  result.stageFlags = allStages;
-  result.pImmutableSamplers = sampler;
-  return result;
+VkShaderStageFlagBits stageOf(std::uint32_t executionModel) {
+  switch (executionModel) {
+    case 0:
+      return VK_SHADER_STAGE_VERTEX_BIT;
+    case 4:
+      return VK_SHADER_STAGE_FRAGMENT_BIT;
+    case 5:
+      return VK_SHADER_STAGE_COMPUTE_BIT;
+    default:
+      refuse("a function of another stage than compute, vertex and fragment");
+  }
 }
 
-RenderPassOwner makeRenderPass(const VulkanContext& context, VkFormat format) {
-  VkAttachmentDescription attachment{};
-  attachment.format = format;
-  attachment.samples = VK_SAMPLE_COUNT_1_BIT;
-  attachment.loadOp = VK_ATTACHMENT_LOAD_OP_CLEAR;
-  attachment.storeOp = VK_ATTACHMENT_STORE_OP_STORE;
-  attachment.stencilLoadOp = VK_ATTACHMENT_LOAD_OP_DONT_CARE;
-  attachment.stencilStoreOp = VK_ATTACHMENT_STORE_OP_DONT_CARE;
-  attachment.initialLayout = VK_IMAGE_LAYOUT_GENERAL;
-  attachment.finalLayout = VK_IMAGE_LAYOUT_GENERAL;
-  VkAttachmentReference reference{0, VK_IMAGE_LAYOUT_GENERAL};
-  VkSubpassDescription subpass{};
-  subpass.pipelineBindPoint = VK_PIPELINE_BIND_POINT_GRAPHICS;
-  subpass.colorAttachmentCount = 1;
-  subpass.pColorAttachments = &reference;
-  VkRenderPassCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_RENDER_PASS_CREATE_INFO;
-  info.attachmentCount = 1;
-  info.pAttachments = &attachment;
-  info.subpassCount = 1;
-  info.pSubpasses = &subpass;
-  VkRenderPass pass = VK_NULL_HANDLE;
-  check(vkCreateRenderPass(context.device(), &info, nullptr, &pass), "vkCreateRenderPass");
-  return {context.device(), pass};
+std::string literalString(std::span<const std::uint32_t> words) {
+  const std::string_view bytes(reinterpret_cast<const char*>(words.data()), words.size_bytes());
+  const std::size_t end = bytes.find('\0');
+  if (end == std::string_view::npos) refuse("a name without an end");
+  return std::string(bytes.substr(0, end));
+}
+
+// The functions by name. Refuses words that are not a whole module in this machine's byte order: magic, version, every
+// instruction inside the words, every name ended, no name twice.
+std::map<std::string, VkShaderStageFlagBits> findFunctions(std::span<const std::uint32_t> words) {
+  if (words.size() < headerWords || words[0] != spirvMagic) refuse("not SPIR-V");
+  if (words[1] > newestVersion) refuse("a newer SPIR-V than 1.5");
+  std::map<std::string, VkShaderStageFlagBits> functions;
+  for (std::size_t at = headerWords; at < words.size();) {
+    const std::uint32_t length = words[at] >> 16;
+    if (length == 0 || length > words.size() - at) refuse("an instruction is cut short");
+    const auto instruction = words.subspan(at, length);
+    at += length;
+    if ((instruction[0] & 0xFFFF) != entryPointInstruction) continue;
+    if (length < 4) refuse("a function without a name");
+    const std::string name = literalString(instruction.subspan(3));
+    if (!functions.emplace(name, stageOf(instruction[1])).second) refuse("two functions are called \"" + name + "\"");
+  }
+  if (functions.empty()) refuse("it has no function");
+  return functions;
+}
+
+ShaderModuleOwner makeModule(const VulkanContext& context, const std::vector<std::uint32_t>& words) {
+  VkShaderModuleCreateInfo info{};
+  info.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
+  info.codeSize = words.size() * sizeof(std::uint32_t);
+  info.pCode = words.data();
+  VkShaderModule module = VK_NULL_HANDLE;
+  check(vkCreateShaderModule(context.device(), &info, nullptr, &module), "vkCreateShaderModule");
+  return {context.device(), module};
 }
 
 // The values of the specialisation constants, in the order of their ids.
@@ -101,6 +105,7 @@ class Specialization {
 
 VkPipelineShaderStageCreateInfo stage(VkShaderStageFlagBits which, const VulkanLibrary& library,
                                       const std::string& function, const Specialization& specialization) {
+  library.requireStage(function, which);
   VkPipelineShaderStageCreateInfo info{};
   info.sType = VK_STRUCTURE_TYPE_PIPELINE_SHADER_STAGE_CREATE_INFO;
   info.stage = which;
@@ -110,30 +115,25 @@ VkPipelineShaderStageCreateInfo stage(VkShaderStageFlagBits which, const VulkanL
   return info;
 }
 
-Size groupSizeOf(const FunctionInfo& function, Size wanted) {
-  const Size fixed = function.fixedGroupSize;
-  return {fixed.width == 0 ? wanted.width : fixed.width, fixed.height == 0 ? wanted.height : fixed.height};
-}
-
-PipelineOwner makeComputePipeline(VulkanDevice& device, const VulkanLibrary& library, const std::string& function,
-                                  const VulkanProgram& program) {
-  const Specialization specialization(device.context().limits().groupSize, TargetKind::light, 0);
+PipelineOwner makeComputePipeline(VulkanDevice& device, const VulkanLibrary& library,
+                                  const PipelineDescriptor& descriptor) {
+  const Specialization specialization(device.context().limits().groupSize, TargetKind::light, descriptor.variant);
   VkComputePipelineCreateInfo info{};
   info.sType = VK_STRUCTURE_TYPE_COMPUTE_PIPELINE_CREATE_INFO;
-  info.stage = stage(VK_SHADER_STAGE_COMPUTE_BIT, library, function, specialization);
-  info.layout = program.layout->pipeline.get();
+  info.stage = stage(VK_SHADER_STAGE_COMPUTE_BIT, library, descriptor.function, specialization);
+  info.layout = device.layout().pipeline();
   VkPipeline pipeline = VK_NULL_HANDLE;
   check(vkCreateComputePipelines(device.context().device(), device.pipelineCache(), 1, &info, nullptr, &pipeline),
-        ("making compute pipeline " + function).c_str());
+        ("making compute pipeline " + descriptor.function).c_str());
   return {device.context().device(), pipeline};
 }
 
 PipelineOwner makeRenderPipeline(VulkanDevice& device, const VulkanLibrary& library,
-                                 const RenderPipelineDescriptor& descriptor, const VulkanProgram& program) {
+                                 const PipelineDescriptor& descriptor) {
   const Specialization specialization(device.context().limits().groupSize, targetKind(descriptor.format),
                                       descriptor.variant);
   const std::array stages{stage(VK_SHADER_STAGE_VERTEX_BIT, library, descriptor.vertexFunction, specialization),
-                          stage(VK_SHADER_STAGE_FRAGMENT_BIT, library, descriptor.fragmentFunction, specialization)};
+                          stage(VK_SHADER_STAGE_FRAGMENT_BIT, library, descriptor.function, specialization)};
   VkPipelineVertexInputStateCreateInfo input{};
   input.sType = VK_STRUCTURE_TYPE_PIPELINE_VERTEX_INPUT_STATE_CREATE_INFO;
   VkPipelineInputAssemblyStateCreateInfo assembly{};
@@ -175,91 +175,37 @@ PipelineOwner makeRenderPipeline(VulkanDevice& device, const VulkanLibrary& libr
   info.pMultisampleState = &samples;
   info.pColorBlendState = &blend;
   info.pDynamicState = &dynamic;
-  info.layout = program.layout->pipeline.get();
-  info.renderPass = device.layouts().renderPassFor(vulkanFormat(descriptor.format));
+  info.layout = device.layout().pipeline();
+  info.renderPass = device.renderPassFor(descriptor.format);
   VkPipeline pipeline = VK_NULL_HANDLE;
   check(vkCreateGraphicsPipelines(device.context().device(), device.pipelineCache(), 1, &info, nullptr, &pipeline),
-        ("making render pipeline " + descriptor.fragmentFunction).c_str());
+        ("making render pipeline " + descriptor.function).c_str());
   return {device.context().device(), pipeline};
 }
 
 }  // namespace
 
-VulkanLayouts::VulkanLayouts(const VulkanContext& context)
-    : context_(context),
-      sampler_(makeSampler(context)),
-      bytes_(makeSetLayout(context, {binding(0, VK_DESCRIPTOR_TYPE_UNIFORM_BUFFER_DYNAMIC, nullptr)})) {}
+VulkanLibrary::VulkanLibrary(const VulkanContext& context, std::span<const std::byte> bytes)
+    : VulkanLibrary(context, toWords(bytes)) {}
 
-VulkanLayouts::Layout VulkanLayouts::makeLayout(const Kinds& kinds) const {
-  const VkSampler sampler = sampler_.get();
-  std::vector<VkDescriptorSetLayoutBinding> bindings;
-  for (std::uint32_t index = 0; index < kinds.size(); ++index) {
-    if (kinds[index] == BindingKind::sampled) {
-      bindings.push_back(binding(index, VK_DESCRIPTOR_TYPE_COMBINED_IMAGE_SAMPLER, &sampler));
-    } else if (kinds[index] == BindingKind::storage) {
-      bindings.push_back(binding(index, VK_DESCRIPTOR_TYPE_STORAGE_IMAGE, nullptr));
-    }
-  }
-  Layout layout;
-  layout.textures = makeSetLayout(context_, bindings);
-  const std::array sets{layout.textures.get(), bytes_.get()};
-  VkPipelineLayoutCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_PIPELINE_LAYOUT_CREATE_INFO;
-  info.setLayoutCount = static_cast<std::uint32_t>(sets.size());
-  info.pSetLayouts = sets.data();
-  VkPipelineLayout handle = VK_NULL_HANDLE;
-  check(vkCreatePipelineLayout(context_.device(), &info, nullptr, &handle), "vkCreatePipelineLayout");
-  layout.pipeline = {context_.device(), handle};
-  return layout;
+VulkanLibrary::VulkanLibrary(const VulkanContext& context, const std::vector<std::uint32_t>& words)
+    : functions_(findFunctions(words)), module_(makeModule(context, words)) {}
+
+void VulkanLibrary::requireStage(const std::string& function, VkShaderStageFlagBits stage) const {
+  if (functions_.at(function) == stage) return;
+  throw DeviceError("function " + function + " is of another stage than asked for");
 }
 
-const VulkanLayouts::Layout& VulkanLayouts::layoutFor(const FunctionBindings& bindings) {
-  Kinds kinds{};
-  std::transform(bindings.textures.begin(), bindings.textures.end(), kinds.begin(),
-                 [](const TextureBinding& texture) { return texture.kind; });
-  const auto found = layouts_.find(kinds);
-  if (found != layouts_.end()) return found->second;
-  return layouts_.emplace(kinds, makeLayout(kinds)).first->second;
+VulkanPipeline::VulkanPipeline(VulkanDevice& device, const VulkanLibrary& library, const PipelineDescriptor& descriptor)
+    : Pipeline(descriptor),
+      device_(device),
+      name_(device.intern(descriptor.function)),
+      pipeline_(draws() ? makeRenderPipeline(device, library, descriptor)
+                        : makeComputePipeline(device, library, descriptor)) {
+  device.context().setName(VK_OBJECT_TYPE_PIPELINE, reinterpret_cast<std::uint64_t>(get()), descriptor.function);
 }
 
-VkRenderPass VulkanLayouts::renderPassFor(VkFormat format) {
-  RenderPassOwner& pass = renderPasses_[format];
-  if (!pass) pass = makeRenderPass(context_, format);
-  return pass.get();
-}
-
-VulkanComputePipeline::VulkanComputePipeline(VulkanDevice& device, const VulkanLibrary& library,
-                                             const std::string& function)
-    : ComputePipeline(function), device_(device) {
-  const FunctionInfo info = library.describe(function, VK_SHADER_STAGE_COMPUTE_BIT);
-  program_.name = device.intern(function);
-  program_.bindings = info.bindings;
-  program_.layout = &device.layouts().layoutFor(info.bindings);
-  program_.groupSize = groupSizeOf(info, device.context().limits().groupSize);
-  pipeline_ = makeComputePipeline(device, library, function, program_);
-  program_.pipeline = pipeline_.get();
-}
-
-VulkanComputePipeline::~VulkanComputePipeline() {
-  device_.retirement().retire(std::make_shared<PipelineOwner>(std::move(pipeline_)));
-}
-
-VulkanRenderPipeline::VulkanRenderPipeline(VulkanDevice& device, const VulkanLibrary& library,
-                                           const RenderPipelineDescriptor& descriptor)
-    : RenderPipeline(descriptor), device_(device) {
-  const FunctionInfo vertex = library.describe(descriptor.vertexFunction, VK_SHADER_STAGE_VERTEX_BIT);
-  const FunctionInfo fragment = library.describe(descriptor.fragmentFunction, VK_SHADER_STAGE_FRAGMENT_BIT);
-  program_.name = device.intern(descriptor.fragmentFunction);
-  program_.bindPoint = VK_PIPELINE_BIND_POINT_GRAPHICS;
-  program_.bindings = mergeBindings(vertex.bindings, fragment.bindings, descriptor.fragmentFunction);
-  program_.layout = &device.layouts().layoutFor(program_.bindings);
-  pipeline_ = makeRenderPipeline(device, library, descriptor, program_);
-  program_.pipeline = pipeline_.get();
-  device.context().setName(VK_OBJECT_TYPE_PIPELINE, reinterpret_cast<std::uint64_t>(program_.pipeline),
-                           descriptor.label);
-}
-
-VulkanRenderPipeline::~VulkanRenderPipeline() {
+VulkanPipeline::~VulkanPipeline() {
   device_.retirement().retire(std::make_shared<PipelineOwner>(std::move(pipeline_)));
 }
 

@@ -2,77 +2,53 @@
 
 #include <vulkan/vulkan_core.h>
 
-#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <map>
+#include <span>
+#include <string>
+#include <vector>
 
 #include "gpu/Pipeline.h"
 #include "gpu/vulkan/VulkanContext.h"
-#include "gpu/vulkan/VulkanFunction.h"
 
 namespace veloria::gpu::vulkan {
 
 class VulkanDevice;
-class VulkanLibrary;
 
-/// The layouts that pipelines share, made when first wanted: one per combination of kinds of binding, and one render
-/// pass per colour format.
-class VulkanLayouts {
+/// A SPIR-V module with named functions.
+class VulkanLibrary final : public Library {
  public:
-  explicit VulkanLayouts(const VulkanContext& context);
+  /// Throws DeviceError when the bytes are no SPIR-V module, damaged or above 16 MiB.
+  VulkanLibrary(const VulkanContext& context, std::span<const std::byte> bytes);
 
-  struct Layout {
-    DescriptorSetLayoutOwner textures;
-    PipelineLayoutOwner pipeline;
-  };
-  const Layout& layoutFor(const FunctionBindings& bindings);
-  VkDescriptorSetLayout bytesLayout() const { return bytes_.get(); }
+  bool contains(const std::string& function) const override { return functions_.contains(function); }
 
-  /// One colour attachment, cleared and stored, in the general layout before and after.
-  VkRenderPass renderPassFor(VkFormat format);
+  VkShaderModule module() const { return module_.get(); }
+  /// Throws DeviceError when the function is not of this stage.
+  void requireStage(const std::string& function, VkShaderStageFlagBits stage) const;
 
  private:
-  using Kinds = std::array<BindingKind, maxTextureIndex + 1>;
-  Layout makeLayout(const Kinds& kinds) const;
+  VulkanLibrary(const VulkanContext& context, const std::vector<std::uint32_t>& words);
 
-  const VulkanContext& context_;
-  SamplerOwner sampler_;
-  DescriptorSetLayoutOwner bytes_;
-  std::map<Kinds, Layout> layouts_;
-  std::map<VkFormat, RenderPassOwner> renderPasses_;
+  std::map<std::string, VkShaderStageFlagBits> functions_;
+  ShaderModuleOwner module_;
 };
 
-/// What both kinds of pipeline are to an encoder.
-struct VulkanProgram {
-  const char* name = "";  ///< lives as long as the device
-  VkPipelineBindPoint bindPoint = VK_PIPELINE_BIND_POINT_COMPUTE;
-  const VulkanLayouts::Layout* layout = nullptr;
-  FunctionBindings bindings;
-  Size groupSize;
-  VkPipeline pipeline = VK_NULL_HANDLE;
-};
-
-class VulkanComputePipeline final : public ComputePipeline {
+class VulkanPipeline final : public Pipeline {
  public:
-  VulkanComputePipeline(VulkanDevice& device, const VulkanLibrary& library, const std::string& function);
-  ~VulkanComputePipeline() override;
-  const VulkanProgram& program() const { return program_; }
+  VulkanPipeline(VulkanDevice& device, const VulkanLibrary& library, const PipelineDescriptor& descriptor);
+  ~VulkanPipeline() override;
+
+  const char* name() const { return name_; }  ///< of its function; lives as long as the device
+  VkPipeline get() const { return pipeline_.get(); }
+  VkPipelineBindPoint bindPoint() const {
+    return draws() ? VK_PIPELINE_BIND_POINT_GRAPHICS : VK_PIPELINE_BIND_POINT_COMPUTE;
+  }
 
  private:
   VulkanDevice& device_;
-  VulkanProgram program_;
-  PipelineOwner pipeline_;
-};
-
-class VulkanRenderPipeline final : public RenderPipeline {
- public:
-  VulkanRenderPipeline(VulkanDevice& device, const VulkanLibrary& library, const RenderPipelineDescriptor& descriptor);
-  ~VulkanRenderPipeline() override;
-  const VulkanProgram& program() const { return program_; }
-
- private:
-  VulkanDevice& device_;
-  VulkanProgram program_;
+  const char* name_;
   PipelineOwner pipeline_;
 };
 

@@ -107,7 +107,7 @@ void VulkanTexture::makeFramebuffer() {
   const VkImageView view = resources_.view.get();
   VkFramebufferCreateInfo info{};
   info.sType = VK_STRUCTURE_TYPE_FRAMEBUFFER_CREATE_INFO;
-  info.renderPass = device_.layouts().renderPassFor(vulkanFormat(format()));
+  info.renderPass = device_.renderPassFor(format());
   info.attachmentCount = 1;
   info.pAttachments = &view;
   info.width = size().width;

@@ -57,7 +57,7 @@ class VulkanTexture final : public Texture {
   VkImage image_ = VK_NULL_HANDLE;
   VulkanDrawable* drawable_ = nullptr;
   mutable TextureResources resources_;
-  // Encoding reads a texture and yet has to remember that it did.
+  // A pass reads a texture and yet has to remember that it did.
   mutable TextureAccesses accesses_;
   mutable std::uint64_t lastCopy_ = 0;  // the submission that used the staging buffer last
 };

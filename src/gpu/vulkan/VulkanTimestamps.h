@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <vector>
 
-#include "gpu/CommandBuffer.h"
+#include "gpu/Frame.h"
 #include "gpu/vulkan/VulkanContext.h"
 
 namespace veloria::gpu::vulkan {
 
-/// The times of one command buffer: its start and end, and with profiling those of every dispatch and draw.
+/// The times of one frame: its start and end, and with profiling those of every pass.
 /// Grows to what the busiest frame needed; passes beyond that are not measured in the frame that first has them.
 class VulkanTimestamps {
  public:

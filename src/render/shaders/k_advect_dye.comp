@@ -8,8 +8,8 @@
 
 // Carries the dye, fades it and gives birth to new light. rgb is coloured light, a its amount.
 layout(set = 0, binding = 0) uniform sampler2D dye;
-layout(set = 0, binding = 1, rg16f) uniform readonly image2D velocity;
-layout(set = 0, binding = 2, rgba16f) uniform writeonly image2D dyeOut;
+layout(set = 0, binding = 4, rg16f) uniform readonly image2D velocity;
+layout(set = 0, binding = 7, rgba16f) uniform writeonly image2D dyeOut;
 
 const float birthRate = 0.0075;  // a 60 Hz frame, at emitRate 1 in the middle of a source
 const float fullDye = 2.4;       // a source stops adding at this amount

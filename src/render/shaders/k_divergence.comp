@@ -4,8 +4,8 @@
 
 // Divergence by central differences. The band is open at its sides and closed above and below: the row beyond a wall
 // mirrors the vertical velocity, so nothing flows through.
-layout(set = 0, binding = 0, rg16f) uniform readonly image2D velocity;
-layout(set = 0, binding = 1, r16f) uniform writeonly image2D divergence;
+layout(set = 0, binding = 4, rg16f) uniform readonly image2D velocity;
+layout(set = 0, binding = 7, r16f) uniform writeonly image2D divergence;
 
 void main() {
   ivec2 c = cell();

@@ -5,9 +5,9 @@
 // One Jacobi iteration of the pressure's Poisson equation. Outside the sides the pressure is 0 (open), beyond the walls
 // it is the wall's own (no flow). Each iteration keeps a little less than all of it: the field is warm-started for
 // ever, and a mean that drifts would eat the half floats' precision.
-layout(set = 0, binding = 0, r16f) uniform readonly image2D pressure;
-layout(set = 0, binding = 1, r16f) uniform readonly image2D divergence;
-layout(set = 0, binding = 2, r16f) uniform writeonly image2D pressureOut;
+layout(set = 0, binding = 4, r16f) uniform readonly image2D pressure;
+layout(set = 0, binding = 5, r16f) uniform readonly image2D divergence;
+layout(set = 0, binding = 7, r16f) uniform writeonly image2D pressureOut;
 
 const float keep = 0.2499;
 

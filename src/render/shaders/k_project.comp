@@ -3,9 +3,9 @@
 #include "kernel.glsl"
 
 // Subtracts the pressure's gradient, with the boundary values of the Jacobi pass.
-layout(set = 0, binding = 0, rg16f) uniform readonly image2D velocity;
-layout(set = 0, binding = 1, r16f) uniform readonly image2D pressure;
-layout(set = 0, binding = 2, rg16f) uniform writeonly image2D velocityOut;
+layout(set = 0, binding = 4, rg16f) uniform readonly image2D velocity;
+layout(set = 0, binding = 5, r16f) uniform readonly image2D pressure;
+layout(set = 0, binding = 7, rg16f) uniform writeonly image2D velocityOut;
 
 void main() {
   ivec2 c = cell();

@@ -1,7 +1,7 @@
 #version 450
 layout(local_size_x_id = 0, local_size_y_id = 1) in;
-layout(set = 0, binding = 0, r16f) readonly uniform image2D source;
-layout(set = 0, binding = 1, r16f) writeonly uniform image2D target;
+layout(set = 0, binding = 4, r16f) readonly uniform image2D source;
+layout(set = 0, binding = 7, r16f) writeonly uniform image2D target;
 layout(set = 1, binding = 0, std140) uniform Block {
   float amount;
 };

@@ -2,7 +2,7 @@
 layout(local_size_x_id = 0, local_size_y_id = 1) in;
 // Samples at a point given in texture coordinates.
 layout(set = 0, binding = 0) uniform sampler2D source;
-layout(set = 0, binding = 1, rgba16f) writeonly uniform image2D target;
+layout(set = 0, binding = 7, rgba16f) writeonly uniform image2D target;
 layout(set = 1, binding = 0, std140) uniform Block {
   float x, y;
 };

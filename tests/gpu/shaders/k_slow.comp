@@ -1,7 +1,7 @@
 #version 450
 layout(local_size_x_id = 0, local_size_y_id = 1) in;
 // Takes long enough to be overtaken by whoever does not wait for it.
-layout(set = 0, binding = 0, r16f) writeonly uniform image2D target;
+layout(set = 0, binding = 7, r16f) writeonly uniform image2D target;
 layout(set = 1, binding = 0, std140) uniform Block {
   float rounds, value;
 };

@@ -1,7 +1,7 @@
 #version 450
 layout(local_size_x_id = 0, local_size_y_id = 1) in;
-// A block as large as inline bytes can be.
-layout(set = 0, binding = 3, r16f) writeonly uniform image2D target;
+// A block as large as it can be.
+layout(set = 0, binding = 7, r16f) writeonly uniform image2D target;
 layout(set = 1, binding = 0, std140) uniform Block {
   vec4 numbers[256];
 };

@@ -3,8 +3,6 @@
 #include <memory>
 #include <utility>
 
-#include "gpu/recording/RecordingPipeline.h"
-
 namespace veloria::gpu::recording {
 
 RecordingDevice::RecordingDevice(std::set<std::string> functions) : functions_(std::move(functions)) {}
@@ -18,8 +16,8 @@ void RecordingDevice::refuseIf(bool failure, const char* what) const {
   if (failure) throw DeviceError(std::string(what) + " fails because the test wants it to");
 }
 
-void RecordingDevice::committed(RecordingCommandBuffer& buffer) {
-  inFlight_.push_back(&buffer);
+void RecordingDevice::committed(RecordingFrame& frame) {
+  inFlight_.push_back(&frame);
   if (lost_) {
     completeAll();
     throw DeviceLostError("commit: the device was lost");
@@ -29,11 +27,11 @@ void RecordingDevice::committed(RecordingCommandBuffer& buffer) {
 
 bool RecordingDevice::completeNext() {
   if (inFlight_.empty()) return false;
-  RecordingCommandBuffer* buffer = inFlight_.front();
+  RecordingFrame* frame = inFlight_.front();
   inFlight_.pop_front();
   Completion completion = completion_;
   completion.failed = completion.failed || lost_;
-  buffer->complete(completion);
+  frame->complete(completion);
   return true;
 }
 
@@ -47,12 +45,12 @@ void RecordingDevice::lose() {
   completeAll();
 }
 
-std::unique_ptr<Library> RecordingDevice::doMakeLibrary(std::span<const std::byte> bytes) {
+std::unique_ptr<Library> RecordingDevice::makeLibrary(std::span<const std::byte> bytes) {
   if (bytes.empty()) throw DeviceError("makeLibrary: no bytes");
   return std::make_unique<RecordingLibrary>(functions_);
 }
 
-std::unique_ptr<CommandQueue> RecordingDevice::doMakeCommandQueue() {
+std::unique_ptr<FrameQueue> RecordingDevice::makeFrameQueue() {
   return std::make_unique<RecordingQueue>(*this);
 }
 
@@ -62,32 +60,19 @@ std::shared_ptr<Texture> RecordingDevice::doMakeTexture(const TextureDescriptor&
   Call call;
   call.kind = CallKind::makeTexture;
   call.label = descriptor.label;
-  call.threads = descriptor.size;
-  call.format = descriptor.format;
+  call.size = descriptor.size;
   call.target = texture.get();
   log_.add(std::move(call));
   return texture;
 }
 
-std::unique_ptr<ComputePipeline> RecordingDevice::doMakeComputePipeline(const Library&, const std::string& function) {
+std::unique_ptr<Pipeline> RecordingDevice::doMakePipeline(const Library&, const PipelineDescriptor& descriptor) {
+  refuseIf(failures_.makePipeline, "makePipeline");
   Call call;
-  call.kind = CallKind::makeComputePipeline;
-  call.function = function;
+  call.kind = CallKind::makePipeline;
+  call.function = descriptor.function;
   log_.add(std::move(call));
-  return std::make_unique<RecordingComputePipeline>(function);
-}
-
-std::unique_ptr<RenderPipeline> RecordingDevice::doMakeRenderPipeline(const Library&,
-                                                                      const RenderPipelineDescriptor& descriptor) {
-  refuseIf(failures_.makeRenderPipeline, "makeRenderPipeline");
-  Call call;
-  call.kind = CallKind::makeRenderPipeline;
-  call.label = descriptor.label;
-  call.function = descriptor.fragmentFunction;
-  call.vertexFunction = descriptor.vertexFunction;
-  call.format = descriptor.format;
-  log_.add(std::move(call));
-  return std::make_unique<RecordingRenderPipeline>(descriptor);
+  return std::make_unique<RecordingPipeline>(descriptor);
 }
 
 }  // namespace veloria::gpu::recording

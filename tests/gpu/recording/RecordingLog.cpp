@@ -6,12 +6,6 @@
 
 namespace veloria::gpu::recording {
 
-const Texture* Call::texture(std::uint32_t index) const {
-  const auto found =
-      std::find_if(textures.begin(), textures.end(), [&](const BoundTexture& bound) { return bound.index == index; });
-  return found == textures.end() ? nullptr : found->texture;
-}
-
 void Call::requireByteCount(std::size_t count) const {
   if (bytes.size() == count) return;
   throw std::length_error(function + " was given " + std::to_string(bytes.size()) + " bytes, not " +
@@ -33,7 +27,7 @@ std::size_t RecordingLog::count(CallKind kind) const {
 std::vector<std::string> RecordingLog::functions() const {
   std::vector<std::string> functions;
   for (const Call& call : calls_) {
-    if (call.kind == CallKind::dispatch || call.kind == CallKind::draw) functions.push_back(call.function);
+    if (call.kind == CallKind::run) functions.push_back(call.function);
   }
   return functions;
 }

@@ -1,6 +1,7 @@
 #version 450
 layout(local_size_x_id = 0, local_size_y_id = 1) in;
-layout(set = 0, binding = 0, rgba16f) writeonly uniform image2D target;
+layout(set = 0, binding = 4, rgba16f) readonly uniform image2D source;
+layout(set = 0, binding = 7, rgba16f) writeonly uniform image2D target;
 layout(set = 1, binding = 0, std140) uniform Block {
   float red, green, blue, alpha;
 };
@@ -8,5 +9,5 @@ layout(set = 1, binding = 0, std140) uniform Block {
 void main() {
   const ivec2 at = ivec2(gl_GlobalInvocationID.xy);
   if (any(greaterThanEqual(at, imageSize(target)))) return;
-  imageStore(target, at, vec4(red, green, blue, alpha));
+  imageStore(target, at, imageLoad(source, at) + vec4(red, green, blue, alpha));
 }

@@ -10,11 +10,6 @@ namespace veloria::gpu::recording {
 RecordingTexture::RecordingTexture(RecordingDevice& device, TextureDescriptor descriptor)
     : Texture(std::move(descriptor)), device_(device), bytes_(byteCount()) {}
 
-void RecordingTexture::clear() {
-  std::fill(bytes_.begin(), bytes_.end(), std::byte{0});
-  state_ = State::known;
-}
-
 void RecordingTexture::doWrite(std::span<const std::byte> rows) {
   Call call;
   call.kind = CallKind::writeTexture;

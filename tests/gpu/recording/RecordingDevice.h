@@ -5,11 +5,11 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "gpu/Device.h"
-#include "gpu/recording/RecordingCommandBuffer.h"
+#include "gpu/recording/RecordingFrame.h"
 #include "gpu/recording/RecordingLog.h"
-#include "gpu/recording/RecordingQueue.h"
 #include "gpu/recording/RecordingSurface.h"
 #include "gpu/recording/RecordingTexture.h"
 
@@ -25,9 +25,23 @@ class RecordingError : public std::logic_error {
 
 /// What the device refuses while a switch is on.
 struct Failures {
-  bool commandBuffer = false;       ///< nullptr
-  bool makeTexture = false;         ///< DeviceError
-  bool makeRenderPipeline = false;  ///< DeviceError
+  bool frame = false;         ///< nullptr
+  bool makeTexture = false;   ///< DeviceError
+  bool makePipeline = false;  ///< DeviceError
+};
+
+class RecordingLibrary final : public Library {
+ public:
+  explicit RecordingLibrary(std::set<std::string> functions) : functions_(std::move(functions)) {}
+  bool contains(const std::string& function) const override { return functions_.contains(function); }
+
+ private:
+  std::set<std::string> functions_;
+};
+
+class RecordingPipeline final : public Pipeline {
+ public:
+  explicit RecordingPipeline(const PipelineDescriptor& descriptor) : Pipeline(descriptor) {}
 };
 
 class RecordingDevice final : public Device {
@@ -39,16 +53,18 @@ class RecordingDevice final : public Device {
   std::string name() const override { return "recording"; }
   bool lost() const override { return lost_; }
   void waitIdle() override { completeAll(); }
+  std::unique_ptr<Library> makeLibrary(std::span<const std::byte> bytes) override;
+  std::unique_ptr<FrameQueue> makeFrameQueue() override;
 
   RecordingLog& log() { return log_; }
   Failures& failures() { return failures_; }
 
-  /// Buffers complete as soon as they are committed (the default), or when completeNext() or something that waits says
+  /// Frames complete as soon as they are committed (the default), or when completeNext() or something that waits says
   /// so. Handlers are called on this thread.
   void setCompletesAtOnce(bool on) { completesAtOnce_ = on; }
   /// What handlers get.
   void setCompletion(const Completion& completion) { completion_ = completion; }
-  /// Completes the oldest buffer in flight; false when there is none.
+  /// Completes the oldest frame in flight; false when there is none.
   bool completeNext();
   void completeAll();
   std::size_t inFlight() const { return inFlight_.size(); }
@@ -57,24 +73,20 @@ class RecordingDevice final : public Device {
   void lose();
 
   /// For the parts of this back end.
-  std::uint64_t nextBufferNumber() { return ++bufferNumber_; }
-  void committed(RecordingCommandBuffer& buffer);
+  std::uint64_t nextFrameNumber() { return ++frameNumber_; }
+  void committed(RecordingFrame& frame);
 
  private:
-  std::unique_ptr<Library> doMakeLibrary(std::span<const std::byte> bytes) override;
-  std::unique_ptr<CommandQueue> doMakeCommandQueue() override;
   std::shared_ptr<Texture> doMakeTexture(const TextureDescriptor& descriptor) override;
-  std::unique_ptr<ComputePipeline> doMakeComputePipeline(const Library& library, const std::string& function) override;
-  std::unique_ptr<RenderPipeline> doMakeRenderPipeline(const Library& library,
-                                                       const RenderPipelineDescriptor& descriptor) override;
+  std::unique_ptr<Pipeline> doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) override;
   void refuseIf(bool failure, const char* what) const;
 
   std::set<std::string> functions_;
   RecordingLog log_;
   Failures failures_;
   Completion completion_;
-  std::deque<RecordingCommandBuffer*> inFlight_;
-  std::uint64_t bufferNumber_ = 0;
+  std::deque<RecordingFrame*> inFlight_;
+  std::uint64_t frameNumber_ = 0;
   bool completesAtOnce_ = true;
   bool lost_ = false;
 };

@@ -15,7 +15,6 @@ class RecordingTexture final : public Texture {
   RecordingTexture(RecordingDevice& device, TextureDescriptor descriptor);
 
   bool belongsTo(const RecordingDevice& device) const { return &device_ == &device; }
-  void clear();
   void writtenByFunction() { state_ = State::unknown; }
 
  private:
