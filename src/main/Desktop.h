@@ -4,14 +4,14 @@
 #include <memory>
 #include <string>
 
-#include "app/OverlayPanel.h"
 #include "base/Environment.h"
-#include "base/Timer.h"
 #include "gpu/Device.h"
-#include "platform/linux/screens/DescriptorWatcher.h"
-#include "render/BarCaptureStream.h"
-#include "render/PointerSource.h"
-#include "render/ScreenProvider.h"
+#include "ports/BarCaptureStream.h"
+#include "ports/DescriptorWatcher.h"
+#include "ports/OverlayPanel.h"
+#include "ports/PointerSource.h"
+#include "ports/ScreenProvider.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

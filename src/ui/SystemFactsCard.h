@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "system/SystemPort.h"
+#include "ports/SystemPort.h"
 #include "ui/Card.h"
 #include "ui/ReadoutTicker.h"
 

@@ -6,7 +6,7 @@
 
 #include "base/Environment.h"
 #include "platform/linux/activity/PowerSupplies.h"
-#include "sources/ActivityWatcher.h"
+#include "ports/ActivityNotification.h"
 
 namespace veloria {
 
@@ -25,7 +25,7 @@ namespace veloria {
 /// but the destructor, should a bus have accepted a connection and not answered (half a minute at most).
 class LinuxActivity {
  public:
-  using Notification = ActivityWatcher::Notification;
+  using Notification = ActivityNotification;
 
   struct Options {
     /// Read while constructing: DBUS_SYSTEM_BUS_ADDRESS, DBUS_SESSION_BUS_ADDRESS, XDG_RUNTIME_DIR, XDG_SESSION_ID.

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "base/Result.h"
-#include "render/DesktopPicture.h"
+#include "ports/DesktopPicture.h"
 
 namespace veloria {
 

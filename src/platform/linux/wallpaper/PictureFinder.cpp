@@ -21,7 +21,7 @@
 #include "platform/linux/wallpaper/SwwwQuery.h"
 #include "platform/linux/wallpaper/XfceSettings.h"
 #include "platform/posix/process/CommandOutput.h"
-#include "render/DesktopPicture.h"
+#include "ports/DesktopPicture.h"
 
 namespace veloria {
 

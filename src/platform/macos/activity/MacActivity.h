@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "sources/ActivityWatcher.h"
+#include "ports/ActivityNotification.h"
 
 namespace veloria {
 
@@ -11,7 +11,7 @@ namespace veloria {
 /// power sources say it. Full-screen spaces: FullScreenSpace.h. Nothing ever delays or prevents sleep. Main thread.
 class MacActivity {
  public:
-  using Notification = ActivityWatcher::Notification;
+  using Notification = ActivityNotification;
 
   MacActivity();
   ~MacActivity();
