@@ -5,9 +5,7 @@
 
 #include "main/Command.h"
 #include "main/Commands.h"
-#ifdef __linux__
-#include "platform/linux/wallpaper/DecoderProcess.h"
-#endif
+#include "main/Platform.h"
 
 namespace {
 
@@ -54,9 +52,7 @@ void printHelp() {
 }  // namespace
 
 int main(int argc, char** argv) {
-#ifdef __linux__
-  runAsDecoder(argc, argv);
-#endif
+  runAsHelper(argc, argv);
   QCoreApplication::setApplicationName("veloria");
   if (argc <= 1) return runCommand("veloria", [&] { return runApplication(argc, argv); });
 

@@ -7,10 +7,10 @@ namespace veloria {
 /// The commands. Each takes its own arguments, without its name, and returns the exit code. Errors are thrown; see
 /// runCommand().
 
-int runRender(const QStringList& arguments);       ///< draws frames without a display
-int runBench(const QStringList& arguments);        ///< measures
-int runCheck(const QStringList& arguments);        ///< checks a scene script
-int runStatus(const QStringList& arguments);       ///< asks the running band
+int runRender(const QStringList& arguments);   ///< draws frames without a display
+int runBench(const QStringList& arguments);    ///< measures
+int runCheck(const QStringList& arguments);    ///< checks a scene script
+int runStatus(const QStringList& arguments);   ///< asks the running band
 int runDevices(const QStringList& arguments);  ///< lists the GPUs
 
 /// The band itself. Makes the application object of the event loop, so there must be none yet.
