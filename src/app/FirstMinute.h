@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "app/Notifier.h"
+#include "ports/Notifier.h"
 #include "settings/SettingsStore.h"
 
 namespace veloria {

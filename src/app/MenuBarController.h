@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "app/MenuModel.h"
-#include "app/SettingsPresenter.h"
-#include "app/StatusItem.h"
+#include "ports/SettingsPresenter.h"
+#include "ports/StatusItem.h"
 #include "settings/SettingsEditor.h"
 
 namespace veloria {

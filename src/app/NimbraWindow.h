@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
-#include "app/OverlayPanel.h"
+#include "ports/OverlayPanel.h"
+#include "ports/ScreenProvider.h"
 #include "render/NimbraRenderer.h"
-#include "render/ScreenProvider.h"
 #include "render/StripGeometry.h"
 #include "settings/NimbraConfig.h"
 

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "agent/StateMembers.h"
+#include "base/Color.h"
 #include "base/ExitCode.h"
-#include "base/HexColor.h"
 #include "base/PlainNumber.h"
 #include "base/PlainText.h"
 

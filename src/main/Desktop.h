@@ -2,54 +2,53 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
-#include "app/OverlayPanel.h"
-#include "base/Environment.h"
-#include "base/Timer.h"
 #include "gpu/Device.h"
-#include "platform/linux/screens/DescriptorWatcher.h"
-#include "render/BarCaptureStream.h"
-#include "render/PointerSource.h"
-#include "render/ScreenProvider.h"
+#include "ports/BarCaptureStream.h"
+#include "ports/OverlayPanel.h"
+#include "ports/PointerSource.h"
+#include "ports/ScreenProvider.h"
 
 namespace veloria {
 
-/// The display server in use: screens, windows, and a GPU that can draw into them. Main thread.
+/// The display server in use: screens, windows, and a GPU that can draw into them. What a display server never tells
+/// needs no override. Main thread.
 class Desktop {
  public:
   virtual ~Desktop() = default;
   Desktop(const Desktop&) = delete;
   Desktop& operator=(const Desktop&) = delete;
 
-  /// "x11" or "wayland".
+  /// "x11", "wayland" or "macos".
   virtual const char* name() const = 0;
   virtual ScreenProvider& screens() = 0;
+  /// The screen that the settings window tells about; nothing when there is none.
+  virtual std::optional<Screen> mainScreen() {
+    const auto all = screens().screens();
+    return all.empty() ? std::nullopt : std::optional(all.front());
+  }
   virtual OverlayPanelFactory& panels() = 0;
   /// The device that panels which are made from now on draw with. Throws as veloria::makeDevice().
   virtual std::unique_ptr<gpu::Device> makeDevice() = 0;
   /// Null where nothing can be captured without our own windows; captureProblem() then says why.
   virtual BarCaptureStream* captureStream() = 0;
-  virtual std::string captureProblem() const = 0;
+  virtual std::string captureProblem() const { return {}; }
   /// Called when a capture that failed may work now.
-  virtual void setCaptureChanceHandler(std::function<void()> handler) = 0;
+  virtual void setCaptureChanceHandler(std::function<void()>) {}
   virtual PointerSource pointerSource() = 0;
   /// Whether a full-screen window is in front on the first screen.
   virtual bool isFullScreen() = 0;
   /// Whether the displays are switched off, as far as the display server tells.
-  virtual bool displaysOff() = 0;
+  virtual bool displaysOff() { return false; }
   /// Whether what is translucent is shown so. A plain read of what is known.
-  virtual bool showsTranslucency() const = 0;
+  virtual bool showsTranslucency() const { return true; }
   /// Called once, with a sentence for a person, when the display server is gone.
-  virtual void setBrokenHandler(std::function<void(const std::string&)> handler) = 0;
+  virtual void setBrokenHandler(std::function<void(const std::string&)>) {}
 
  protected:
   Desktop() = default;
 };
-
-/// Opens the desktop that chooseDesktop() says. `timers` must outlive it. Throws WorkError where there is none, and
-/// std::runtime_error for one that can't be used.
-std::unique_ptr<Desktop> openDesktop(const Environment& environment, const DescriptorWatcher& watch,
-                                     TimerFactory& timers);
 
 }  // namespace veloria

@@ -7,10 +7,10 @@
 
 #include "base/Environment.h"
 #include "platform/qt/http/QtHttpFetcher.h"
-#include "render/DesktopPicture.h"
-#include "render/ScreenProvider.h"
+#include "ports/AudioTap.h"
+#include "ports/DesktopPicture.h"
+#include "ports/ScreenProvider.h"
 #include "scene/SceneDriver.h"
-#include "sources/AudioTap.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "app/SettingsPresenter.h"
+#include "ports/SettingsPresenter.h"
 #include "settings/SettingsEditor.h"
 #include "system/LoginItem.h"
 #include "ui/cards/CommandLineCard.h"

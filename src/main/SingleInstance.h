@@ -6,9 +6,9 @@
 
 #include "app/RemoteControl.h"
 #include "base/Environment.h"
-#include "base/Timer.h"
 #include "platform/posix/socket/InstanceLock.h"
 #include "platform/posix/socket/LocalServer.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/AppStatus.h"
-#include "render/ScreenProvider.h"
+#include "ports/ScreenProvider.h"
 #include "ui/cards/Readouts.h"
 
 namespace veloria {

@@ -4,8 +4,8 @@
 #include <mutex>
 
 #include "base/Environment.h"
-#include "base/Timer.h"
 #include "platform/posix/process/PosixCommandLine.h"
+#include "ports/Timer.h"
 #include "system/CommandLineTool.h"
 #include "system/LoginItem.h"
 #include "system/SystemState.h"

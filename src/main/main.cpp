@@ -5,6 +5,7 @@
 
 #include "main/Command.h"
 #include "main/Commands.h"
+#include "main/Platform.h"
 
 namespace {
 
@@ -51,7 +52,7 @@ void printHelp() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  runHelper(argc, argv);
+  runAsHelper(argc, argv);
   QCoreApplication::setApplicationName("veloria");
   if (argc <= 1) return runCommand("veloria", [&] { return runApplication(argc, argv); });
 

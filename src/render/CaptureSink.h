@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "gpu/Device.h"
-#include "render/BarCaptureStream.h"
+#include "ports/BarCaptureStream.h"
 #include "render/TextureBox.h"
 
 namespace veloria {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "gpu/Device.h"
-#include "render/BarCaptureStream.h"
+#include "ports/BarCaptureStream.h"
 #include "render/CaptureSink.h"
 
 namespace veloria {

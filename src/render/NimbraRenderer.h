@@ -7,8 +7,8 @@
 
 #include "base/MediaClock.h"
 #include "gpu/Device.h"
+#include "ports/FrameTarget.h"
 #include "render/FluidSim.h"
-#include "render/FrameTarget.h"
 #include "render/MotionPhases.h"
 #include "render/RenderStats.h"
 #include "render/StripGeometry.h"

@@ -7,7 +7,7 @@
 
 #include "gpu/Device.h"
 #include "gpu/Surface.h"
-#include "render/FrameTarget.h"
+#include "ports/FrameTarget.h"
 
 namespace veloria {
 

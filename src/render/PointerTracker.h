@@ -7,8 +7,8 @@
 
 #include "base/Geometry.h"
 #include "base/MediaClock.h"
-#include "base/Timer.h"
-#include "render/PointerSource.h"
+#include "ports/PointerSource.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "base/Geometry.h"
-#include "render/ScreenProvider.h"
+#include "ports/ScreenProvider.h"
 #include "render/StripGeometry.h"
 #include "settings/NimbraConfig.h"
 

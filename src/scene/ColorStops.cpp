@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "base/HexColor.h"
+#include "base/Color.h"
 
 namespace veloria {
 

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "base/MediaClock.h"
-#include "base/Timer.h"
+#include "ports/Timer.h"
 #include "scene/AgentSource.h"
 #include "scene/DriveChannels.h"
 #include "scene/NimbraScript.h"

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <array>
 #include <string>
 #include <vector>
 
-namespace veloria {
+#include "base/Color.h"
 
-/// A colour stop: red, green, blue, each 0 to 1, as encoded (sRGB) values.
-using ColorStop = std::array<float, 3>;
+namespace veloria {
 
 /// A colour gradient, identified by its name. A palette that is drawn has at least four stops; the first four count,
 /// from the first to the last colour of the gradient. Anything from outside is checked where it is decoded.

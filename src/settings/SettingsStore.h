@@ -7,8 +7,8 @@
 
 #include "base/Environment.h"
 #include "base/Observable.h"
+#include "ports/SettingsStorage.h"
 #include "settings/NimbraConfig.h"
-#include "settings/SettingsStorage.h"
 
 namespace veloria {
 

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "settings/SettingsStorage.h"
+#include "ports/SettingsStorage.h"
 
 namespace veloria {
 

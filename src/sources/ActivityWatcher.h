@@ -4,7 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "base/Timer.h"
+#include "ports/ActivityNotification.h"
+#include "ports/Timer.h"
 #include "settings/NimbraConfig.h"
 
 namespace veloria {
@@ -17,15 +18,7 @@ class ActivityWatcher {
   static constexpr double pollSeconds = 1;
   static constexpr double pollTolerance = 0.5;
 
-  /// What the system tells; each may come at any time, any number of times and in any order.
-  enum class Notification {
-    screensDidSleep,
-    screensDidWake,
-    willSleep,
-    didWake,
-    sessionDidResignActive,
-    sessionDidBecomeActive,
-  };
+  using Notification = ActivityNotification;
 
   /// Everything must outlive the watcher. The probes are plain reads of something known: they run each second.
   struct Ports {

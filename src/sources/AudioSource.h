@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
+#include "ports/AudioTap.h"
 #include "sources/AudioAnalysis.h"
 #include "sources/AudioBands.h"
-#include "sources/AudioTap.h"
 
 namespace veloria {
 

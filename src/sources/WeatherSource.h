@@ -6,7 +6,7 @@
 
 #include "base/MediaClock.h"
 #include "base/Result.h"
-#include "sources/HttpFetcher.h"
+#include "ports/HttpFetcher.h"
 #include "sources/WeatherReadings.h"
 
 namespace veloria {

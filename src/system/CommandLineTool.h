@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/Environment.h"
-#include "system/CommandLinePort.h"
+#include "ports/CommandLinePort.h"
 
 namespace veloria {
 

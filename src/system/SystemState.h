@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "base/Observable.h"
-#include "base/Timer.h"
-#include "system/SystemPort.h"
+#include "ports/SystemPort.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "base/Timer.h"
-#include "render/ScreenProvider.h"
-#include "settings/SettingsStorage.h"
+#include "ports/ScreenProvider.h"
+#include "ports/SettingsStorage.h"
+#include "ports/Timer.h"
 
 namespace veloria::tests {
 

@@ -1,8 +1,8 @@
 #include <atomic>
 
+#include "AllocationCount.h"
 #include "GpuTest.h"
 #include "gpu/vulkan/VulkanFactory.h"
-#include "main/AllocationCount.h"
 
 namespace veloria::gpu::test {
 

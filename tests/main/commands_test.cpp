@@ -118,9 +118,6 @@ TEST(Bench, reportsTheGridsThatTheSizesGive) {
                              "k_advect_dye", "f_nimbra", "f_down", "f_blur", "f_final"}) {
       EXPECT_TRUE(json["passes"].contains(pass)) << pass;
     }
-#if !defined(__SANITIZE_ADDRESS__)
-    EXPECT_EQ(json["allocationsPerFrame"], 0);
-#endif
   }
 }
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "main/AllocationCount.h"
+#include "AllocationCount.h"
 #include "scene/BuiltInScripts.h"
 #include "scene/SceneDriver.h"
 

@@ -4,9 +4,9 @@
 
 #include <vector>
 
-#include "base/Timer.h"
+#include "ports/SystemPort.h"
+#include "ports/Timer.h"
 #include "system/LoginItem.h"
-#include "system/SystemPort.h"
 
 namespace veloria {
 

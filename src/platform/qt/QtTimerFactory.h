@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Timer.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -23,7 +23,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::PrivateBus;
-using enum ActivityWatcher::Notification;
+using enum ActivityNotification;
 
 constexpr double bound = 20;
 constexpr double retrySeconds = 0.05;

@@ -4,7 +4,7 @@
 
 namespace veloria {
 
-using Notification = ActivityWatcher::Notification;
+using Notification = ActivityNotification;
 
 std::optional<Notification> ActivityFacts::setSystemSleeping(bool sleeping) {
   if (std::exchange(systemSleeping_, sleeping) == sleeping) return std::nullopt;

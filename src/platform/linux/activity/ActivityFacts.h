@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "sources/ActivityWatcher.h"
+#include "ports/ActivityNotification.h"
 
 namespace veloria {
 
@@ -12,7 +12,7 @@ namespace veloria {
 /// holds asleep. At the start everything is awake and active.
 class ActivityFacts {
  public:
-  using Notification = ActivityWatcher::Notification;
+  using Notification = ActivityNotification;
 
   /// The whole system is about to sleep, or has woken.
   std::optional<Notification> setSystemSleeping(bool sleeping);

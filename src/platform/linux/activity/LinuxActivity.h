@@ -6,7 +6,7 @@
 
 #include "base/Environment.h"
 #include "platform/linux/activity/PowerSupplies.h"
-#include "sources/ActivityWatcher.h"
+#include "ports/SystemActivity.h"
 
 namespace veloria {
 
@@ -23,9 +23,9 @@ namespace veloria {
 ///
 /// Main thread, with a QCoreApplication that outlives it. Everything is asked on a thread of its own, so nothing waits
 /// but the destructor, should a bus have accepted a connection and not answered (half a minute at most).
-class LinuxActivity {
+class LinuxActivity final : public SystemActivity {
  public:
-  using Notification = ActivityWatcher::Notification;
+  using Notification = ActivityNotification;
 
   struct Options {
     /// Read while constructing: DBUS_SYSTEM_BUS_ADDRESS, DBUS_SESSION_BUS_ADDRESS, XDG_RUNTIME_DIR, XDG_SESSION_ID.
@@ -36,20 +36,18 @@ class LinuxActivity {
   };
 
   explicit LinuxActivity(const Options& options);
-  ~LinuxActivity();
-  LinuxActivity(const LinuxActivity&) = delete;
-  LinuxActivity& operator=(const LinuxActivity&) = delete;
+  ~LinuxActivity() override;
 
   /// `handler` gets every change from now on, and at once what is already not as at the start of a watcher. It must not
   /// destroy this object.
-  void setHandler(std::function<void(Notification)> handler);
+  void setHandler(std::function<void(Notification)> handler) override;
 
   /// What the display server says of the displays' power; nothing but a change counts.
-  void setDisplaysOff(bool off);
+  void setDisplaysOff(bool off) override;
 
   /// What was last known; doesn't wait. Without UPower the supplies are looked at again because of this call, so it
   /// follows them when it is asked regularly.
-  bool isOnBattery();
+  bool isOnBattery() override;
 
  private:
   class Parts;

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "settings/SettingsStorage.h"
+#include "ports/SettingsStorage.h"
 
 namespace veloria {
 

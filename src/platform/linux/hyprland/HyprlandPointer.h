@@ -8,7 +8,7 @@
 
 #include "base/Geometry.h"
 #include "base/MediaClock.h"
-#include "render/PointerSource.h"
+#include "ports/PointerSource.h"
 
 namespace veloria {
 

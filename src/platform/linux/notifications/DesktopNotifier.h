@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "app/Notifier.h"
+#include "ports/Notifier.h"
 
 namespace veloria {
 

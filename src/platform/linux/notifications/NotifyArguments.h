@@ -4,7 +4,7 @@
 #include <QStringList>
 #include <QVariantList>
 
-#include "app/Notifier.h"
+#include "ports/Notifier.h"
 
 namespace veloria {
 

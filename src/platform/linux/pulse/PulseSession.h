@@ -11,7 +11,7 @@
 
 #include "PulseHandles.h"
 #include "platform/linux/pulse/Monitor.h"
-#include "sources/AudioTap.h"
+#include "ports/AudioTap.h"
 
 namespace veloria {
 

@@ -9,7 +9,7 @@
 
 #include "base/Geometry.h"
 #include "platform/linux/screens/ScreenSpace.h"
-#include "render/ScreenProvider.h"
+#include "ports/ScreenProvider.h"
 
 namespace veloria {
 

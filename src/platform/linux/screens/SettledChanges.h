@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "base/Timer.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "base/Environment.h"
-#include "system/LoginItem.h"
+#include "ports/LoginItemPort.h"
 
 namespace veloria {
 

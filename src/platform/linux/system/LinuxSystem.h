@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "base/Environment.h"
-#include "system/SystemPort.h"
+#include "ports/SystemPort.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "system/SystemPort.h"
+#include "ports/SystemPort.h"
 
 namespace veloria {
 

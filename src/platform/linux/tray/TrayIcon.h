@@ -4,8 +4,8 @@
 #include <memory>
 #include <string_view>
 
-#include "app/StatusItem.h"
 #include "base/Log.h"
+#include "ports/StatusItem.h"
 
 namespace veloria {
 

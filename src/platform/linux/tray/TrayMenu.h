@@ -5,7 +5,7 @@
 #include <functional>
 #include <map>
 
-#include "app/MenuModel.h"
+#include "ports/Menu.h"
 
 namespace veloria {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "base/Environment.h"
-#include "render/DesktopPicture.h"
+#include "ports/DesktopPicture.h"
 
 namespace veloria {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "base/Result.h"
-#include "render/DesktopPicture.h"
+#include "ports/DesktopPicture.h"
 
 namespace veloria {
 

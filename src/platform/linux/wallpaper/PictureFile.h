@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "base/Result.h"
-#include "render/DesktopPicture.h"
+#include "ports/DesktopPicture.h"
 
 namespace veloria {
 

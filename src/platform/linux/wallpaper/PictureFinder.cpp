@@ -18,7 +18,7 @@
 #include "platform/linux/wallpaper/PictureSettings.h"
 #include "platform/posix/files/UserFolders.h"
 #include "platform/posix/process/CommandOutput.h"
-#include "render/DesktopPicture.h"
+#include "ports/DesktopPicture.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "render/DesktopPicture.h"
+#include "ports/DesktopPicture.h"
 
 namespace veloria {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/Timer.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

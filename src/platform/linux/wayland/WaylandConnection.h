@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "base/Timer.h"
-#include "platform/linux/screens/DescriptorWatcher.h"
 #include "platform/linux/wayland/WaylandOutput.h"
 #include "platform/linux/wayland/WaylandPtr.h"
+#include "ports/DescriptorWatcher.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -3,7 +3,6 @@
 #include <functional>
 #include <memory>
 
-#include "app/OverlayPanel.h"
 #include "gpu/Surface.h"
 #include "platform/linux/screens/AttemptBudget.h"
 #include "platform/linux/wayland/FramePacing.h"
@@ -11,6 +10,7 @@
 #include "platform/linux/wayland/WallpaperPrograms.h"
 #include "platform/linux/wayland/WaylandConnection.h"
 #include "platform/linux/wayland/WaylandScreenProvider.h"
+#include "ports/OverlayPanel.h"
 
 namespace veloria {
 

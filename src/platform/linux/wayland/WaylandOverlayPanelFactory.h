@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/OverlayPanel.h"
 #include "platform/linux/wayland/WallpaperPrograms.h"
 #include "platform/linux/wayland/WaylandOverlayPanel.h"
+#include "ports/OverlayPanel.h"
 
 namespace veloria {
 

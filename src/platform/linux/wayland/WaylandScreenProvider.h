@@ -8,13 +8,13 @@
 #include <utility>
 #include <vector>
 
-#include "base/Timer.h"
 #include "platform/linux/screens/ScreenDescription.h"
 #include "platform/linux/screens/SettledChanges.h"
 #include "platform/linux/wayland/CompositorReplies.h"
 #include "platform/linux/wayland/LayerSurface.h"
 #include "platform/linux/wayland/WaylandConnection.h"
-#include "render/ScreenProvider.h"
+#include "ports/ScreenProvider.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -11,10 +11,10 @@
 #include <string_view>
 #include <vector>
 
-#include "base/Timer.h"
-#include "platform/linux/screens/DescriptorWatcher.h"
 #include "platform/linux/x11/X11Atoms.h"
 #include "platform/linux/x11/X11Client.h"
+#include "ports/DescriptorWatcher.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -4,11 +4,11 @@
 #include <memory>
 #include <optional>
 
-#include "app/OverlayPanel.h"
 #include "gpu/Surface.h"
 #include "platform/linux/screens/AttemptBudget.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11ScreenProvider.h"
+#include "ports/OverlayPanel.h"
 
 namespace veloria {
 

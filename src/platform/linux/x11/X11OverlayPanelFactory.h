@@ -1,9 +1,9 @@
 #pragma once
 
-#include "app/OverlayPanel.h"
 #include "platform/linux/x11/PanelVisibility.h"
 #include "platform/linux/x11/X11Docks.h"
 #include "platform/linux/x11/X11OverlayPanel.h"
+#include "ports/OverlayPanel.h"
 
 namespace veloria {
 

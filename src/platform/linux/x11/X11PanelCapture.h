@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "base/MediaClock.h"
-#include "base/Timer.h"
 #include "platform/linux/screens/AttemptBudget.h"
 #include "platform/linux/x11/PanelPicture.h"
 #include "platform/linux/x11/X11ImageReader.h"
 #include "platform/linux/x11/X11PanelProbe.h"
 #include "platform/linux/x11/X11ScreenProvider.h"
-#include "render/BarCaptureStream.h"
+#include "ports/BarCaptureStream.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/linux/x11/X11ScreenProvider.h"
-#include "render/PointerSource.h"
+#include "ports/PointerSource.h"
 
 namespace veloria {
 

@@ -3,11 +3,11 @@
 #include <memory>
 #include <vector>
 
-#include "base/Timer.h"
 #include "platform/linux/screens/ScreenDescription.h"
 #include "platform/linux/screens/SettledChanges.h"
 #include "platform/linux/x11/X11Connection.h"
-#include "render/ScreenProvider.h"
+#include "ports/ScreenProvider.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -3,8 +3,8 @@
 #include <optional>
 #include <span>
 
-#include "app/OverlayPanel.h"
 #include "platform/linux/x11/X11Connection.h"
+#include "ports/OverlayPanel.h"
 
 namespace veloria {
 

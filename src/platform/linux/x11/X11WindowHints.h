@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/OverlayPanel.h"
 #include "platform/linux/screens/ScreenSpace.h"
 #include "platform/linux/x11/X11Connection.h"
+#include "ports/OverlayPanel.h"
 
 namespace veloria {
 

@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "render/ScreenProvider.h"
+#include "ports/ScreenProvider.h"
 
 namespace veloria {
 

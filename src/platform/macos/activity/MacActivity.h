@@ -3,26 +3,24 @@
 #include <functional>
 #include <memory>
 
-#include "sources/ActivityWatcher.h"
+#include "ports/SystemActivity.h"
 
 namespace veloria {
 
 /// Tells the activity watcher what happens to this Mac and session, as the workspace's notifications and the list of
 /// power sources say it. Full-screen spaces: FullScreenSpace.h. Nothing ever delays or prevents sleep. Main thread.
-class MacActivity {
+class MacActivity final : public SystemActivity {
  public:
-  using Notification = ActivityWatcher::Notification;
+  using Notification = ActivityNotification;
 
   MacActivity();
-  ~MacActivity();
-  MacActivity(const MacActivity&) = delete;
-  MacActivity& operator=(const MacActivity&) = delete;
+  ~MacActivity() override;
 
   /// `handler` gets every change from now on; it must not destroy this object. An empty one ends that.
-  void setHandler(std::function<void(Notification)> handler);
+  void setHandler(std::function<void(Notification)> handler) override;
 
   /// Reads the list of power sources, which the system keeps ready.
-  bool isOnBattery();
+  bool isOnBattery() override;
 
  private:
   struct Observers;

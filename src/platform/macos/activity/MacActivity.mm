@@ -15,13 +15,13 @@ namespace veloria {
 
 namespace {
 
-using Handler = std::function<void(ActivityWatcher::Notification)>;
+using Handler = std::function<void(ActivityNotification)>;
 
 NSNotificationCenter* workspaceCenter() {
   return [NSWorkspace sharedWorkspace].notificationCenter;
 }
 
-id observe(NSString* name, ActivityWatcher::Notification notification, const std::shared_ptr<Handler>& handler) {
+id observe(NSString* name, ActivityNotification notification, const std::shared_ptr<Handler>& handler) {
   const std::weak_ptr<Handler> told = handler;
   return [workspaceCenter() addObserverForName:name
                                         object:nil

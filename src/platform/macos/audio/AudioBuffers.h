@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "sources/AudioBlock.h"
+#include "ports/AudioBlock.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <mutex>
 #include <string>
 
-#include "sources/AudioTap.h"
+#include "ports/AudioTap.h"
 
 namespace veloria {
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "sources/AudioTap.h"
+#include "ports/AudioTap.h"
 
 namespace veloria {
 

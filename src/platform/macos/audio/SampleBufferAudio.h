@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "sources/AudioBlock.h"
+#include "ports/AudioBlock.h"
 
 namespace veloria {
 

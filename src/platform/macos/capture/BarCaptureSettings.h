@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "gpu/Types.h"
-#include "render/BarCaptureStream.h"
+#include "ports/BarCaptureStream.h"
 
 namespace veloria {
 

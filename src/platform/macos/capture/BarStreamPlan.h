@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/macos/stream/ScreenStream.h"
-#include "render/BarCaptureStream.h"
+#include "ports/BarCaptureStream.h"
 
 namespace veloria {
 

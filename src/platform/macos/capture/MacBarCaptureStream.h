@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "gpu/Device.h"
-#include "render/BarCaptureStream.h"
+#include "ports/BarCaptureStream.h"
 
 namespace veloria {
 

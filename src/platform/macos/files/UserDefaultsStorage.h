@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/SettingsStorage.h"
+#include "ports/SettingsStorage.h"
 
 namespace veloria {
 

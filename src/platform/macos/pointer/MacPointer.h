@@ -1,6 +1,6 @@
 #pragma once
 
-#include "render/PointerSource.h"
+#include "ports/PointerSource.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <optional>
 
-#include "render/ScreenProvider.h"
+#include "ports/ScreenProvider.h"
 
 namespace veloria {
 

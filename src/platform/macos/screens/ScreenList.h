@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "render/ScreenProvider.h"
+#include "ports/ScreenProvider.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "app/SettingsPresenter.h"
+#include "ports/SettingsPresenter.h"
 
 namespace veloria {
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "app/StatusItem.h"
+#include "ports/StatusItem.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "app/MenuModel.h"
+#include "ports/Menu.h"
 
 namespace veloria {
 

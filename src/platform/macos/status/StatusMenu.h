@@ -5,7 +5,7 @@
 #include <functional>
 #include <vector>
 
-#include "app/MenuModel.h"
+#include "ports/Menu.h"
 
 /// Called by the menus' items.
 @interface VeloriaMenuTarget : NSObject

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "system/LoginItem.h"
+#include "ports/LoginItemPort.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "system/SystemPort.h"
+#include "ports/SystemPort.h"
 
 namespace veloria {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "system/SystemPort.h"
+#include "ports/SystemPort.h"
 
 namespace veloria {
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "render/DesktopPicture.h"
+#include "ports/DesktopPicture.h"
 
 namespace veloria {
 

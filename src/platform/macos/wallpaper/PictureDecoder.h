@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/macos/wallpaper/PictureLimits.h"
-#include "render/DesktopPicture.h"
+#include "ports/DesktopPicture.h"
 
 namespace veloria {
 

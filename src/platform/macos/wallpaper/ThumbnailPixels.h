@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "render/DesktopPicture.h"
+#include "ports/DesktopPicture.h"
 
 namespace veloria {
 

@@ -4,11 +4,11 @@
 #include <memory>
 #include <optional>
 
-#include "app/OverlayPanel.h"
 #include "gpu/Surface.h"
 #include "platform/macos/window/MacOverlayPanelFactory.h"
 #include "platform/macos/window/NimbraMetalView.h"
 #include "platform/macos/window/NimbraPanel.h"
+#include "ports/OverlayPanel.h"
 
 /// Hands the view's frames on.
 @interface NimbraViewDelegate : NSObject <MTKViewDelegate>

@@ -4,8 +4,8 @@
 #include <memory>
 #include <optional>
 
-#include "app/OverlayPanel.h"
 #include "gpu/Surface.h"
+#include "ports/OverlayPanel.h"
 
 namespace veloria {
 

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "app/OverlayPanel.h"
+#include "ports/OverlayPanel.h"
 
 namespace veloria {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "system/CommandLinePort.h"
+#include "ports/CommandLinePort.h"
 
 namespace veloria {
 

@@ -9,7 +9,8 @@
 
 #include "base/OwnedDescriptor.h"
 #include "base/Result.h"
-#include "base/Timer.h"
+#include "ports/DescriptorWatcher.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 
@@ -22,7 +23,7 @@ namespace veloria {
 class LocalServer {
  public:
   /// Calls the function whenever the descriptor can be read, until what is returned is let go.
-  using Watch = std::function<std::shared_ptr<void>(int descriptor, std::function<void()> onReadable)>;
+  using Watch = DescriptorWatcher;
 
   struct Ports {
     Watch watch;

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "sources/HttpFetcher.h"
+#include "ports/HttpFetcher.h"
 
 namespace veloria {
 

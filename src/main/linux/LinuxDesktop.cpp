@@ -1,4 +1,4 @@
-#include "main/Desktop.h"
+#include "main/LinuxDesktop.h"
 
 #include <optional>
 #include <stdexcept>

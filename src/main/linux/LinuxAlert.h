@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "app/Notifier.h"
+#include "ports/Notifier.h"
 
 namespace veloria {
 

@@ -1,4 +1,4 @@
-#include "main/AllocationCount.h"
+#include "AllocationCount.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -4,6 +4,8 @@
 #include <string>
 
 #include "main/Desktop.h"
+#include "ports/DescriptorWatcher.h"
+#include "ports/Timer.h"
 
 namespace veloria {
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "base/HexColor.h"
+#include "base/Color.h"
 #include "base/PlainNumber.h"
 #include "base/PlainText.h"
 #include "base/TextLines.h"

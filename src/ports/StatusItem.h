@@ -3,8 +3,8 @@
 #include <functional>
 #include <optional>
 
-#include "app/MenuModel.h"
 #include "base/Geometry.h"
+#include "ports/Menu.h"
 
 namespace veloria {
 

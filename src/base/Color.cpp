@@ -1,4 +1,4 @@
-#include "base/HexColor.h"
+#include "base/Color.h"
 
 #include <charconv>
 

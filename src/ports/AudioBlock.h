@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-#include "sources/AudioFormat.h"
+#include "ports/AudioFormat.h"
 
 namespace veloria {
 

@@ -6,8 +6,8 @@
 
 #include "base/Geometry.h"
 #include "gpu/Types.h"
-#include "render/FrameTarget.h"
-#include "render/ScreenProvider.h"
+#include "ports/FrameTarget.h"
+#include "ports/ScreenProvider.h"
 
 namespace veloria {
 

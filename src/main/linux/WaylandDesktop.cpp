@@ -45,12 +45,10 @@ class WaylandDesktop final : public Desktop {
     return device;
   }
 
-  bool showsTranslucency() const override { return true; }
   BarCaptureStream* captureStream() override { return nullptr; }
   std::string captureProblem() const override {
     return "on Wayland no program can look at the panel without its own light on it";
   }
-  void setCaptureChanceHandler(std::function<void()>) override {}
 
   PointerSource pointerSource() override {
     const auto socket = hyprlandRequestSocket(environment_);

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "sources/AudioBlock.h"
+#include "ports/AudioBlock.h"
 
 namespace veloria {
 

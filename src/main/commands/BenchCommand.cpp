@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "base/MediaClock.h"
-#include "main/AllocationCount.h"
 #include "main/Arguments.h"
 #include "main/Command.h"
 #include "main/Commands.h"
@@ -51,7 +50,6 @@ struct Measurement {
   double gpuMs = 0;
   double cpuMs = 0;
   double fps = 0;
-  double allocationsPerFrame = 0;
   double rssMiB = 0;
   std::map<std::string, double> passes;
 };
@@ -124,21 +122,17 @@ void measureFrames(Bench& bench, Measurement& result) {
     const std::lock_guard guard(lock);
     counting = true;
   }
-  const std::uint64_t allocationsBefore = allocationsOnThisThread();
   const double start = mediaTime();
   for (long i = 0; i < result.frames; ++i) {
     const double cpuBefore = threadCpuSeconds();
     bench.frame();
     cpu.add((threadCpuSeconds() - cpuBefore) * 1000);
   }
-  const std::uint64_t allocationsAfter = allocationsOnThisThread();
   bench.finish();
   result.fps = static_cast<double>(result.frames) / (mediaTime() - start);
   bench.renderer().setFrameObserver(nullptr);
   result.gpuMs = gpu.median();
   result.cpuMs = cpu.median();
-  result.allocationsPerFrame =
-      static_cast<double>(allocationsAfter - allocationsBefore) / static_cast<double>(result.frames);
 }
 
 /// Times of single passes, from frames of their own: to measure them takes time itself.
@@ -166,7 +160,6 @@ void printJson(const Measurement& result) {
   json["gpuMs"] = result.gpuMs;
   json["cpuMs"] = result.cpuMs;
   json["fps"] = result.fps;
-  json["allocationsPerFrame"] = result.allocationsPerFrame;
   json["rssMiB"] = result.rssMiB;
   json["passes"] = nlohmann::ordered_json::object();
   for (const auto& [name, ms] : result.passes) json["passes"][name] = ms;
@@ -180,7 +173,6 @@ void printTable(const Measurement& result) {
   std::printf("GPU          %.3f ms a frame\n", result.gpuMs);
   std::printf("CPU          %.3f ms a frame on our side\n", result.cpuMs);
   std::printf("rate         %.1f frames a second, unpaced\n", result.fps);
-  std::printf("allocations  %.2f a frame\n", result.allocationsPerFrame);
   std::printf("memory       %.1f MiB at most\n", result.rssMiB);
   for (const auto& [name, ms] : result.passes) std::printf("  %-20s %.3f ms\n", name.c_str(), ms);
 }

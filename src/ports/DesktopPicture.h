@@ -3,9 +3,9 @@
 #include <functional>
 #include <vector>
 
+#include "base/Color.h"
 #include "base/Result.h"
-#include "render/ScreenProvider.h"
-#include "settings/Palette.h"
+#include "ports/ScreenProvider.h"
 
 namespace veloria {
 

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "base/Environment.h"
 #include "main/Desktop.h"
 #include "platform/linux/wayland/WaylandConnection.h"
 

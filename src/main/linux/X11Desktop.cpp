@@ -50,7 +50,6 @@ class X11Desktop final : public Desktop {
 
   bool showsTranslucency() const override { return connection_.compositorRunning(); }
   BarCaptureStream* captureStream() override { return &capture_; }
-  std::string captureProblem() const override { return {}; }
   void setCaptureChanceHandler(std::function<void()> handler) override {
     compositorChange_ = connection_.onCompositorChange(std::move(handler));
   }

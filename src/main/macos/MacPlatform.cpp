@@ -1,0 +1,109 @@
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "app/NimbraWindow.h"
+#include "base/Log.h"
+#include "gpu/metal/MetalFactory.h"
+#include "main/DialogNotifier.h"
+#include "main/GpuSetup.h"
+#include "main/Platform.h"
+#include "main/PopoverSettings.h"
+#include "platform/macos/activity/FullScreenSpace.h"
+#include "platform/macos/activity/MacActivity.h"
+#include "platform/macos/audio/MacAudioTap.h"
+#include "platform/macos/capture/MacBarCaptureStream.h"
+#include "platform/macos/files/UserDefaultsStorage.h"
+#include "platform/macos/pointer/MacPointer.h"
+#include "platform/macos/run/MacApplication.h"
+#include "platform/macos/screens/MacScreenProvider.h"
+#include "platform/macos/status/MacStatusItem.h"
+#include "platform/macos/system/BundlePlaces.h"
+#include "platform/macos/system/MacLoginItem.h"
+#include "platform/macos/system/MacSystem.h"
+#include "platform/macos/system/MainBundle.h"
+#include "platform/macos/wallpaper/MacDesktopPicture.h"
+#include "platform/macos/window/MacOverlayPanelFactory.h"
+
+namespace veloria {
+
+namespace {
+
+/// The Mac's screens, overlay windows and menu bar, and the GPU that draws into them.
+class MacDesktop final : public Desktop {
+ public:
+  explicit MacDesktop(const Environment& environment)
+      : panels_([this](void* layer) { return gpu::metal::makeSurface(*device_, layer); },
+                debugWindowLevel(environment("NIMBRA_DEBUG_LEVEL"))),
+        capture_([this] { return device_; }) {}
+
+  const char* name() const override { return "macos"; }
+  ScreenProvider& screens() override { return screens_; }
+  std::optional<Screen> mainScreen() override { return screens_.mainScreen(); }
+  OverlayPanelFactory& panels() override { return panels_; }
+  std::unique_ptr<gpu::Device> makeDevice() override {
+    auto device = veloria::makeDevice({});
+    device_ = device.get();
+    return device;
+  }
+  BarCaptureStream* captureStream() override { return &capture_; }
+  PointerSource pointerSource() override { return macPointerSource(); }
+  bool isFullScreen() override { return isFullScreenSpace(screens_.screens()); }
+
+ private:
+  gpu::Device* device_ = nullptr;
+  MacScreenProvider screens_;
+  MacOverlayPanelFactory panels_;
+  MacBarCaptureStream capture_;
+};
+
+class MacPlatform final : public Platform {
+ public:
+  explicit MacPlatform(const Environment& environment) : environment_(environment) { setSystemLog(writeToSystemLog); }
+
+  std::unique_ptr<SettingsStorage> makeSettingsStorage() override { return std::make_unique<UserDefaultsStorage>(); }
+
+  std::unique_ptr<Desktop> openDesktop(TimerFactory&) override {
+    becomeAccessory();
+    return std::make_unique<MacDesktop>(environment_);
+  }
+
+  std::unique_ptr<DesktopPicture> makeDesktopPicture() override { return std::make_unique<MacDesktopPicture>(); }
+  std::unique_ptr<AudioTap> makeAudioTap() override { return std::make_unique<MacAudioTap>(); }
+  std::unique_ptr<SystemActivity> makeActivity() override { return std::make_unique<MacActivity>(); }
+  std::unique_ptr<Notifier> makeNotifier() override { return std::make_unique<DialogNotifier>(); }
+
+  std::unique_ptr<StatusItem> makeStatusItem() override {
+    auto item = std::make_unique<MacStatusItem>();
+    statusItem_ = item.get();
+    return item;
+  }
+  std::unique_ptr<SettingsPresenter> makePopover(SettingsHost& host) override {
+    content_ = std::make_unique<PopoverSettings>(host);
+    return std::make_unique<SettingsPopover>(*content_, [this] { return statusItem_->anchor(); });
+  }
+
+  std::unique_ptr<SystemPort> makeSystem(Desktop&) override { return std::make_unique<MacSystem>(); }
+  std::unique_ptr<LoginItemPort> makeLoginItem() override { return std::make_unique<MacLoginItem>(); }
+  SystemServices::Ports services() const override { return {.command = bundledCommand(mainBundle())}; }
+  SystemPanes panes() const override { return {.transparency = SystemPane::accessibilityDisplay, .tintsGlass = true}; }
+
+  void alert(Notifier&, const std::string& message, const std::string& informative) override {
+    showCriticalAlert(message, informative);
+  }
+
+ private:
+  Environment environment_;
+  MacStatusItem* statusItem_ = nullptr;
+  std::unique_ptr<PopoverSettings> content_;
+};
+
+}  // namespace
+
+std::unique_ptr<Platform> makePlatform(const Environment& environment) {
+  return std::make_unique<MacPlatform>(environment);
+}
+
+void runAsHelper(int, char**) {}
+
+}  // namespace veloria
