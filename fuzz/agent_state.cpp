@@ -8,6 +8,7 @@
 #include <limits>
 #include <string_view>
 
+#include "agent/StateMembers.h"
 #include "scene/AgentSource.h"
 
 namespace {

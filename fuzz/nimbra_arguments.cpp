@@ -16,6 +16,7 @@
 
 namespace {
 
+using namespace veloria;
 using namespace veloria::cli;
 
 void require(bool condition) {

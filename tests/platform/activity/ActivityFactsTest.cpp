@@ -4,6 +4,8 @@
 
 #include <random>
 
+#include "sources/ActivityWatcher.h"
+
 namespace veloria {
 namespace {
 
