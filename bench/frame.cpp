@@ -6,7 +6,7 @@
 #include "AllocationCount.h"
 #include "app/ShaderLibrary.h"
 #include "main/GpuSetup.h"
-#include "main/VirtualDriver.h"
+#include "main/commands/VirtualDriver.h"
 #include "render/NimbraRenderer.h"
 #include "render/OffscreenTarget.h"
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "agent/StateMembers.h"
-#include "main/Command.h"
+#include "main/commands/Command.h"
 #include "platform/posix/files/UserFolders.h"
 #include "platform/qt/http/WebAddress.h"
 #include "render/WallpaperPalette.h"

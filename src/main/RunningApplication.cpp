@@ -2,7 +2,7 @@
 
 #include "base/Environment.h"
 #include "base/LocalSocket.h"
-#include "main/Command.h"
+#include "main/commands/Command.h"
 
 namespace veloria {
 

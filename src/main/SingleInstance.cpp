@@ -6,8 +6,8 @@
 
 #include "base/LocalSocket.h"
 #include "base/Log.h"
-#include "main/Command.h"
 #include "main/RunningApplication.h"
+#include "main/commands/Command.h"
 #include "platform/qt/DescriptorWatch.h"
 
 namespace veloria {

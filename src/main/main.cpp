@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <string_view>
 
-#include "main/Command.h"
-#include "main/Commands.h"
 #include "main/Platform.h"
+#include "main/commands/Command.h"
+#include "main/commands/Commands.h"
 
 namespace {
 

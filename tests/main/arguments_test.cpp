@@ -1,10 +1,10 @@
-#include "main/Arguments.h"
+#include "main/commands/Arguments.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 
-#include "main/Command.h"
+#include "main/commands/Command.h"
 
 namespace veloria {
 namespace {

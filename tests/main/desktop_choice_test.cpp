@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "main/DesktopChoice.h"
+#include "main/linux/DesktopChoice.h"
 
 namespace veloria::tests {
 namespace {

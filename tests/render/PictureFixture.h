@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "GpuFixture.h"
-#include "main/VirtualDriver.h"
+#include "main/commands/VirtualDriver.h"
 #include "render/NimbraRenderer.h"
 #include "render/OffscreenTarget.h"
 #include "settings/LookPreset.h"

@@ -1,4 +1,4 @@
-#include "main/Arguments.h"
+#include "main/commands/Arguments.h"
 
 #include <algorithm>
 #include <array>
@@ -9,7 +9,7 @@
 #include "base/PlainNumber.h"
 #include "base/PlainText.h"
 #include "base/TextLines.h"
-#include "main/Command.h"
+#include "main/commands/Command.h"
 
 namespace veloria {
 

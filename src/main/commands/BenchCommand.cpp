@@ -11,12 +11,12 @@
 #include <vector>
 
 #include "base/MediaClock.h"
-#include "main/Arguments.h"
-#include "main/Command.h"
-#include "main/Commands.h"
-#include "main/ConfigOptions.h"
 #include "main/GpuSetup.h"
-#include "main/VirtualDriver.h"
+#include "main/commands/Arguments.h"
+#include "main/commands/Command.h"
+#include "main/commands/Commands.h"
+#include "main/commands/ConfigOptions.h"
+#include "main/commands/VirtualDriver.h"
 #include "render/FramePlan.h"
 #include "render/NimbraRenderer.h"
 #include "render/OffscreenTarget.h"

@@ -4,10 +4,10 @@
 #include <nlohmann/json.hpp>
 
 #include "base/PlainText.h"
-#include "main/Arguments.h"
-#include "main/Command.h"
-#include "main/Commands.h"
-#include "main/ConfigOptions.h"
+#include "main/commands/Arguments.h"
+#include "main/commands/Command.h"
+#include "main/commands/Commands.h"
+#include "main/commands/ConfigOptions.h"
 #include "scene/NimbraScript.h"
 #include "scene/ScriptError.h"
 #include "scene/ScriptReport.h"

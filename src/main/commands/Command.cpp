@@ -1,4 +1,4 @@
-#include "main/Command.h"
+#include "main/commands/Command.h"
 
 #include <clocale>
 #include <cstdio>

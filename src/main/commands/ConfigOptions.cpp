@@ -1,11 +1,11 @@
-#include "main/ConfigOptions.h"
+#include "main/commands/ConfigOptions.h"
 
 #include <string>
 
 #include "base/Files.h"
 #include "base/StrictJson.h"
-#include "main/Arguments.h"
-#include "main/Command.h"
+#include "main/commands/Arguments.h"
+#include "main/commands/Command.h"
 #include "settings/LookPreset.h"
 #include "settings/SettingsCodec.h"
 

@@ -1,9 +1,9 @@
 #include <QCommandLineParser>
 #include <cstdio>
 
-#include "main/Command.h"
-#include "main/Commands.h"
 #include "main/GpuSetup.h"
+#include "main/commands/Command.h"
+#include "main/commands/Commands.h"
 #include "render/RendererError.h"
 
 namespace veloria {

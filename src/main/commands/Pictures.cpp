@@ -1,4 +1,4 @@
-#include "main/Pictures.h"
+#include "main/commands/Pictures.h"
 
 #include <QBuffer>
 #include <QByteArray>
@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "base/Files.h"
-#include "main/Command.h"
+#include "main/commands/Command.h"
 
 namespace veloria {
 

@@ -4,9 +4,9 @@
 #include <string>
 
 #include "app/AppStatus.h"
-#include "main/Command.h"
-#include "main/Commands.h"
 #include "main/RunningApplication.h"
+#include "main/commands/Command.h"
+#include "main/commands/Commands.h"
 
 namespace veloria {
 

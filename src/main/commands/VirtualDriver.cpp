@@ -1,11 +1,11 @@
-#include "main/VirtualDriver.h"
+#include "main/commands/VirtualDriver.h"
 
 #include <algorithm>
 #include <string_view>
 #include <utility>
 
 #include "base/PlainText.h"
-#include "main/Command.h"
+#include "main/commands/Command.h"
 
 namespace veloria {
 

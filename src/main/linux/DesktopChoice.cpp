@@ -1,4 +1,4 @@
-#include "main/DesktopChoice.h"
+#include "main/linux/DesktopChoice.h"
 
 namespace veloria {
 

@@ -1,4 +1,4 @@
-#include "main/LinuxAlert.h"
+#include "main/linux/LinuxAlert.h"
 
 #include <QEventLoop>
 #include <QGuiApplication>

@@ -1,13 +1,13 @@
-#include "main/LinuxDesktop.h"
+#include "main/linux/LinuxDesktop.h"
 
 #include <optional>
 #include <stdexcept>
 
 #include "base/Log.h"
-#include "main/Command.h"
-#include "main/DesktopChoice.h"
-#include "main/WaylandDesktop.h"
-#include "main/X11Desktop.h"
+#include "main/commands/Command.h"
+#include "main/linux/DesktopChoice.h"
+#include "main/linux/WaylandDesktop.h"
+#include "main/linux/X11Desktop.h"
 
 namespace veloria {
 

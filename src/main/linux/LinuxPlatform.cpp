@@ -10,11 +10,11 @@
 #include <utility>
 
 #include "base/Log.h"
-#include "main/Command.h"
-#include "main/DesktopChoice.h"
-#include "main/LinuxAlert.h"
-#include "main/LinuxDesktop.h"
 #include "main/Platform.h"
+#include "main/commands/Command.h"
+#include "main/linux/DesktopChoice.h"
+#include "main/linux/LinuxAlert.h"
+#include "main/linux/LinuxDesktop.h"
 #include "platform/linux/activity/LinuxActivity.h"
 #include "platform/linux/files/FileSettingsStorage.h"
 #include "platform/linux/notifications/DesktopNotifier.h"

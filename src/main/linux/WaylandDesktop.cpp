@@ -1,4 +1,4 @@
-#include "main/WaylandDesktop.h"
+#include "main/linux/WaylandDesktop.h"
 
 #include <wayland-client.h>
 

@@ -1,4 +1,4 @@
-#include "main/X11Desktop.h"
+#include "main/linux/X11Desktop.h"
 
 #include <xcb/xcb.h>
 

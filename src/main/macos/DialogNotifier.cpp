@@ -1,4 +1,4 @@
-#include "main/DialogNotifier.h"
+#include "main/macos/DialogNotifier.h"
 
 #include <QMessageBox>
 #include <QPushButton>

@@ -1,4 +1,4 @@
-#include "main/PopoverSettings.h"
+#include "main/macos/PopoverSettings.h"
 
 #include <QWidget>
 
