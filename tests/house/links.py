@@ -13,7 +13,7 @@ class Room:
         self.private = set(private.split())
 
     def headers(self):
-        return {f"{self.path}/{Path(source).name}" for source in self.sources if source.endswith(".h")}
+        return {f"{self.path}/{source}" for source in self.sources if source.endswith(".h")}
 
 
 def includes(file):
