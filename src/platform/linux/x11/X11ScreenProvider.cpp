@@ -18,7 +18,7 @@ constexpr std::uint8_t eventCodeMask = 0x7f;
 /// The primary one first.
 std::vector<MonitorDescription> randrMonitors(X11Connection& connection) {
   auto found = connection.monitors();
-  std::ranges::stable_partition(found, &X11Monitor::primary);
+  std::stable_partition(found.begin(), found.end(), [](const X11Monitor& monitor) { return monitor.primary; });
   std::vector<MonitorDescription> monitors;
   for (const X11Monitor& monitor : found) monitors.push_back({monitor.name, monitor.frame, {}});
   return monitors;
