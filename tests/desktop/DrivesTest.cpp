@@ -85,16 +85,18 @@ TEST_F(Drives, anAgentsFailureIsSeen) {
   ASSERT_TRUE(waitForLight(strip)) << veloria_->output();
   const double calm = redShare(desktop_->screenshot(), strip);
   ASSERT_EQ(nimbra({"run", "--", "sh", "-c", "exit 3"}), 3);
+  // New light alone takes the alert's colour, and a loaded machine draws few frames of it while the alert lasts.
+  constexpr double seen = 0.1;
   double most = 0;
   desktop_->waitUntil(
       [&] {
         most = std::max(most, redShare(desktop_->screenshot(), strip));
-        return most > calm + 0.3;
+        return most > calm + seen;
       },
       1.5);
-  EXPECT_GT(most, calm + 0.3) << "from " << calm;
+  EXPECT_GT(most, calm + seen) << "from " << calm;
   ASSERT_EQ(nimbra({"idle"}), 0);
-  EXPECT_TRUE(desktop_->waitUntil([&] { return redShare(desktop_->screenshot(), strip) < calm + 0.1; }, 30));
+  EXPECT_TRUE(desktop_->waitUntil([&] { return redShare(desktop_->screenshot(), strip) < calm + seen / 2; }, 30));
 }
 
 TEST_F(Drives, thereIsOneOfItAndItListensToItsUser) {
