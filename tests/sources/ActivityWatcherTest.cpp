@@ -83,7 +83,7 @@ TEST_F(ActivityWatcherTest, WhatHoldsWhenItStartsIsSeenAtOnce) {
 
 // Against the two fields alone, for all orders of all notifications.
 TEST_F(ActivityWatcherTest, EveryOrderEndsWhereItsLastWordsSay) {
-  using enum ActivityWatcher::Notification;
+  using enum ActivityNotification;
   std::array order{screensDidSleep, screensDidWake, willSleep, didWake, sessionDidResignActive, sessionDidBecomeActive};
   do {
     start();
