@@ -32,7 +32,7 @@ class Device {
   /// Throws DeviceError when the bytes are not a shader library of this back end.
   virtual std::unique_ptr<Library> makeLibrary(std::span<const std::byte> bytes) = 0;
   virtual std::unique_ptr<FrameQueue> makeFrameQueue() = 0;
-  /// Throws DeviceError when the memory can't be had. The content starts undefined.
+  /// Throws DeviceError when memory runs out. The content starts undefined.
   std::shared_ptr<Texture> makeTexture(const TextureDescriptor& descriptor);
   /// The functions must be in the library. Throws DeviceError when the driver refuses them. Asked again for the same
   /// while the first is in use, it gives that one: a driver compiles for long and may keep what it compiled for ever.

@@ -8,7 +8,7 @@
 
 namespace veloria {
 
-/// Throws std::runtime_error where overlays can't be had.
+/// Throws std::runtime_error if the compositor offers no overlays.
 std::unique_ptr<Desktop> makeWaylandDesktop(std::unique_ptr<WaylandConnection> connection,
                                             const Environment& environment);
 
