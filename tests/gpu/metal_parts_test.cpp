@@ -4,7 +4,6 @@
 #include <thread>
 
 #include "gpu/metal/MetalCompletion.h"
-#include "gpu/metal/MetalDrawableCount.h"
 #include "gpu/metal/MetalGroupSize.h"
 
 namespace veloria::tests {

@@ -12,8 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "render/RenderParams.h"
-#include "render/SimParams.h"
+#include "render/Uniforms.h"
 
 namespace veloria::tests {
 namespace {

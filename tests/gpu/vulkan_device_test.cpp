@@ -9,7 +9,7 @@
 #include "GpuTest.h"
 #include "gpu/vulkan/VulkanDevice.h"
 #include "gpu/vulkan/VulkanFactory.h"
-#include "gpu/vulkan/VulkanPipelineCache.h"
+#include "gpu/vulkan/VulkanPipeline.h"
 
 namespace veloria::tests {
 

@@ -5,9 +5,9 @@
 #include <optional>
 #include <vector>
 
-#include "gpu/vulkan/SurfaceChoice.h"
 #include "gpu/vulkan/VulkanHazards.h"
 #include "gpu/vulkan/VulkanSurface.h"
+#include "gpu/vulkan/VulkanSwapchain.h"
 
 namespace veloria::tests {
 
@@ -121,11 +121,11 @@ TEST(VulkanHazards, BarriersAreWhereTheyAreNeededAndNowhereElse) {
   EXPECT_FALSE(pass(hazards, 5, {{&a, computeRead}}).needed()) << "reading again";
   const PassBarrier writeAfterRead = pass(hazards, 6, {{&a, computeWrite}});
   EXPECT_TRUE(writeAfterRead.needed());
-  const PassBarrier drawn = pass(hazards, 7, {{&a, fragmentRead}, {&b, colourWrite}});
+  const PassBarrier drawn = pass(hazards, 7, {{&a, fragmentRead}, {&b, colorWrite}});
   EXPECT_EQ(drawn.targetStages, VkPipelineStageFlags{VK_PIPELINE_STAGE_FRAGMENT_SHADER_BIT |
                                                      VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT});
   EXPECT_EQ(drawn.sourceStages, VkPipelineStageFlags{VK_PIPELINE_STAGE_COMPUTE_SHADER_BIT});
-  EXPECT_TRUE(pass(hazards, 8, {{&b, colourWrite}}).needed()) << "two passes on one target";
+  EXPECT_TRUE(pass(hazards, 8, {{&b, colorWrite}}).needed()) << "two passes on one target";
   EXPECT_EQ(pass(hazards, 9, {{&b, computeRead}}).sourceStages,
             VkPipelineStageFlags{VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT});
   EXPECT_TRUE(pass(hazards, 10, {{&a, computeRead}, {&a, computeWrite}}).needed());

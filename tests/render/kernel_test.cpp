@@ -9,8 +9,7 @@
 
 #include "GpuTest.h"
 #include "render/FluidSim.h"
-#include "render/RenderParams.h"
-#include "render/SimParams.h"
+#include "render/Uniforms.h"
 
 namespace veloria::tests {
 namespace {
@@ -407,7 +406,7 @@ TEST_F(Fluid, StaysFiniteUnderTheWildestSettings) {
   EXPECT_LT(rms(readFloats(*sim_->velocityTexture())), 0.5);
 }
 
-TEST_F(Fluid, SteppingFlipsTheFieldsAndClearingEmptiesThem) {
+TEST_F(Fluid, KeepsItsFieldsUntilTheGridChangesOrIsCleared) {
   const auto dye = [&] { return rms(readFloats(*sim_->dyeTexture())); };
   EXPECT_EQ(sim_->dyeTexture(), nullptr);
   step(still());  // before any size: nothing
@@ -416,11 +415,7 @@ TEST_F(Fluid, SteppingFlipsTheFieldsAndClearingEmptiesThem) {
   EXPECT_EQ(sim_->gridH(), 8);
   SimParams params = still();
   params.emitRate = 50;
-  const auto* dyeBefore = sim_->dyeTexture();
-  const auto* velocityBefore = sim_->velocityTexture();
   for (int i = 0; i < 61; ++i) step(params);
-  EXPECT_NE(sim_->dyeTexture(), dyeBefore);
-  EXPECT_NE(sim_->velocityTexture(), velocityBefore);
   EXPECT_GT(dye(), 0.01);
 
   sim_->resize(31, 8);

@@ -99,6 +99,7 @@ TEST_F(MenuBarCaptureTest, PicturesThatCantBeTexturesAreDropped) {
   for (const gpu::Size bad : {gpu::Size{0, 0}, {2, 1}, {4, 4}, {0, 4}, {0xFFFFFFFF, 0xFFFFFFFF}, {20000, 1}}) {
     stream_.handlers.picture({bad, few});
   }
+  stream_.show({0, 4}, 6);
   stream_.show({20000, 1}, 6);
   stream_.show({1, 16385}, 6);
   device_.failures().makeTexture = true;

@@ -4,7 +4,7 @@
 
 #include "PictureTest.h"
 #include "render/MotionPhases.h"
-#include "render/UniformFloat.h"
+#include "render/Uniforms.h"
 
 namespace veloria::tests {
 namespace {

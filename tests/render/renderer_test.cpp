@@ -222,8 +222,11 @@ TEST_F(RendererTest, TheCompositeFollowsTheTargetsFormat) {
   EXPECT_EQ(count(CallKind::commit), 0U) << "no composite, no frame";
   EXPECT_EQ(renderer_.missedFrames(), 0);
   device_.failures().makePipeline = false;
-  draw();
-  EXPECT_EQ(count(CallKind::commit), 1U) << "tried again with the next frame";
+  for (const auto format : {gpu::PixelFormat::rgba16Float, gpu::PixelFormat::bgra8Unorm}) {
+    surface_.configure({1920, 32}, format);
+    draw();
+    EXPECT_EQ(count(CallKind::commit), 1U) << "tried again with the next frame";
+  }
 }
 
 TEST_F(RendererTest, AMissingFunctionIsNamed) {
@@ -233,13 +236,9 @@ TEST_F(RendererTest, AMissingFunctionIsNamed) {
     functions.erase(name);
     RecordingDevice device(functions);
     const auto library = device.makeLibrary(std::as_bytes(std::span("library")));
-    try {
-      const NimbraRenderer renderer(device, *library, stats_, [] { return 0.0; });
-      ADD_FAILURE() << name;
-    } catch (const RendererError& error) {
-      EXPECT_EQ(error.code(), RendererError::Code::missingFunction);
-      EXPECT_EQ(std::string(error.what()), "Shader function '" + name + "' is missing from the Vulkan library.");
-    }
+    EXPECT_THAT(
+        [&] { NimbraRenderer(device, *library, stats_, [] { return 0.0; }); },
+        testing::ThrowsMessage<RendererError>("Shader function '" + name + "' is missing from the Vulkan library."));
   }
 }
 

@@ -8,7 +8,6 @@
 #include <limits>
 
 #include "render/RenderStats.h"
-#include "render/UniformFloat.h"
 
 namespace veloria::tests {
 namespace {

@@ -35,7 +35,7 @@ std::vector<ColorStop> stopsOf(const std::vector<std::pair<int, ColorStop>>& par
 }
 
 MATCHER_P(IsColor, wanted, "") {
-  return testing::Matches(testing::Pointwise(testing::FloatNear(1e-3F), wanted))(arg);
+  return testing::Matches(testing::Pointwise(testing::FloatNear(2e-4F), wanted))(arg);
 }
 
 auto are(const ColorStop& a, const ColorStop& b, const ColorStop& c, const ColorStop& d) {
