@@ -1,4 +1,4 @@
-// What listening costs: the analysis of one block, and the thread that records while a tone plays.
+// The cost of listening: the analysis of one block, and the thread that records while a tone plays.
 
 #include <benchmark/benchmark.h>
 
@@ -31,7 +31,7 @@ std::vector<float> sine() {
   return samples;
 }
 
-void analyseStereoBlock(benchmark::State& state) {
+void analyzeStereoBlock(benchmark::State& state) {
   const std::vector<float> samples = sine();
   const std::array<std::span<const float>, 2> channels{samples, samples};
   AudioAnalysis analysis;
@@ -40,7 +40,7 @@ void analyseStereoBlock(benchmark::State& state) {
   state.counters["% of a core at 47 a second"] = benchmark::Counter(
       1 / (blocksASecond * 100), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
-BENCHMARK(analyseStereoBlock);
+BENCHMARK(analyzeStereoBlock);
 
 /// Seconds that this process' thread of that name has run; 0 when there is none.
 double threadSeconds(const std::string& name) {

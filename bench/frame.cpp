@@ -1,5 +1,5 @@
-// What a frame costs: a driver tick where one is due, encoding and submitting, waiting for the GPU; and how much memory
-// our side asks for meanwhile.
+// The cost of a frame: a driver tick when it is due, encoding and submitting, waiting for the GPU; and the number of our
+// allocations.
 
 #include <benchmark/benchmark.h>
 

@@ -1,4 +1,4 @@
-// What the scene costs: one driver tick in each drive mode with a state file and an alert, and parsing.
+// The cost of the scene: one driver tick in each drive mode with a state file and an alert, and parsing.
 
 #include <benchmark/benchmark.h>
 #include <unistd.h>

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-/// A program that asks for these counts gets operators new that count. (The driver's own allocations don't pass through
-/// them, or are its affair.) The sanitizers bring their own operators, which stay; then nothing is counted.
+/// A program that links this counts its calls of operator new; what a driver allocates may not pass through it. The
+/// sanitizers bring their own operators; with them nothing is counted.
 namespace veloria {
 
 /// False under a sanitizer.

@@ -13,10 +13,11 @@
 
 namespace veloria::gpu {
 
-/// A GPU. What this interface does not do: several GPUs at once, buffers, vertex data, depth, blending, mip maps,
-/// three-dimensional textures. Everything made from a device must be released before it.
+/// A GPU. Out of scope: several GPUs at once, buffers, vertex data, depth, blending, mip maps, three-dimensional
+/// textures. Everything made from a device must be released before it.
 ///
-/// Thread: one thread makes, begins and commits; completion handlers run on a thread of the device's.
+/// Thread: one thread makes everything, begins frames and commits them; completion handlers run on a thread of the
+/// device.
 class Device {
  public:
   virtual ~Device() = default;
@@ -24,7 +25,7 @@ class Device {
   Device& operator=(const Device&) = delete;
 
   virtual std::string name() const = 0;
-  /// True after the device was lost; from then on nothing works but destruction.
+  /// True once the device is lost; from then on it can only be destroyed.
   virtual bool lost() const = 0;
   /// Blocks until everything committed has run and its completion handlers have returned.
   virtual void waitIdle() = 0;
@@ -34,8 +35,8 @@ class Device {
   virtual std::unique_ptr<FrameQueue> makeFrameQueue() = 0;
   /// Throws DeviceError when memory runs out. The content starts undefined.
   std::shared_ptr<Texture> makeTexture(const TextureDescriptor& descriptor);
-  /// The functions must be in the library. Throws DeviceError when the driver refuses them. Asked again for the same
-  /// while the first is in use, it gives that one: a driver compiles for long and may keep what it compiled for ever.
+  /// The functions must be in the library. Throws DeviceError when the driver refuses them. Returns the same pipeline
+  /// again while it is in use: compiling takes long, and some drivers never free what they compiled.
   std::shared_ptr<Pipeline> makePipeline(const Library& library, const PipelineDescriptor& descriptor);
 
  protected:

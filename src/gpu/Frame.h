@@ -20,9 +20,9 @@ inline constexpr std::size_t maxImages = 3;
 inline constexpr std::size_t maxPassBytes = 4096;
 
 /// One run of a pipeline: over every texel of the target for a compute function, over the whole target, cleared to
-/// (0, 0, 0, 0) before, for a fragment function. It reads what is given here and writes its target, nothing else.
+/// (0, 0, 0, 0) before, for a fragment function. It reads only what it is given here, and writes only its target.
 ///
-/// How a function reaches what it is given, in every library; script/check-bindings holds the sources to it:
+/// Where a function finds its inputs, in every library (script/check-bindings checks the sources):
 ///   set 0, binding 0 to 3  `textures` in order: bilinear, clamped to the edge
 ///   set 0, binding 4 to 6  `images` in order: single texels, read only. Compute functions only
 ///   set 0, binding 7       the target of a compute function: an image, written only
@@ -46,7 +46,7 @@ struct PassTime {
   double seconds = 0;
 };
 
-/// What a completion handler gets. Times are seconds on the GPU's clock; both 0 where the device has no timestamps.
+/// What a completion handler gets. Times are seconds on the GPU's clock; both 0 if the device has no timestamps.
 struct Completion {
   double gpuStart = 0;
   double gpuEnd = 0;
@@ -57,8 +57,8 @@ struct Completion {
 /// Keep what it captures within two pointers, so that nothing is allocated.
 using CompletedHandler = std::function<void(const Completion&)>;
 
-/// One frame's work. Begun by a queue, which owns and recycles it; the pointer is dead after commit(), and when the
-/// next frame of the device is begun: a frame that was not committed by then never happened.
+/// One frame's work. Begun by a queue, which owns and recycles it; the pointer is invalid after commit(), and once the
+/// device's next frame is begun: a frame not committed by then is dropped.
 class Frame {
  public:
   virtual ~Frame() = default;
@@ -99,11 +99,12 @@ class FrameQueue {
   FrameQueue(const FrameQueue&) = delete;
   FrameQueue& operator=(const FrameQueue&) = delete;
 
-  /// A fresh frame, or nullptr when none can be had (device lost). A queue holds three: with all of them in flight this
-  /// waits for the oldest. `label` is for debuggers.
+  /// A fresh frame, or nullptr once the device is lost. A queue holds three; while all are in flight this waits for the
+  /// oldest. `label` is for debuggers.
   Frame* begin(const char* label);
 
-  /// Measures every function's time from the next frame on (Completion::passes). Costs time; for benchmarks.
+  /// Measures the time of every function from the next frame on (Completion::passes), if the back end can. Slows frames
+  /// down; for benchmarks.
   virtual void setProfiling(bool on) = 0;
 
  protected:

@@ -16,7 +16,7 @@ struct PipelineDescriptor {
   std::string function;          ///< compute or fragment function
   std::string vertexFunction{};  ///< of a fragment function: one that covers the target with three vertices
   PixelFormat format = PixelFormat::invalid;  ///< of a fragment function's target
-  std::uint32_t variant = 0;                  ///< parts of the function that most pipelines do without
+  std::uint32_t variant = 0;                  ///< bits that switch on parts of the function
   auto operator<=>(const PipelineDescriptor&) const = default;
 };
 
@@ -52,7 +52,7 @@ class Library {
 
  private:
   friend class Device;
-  // What is in use now, for whoever asks for the same again.
+  // Those in use, to be shared.
   mutable std::map<PipelineDescriptor, std::weak_ptr<Pipeline>> pipelines_;
 };
 

@@ -7,8 +7,8 @@
 
 namespace veloria::gpu {
 
-/// One image of a surface, taken for one frame: draw into texture(), hand it to Frame::present(). It stays
-/// taken until it is presented; nextDrawable() returns the same one again when it was not.
+/// One image of a surface, acquired for one frame: draw into texture(), then pass it to Frame::present(). Until then
+/// nextDrawable() returns the same one again.
 class Drawable {
  public:
   virtual ~Drawable() = default;
@@ -36,17 +36,17 @@ class Surface {
   Surface(const Surface&) = delete;
   Surface& operator=(const Surface&) = delete;
 
-  /// Sets the size in pixels and the wanted format (rgba16Float for extended range, else bgra8Unorm). Takes effect
-  /// with the next drawable. Repeating the same values costs nothing. A size of 0 means that there is nothing to draw.
+  /// Sets the size in pixels and the wanted format (rgba16Float for extended range, else bgra8Unorm). Takes effect with
+  /// the next drawable. Repeating the same values costs nothing. A size of 0 means nothing to draw.
   virtual void configure(Size size, PixelFormat wanted) = 0;
 
-  /// The format in use: the wanted one where the device offers it for this window, else bgra8Unorm or rgba8Unorm.
+  /// The format in use: the wanted one if the device offers it for this window, else bgra8Unorm or rgba8Unorm.
   /// `invalid` while the surface can't be used.
   virtual PixelFormat format() const = 0;
   virtual Size size() const = 0;
 
-  /// An image to draw into, or nullptr when none is free right now, the window is gone or the size is 0. An
-  /// out-of-date swapchain and a lost surface are rebuilt here, with a pause that grows to at most one second.
+  /// An image to draw into, or nullptr if none is free right now, the window is gone or the size is 0. Rebuilds an
+  /// out-of-date swapchain and a lost surface; the pauses between attempts grow to one second.
   virtual Drawable* nextDrawable() = 0;
 
  protected:

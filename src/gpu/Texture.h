@@ -10,8 +10,8 @@ namespace veloria::gpu {
 /// A two-dimensional texture with one mip level.
 ///
 /// Ownership: shared. It may be released while submitted work still uses it; the back end keeps the memory until that
-/// work is done. Rows are stored top row first; texel (0, 0) is the top left one, as fragment coordinates are.
-/// Thread: the one that draws, except for the destructor, which may run anywhere.
+/// work is done. Rows are stored top row first; texel (0, 0) is the top left one, as fragment coordinates are. Thread:
+/// the one that draws, except for the destructor, which may run anywhere.
 class Texture {
  public:
   virtual ~Texture() = default;

@@ -24,12 +24,13 @@ std::size_t bytesPerPixel(PixelFormat format);
 /// The format's name, for messages ("rgba16Float").
 const char* pixelFormatName(PixelFormat format);
 
-/// How a target keeps the light that a fragment function gives it. Fragment functions that care get it as
-/// specialisation constant 2.
+/// How a target keeps the light that a fragment function gives it. Fragment functions can read it as specialisation
+/// constant 2.
 enum class TargetKind : std::uint32_t {
   light = 0,         ///< floating point: as it is
   encodedBytes = 1,  ///< 8 bits, as they are: the function encodes sRGB itself
-  encodingBytes = 2  ///< 8 bits, encoded as sRGB by the target (what is given is light, yet only 8 bits of it are kept)
+  encodingBytes =
+      2  ///< 8 bits that the target encodes as sRGB: the function gives light, and the target keeps 8 bits of it
 };
 
 TargetKind targetKind(PixelFormat format);
@@ -64,11 +65,16 @@ struct TextureDescriptor {
   std::string label;  ///< for debuggers and messages
 };
 
-/// A caller broke the contract of this interface (a programming error, found by the checks in front of the back ends).
+/// A caller broke the contract of this interface: a programming error, found before it reaches a back end.
 class PreconditionError : public std::logic_error {
  public:
   using std::logic_error::logic_error;
 };
+
+/// Throws PreconditionError with `text` unless `holds`. A check that holds costs nothing but the comparison.
+inline void require(bool holds, const char* text) {
+  if (!holds) throw PreconditionError(text);
+}
 
 /// The GPU or its driver refused something; the text says what was asked and what came back.
 class DeviceError : public std::runtime_error {
@@ -82,7 +88,7 @@ class DeviceLostError : public DeviceError {
   using DeviceError::DeviceError;
 };
 
-/// There is no GPU that could be used, or none that matches the wish.
+/// No usable GPU, or none that matches the request.
 class NoDeviceError : public DeviceError {
  public:
   using DeviceError::DeviceError;

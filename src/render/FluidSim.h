@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "gpu/Device.h"
-#include "render/SimParams.h"
+#include "render/Uniforms.h"
 
 namespace veloria {
 
@@ -15,17 +15,17 @@ namespace veloria {
 /// linear light, its a the amount. Thread: the one that draws. The device must outlive it.
 class FluidSim {
  public:
-  /// Throws RendererError::missingFunction for a kernel that the library lacks, gpu::DeviceError when one is refused.
+  /// Throws RendererError::missingFunction for a kernel that the library lacks, gpu::DeviceError if the driver refuses
+  /// one.
   FluidSim(gpu::Device& device, const gpu::Library& library);
 
-  /// Sets the grid, at least 32 x 8 cells. A new size starts the flow from rest; the same size changes nothing.
-  /// A texture that can't be had stops the process by gpu::DeviceError.
+  /// Sets the grid, at least 32 x 8 cells. A new size starts the flow from rest; the same size changes nothing. Throws
+  /// gpu::DeviceError if a texture can't be made.
   void resize(std::int64_t width, std::int64_t height);
 
   /// Runs one step: velocity advection, curl, forces, divergence, `pressureIterations` Jacobi passes (at least one),
-  /// projection, dye advection. Does nothing before the first resize().
-  /// `seconds` is the frame's real length, above 0. In the first second after a clearing more light is born than
-  /// `params` asks for, so that a band that starts from nothing is lit at once.
+  /// projection, dye advection. Does nothing before the first resize(). `seconds` is the frame's real length, above 0.
+  /// For a second after a clearing it emits more light than `params` says, so that an empty band lights up at once.
   void step(gpu::Frame& frame, const SimParams& params, std::int64_t pressureIterations, double seconds);
 
   /// The live fields; nullptr before the first resize().
@@ -36,7 +36,7 @@ class FluidSim {
   std::int64_t gridW() const { return gridW_; }
   std::int64_t gridH() const { return gridH_; }
 
-  /// When set, the next step first zeroes every field.
+  /// If true, the next step first zeroes every field.
   bool needsClear = true;
 
  private:

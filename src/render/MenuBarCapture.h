@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -7,15 +9,48 @@
 
 #include "gpu/Device.h"
 #include "ports/BarCaptureStream.h"
-#include "render/CaptureSink.h"
+#include "render/TextureBox.h"
 
 namespace veloria {
 
-/// Keeps the newest picture of the real menu bar in a box, from which renderers take the text that the band must not
-/// cover. Main thread. The device and the stream must outlive it.
+/// Turns pictures of the menu bar into textures and puts the newest one into a box that renderers share. Main thread;
+/// the device must outlive it and the box's content.
+class CaptureSink {
+ public:
+  /// Textures, written in turn: neither the one in the box nor the one before it, which frames in flight may still
+  /// read, is written.
+  static constexpr std::size_t textureCount = 3;
+
+  explicit CaptureSink(gpu::Device& device);
+
+  /// Shows `picture` to renderers from their next frame on. Ignores a picture that is too large, empty, or whose size
+  /// and bytes disagree.
+  void publish(const BarPicture& picture);
+  /// The same with a picture that is already a texture (not null). Ignores one that is not bgra8Unorm or not readable.
+  void publish(std::shared_ptr<gpu::Texture> texture);
+  /// Empties the box and releases the textures.
+  void clear();
+
+  const std::shared_ptr<TextureBox>& box() const { return box_; }
+  /// Pictures published so far.
+  std::int64_t frameCount() const { return frameCount_; }
+
+ private:
+  gpu::Texture& nextTexture(gpu::Size size);
+
+  gpu::Device& device_;
+  std::shared_ptr<TextureBox> box_ = std::make_shared<TextureBox>();
+  std::array<std::shared_ptr<gpu::Texture>, textureCount> textures_;
+  std::size_t next_ = 0;
+  std::shared_ptr<gpu::Texture> previous_;  // of those that were made elsewhere; frames in flight may still read it
+  std::int64_t frameCount_ = 0;
+};
+
+/// Keeps the newest picture of the menu bar in a box, where renderers find the text that the band must not cover. Main
+/// thread. The device and the stream must outlive it.
 ///
-/// Idle, then running after start(), then idle again after stop() (with an empty box) or after a failure (with an empty
-/// box and lastError()). Nothing is tried again by itself; the next start() does.
+/// Runs from start() until stop() or a failure, both of which empty the box; a failure also sets lastError(). It does
+/// not retry by itself; the next start() does.
 class MenuBarCapture {
  public:
   MenuBarCapture(gpu::Device& device, BarCaptureStream& stream);
@@ -24,19 +59,19 @@ class MenuBarCapture {
   MenuBarCapture& operator=(const MenuBarCapture&) = delete;
 
   /// Captures `rect` (points from the display's top left corner, y growing downwards) of the display, at `scale` pixels
-  /// a point. Nothing happens when just that runs already.
+  /// per point. No effect if it already captures exactly that.
   void start(std::uint32_t displayID, const Rect& rect, double scale);
   /// The box is empty when it returns.
   void stop();
 
   bool isRunning() const { return isRunning_; }
-  /// Why the last start failed or the capture ended; nothing once a capture has started again.
+  /// Why the last start failed or the capture ended; empty once a capture has started again.
   const std::optional<std::string>& lastError() const { return lastError_; }
   const Rect& currentRect() const { return current_.rect; }
   std::uint32_t currentDisplayID() const { return current_.displayID; }
   std::int64_t frameCount() const { return sink_.frameCount(); }
 
-  /// The same for the whole life of this object: renderers that hold it see every restart.
+  /// Never changes, so that renderers that hold it see every restart.
   const std::shared_ptr<TextureBox>& box() const { return sink_.box(); }
 
  private:

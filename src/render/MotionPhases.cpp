@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "render/UniformFloat.h"
+#include "render/Uniforms.h"
 
 namespace veloria {
 

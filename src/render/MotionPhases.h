@@ -6,8 +6,8 @@
 
 namespace veloria {
 
-/// Phases of the motion whose speed is a setting. Each is a sum over time, not time x speed: a speed that changes then
-/// bends the motion and never makes the picture jump, however long the program has run.
+/// Phases of the motion whose speed is a setting. Each is a sum over time, not time x speed: so a changing speed never
+/// makes the picture jump, however long the program has run.
 ///
 /// A phase counts lattice steps of the shaders' noise (rays: steps of the slowest octave / 14) and begins again at 0
 /// after a whole number of them, on which the noise repeats. noise.glsl holds the same periods.
@@ -15,16 +15,16 @@ namespace veloria {
 inline constexpr double stepPeriod = 1024;  ///< lattice steps
 inline constexpr double rayPeriod = 64;     ///< units of raySpeed x seconds
 
-/// `phase` (0 to below `period`) after `steps` more, wrapped. `steps` is at least 0; what is not finite counts as 0.
+/// `phase` (0 to below `period`) advanced by `steps` (at least 0; 0 if not finite), wrapped.
 double advancedPhase(double phase, double steps, double period);
 
-/// A phase as a uniform: below `period` after rounding, too.
+/// A phase as a uniform; below `period` even after rounding.
 float phaseUniform(double phase, double period);
 
-/// The band's share of them. Thread: the one that draws.
+/// The phases of the band. Thread: the one that draws.
 class BandMotion {
  public:
-  /// Moves on by a frame. `scaledSeconds` is the frame's time x timeScale, `seconds` the frame's own.
+  /// Advances by a frame of `seconds`; `scaledSeconds` is that times timeScale.
   void advance(const NimbraConfig& config, double scaledSeconds, double seconds);
 
   float rays() const { return phaseUniform(rays_, rayPeriod); }

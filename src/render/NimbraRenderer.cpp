@@ -8,7 +8,7 @@
 #include "base/Log.h"
 #include "render/FramePlan.h"
 #include "render/RendererError.h"
-#include "render/UniformFloat.h"
+#include "render/Uniforms.h"
 
 namespace veloria {
 
@@ -27,7 +27,7 @@ std::span<const std::byte> bytesOf(const Block& block) {
   return std::as_bytes(std::span(&block, 1));
 }
 
-/// Counters that wrapped would lie in every later message.
+/// A wrapped counter would make every later message wrong.
 void countUp(std::int64_t& counter) {
   if (__builtin_add_overflow(counter, 1, &counter)) std::abort();
 }

@@ -27,8 +27,8 @@ class NimbraRenderer {
  public:
   static constexpr gpu::PixelFormat scenePixelFormat = gpu::PixelFormat::rgba16Float;
 
-  /// Throws RendererError for a missing function or a device that makes no queue, gpu::DeviceError when a pipeline is
-  /// refused.
+  /// Throws RendererError for a missing function or a device that makes no queue, gpu::DeviceError if the driver
+  /// refuses a pipeline.
   NimbraRenderer(gpu::Device& device, const gpu::Library& library, RenderStats& stats = RenderStats::shared(),
                  MediaClock clock = mediaTime);
   ~NimbraRenderer();
@@ -36,18 +36,20 @@ class NimbraRenderer {
   NimbraRenderer& operator=(const NimbraRenderer&) = delete;
 
   /// Draws one frame. A frame that can't be drawn is skipped and counted. Throws gpu::DeviceLostError when the device
-  /// is gone; the renderer is then of no further use.
+  /// is gone; the renderer can't be used any more.
   void draw(FrameTarget& target);
 
-  /// Sizes the offscreen textures and the fluid's grid; nothing happens for 0 x 0 or an unchanged size.
+  /// Sizes the offscreen textures and the fluid's grid; no effect for 0 x 0 or an unchanged size.
   void resizeTargets(gpu::Size size);
 
   /// Sizes the grid only, from the current settings.
   void resizeSimGrid(gpu::Size size);
 
-  /// The settings that the next frame is drawn with: the driven record.
+  /// The settings for the next frame: the driven record.
   NimbraConfig config;
+  /// The band's place; without one nothing is known of the housing and the bleed.
   std::optional<StripGeometry> geometry;
+  /// Pictures of the menu bar whose text is kept clear; may be null.
   std::shared_ptr<TextureBox> backdrop;
   PointerState pointer;
 
@@ -57,7 +59,7 @@ class NimbraRenderer {
   double simTime() const { return simTime_; }
   std::int64_t frameCount() const { return frameCount_; }
   std::int64_t missedFrames() const { return missedFrames_; }
-  /// This renderer's own figures; the shared ones are over all.
+  /// This renderer's own figures; RenderStats::shared() has those of all renderers.
   RenderStats::Figures figures() const { return ownStats_.figures(); }
   gpu::FrameQueue& queue() { return *queue_; }
 

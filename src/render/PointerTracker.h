@@ -12,7 +12,7 @@
 
 namespace veloria {
 
-/// Asks where the pointer is, 60 times a second near the band and 20 times elsewhere, because windows that let clicks
+/// Polls the pointer's position, 60 times a second near the band and 20 times elsewhere: windows that let clicks
 /// through get no pointer events. Main thread. `timers` must outlive it.
 class PointerTracker {
  public:
@@ -20,18 +20,18 @@ class PointerTracker {
   PointerTracker(const PointerTracker&) = delete;
   PointerTracker& operator=(const PointerTracker&) = delete;
 
-  /// Gets each sample near the band: the pointer in global points (y up) and its velocity in points per 60 Hz frame,
-  /// zero for the first one. Once after it has left, and when tracking is switched off: no point, velocity zero. It may
-  /// call setEnabled().
+  /// Called with each sample near the band: the pointer in global points (y up) and its velocity in points per 60 Hz
+  /// frame, zero for the first one. Called without a point, velocity zero, once after the pointer has left and when
+  /// tracking is switched off. May call setEnabled().
   std::function<void(const std::optional<Point>& point, Point velocity)> onSample;
 
-  /// Where the band is, in global points (y up); samples are taken up to 120 points around it.
+  /// The band's place in global points (y up); "near" is up to 120 points around it.
   Rect interestRect;
 
-  /// Nothing happens when it is so already. Where the pointer can't be located no timer runs.
+  /// No effect if unchanged. No timer runs if the pointer can't be located.
   void setEnabled(bool on);
 
-  /// Whether the system tells where the pointer is, and for people why it doesn't.
+  /// Whether the system reports the pointer's position, and if not, why (for people).
   bool available() const { return source_.location != nullptr; }
   const std::string& reason() const { return source_.reason; }
 

@@ -14,13 +14,13 @@ class RenderStats {
  public:
   struct Figures {
     double gpuMsAvg = 0;
-    double fpsAvg = 0;  ///< the mean of the moments' rates: frames that come in pairs raise it
-    int fps = 0;        ///< frames of the last second: what a person would count; at most mostFrames
+    double fpsAvg = 0;  ///< the mean of 1 / interval; frames that come in pairs raise it
+    int fps = 0;        ///< frames in the last second; at most mostFrames
     std::int64_t gridW = 0;
     std::int64_t gridH = 0;
   };
 
-  /// More than a band may show in a second.
+  /// More than a band shows in a second.
   static constexpr std::size_t mostFrames = 256;
 
   explicit RenderStats(MediaClock clock = mediaTime);

@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/PlatformWords.h"
+
 namespace veloria {
 
 /// Why drawing can't start. what() is the text for a person.
@@ -10,9 +12,17 @@ class RendererError : public std::runtime_error {
  public:
   enum class Code { noLibrary, missingFunction, noDevice };
 
-  static RendererError noLibrary(const std::string& detail);
-  static RendererError missingFunction(const std::string& name);
-  static RendererError noDevice();
+  static RendererError noLibrary(const std::string& detail) {
+    return {Code::noLibrary, "Could not load the " + std::string(gpuSystemName) + " library: " + detail};
+  }
+  static RendererError missingFunction(const std::string& name) {
+    return {Code::missingFunction,
+            "Shader function '" + name + "' is missing from the " + std::string(gpuSystemName) + " library."};
+  }
+  static RendererError noDevice() {
+    return {Code::noDevice,
+            "No " + std::string(gpuSystemName) + " device is available on this " + std::string(machineName) + "."};
+  }
 
   Code code() const { return code_; }
 

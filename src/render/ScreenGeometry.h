@@ -13,16 +13,15 @@ namespace veloria {
 /// Measures screens. Stateless; any thread. Every result is finite for a screen that ScreenProvider may hand out,
 /// whatever the settings hold.
 struct ScreenGeometry {
-  /// The camera housing in global coordinates (points, y upwards), flush with the screen's top edge; nothing without
-  /// one.
+  /// The camera housing in global coordinates (points, y upwards), flush with the screen's top edge; empty without one.
   static std::optional<Rect> notchRect(const Screen& screen);
 
   /// The largest of the housing's height, what panels reserve at the top and the status bar's thickness; whole points.
-  /// The first two count for no more than the screen's height.
+  /// The first two are capped at the screen's height.
   static double menuBarHeight(const Screen& screen);
 
-  /// The band's place by `layerMode`, `extraHeight`, `notchMode` and `notchPadding`. An extra height that is no number
-  /// counts as 0; a padding likewise, and it counts for no more than the screen's longer side.
+  /// The band's place by `layerMode`, `extraHeight`, `notchMode` and `notchPadding`. A NaN in either counts as 0; the
+  /// padding is capped at the screen's longer side.
   static StripGeometry geometry(const Screen& screen, const NimbraConfig& config);
 
   /// The settings window's line about the housing of the main screen; empty without a main screen (null).

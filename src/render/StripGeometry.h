@@ -6,7 +6,7 @@
 
 namespace veloria {
 
-/// Where the band goes on one screen.
+/// The band's place on one screen.
 struct StripGeometry {
   Rect windowFrame;          ///< points, global coordinates (y upwards); never larger than the screen
   double menuBarHeight = 0;  ///< whole points

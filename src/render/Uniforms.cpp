@@ -7,7 +7,6 @@
 
 #include "base/PlainNumber.h"
 #include "render/FramePlan.h"
-#include "render/UniformFloat.h"
 
 namespace veloria {
 

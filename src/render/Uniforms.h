@@ -1,17 +1,108 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
 #include <optional>
 
 #include "base/Geometry.h"
 #include "gpu/Types.h"
-#include "render/RenderParams.h"
-#include "render/SimParams.h"
 #include "render/StripGeometry.h"
+#include "render/UniformFields.h"
 #include "settings/NimbraConfig.h"
+#include "settings/Palette.h"
 
 namespace veloria {
 
-/// Filling the uniform blocks: numbers in, numbers out. Settings that are not finite arrive as 0.
+#define VELORIA_UNIFORM(name) float name = 0;
+#define VELORIA_STOPS(name) std::array<ColorStop, 4> name{};
+
+/// The uniform block of the fluid step, read by every kernel but k_clear.
+struct SimParams {
+  VELORIA_SIM_PARAMS(VELORIA_UNIFORM, VELORIA_UNIFORM, VELORIA_STOPS)
+};
+
+static_assert(sizeof(SimParams) == 168);
+static_assert(offsetof(SimParams, dt) == 8);
+static_assert(offsetof(SimParams, curlOctaves) == 40);
+static_assert(offsetof(SimParams, emitThreshold) == 68);
+static_assert(offsetof(SimParams, ambient) == 72);
+static_assert(offsetof(SimParams, pointerX) == 84);
+static_assert(offsetof(SimParams, pointerMode) == 112);
+static_assert(offsetof(SimParams, paletteSpread) == 116);
+static_assert(offsetof(SimParams, palette) == 120);
+
+/// The bytes of a kernel: the block, then the phases.
+struct StepBlock {
+  SimParams params;
+  VELORIA_STEP_PHASES(VELORIA_UNIFORM)
+};
+
+static_assert(sizeof(StepBlock) == 176);
+
+/// The uniform block of the band and composite passes.
+struct RenderParams {
+  VELORIA_RENDER_PARAMS(VELORIA_UNIFORM, VELORIA_UNIFORM, VELORIA_STOPS)
+};
+
+static_assert(sizeof(RenderParams) == 256);
+static_assert(offsetof(RenderParams, time) == 8);
+static_assert(offsetof(RenderParams, exposure) == 24);
+static_assert(offsetof(RenderParams, rayIntensity) == 48);
+static_assert(offsetof(RenderParams, glowAmount) == 72);
+static_assert(offsetof(RenderParams, notchLeft) == 80);
+static_assert(offsetof(RenderParams, notchFeather) == 100);
+static_assert(offsetof(RenderParams, fadeBottom) == 108);
+static_assert(offsetof(RenderParams, pointerX) == 116);
+static_assert(offsetof(RenderParams, pointerGlowOn) == 132);
+static_assert(offsetof(RenderParams, shimmer) == 136);
+static_assert(offsetof(RenderParams, additive) == 152);
+static_assert(offsetof(RenderParams, palette) == 156);
+static_assert(offsetof(RenderParams, textMaskOn) == 204);
+static_assert(offsetof(RenderParams, opaque) == 232);
+static_assert(offsetof(RenderParams, backgroundLift) == 236);
+static_assert(offsetof(RenderParams, hueSpread) == 240);
+static_assert(offsetof(RenderParams, debugSolid) == 252);
+
+/// The bytes of the two passes: the block, then the phases of BandMotion.
+struct BandBlock {
+  RenderParams params;
+  VELORIA_BAND_PHASES(VELORIA_UNIFORM)
+};
+
+static_assert(sizeof(BandBlock) == 268);
+
+/// The uniform block of the glow's blur.
+struct BlurParams {
+  float dirX = 0;
+  float dirY = 0;
+  float radius = 0;  ///< the setting glowRadius, at most maxGlowRadius
+};
+static_assert(sizeof(BlurParams) == 12);
+
+inline constexpr double maxGlowRadius = 16;
+
+#undef VELORIA_UNIFORM
+#undef VELORIA_STOPS
+
+/// A setting as a uniform: narrowed to 32 bits, 0 when it is not finite, held to a magnitude that no arithmetic in a
+/// shader can turn into infinity by itself.
+inline float uniformFloat(double value) {
+  constexpr double limit = 1e9;
+  if (!std::isfinite(value)) return 0.0F;
+  return static_cast<float>(std::clamp(value, -limit, limit));
+}
+
+/// The shaders' time wraps to 0 after this many seconds of simulated time. Their noise repeats with the same period, so
+/// nothing jumps; without the wrap, 32-bit time would move in visible steps after some days.
+inline constexpr double timePeriod = 8192.0;
+
+inline float wrappedTime(double simTime) {
+  return uniformFloat(std::fmod(simTime, timePeriod));
+}
+
+/// Filling the uniform blocks. Settings that are not finite become 0.
 
 /// The pointer as the renderer knows it.
 struct PointerState {
@@ -20,7 +111,8 @@ struct PointerState {
   bool inside = false;
 };
 
-/// The view's size in points: the drawable's over the backing scale; half of it when no geometry is known. At least 1.
+/// The view's size in points: the drawable's over the backing scale; half the drawable if the geometry is unknown. At
+/// least 1.
 Extent viewSizeFor(gpu::Size drawable, const std::optional<StripGeometry>& geometry);
 
 /// The fluid's block, but for the grid's size. `dtFrames` is scaled time in 60 Hz frames, `simTime` in seconds. The
@@ -34,7 +126,7 @@ RenderParams makeRenderParams(const NimbraConfig& config, double simTime, Extent
                               const std::optional<StripGeometry>& geometry, const PointerState& pointer,
                               float debugSolid);
 
-/// The number that `text` is, as a float; 0 when it is absent, no number, or not finite.
+/// `text` as a float; 0 if it is null, not a number, or not finite.
 float debugSolidValue(const char* text);
 
 }  // namespace veloria

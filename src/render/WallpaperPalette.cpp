@@ -15,7 +15,7 @@ constexpr std::size_t hueBins = 18;
 constexpr std::size_t stopCount = 4;
 constexpr float darkest = 0.08F;
 constexpr float leastChroma = 0.00001F;
-constexpr float greyVote = 0.02F;
+constexpr float grayVote = 0.02F;
 constexpr float darkGain = 1.4F;
 constexpr float leastBrightness = 0.001F;
 constexpr float whiteShare = 0.55F;
@@ -53,7 +53,7 @@ void vote(Histogram& histogram, const ColorStop& c) {
   if (!(most > darkest)) return;
   const float chroma = most - least;
   const float saturation = chroma / most;
-  const float weight = std::min(most * darkGain, 1.0F) * saturation * saturation + greyVote;
+  const float weight = std::min(most * darkGain, 1.0F) * saturation * saturation + grayVote;
   const auto bin = static_cast<std::size_t>(hue(c, most, chroma) * static_cast<float>(hueBins));
   HueBin& chosen = histogram[std::min(bin, hueBins - 1)];
   chosen.weight += weight;

@@ -10,7 +10,9 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <random>
+#include <sstream>
 
 #include "desktop/DesktopSession.h"
 #include "settings/LookPreset.h"
@@ -84,32 +86,12 @@ void prepare(DesktopSession& desktop) {
 
 std::unique_ptr<ChildProcess> terminal(DesktopSession& desktop, const std::string& title, const std::string& geometry,
                                        const std::string& command) {
-  auto process = desktop.run({"xterm",
-                              "-T",
-                              title,
-                              "-geometry",
-                              geometry,
-                              "-fa",
-                              "DejaVu Sans Mono",
-                              "-fs",
-                              "10",
-                              "-bg",
-                              "#10131b",
-                              "-fg",
-                              "#c8cede",
-                              "+sb",
-                              "-b",
-                              "10",
-                              "-e",
-                              "sh",
-                              "-c",
-                              command + "; exec sleep 3600"});
+  std::istringstream words("xterm -fs 10 -bg #10131b -fg #c8cede +sb -b 10 -geometry " + geometry);
+  std::vector<std::string> argv{std::istream_iterator<std::string>(words), {}};
+  argv.insert(argv.end(), {"-fa", "DejaVu Sans Mono", "-T", title, "-e", "sh", "-c", command + "; exec sleep 3600"});
+  auto process = desktop.run(argv);
   if (!desktop.waitForWindow(title, 20)) throw std::runtime_error(title + " shows no window:\n" + process->output());
   return process;
-}
-
-void waitSeconds(const DesktopSession& desktop, double seconds) {
-  desktop.waitUntil([] { return false; }, seconds);
 }
 
 QImage pictureOf(const Screenshot& screen) {
@@ -143,7 +125,7 @@ void makePicture(const std::string& output) {
   const auto right = terminal(desktop, "veloria render", "84x40+1080+230", veloria + " render --help");
   const auto band = desktop.run({veloria});
   if (!desktop.waitForWindow("Veloria", 30)) throw std::runtime_error("no band:\n" + band->output());
-  waitSeconds(desktop, 8);
+  desktop.waitUntil([] { return false; }, 8);
   if (!pictureOf(desktop.screenshot()).save(QString::fromStdString(output))) throw std::runtime_error("no " + output);
 }
 

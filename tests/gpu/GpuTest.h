@@ -3,16 +3,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <span>
+#include <utility>
+
 #include "Backend.h"
 
-namespace veloria::gpu::test {
+namespace veloria::tests {
 
-/// A device, the test library and a queue; at the end nothing may have been complained about.
-class GpuTest : public ::testing::Test {
+/// A device, a library and a queue; at the end the back end may not have complained about anything.
+class GpuTest : public testing::Test {
  protected:
+  static constexpr auto drawnAndRead = gpu::TextureUsage::shaderRead | gpu::TextureUsage::renderTarget;
+
   void SetUp() override {
     device_ = backend().makeDevice();
-    library_ = device_->makeLibrary(backend().libraryBytes());
+    library_ = device_->makeLibrary(libraryBytes());
     queue_ = device_->makeFrameQueue();
   }
 
@@ -23,23 +29,27 @@ class GpuTest : public ::testing::Test {
     EXPECT_EQ(backend().complaints(), "");
   }
 
-  std::shared_ptr<Texture> makeTexture(PixelFormat format, Size size,
-                                       TextureUsage usage = TextureUsage::shaderRead | TextureUsage::shaderWrite) {
-    return device_->makeTexture({format, size, usage, StorageMode::gpuPrivate, "test"});
+  virtual std::vector<std::byte> libraryBytes() const { return backend().libraryBytes(); }
+
+  std::shared_ptr<gpu::Texture> makeTexture(gpu::PixelFormat format, gpu::Size size,
+                                            gpu::TextureUsage usage = gpu::TextureUsage::shaderRead |
+                                                                      gpu::TextureUsage::shaderWrite,
+                                            gpu::StorageMode storage = gpu::StorageMode::gpuPrivate) {
+    return device_->makeTexture({format, size, usage, storage, "test"});
   }
 
-  std::shared_ptr<Pipeline> computePipeline(const std::string& function) {
+  std::shared_ptr<gpu::Pipeline> computePipeline(const std::string& function) {
     return device_->makePipeline(*library_, {.function = function});
   }
 
-  std::shared_ptr<Pipeline> renderPipeline(const std::string& fragment, PixelFormat format) {
+  std::shared_ptr<gpu::Pipeline> renderPipeline(const std::string& fragment, gpu::PixelFormat format) {
     return device_->makePipeline(*library_, {.function = fragment, .vertexFunction = "v_cover", .format = format});
   }
 
   /// One frame with the passes of `encode(Frame&)`, done.
   template <typename Encode>
-  void run(Encode encode, CompletedHandler handler = nullptr) {
-    Frame* frame = queue_->begin("test");
+  void run(Encode encode, gpu::CompletedHandler handler = nullptr) {
+    gpu::Frame* frame = queue_->begin("test");
     ASSERT_NE(frame, nullptr);
     encode(*frame);
     frame->commit(std::move(handler));
@@ -47,8 +57,8 @@ class GpuTest : public ::testing::Test {
   }
 
   /// One frame with one pass, done.
-  void runOne(const Pass& pass) {
-    run([&](Frame& frame) { frame.run(pass); });
+  void runOne(const gpu::Pass& pass) {
+    run([&](gpu::Frame& frame) { frame.run(pass); });
   }
 
   /// For the length of the call that it is an argument of.
@@ -56,9 +66,9 @@ class GpuTest : public ::testing::Test {
     return std::as_bytes(std::span(values.begin(), values.size()));
   }
 
-  std::unique_ptr<Device> device_;
-  std::unique_ptr<Library> library_;
-  std::unique_ptr<FrameQueue> queue_;
+  std::unique_ptr<gpu::Device> device_;
+  std::unique_ptr<gpu::Library> library_;
+  std::unique_ptr<gpu::FrameQueue> queue_;
 };
 
-}  // namespace veloria::gpu::test
+}  // namespace veloria::tests

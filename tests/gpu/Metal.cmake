@@ -21,8 +21,8 @@ add_custom_command(
 add_custom_target(gpu_test_library DEPENDS ${gpu_test_library})
 
 veloria_test(gpu_metal_tests
-  SOURCES ${gpu_conformance} ExecutionTest.cpp
-  LINK gpu_metal_backend veloria_gpu_metal veloria_gpu)
+  SOURCES conformance_test.cpp execution_test.cpp
+  LINK veloria_gpu_harness gpu_metal_backend veloria_gpu_metal)
 add_dependencies(gpu_metal_tests gpu_test_library)
 # The system's own validation ends the program where a call is wrong.
 set_tests_properties(gpu_metal_tests PROPERTIES ENVIRONMENT "MTL_DEBUG_LAYER=1;MTL_SHADER_VALIDATION=1")

@@ -10,28 +10,20 @@ add_custom_command(
   VERBATIM)
 add_custom_target(gpu_test_library DEPENDS ${gpu_test_library})
 
+add_library(veloria_gpu_vulkan_backend STATIC VulkanBackend.cpp)
+target_link_libraries(veloria_gpu_vulkan_backend PUBLIC veloria_gpu_harness veloria_gpu_vulkan)
+target_compile_definitions(veloria_gpu_vulkan_backend PRIVATE GPU_TEST_LIBRARY="${gpu_test_library}")
+veloria_common_options(veloria_gpu_vulkan_backend)
+add_dependencies(veloria_gpu_vulkan_backend gpu_test_library)
+
 veloria_test(gpu_vulkan_tests
-  SOURCES
-    ${gpu_conformance}
-    AllocationTest.cpp
-    ExecutionTest.cpp
-    VulkanBackend.cpp
-    VulkanDeviceTest.cpp
-    VulkanPartsTest.cpp
-  LINK veloria_allocation_count veloria_gpu_vulkan veloria_gpu)
+  SOURCES conformance_test.cpp execution_test.cpp vulkan_device_test.cpp vulkan_parts_test.cpp
+  LINK veloria_allocation_count veloria_gpu_vulkan_backend)
 
 veloria_test(gpu_surface_tests
-  SOURCES
-    Backend.h BackendHelpers.cpp GpuTest.h
-    SurfaceTest.cpp
-    VulkanBackend.cpp
-  LINK veloria_gpu_vulkan veloria_gpu veloria_desktop_harness PkgConfig::XCB
+  SOURCES surface_test.cpp
+  LINK veloria_gpu_vulkan_backend veloria_desktop_harness PkgConfig::XCB
   LABELS desktop)
-
-foreach(test gpu_vulkan_tests gpu_surface_tests)
-  add_dependencies(${test} gpu_test_library)
-  target_compile_definitions(${test} PRIVATE GPU_TEST_LIBRARY="${gpu_test_library}")
-endforeach()
 
 add_test(NAME gpu_bindings_test COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/bindings_test ${CMAKE_SOURCE_DIR}/script/check-bindings)
 
@@ -47,6 +39,6 @@ add_custom_command(
   COMMENT "Writing the Metal source"
   VERBATIM)
 add_custom_target(metal_source DEPENDS ${metal_source}/stamp)
-veloria_test(gpu_metal_source_tests SOURCES MetalSourceTest.cpp LINK veloria_render)
+veloria_test(gpu_metal_source_tests SOURCES metal_source_test.cpp LINK veloria_render)
 target_compile_definitions(gpu_metal_source_tests PRIVATE METAL_SOURCE="${metal_source}")
 add_dependencies(gpu_metal_source_tests metal_source shaders)

@@ -7,31 +7,13 @@
 #include "Backend.h"
 #include "gpu/vulkan/VulkanFactory.h"
 
-namespace veloria::gpu::test {
+namespace veloria::tests {
 
 namespace {
 
-// Validation may speak on any thread, and while a device is being destroyed.
-class Complaints {
- public:
-  void add(std::string_view text) {
-    const std::lock_guard lock(mutex_);
-    text_.append(text).append("\n");
-  }
-  std::string take() {
-    const std::lock_guard lock(mutex_);
-    return std::exchange(text_, {});
-  }
-
- private:
-  std::mutex mutex_;
-  std::string text_;
-};
-
-Complaints& complaints() {
-  static Complaints shared;
-  return shared;
-}
+// Validation reports on any thread, and while a device is being destroyed.
+std::mutex mutex;
+std::string complaints;
 
 // Leak reports can name a library only while it is loaded, and drivers are unloaded with their device.
 void keepLibrariesLoaded() {
@@ -43,21 +25,28 @@ void keepLibrariesLoaded() {
       nullptr);
 }
 
-std::unique_ptr<Device> makeDevice() {
-  vulkan::VulkanOptions options;
+std::unique_ptr<gpu::Device> makeDevice() {
+  gpu::vulkan::VulkanOptions options;
   options.validation = true;
-  options.validationHandler = [](std::string_view text) { complaints().add(text); };
-  auto device = vulkan::makeVulkanDevice(options);
+  options.validationHandler = [](std::string_view text) {
+    const std::lock_guard lock(mutex);
+    complaints.append(text).append("\n");
+  };
+  auto device = gpu::vulkan::makeVulkanDevice(options);
   keepLibrariesLoaded();
   return device;
+}
+
+std::string takeComplaints() {
+  const std::lock_guard lock(mutex);
+  return std::exchange(complaints, {});
 }
 
 }  // namespace
 
 const Backend& backend() {
-  static const Backend vulkan{"vulkan", true, makeDevice, [] { return readFile(GPU_TEST_LIBRARY); },
-                              [] { return complaints().take(); }};
-  return vulkan;
+  static const Backend shared{true, true, makeDevice, [] { return readFile(GPU_TEST_LIBRARY); }, takeComplaints};
+  return shared;
 }
 
-}  // namespace veloria::gpu::test
+}  // namespace veloria::tests

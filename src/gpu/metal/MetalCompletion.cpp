@@ -2,6 +2,14 @@
 
 namespace veloria::gpu::metal {
 
+namespace {
+
+constexpr std::chrono::seconds longestWait{1};
+// All but the one on the screen and the one that is asked for.
+constexpr std::uint32_t maxWaiting = MetalDrawableCount::drawables - 2;
+
+}  // namespace
+
 void MetalCompletion::committed(CompletionClient& client) {
   const std::lock_guard lock(mutex_);
   client.pending_ = true;
@@ -9,21 +17,39 @@ void MetalCompletion::committed(CompletionClient& client) {
 }
 
 void MetalCompletion::finished(CompletionClient& client) {
-  // Told under the lock: whoever waits may destroy this object as soon as the count is 0.
+  // Notifies under the lock: a waiting thread may destroy this object as soon as the count is 0.
   const std::lock_guard lock(mutex_);
   client.pending_ = false;
   --outstanding_;
-  told_.notify_all();
+  changed_.notify_all();
 }
 
 void MetalCompletion::waitFor(const CompletionClient& client) {
   std::unique_lock lock(mutex_);
-  told_.wait(lock, [&] { return !client.pending_; });
+  changed_.wait(lock, [&] { return !client.pending_; });
 }
 
 void MetalCompletion::drain() {
   std::unique_lock lock(mutex_);
-  told_.wait(lock, [&] { return outstanding_ == 0; });
+  changed_.wait(lock, [&] { return outstanding_ == 0; });
+}
+
+bool MetalDrawableCount::free(Clock::time_point now) {
+  const std::lock_guard lock(mutex_);
+  if (waiting_ > maxWaiting && now - last_ >= longestWait) waiting_ = 0;
+  return waiting_ <= maxWaiting;
+}
+
+void MetalDrawableCount::presented(Clock::time_point now) {
+  const std::lock_guard lock(mutex_);
+  ++waiting_;
+  last_ = now;
+}
+
+void MetalDrawableCount::shown() {
+  const std::lock_guard lock(mutex_);
+  // One that counted as lost may still turn up.
+  if (waiting_ > 0) --waiting_;
 }
 
 }  // namespace veloria::gpu::metal

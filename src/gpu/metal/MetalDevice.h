@@ -22,7 +22,7 @@ class MetalDevice final : public Device {
   std::unique_ptr<FrameQueue> makeFrameQueue() override;
 
   id<MTLDevice> device() const { return device_; }
-  /// The one that all of ours submit to, so that everything runs in the order of commit().
+  /// The queue that all frames submit to, so that everything runs in the order of commit().
   id<MTLCommandQueue> queue() const { return queue_; }
   /// Bilinear, clamped to the edge.
   id<MTLSamplerState> sampler() const { return sampler_; }
@@ -42,7 +42,7 @@ class MetalDevice final : public Device {
   std::atomic<bool> lost_{false};
 };
 
-/// The device behind the interface. Throws PreconditionError when it is another back end's.
+/// The device behind the interface. Throws PreconditionError for another back end's.
 MetalDevice& metalDevice(Device& device);
 
 }  // namespace veloria::gpu::metal

@@ -5,13 +5,25 @@
 #include <string>
 #include <string_view>
 
+#include "gpu/Types.h"
+
 namespace veloria::gpu::metal {
 
-/// Throws DeviceError: what was asked, and what came back.
-[[noreturn]] void fail(const std::string& what, NSError* error);
+inline NSString* metalString(std::string_view text) {
+  NSString* string = [[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSUTF8StringEncoding];
+  return string == nil ? @"" : string;
+}
 
-NSString* metalString(std::string_view text);
 /// Empty for nil.
-std::string plainString(NSString* text);
+inline std::string plainString(NSString* text) {
+  const char* bytes = text.UTF8String;
+  return bytes == nullptr ? std::string() : std::string(bytes);
+}
+
+/// Throws DeviceError with `what` and the error's text.
+[[noreturn]] inline void fail(const std::string& what, NSError* error) {
+  const std::string reason = plainString(error.localizedDescription);
+  throw DeviceError(reason.empty() ? what : what + ": " + reason);
+}
 
 }  // namespace veloria::gpu::metal

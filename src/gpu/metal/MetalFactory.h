@@ -8,8 +8,7 @@
 #include "gpu/Device.h"
 #include "gpu/Surface.h"
 
-/// All that others need of the Metal back end: a device and, for a layer, a surface. No header of the system is needed
-/// to include this one.
+/// The Metal back end's public part: a device and, for a layer, a surface. Includes no header of the system.
 namespace veloria::gpu::metal {
 
 struct DeviceInfo {
@@ -22,28 +21,27 @@ struct MetalOptions {
   std::string gpu;
 };
 
-/// The GPUs of this computer; empty when it has none for Metal.
+/// The GPUs of this computer; empty if none supports Metal.
 std::vector<DeviceInfo> listDevices();
 
-/// Makes the device. Throws NoDeviceError when there is no GPU as wished, and DeviceError when it can't be used.
-/// What it does not do: measure single passes (Completion::passes stays empty).
+/// Makes the device. Throws NoDeviceError if no GPU matches, and DeviceError if it can't be used. It does not measure
+/// single passes (Completion::passes stays empty).
 std::unique_ptr<Device> makeMetalDevice(const MetalOptions& options);
 
 /// A surface that draws into `layer`, a CAMetalLayer, which it keeps. It sets the layer's device, size in pixels and
-/// pixel format; colour space, transparency and extended range are its owner's. `device` (one of makeMetalDevice())
-/// must outlive it. For the wanted format bgra8Unorm it gives bgra8UnormSrgb.
-/// Throws PreconditionError when the object is no CAMetalLayer.
+/// pixel format; its owner sets colour space, transparency and extended range. `device` (one of makeMetalDevice()) must
+/// outlive it. For the wanted format bgra8Unorm it gives bgra8UnormSrgb. Throws PreconditionError if the object is not
+/// a CAMetalLayer.
 std::unique_ptr<Surface> makeSurface(Device& device, void* layer);
 
-/// The system's object (an MTLDevice, still the device's) behind `device`, one of makeMetalDevice().
+/// The MTLDevice behind `device` (one of makeMetalDevice()), which keeps owning it.
 void* systemDevice(Device& device);
 
-/// `texture`, an MTLTexture that something else made on the same GPU, as one that functions can read. It can't be
-/// written or read back. `owner` is kept as long as the result.
-/// Throws DeviceError when the object is no texture, or has a pixel format that the interface does not have.
+/// Wraps an MTLTexture of the same GPU so that functions can read it. It can't be written or read back. The result
+/// keeps `owner` alive. Throws DeviceError if the object is not a texture or has an unknown pixel format.
 std::shared_ptr<Texture> wrapTexture(Device& device, void* texture, std::shared_ptr<const void> owner);
 
-/// For tests: from now on `device` behaves as if the system had taken it away.
+/// For tests: from now on `device` behaves as if the system had removed it.
 void simulateLoss(Device& device);
 
 }  // namespace veloria::gpu::metal

@@ -16,13 +16,13 @@ class MetalDevice;
 class MetalDrawable;
 class MetalPipeline;
 
-/// One of a queue's three. The system's command buffer is new for every frame, the rest is used again.
+/// One of a queue's three. The command buffer is new for every frame; the rest is reused.
 class MetalFrame final : public Frame, public CompletionClient {
  public:
   explicit MetalFrame(MetalDevice& device) : device_(device) {}
   ~MetalFrame() override { endComputing(); }
 
-  /// Starts it anew; it must not be pending. False when the device makes no command buffer.
+  /// Starts it again; it must not be pending. False if the device makes no command buffer.
   bool begin(const char* label);
 
  private:
@@ -35,7 +35,7 @@ class MetalFrame final : public Frame, public CompletionClient {
   void beginComputing(const char* label);
   void endComputing();
   void completed(id<MTLCommandBuffer> commands) noexcept;
-  void tell(const Completion& completion) noexcept;
+  void callHandler(const Completion& completion) noexcept;
 
   MetalDevice& device_;
   id<MTLCommandBuffer> commands_ = nil;

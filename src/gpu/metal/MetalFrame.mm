@@ -3,11 +3,11 @@
 #include <utility>
 
 #include "base/Log.h"
-#include "gpu/Precondition.h"
+#include "gpu/Types.h"
 #include "gpu/metal/MetalDevice.h"
-#include "gpu/metal/MetalDrawable.h"
 #include "gpu/metal/MetalError.h"
 #include "gpu/metal/MetalPipeline.h"
+#include "gpu/metal/MetalSurface.h"
 #include "gpu/metal/MetalTexture.h"
 
 namespace veloria::gpu::metal {
@@ -115,7 +115,7 @@ void MetalFrame::doCommit(CompletedHandler handler) {
     commands_ = nil;
     Completion completion;
     completion.failed = true;
-    tell(completion);
+    callHandler(completion);
     device_.requireAlive();
   }
   @autoreleasepool {
@@ -140,12 +140,12 @@ void MetalFrame::completed(id<MTLCommandBuffer> commands) noexcept {
     completion.gpuStart = commands.GPUStartTime;
     completion.gpuEnd = commands.GPUEndTime;
   }
-  tell(completion);
+  callHandler(completion);
   commands_ = nil;
   device_.completion().finished(*this);
 }
 
-void MetalFrame::tell(const Completion& completion) noexcept {
+void MetalFrame::callHandler(const Completion& completion) noexcept {
   if (handler_) handler_(completion);
   handler_ = nullptr;
 }

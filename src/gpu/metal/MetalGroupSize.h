@@ -7,8 +7,8 @@
 
 namespace veloria::gpu::metal {
 
-/// Threads of a group: one row is as wide as the threads that run in step, and there are as many rows as fit.
-/// `executionWidth` and `maxThreads` as the compute pipeline gives them.
+/// Threads of a group: a row is one execution width wide, with as many rows as fit. `executionWidth` and `maxThreads`
+/// as the compute pipeline gives them.
 constexpr Size groupSizeFor(std::uint32_t executionWidth, std::uint32_t maxThreads) {
   const std::uint32_t width = std::max(executionWidth, 1U);
   return {width, std::max(maxThreads / width, 1U)};

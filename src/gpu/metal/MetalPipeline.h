@@ -12,15 +12,15 @@
 
 namespace veloria::gpu::metal {
 
-/// A library of the platform's compiler (the bytes of a .metallib file).
+/// A compiled library (the bytes of a .metallib file).
 class MetalLibrary final : public Library {
  public:
-  /// Throws DeviceError when the bytes are no library.
+  /// Throws DeviceError if the bytes are not a library.
   MetalLibrary(id<MTLDevice> device, std::span<const std::byte> bytes);
 
   bool contains(const std::string& function) const override { return functions_.contains(function); }
 
-  /// The function with its constants set. Throws DeviceError.
+  /// The function with its constants set. Throws DeviceError on failure.
   id<MTLFunction> function(const std::string& name, TargetKind target, std::uint32_t variant) const;
 
  private:

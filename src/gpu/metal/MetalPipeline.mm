@@ -3,8 +3,8 @@
 #import <dispatch/dispatch.h>
 
 #include "gpu/metal/MetalError.h"
-#include "gpu/metal/MetalFormat.h"
 #include "gpu/metal/MetalGroupSize.h"
+#include "gpu/metal/MetalTexture.h"
 
 namespace veloria::gpu::metal {
 

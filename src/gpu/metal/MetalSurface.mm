@@ -1,7 +1,7 @@
 #include "gpu/metal/MetalSurface.h"
 
 #include "gpu/metal/MetalDevice.h"
-#include "gpu/metal/MetalFormat.h"
+#include "gpu/metal/MetalTexture.h"
 
 namespace veloria::gpu::metal {
 

@@ -4,10 +4,9 @@
 #include <string>
 #include <utility>
 
-#include "gpu/Precondition.h"
+#include "gpu/Types.h"
 #include "gpu/metal/MetalDevice.h"
 #include "gpu/metal/MetalError.h"
-#include "gpu/metal/MetalFormat.h"
 
 namespace veloria::gpu::metal {
 

@@ -21,28 +21,23 @@ VkDescriptorType typeOf(std::size_t binding) {
 }
 
 SamplerOwner makeSampler(const VulkanContext& context) {
-  VkSamplerCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_SAMPLER_CREATE_INFO;
+  auto info = typed<VkSamplerCreateInfo>(VK_STRUCTURE_TYPE_SAMPLER_CREATE_INFO);
   info.magFilter = VK_FILTER_LINEAR;
   info.minFilter = VK_FILTER_LINEAR;
   info.mipmapMode = VK_SAMPLER_MIPMAP_MODE_NEAREST;
   info.addressModeU = VK_SAMPLER_ADDRESS_MODE_CLAMP_TO_EDGE;
   info.addressModeV = VK_SAMPLER_ADDRESS_MODE_CLAMP_TO_EDGE;
   info.addressModeW = VK_SAMPLER_ADDRESS_MODE_CLAMP_TO_EDGE;
-  VkSampler sampler = VK_NULL_HANDLE;
-  check(vkCreateSampler(context.device(), &info, nullptr, &sampler), "vkCreateSampler");
-  return {context.device(), sampler};
+  return created<SamplerOwner>(vkCreateSampler, context.device(), info, "vkCreateSampler");
 }
 
 DescriptorSetLayoutOwner makeSetLayout(const VulkanContext& context,
                                        std::span<const VkDescriptorSetLayoutBinding> bindings) {
-  VkDescriptorSetLayoutCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_DESCRIPTOR_SET_LAYOUT_CREATE_INFO;
+  auto info = typed<VkDescriptorSetLayoutCreateInfo>(VK_STRUCTURE_TYPE_DESCRIPTOR_SET_LAYOUT_CREATE_INFO);
   info.bindingCount = static_cast<std::uint32_t>(bindings.size());
   info.pBindings = bindings.data();
-  VkDescriptorSetLayout layout = VK_NULL_HANDLE;
-  check(vkCreateDescriptorSetLayout(context.device(), &info, nullptr, &layout), "vkCreateDescriptorSetLayout");
-  return {context.device(), layout};
+  return created<DescriptorSetLayoutOwner>(vkCreateDescriptorSetLayout, context.device(), info,
+                                           "vkCreateDescriptorSetLayout");
 }
 
 DescriptorSetLayoutOwner makeTexturesLayout(const VulkanContext& context, VkSampler sampler) {
@@ -70,31 +65,24 @@ DescriptorSetLayoutOwner makeBytesLayout(const VulkanContext& context) {
 PipelineLayoutOwner makePipelineLayout(const VulkanContext& context, VkDescriptorSetLayout textures,
                                        VkDescriptorSetLayout bytes) {
   const std::array sets{textures, bytes};
-  VkPipelineLayoutCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_PIPELINE_LAYOUT_CREATE_INFO;
+  auto info = typed<VkPipelineLayoutCreateInfo>(VK_STRUCTURE_TYPE_PIPELINE_LAYOUT_CREATE_INFO);
   info.setLayoutCount = static_cast<std::uint32_t>(sets.size());
   info.pSetLayouts = sets.data();
-  VkPipelineLayout layout = VK_NULL_HANDLE;
-  check(vkCreatePipelineLayout(context.device(), &info, nullptr, &layout), "vkCreatePipelineLayout");
-  return {context.device(), layout};
+  return created<PipelineLayoutOwner>(vkCreatePipelineLayout, context.device(), info, "vkCreatePipelineLayout");
 }
 
 DescriptorPoolOwner makePool(const VulkanContext& context, std::uint32_t sets,
                              std::span<const VkDescriptorPoolSize> sizes) {
-  VkDescriptorPoolCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_DESCRIPTOR_POOL_CREATE_INFO;
+  auto info = typed<VkDescriptorPoolCreateInfo>(VK_STRUCTURE_TYPE_DESCRIPTOR_POOL_CREATE_INFO);
   info.maxSets = sets;
   info.poolSizeCount = static_cast<std::uint32_t>(sizes.size());
   info.pPoolSizes = sizes.data();
-  VkDescriptorPool pool = VK_NULL_HANDLE;
-  check(vkCreateDescriptorPool(context.device(), &info, nullptr, &pool), "vkCreateDescriptorPool");
-  return {context.device(), pool};
+  return created<DescriptorPoolOwner>(vkCreateDescriptorPool, context.device(), info, "vkCreateDescriptorPool");
 }
 
 VkResult allocateSet(const VulkanContext& context, VkDescriptorPool pool, VkDescriptorSetLayout layout,
                      VkDescriptorSet& set) {
-  VkDescriptorSetAllocateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_DESCRIPTOR_SET_ALLOCATE_INFO;
+  auto info = typed<VkDescriptorSetAllocateInfo>(VK_STRUCTURE_TYPE_DESCRIPTOR_SET_ALLOCATE_INFO);
   info.descriptorPool = pool;
   info.descriptorSetCount = 1;
   info.pSetLayouts = &layout;
@@ -158,7 +146,7 @@ VkDescriptorSet VulkanTextureSets::tryAllocate() const {
   return result == VK_SUCCESS ? set : VK_NULL_HANDLE;
 }
 
-// A binding without a texture stays unwritten, which is well as long as the function does not use it.
+// A binding without a texture stays unwritten; that is allowed while the function does not use it.
 void VulkanTextureSets::fill(VkDescriptorSet set, std::span<const Texture* const> textures) const {
   std::array<VkDescriptorImageInfo, bindingCount> images{};
   std::array<VkWriteDescriptorSet, bindingCount> writes{};
@@ -186,8 +174,7 @@ VulkanUniforms::Block VulkanUniforms::makeBlock() const {
   block.pool = makePool(context_, 1, {&size, 1});
   check(allocateSet(context_, block.pool.get(), layout_.bytes(), block.set), "vkAllocateDescriptorSets (bytes)");
   const VkDescriptorBufferInfo window{block.buffer.buffer.get(), 0, windowBytes};
-  VkWriteDescriptorSet write{};
-  write.sType = VK_STRUCTURE_TYPE_WRITE_DESCRIPTOR_SET;
+  auto write = typed<VkWriteDescriptorSet>(VK_STRUCTURE_TYPE_WRITE_DESCRIPTOR_SET);
   write.dstSet = block.set;
   write.descriptorCount = 1;
   write.descriptorType = VK_DESCRIPTOR_TYPE_UNIFORM_BUFFER_DYNAMIC;

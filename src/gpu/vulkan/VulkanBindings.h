@@ -35,7 +35,8 @@ class VulkanTextureSets {
  public:
   VulkanTextureSets(const VulkanContext& context, const VulkanLayout& layout) : context_(context), layout_(layout) {}
 
-  /// The frame starts anew. `texturesReleased` counts the device's textures that are gone: their sets must go.
+  /// Starts the frame again. `texturesReleased` counts the device's released textures; when it has grown, old sets are
+  /// freed.
   void begin(std::uint64_t texturesReleased);
   VkDescriptorSet setFor(const Pass& pass);
 
@@ -66,7 +67,7 @@ struct UniformSlice {
 };
 
 /// The passes' bytes of one frame: blocks of mapped memory that are filled from the start again each time the frame is
-/// used. Grows to what the busiest frame needed and stays so.
+/// used. Grows to what the busiest frame needed.
 class VulkanUniforms {
  public:
   VulkanUniforms(const VulkanContext& context, const VulkanLayout& layout) : context_(context), layout_(layout) {}

@@ -13,19 +13,15 @@ namespace {
 
 // Three frames of a good number of queues; more than that only costs an allocation.
 constexpr std::size_t expectedEntries = 64;
-// How long a wait goes on before it looks whether the device was lost meanwhile.
+// A wait checks this often whether the device was lost.
 constexpr std::uint64_t lossCheckNanoseconds = 250'000'000;
 
 SemaphoreOwner makeTimelineSemaphore(const VulkanContext& context) {
-  VkSemaphoreTypeCreateInfo type{};
-  type.sType = VK_STRUCTURE_TYPE_SEMAPHORE_TYPE_CREATE_INFO;
+  auto type = typed<VkSemaphoreTypeCreateInfo>(VK_STRUCTURE_TYPE_SEMAPHORE_TYPE_CREATE_INFO);
   type.semaphoreType = VK_SEMAPHORE_TYPE_TIMELINE;
-  VkSemaphoreCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_SEMAPHORE_CREATE_INFO;
+  auto info = typed<VkSemaphoreCreateInfo>(VK_STRUCTURE_TYPE_SEMAPHORE_CREATE_INFO);
   info.pNext = &type;
-  VkSemaphore semaphore = VK_NULL_HANDLE;
-  check(vkCreateSemaphore(context.device(), &info, nullptr, &semaphore), "vkCreateSemaphore (timeline)");
-  return {context.device(), semaphore};
+  return created<SemaphoreOwner>(vkCreateSemaphore, context.device(), info, "vkCreateSemaphore (timeline)");
 }
 
 }  // namespace
@@ -40,14 +36,12 @@ std::uint64_t VulkanTimeline::submit(const Submission& submission) {
   const std::array<std::uint64_t, 2> values{number};
   const std::array<VkSemaphore, 2> signals{semaphore_.get(), submission.signal};
   const VkPipelineStageFlags waitStage = VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT;
-  VkTimelineSemaphoreSubmitInfo timeline{};
-  timeline.sType = VK_STRUCTURE_TYPE_TIMELINE_SEMAPHORE_SUBMIT_INFO;
+  auto timeline = typed<VkTimelineSemaphoreSubmitInfo>(VK_STRUCTURE_TYPE_TIMELINE_SEMAPHORE_SUBMIT_INFO);
   timeline.waitSemaphoreValueCount = submission.wait == VK_NULL_HANDLE ? 0 : 1;
   timeline.pWaitSemaphoreValues = values.data();
   timeline.signalSemaphoreValueCount = submission.signal == VK_NULL_HANDLE ? 1 : 2;
   timeline.pSignalSemaphoreValues = values.data();
-  VkSubmitInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO;
+  auto info = typed<VkSubmitInfo>(VK_STRUCTURE_TYPE_SUBMIT_INFO);
   info.pNext = &timeline;
   info.waitSemaphoreCount = timeline.waitSemaphoreValueCount;
   info.pWaitSemaphores = &submission.wait;
@@ -73,8 +67,7 @@ std::uint64_t VulkanTimeline::completed() const {
 
 bool VulkanTimeline::wait(std::uint64_t number, std::uint64_t nanoseconds) const {
   const VkSemaphore semaphore = semaphore_.get();
-  VkSemaphoreWaitInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_SEMAPHORE_WAIT_INFO;
+  auto info = typed<VkSemaphoreWaitInfo>(VK_STRUCTURE_TYPE_SEMAPHORE_WAIT_INFO);
   info.semaphoreCount = 1;
   info.pSemaphores = &semaphore;
   info.pValues = &number;
@@ -119,7 +112,7 @@ void VulkanRetirement::collect() {
   std::vector<Entry> free;
   {
     const std::lock_guard lock(mutex_);
-    // What a lost device still does nobody knows; everything stays until the device itself goes.
+    // A lost device may still use anything, so everything stays until the device is destroyed.
     if (entries_.empty() || context_.lost()) return;
     const std::uint64_t completed = timeline_.completed();
     const auto kept = std::stable_partition(entries_.begin(), entries_.end(),
@@ -156,12 +149,12 @@ void VulkanCompletion::enqueue(std::uint64_t number, CompletionClient& client) {
 
 void VulkanCompletion::waitFor(const CompletionClient& client) {
   std::unique_lock lock(mutex_);
-  told_.wait(lock, [&] { return !client.pending_; });
+  changed_.wait(lock, [&] { return !client.pending_; });
 }
 
 void VulkanCompletion::drain() {
   std::unique_lock lock(mutex_);
-  told_.wait(lock, [&] { return outstanding_ == 0; });
+  changed_.wait(lock, [&] { return outstanding_ == 0; });
 }
 
 void VulkanCompletion::run() {
@@ -188,7 +181,7 @@ void VulkanCompletion::finish(const Entry& entry) {
     entry.client->pending_ = false;
     --outstanding_;
   }
-  told_.notify_all();
+  changed_.notify_all();
 }
 
 bool VulkanCompletion::waitUntilDone(std::uint64_t number) const {

@@ -14,15 +14,15 @@
 
 namespace veloria::gpu::vulkan {
 
-/// What a submission hands over and waits for.
+/// The commands of a submission and its semaphores.
 struct Submission {
   VkCommandBuffer commands = VK_NULL_HANDLE;
-  VkSemaphore wait = VK_NULL_HANDLE;    ///< binary, waited for where colour is written
+  VkSemaphore wait = VK_NULL_HANDLE;    ///< binary; colour output waits for it
   VkSemaphore signal = VK_NULL_HANDLE;  ///< binary
 };
 
-/// The device's count of submissions: a timeline semaphore that reaches a submission's number when that is done.
-/// The drawing thread submits; everything else may be called anywhere.
+/// The device's count of submissions: a timeline semaphore that reaches a submission's number when it is done. The
+/// drawing thread submits; everything else may be called anywhere.
 class VulkanTimeline {
  public:
   explicit VulkanTimeline(VulkanContext& context);
@@ -31,7 +31,7 @@ class VulkanTimeline {
   std::uint64_t submit(const Submission& submission);
   std::uint64_t submitted() const { return submitted_; }
   std::uint64_t completed() const;
-  /// True when the number was reached in time. Marks the device lost when the driver says so.
+  /// True if the number was reached in time. Marks the device lost when the driver says so.
   bool wait(std::uint64_t number, std::uint64_t nanoseconds) const;
   /// Waits without limit. Throws DeviceLostError.
   void wait(std::uint64_t number) const;
@@ -42,14 +42,14 @@ class VulkanTimeline {
   std::atomic<std::uint64_t> submitted_{0};
 };
 
-/// Keeps what was released while the GPU may still use it, and lets it go when it can't. Any thread.
+/// Holds released objects until the GPU can no longer use them. Any thread.
 class VulkanRetirement {
  public:
   VulkanRetirement(const VulkanContext& context, const VulkanTimeline& timeline)
       : context_(context), timeline_(timeline) {}
 
   void retire(std::shared_ptr<void> resource);
-  /// A frame uses whatever is released until it is committed.
+  /// An open frame may use anything released before its commit.
   void frameBegun();
   void frameCommitted();
   void collect();
@@ -67,7 +67,7 @@ class VulkanRetirement {
   std::vector<Entry> entries_;
 };
 
-/// Something that wants to know when its submission is done.
+/// Is called when its submission is done.
 class CompletionClient {
  public:
   /// On the completion thread.
@@ -82,7 +82,7 @@ class CompletionClient {
   bool pending_ = false;  // under VulkanCompletion's mutex
 };
 
-/// The thread that waits for submissions and tells their clients, in order. It sleeps while nothing is submitted.
+/// The thread that waits for submissions and calls their clients, in order. It sleeps while nothing is submitted.
 class VulkanCompletion {
  public:
   VulkanCompletion(VulkanContext& context, const VulkanTimeline& timeline, VulkanRetirement& retirement);
@@ -92,9 +92,9 @@ class VulkanCompletion {
 
   /// `number` 0 means that the submission failed.
   void enqueue(std::uint64_t number, CompletionClient& client);
-  /// Returns when the client has been told.
+  /// Returns when the client has been called.
   void waitFor(const CompletionClient& client);
-  /// Returns when all clients have been told.
+  /// Returns when all clients have been called.
   void drain();
 
  private:
@@ -111,7 +111,7 @@ class VulkanCompletion {
   VulkanRetirement& retirement_;
   std::mutex mutex_;
   std::condition_variable work_;
-  std::condition_variable told_;
+  std::condition_variable changed_;
   std::vector<Entry> entries_;
   std::uint64_t outstanding_ = 0;
   bool stopping_ = false;

@@ -49,25 +49,23 @@ void VulkanContext::chooseDevice(const std::string& wish) {
 
 void VulkanContext::makeDevice() {
   const float priority = 1;
-  VkDeviceQueueCreateInfo queueInfo{};
-  queueInfo.sType = VK_STRUCTURE_TYPE_DEVICE_QUEUE_CREATE_INFO;
+  auto queueInfo = typed<VkDeviceQueueCreateInfo>(VK_STRUCTURE_TYPE_DEVICE_QUEUE_CREATE_INFO);
   queueInfo.queueFamilyIndex = queueFamily_;
   queueInfo.queueCount = 1;
   queueInfo.pQueuePriorities = &priority;
 
-  VkPhysicalDeviceTimelineSemaphoreFeatures timeline{};
-  timeline.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_TIMELINE_SEMAPHORE_FEATURES;
+  auto timeline =
+      typed<VkPhysicalDeviceTimelineSemaphoreFeatures>(VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_TIMELINE_SEMAPHORE_FEATURES);
   timeline.timelineSemaphore = VK_TRUE;
   VkPhysicalDeviceFeatures features{};
   features.shaderStorageImageExtendedFormats = VK_TRUE;
   features.shaderStorageImageWriteWithoutFormat = VK_TRUE;
 
-  // The extension may be there although the instance has no surfaces; it is useless then, and refused by the loader.
+  // The extension may exist although the instance has no surfaces; the loader then refuses it.
   limits_.swapchains = offersSwapchain(physicalDevice_) &&
                        vkGetInstanceProcAddr(instance_.get(), "vkGetPhysicalDeviceSurfaceSupportKHR") != nullptr;
   const std::array<const char*, 1> extensions{VK_KHR_SWAPCHAIN_EXTENSION_NAME};
-  VkDeviceCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_DEVICE_CREATE_INFO;
+  auto info = typed<VkDeviceCreateInfo>(VK_STRUCTURE_TYPE_DEVICE_CREATE_INFO);
   info.pNext = &timeline;
   info.queueCreateInfoCount = 1;
   info.pQueueCreateInfos = &queueInfo;
@@ -129,8 +127,7 @@ std::uint32_t VulkanContext::memoryType(std::uint32_t allowed, VkMemoryPropertyF
 
 MemoryOwner VulkanContext::allocate(const VkMemoryRequirements& requirements, VkMemoryPropertyFlags required,
                                     VkMemoryPropertyFlags preferred) const {
-  VkMemoryAllocateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_MEMORY_ALLOCATE_INFO;
+  auto info = typed<VkMemoryAllocateInfo>(VK_STRUCTURE_TYPE_MEMORY_ALLOCATE_INFO);
   info.allocationSize = requirements.size;
   info.memoryTypeIndex = memoryType(requirements.memoryTypeBits, required, preferred);
   VkDeviceMemory memory = VK_NULL_HANDLE;
@@ -140,8 +137,7 @@ MemoryOwner VulkanContext::allocate(const VkMemoryRequirements& requirements, Vk
 
 VulkanBuffer VulkanContext::makeBuffer(VkDeviceSize size, VkBufferUsageFlags usage,
                                        VkMemoryPropertyFlags preferred) const {
-  VkBufferCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_BUFFER_CREATE_INFO;
+  auto info = typed<VkBufferCreateInfo>(VK_STRUCTURE_TYPE_BUFFER_CREATE_INFO);
   info.size = size;
   info.usage = usage;
   VkBuffer handle = VK_NULL_HANDLE;
@@ -161,18 +157,14 @@ VulkanBuffer VulkanContext::makeBuffer(VkDeviceSize size, VkBufferUsageFlags usa
 }
 
 CommandPoolOwner VulkanContext::makeCommandPool() const {
-  VkCommandPoolCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_COMMAND_POOL_CREATE_INFO;
+  auto info = typed<VkCommandPoolCreateInfo>(VK_STRUCTURE_TYPE_COMMAND_POOL_CREATE_INFO);
   info.flags = VK_COMMAND_POOL_CREATE_TRANSIENT_BIT;
   info.queueFamilyIndex = queueFamily_;
-  VkCommandPool pool = VK_NULL_HANDLE;
-  check(vkCreateCommandPool(device(), &info, nullptr, &pool), "vkCreateCommandPool");
-  return {device(), pool};
+  return created<CommandPoolOwner>(vkCreateCommandPool, device(), info, "vkCreateCommandPool");
 }
 
 VkCommandBuffer VulkanContext::allocateCommandBuffer(VkCommandPool pool) const {
-  VkCommandBufferAllocateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO;
+  auto info = typed<VkCommandBufferAllocateInfo>(VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO);
   info.commandPool = pool;
   info.level = VK_COMMAND_BUFFER_LEVEL_PRIMARY;
   info.commandBufferCount = 1;
@@ -182,17 +174,13 @@ VkCommandBuffer VulkanContext::allocateCommandBuffer(VkCommandPool pool) const {
 }
 
 SemaphoreOwner VulkanContext::makeSemaphore() const {
-  VkSemaphoreCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_SEMAPHORE_CREATE_INFO;
-  VkSemaphore semaphore = VK_NULL_HANDLE;
-  check(vkCreateSemaphore(device(), &info, nullptr, &semaphore), "vkCreateSemaphore");
-  return {device(), semaphore};
+  auto info = typed<VkSemaphoreCreateInfo>(VK_STRUCTURE_TYPE_SEMAPHORE_CREATE_INFO);
+  return created<SemaphoreOwner>(vkCreateSemaphore, device(), info, "vkCreateSemaphore");
 }
 
 void VulkanContext::setName(VkObjectType type, std::uint64_t handle, const std::string& name) const {
   if (setName_ == nullptr || name.empty()) return;
-  VkDebugUtilsObjectNameInfoEXT info{};
-  info.sType = VK_STRUCTURE_TYPE_DEBUG_UTILS_OBJECT_NAME_INFO_EXT;
+  auto info = typed<VkDebugUtilsObjectNameInfoEXT>(VK_STRUCTURE_TYPE_DEBUG_UTILS_OBJECT_NAME_INFO_EXT);
   info.objectType = type;
   info.objectHandle = handle;
   info.pObjectName = name.c_str();
@@ -202,8 +190,7 @@ void VulkanContext::setName(VkObjectType type, std::uint64_t handle, const std::
 void VulkanContext::beginLabel(VkCommandBuffer commands, std::string_view label) const {
   if (beginLabel_ == nullptr) return;
   const std::string text(label);
-  VkDebugUtilsLabelEXT info{};
-  info.sType = VK_STRUCTURE_TYPE_DEBUG_UTILS_LABEL_EXT;
+  auto info = typed<VkDebugUtilsLabelEXT>(VK_STRUCTURE_TYPE_DEBUG_UTILS_LABEL_EXT);
   info.pLabelName = text.c_str();
   beginLabel_(commands, &info);
 }

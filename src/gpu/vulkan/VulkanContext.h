@@ -10,7 +10,6 @@
 #include <string_view>
 
 #include "gpu/vulkan/VulkanInstance.h"
-#include "gpu/vulkan/VulkanOwner.h"
 
 namespace veloria::gpu::vulkan {
 
@@ -25,9 +24,9 @@ struct VulkanBuffer {
 struct VulkanLimits {
   VkDeviceSize uniformAlignment = 256;
   Size groupSize;
-  double secondsPerTick = 0;        ///< 0 where there are no timestamps
-  std::uint64_t timestampMask = 0;  ///< the bits of a timestamp that count
-  bool swapchains = false;          ///< whether windows can be drawn into at all
+  double secondsPerTick = 0;        ///< 0 if there are no timestamps
+  std::uint64_t timestampMask = 0;  ///< the valid bits of a timestamp
+  bool swapchains = false;          ///< whether windows can be drawn into
 };
 
 /// The driver's side of a device: instance, physical and logical device, the one queue, memory.
@@ -48,12 +47,12 @@ class VulkanContext {
   void markLost() { lost_ = true; }
   /// Throws DeviceLostError when the device is lost.
   void requireAlive() const;
-  /// check(), and marks the device lost when `result` says so.
+  /// check(); also marks the device lost if `result` says so.
   void checkAlive(VkResult result, const char* what);
 
   MemoryOwner allocate(const VkMemoryRequirements& requirements, VkMemoryPropertyFlags required,
                        VkMemoryPropertyFlags preferred) const;
-  /// A mapped, coherent buffer; cached where `preferred` says so and the device can.
+  /// A mapped, coherent buffer, of the `preferred` kind of memory if there is one.
   VulkanBuffer makeBuffer(VkDeviceSize size, VkBufferUsageFlags usage, VkMemoryPropertyFlags preferred) const;
   CommandPoolOwner makeCommandPool() const;
   VkCommandBuffer allocateCommandBuffer(VkCommandPool pool) const;

@@ -1,27 +1,26 @@
 #include "gpu/vulkan/VulkanDevice.h"
 
 #include <algorithm>
+#include <charconv>
 #include <memory>
+#include <optional>
+#include <utility>
 
+#include "base/PlainText.h"
 #include "gpu/vulkan/VulkanError.h"
-#include "gpu/vulkan/VulkanFormat.h"
 #include "gpu/vulkan/VulkanFrame.h"
+#include "gpu/vulkan/VulkanInstance.h"
 #include "gpu/vulkan/VulkanPipeline.h"
+#include "gpu/vulkan/VulkanSurface.h"
 #include "gpu/vulkan/VulkanTexture.h"
 
 namespace veloria::gpu::vulkan {
 
 namespace {
 
-void recordBarrierOverAll(VkCommandBuffer commands) {
-  VkMemoryBarrier barrier{};
-  barrier.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER;
-  barrier.srcAccessMask = VK_ACCESS_MEMORY_WRITE_BIT;
-  barrier.dstAccessMask = VK_ACCESS_MEMORY_READ_BIT | VK_ACCESS_MEMORY_WRITE_BIT;
-  vkCmdPipelineBarrier(commands, VK_PIPELINE_STAGE_ALL_COMMANDS_BIT,
-                       VK_PIPELINE_STAGE_ALL_COMMANDS_BIT | VK_PIPELINE_STAGE_HOST_BIT, 0, 1, &barrier, 0, nullptr, 0,
-                       nullptr);
-}
+constexpr PassBarrier overAll{VK_PIPELINE_STAGE_ALL_COMMANDS_BIT,
+                              VK_PIPELINE_STAGE_ALL_COMMANDS_BIT | VK_PIPELINE_STAGE_HOST_BIT,
+                              VK_ACCESS_MEMORY_WRITE_BIT, VK_ACCESS_MEMORY_READ_BIT | VK_ACCESS_MEMORY_WRITE_BIT};
 
 RenderPassOwner makeRenderPass(const VulkanContext& context, VkFormat format) {
   VkAttachmentDescription attachment{};
@@ -38,15 +37,25 @@ RenderPassOwner makeRenderPass(const VulkanContext& context, VkFormat format) {
   subpass.pipelineBindPoint = VK_PIPELINE_BIND_POINT_GRAPHICS;
   subpass.colorAttachmentCount = 1;
   subpass.pColorAttachments = &reference;
-  VkRenderPassCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_RENDER_PASS_CREATE_INFO;
+  auto info = typed<VkRenderPassCreateInfo>(VK_STRUCTURE_TYPE_RENDER_PASS_CREATE_INFO);
   info.attachmentCount = 1;
   info.pAttachments = &attachment;
   info.subpassCount = 1;
   info.pSubpasses = &subpass;
-  VkRenderPass pass = VK_NULL_HANDLE;
-  check(vkCreateRenderPass(context.device(), &info, nullptr, &pass), "vkCreateRenderPass");
-  return {context.device(), pass};
+  return created<RenderPassOwner>(vkCreateRenderPass, context.device(), info, "vkCreateRenderPass");
+}
+
+std::optional<std::uint32_t> toIndex(const std::string& wish) {
+  std::uint32_t index = 0;
+  const auto [end, error] = std::from_chars(wish.data(), wish.data() + wish.size(), index);
+  if (error != std::errc() || end != wish.data() + wish.size()) return std::nullopt;
+  return index;
+}
+
+bool matches(const DeviceInfo& device, const std::string& wish, const std::optional<std::uint32_t>& index) {
+  if (wish.empty()) return true;
+  if (index) return device.index == *index;
+  return lowerCased(device.name).find(lowerCased(wish)) != std::string::npos;
 }
 
 }  // namespace
@@ -91,16 +100,15 @@ VulkanDevice::OneTime& VulkanDevice::beginOnce() {
   context_.requireAlive();
   OneTime& once = freeOnce();
   check(vkResetCommandPool(context_.device(), once.pool.get(), 0), "vkResetCommandPool");
-  VkCommandBufferBeginInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
+  auto info = typed<VkCommandBufferBeginInfo>(VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO);
   info.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
   check(vkBeginCommandBuffer(once.commands, &info), "vkBeginCommandBuffer");
-  recordBarrierOverAll(once.commands);
+  overAll.record(once.commands);
   return once;
 }
 
 std::uint64_t VulkanDevice::endOnce(OneTime& once) {
-  recordBarrierOverAll(once.commands);
+  overAll.record(once.commands);
   check(vkEndCommandBuffer(once.commands), "vkEndCommandBuffer");
   once.number = timeline_.submit({.commands = once.commands});
   return once.number;
@@ -128,6 +136,76 @@ VulkanDevice& vulkanDevice(Device& device) {
   auto* vulkan = dynamic_cast<VulkanDevice*>(&device);
   if (vulkan == nullptr) throw PreconditionError("the device is not a Vulkan device");
   return *vulkan;
+}
+
+const char* deviceTypeName(DeviceType type) {
+  switch (type) {
+    case DeviceType::discrete:
+      return "discrete";
+    case DeviceType::integrated:
+      return "integrated";
+    case DeviceType::virtualized:
+      return "virtual";
+    case DeviceType::cpu:
+      return "cpu";
+    case DeviceType::other:
+      break;
+  }
+  return "other";
+}
+
+std::vector<DeviceInfo> listDevices() try {
+  const VulkanInstance instance(false, nullptr);
+  std::vector<DeviceInfo> devices;
+  for (const VkPhysicalDevice device : instance.physicalDevices()) {
+    devices.push_back(describeDevice(device, static_cast<std::uint32_t>(devices.size())));
+  }
+  return devices;
+} catch (const NoDeviceError&) {
+  return {};
+}
+
+std::uint32_t chooseDevice(const std::vector<DeviceInfo>& devices, const std::string& wish) {
+  const std::optional<std::uint32_t> index = toIndex(wish);
+  const DeviceInfo* best = nullptr;
+  bool anyMatch = false;
+  for (const DeviceInfo& device : devices) {
+    if (!matches(device, wish, index)) continue;
+    anyMatch = true;
+    if (device.usable && (best == nullptr || device.type < best->type)) best = &device;
+  }
+  if (best != nullptr) return best->index;
+  if (devices.empty()) throw NoDeviceError("there is no Vulkan device");
+  if (!anyMatch) throw NoDeviceError("no Vulkan device matches \"" + wish + "\"");
+  throw NoDeviceError(
+      "no Vulkan device has what is needed (1.2, graphics and compute in one queue, timeline "
+      "semaphores, extended storage image formats)");
+}
+
+std::unique_ptr<Device> makeVulkanDevice(const VulkanOptions& options) {
+  return std::make_unique<VulkanDevice>(options);
+}
+
+std::unique_ptr<Surface> makeSurface(Device& device, NativeSurfaceFactory makeNative) {
+  return std::make_unique<VulkanSurface>(vulkanDevice(device), std::move(makeNative));
+}
+
+bool needsHostSurface(const Device& device) {
+  const auto* vulkan = dynamic_cast<const VulkanDevice*>(&device);
+  return vulkan != nullptr && vulkan->context().properties().deviceType == VK_PHYSICAL_DEVICE_TYPE_CPU;
+}
+
+std::unique_ptr<Surface> makeHostSurface(Device& device, PictureSink sink) {
+  return std::make_unique<VulkanHostSurface>(vulkanDevice(device), std::move(sink));
+}
+
+std::uint64_t validationMessageCount(const Device& device) {
+  const auto* vulkan = dynamic_cast<const VulkanDevice*>(&device);
+  return vulkan == nullptr ? 0 : vulkan->context().validationMessageCount();
+}
+
+void simulateLoss(Device& device) {
+  vulkanDevice(device).context().markLost();
 }
 
 }  // namespace veloria::gpu::vulkan

@@ -16,7 +16,7 @@
 #include "gpu/vulkan/VulkanContext.h"
 #include "gpu/vulkan/VulkanFactory.h"
 #include "gpu/vulkan/VulkanHazards.h"
-#include "gpu/vulkan/VulkanPipelineCache.h"
+#include "gpu/vulkan/VulkanPipeline.h"
 
 namespace veloria::gpu::vulkan {
 
@@ -46,10 +46,10 @@ class VulkanDevice final : public Device {
   std::uint64_t nextTextureId() { return ++textureIds_; }
   void textureReleased() { ++texturesReleased_; }
   std::uint64_t texturesReleased() const { return texturesReleased_; }
-  /// A copy of the name that lives as long as the device, one for all equal ones.
+  /// A copy of the name that lives as long as the device; equal names share one.
   const char* intern(const std::string& name) { return names_.insert(name).first->c_str(); }
 
-  /// Submits what `record(VkCommandBuffer)` records, behind and before full barriers. Returns its number.
+  /// Submits the commands of `record(VkCommandBuffer)` between two full barriers. Returns the submission's number.
   template <std::invocable<VkCommandBuffer> Record>
   std::uint64_t submitOnce(Record record) {
     OneTime& once = beginOnce();
@@ -85,7 +85,7 @@ class VulkanDevice final : public Device {
   VulkanCompletion completion_;
 };
 
-/// The device behind the interface. Throws PreconditionError when it is another back end's.
+/// The device behind the interface. Throws PreconditionError for another back end's.
 VulkanDevice& vulkanDevice(Device& device);
 
 }  // namespace veloria::gpu::vulkan

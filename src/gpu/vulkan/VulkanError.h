@@ -6,10 +6,10 @@
 
 namespace veloria::gpu::vulkan {
 
-/// The result's name as the API spells it.
+/// The result's name in the API.
 const char* resultName(VkResult result);
 
-/// Throws DeviceLostError for VK_ERROR_DEVICE_LOST and DeviceError for any other error; `what` is what was asked.
+/// Throws DeviceLostError for VK_ERROR_DEVICE_LOST and DeviceError for any other error; `what` names the call.
 void check(VkResult result, const char* what);
 
 }  // namespace veloria::gpu::vulkan

@@ -16,11 +16,11 @@
 #include "gpu/Surface.h"
 #include "gpu/Types.h"
 
-/// All that others need of the Vulkan back end: a device and, for a native window, a surface.
+/// The Vulkan back end's public part: a device and, for a native window, a surface.
 namespace veloria::gpu::vulkan {
 
 /// Kinds of device, best first.
-enum class DeviceType : std::uint8_t { discrete, integrated, virtualised, cpu, other };
+enum class DeviceType : std::uint8_t { discrete, integrated, virtualized, cpu, other };
 
 /// "discrete", "integrated", "virtual", "cpu", "other".
 const char* deviceTypeName(DeviceType type);
@@ -29,7 +29,7 @@ struct DeviceInfo {
   std::uint32_t index = 0;  ///< as VulkanOptions::gpu takes it
   std::string name;
   DeviceType type = DeviceType::other;
-  bool usable = false;  ///< has all that this back end needs
+  bool usable = false;  ///< has everything this back end needs
 };
 
 /// Called with the text of each validation warning or error, on whichever thread caused it.
@@ -38,28 +38,27 @@ using ValidationHandler = std::function<void(std::string_view)>;
 struct VulkanOptions {
   /// An index of listDevices(), a part of a device's name (in any case), or empty for the best one.
   std::string gpu;
-  /// Validation layer with synchronisation checks; the environment variable VELORIA_VALIDATION=1 asks for it too.
+  /// Validation layer with synchronisation checks; the environment variable VELORIA_VALIDATION=1 switches it on too.
   bool validation = false;
   ValidationHandler validationHandler;
-  /// Where compiled pipelines are kept between runs; nothing is kept when empty. A file that can't be used is ignored.
+  /// File that keeps compiled pipelines between runs; none if empty. An unusable file is ignored.
   std::filesystem::path pipelineCachePath;
-  /// Threads of a compute group. Made smaller where the device can't have as many.
+  /// Threads of a compute group. Made smaller if the device's limit is lower.
   Size groupSize{32, 8};
 };
 
-/// The GPUs of this computer in the driver's order; empty when there is no Vulkan. Needs no display.
+/// The GPUs of this computer in the driver's order; empty without Vulkan. Needs no display.
 std::vector<DeviceInfo> listDevices();
 
-/// The index in `devices` that `wish` (see VulkanOptions::gpu) means. Throws NoDeviceError when there is none.
+/// The index in `devices` of the best match for `wish` (see VulkanOptions::gpu). Throws NoDeviceError if there is none.
 std::uint32_t chooseDevice(const std::vector<DeviceInfo>& devices, const std::string& wish);
 
-/// Makes the device. Needs no display. Throws NoDeviceError when there is no GPU as wished, and DeviceError when the
-/// driver fails or validation is wanted and not installed.
+/// Makes the device. Needs no display. Throws NoDeviceError if no GPU matches, and DeviceError if the driver fails or
+/// validation is wanted but not installed.
 std::unique_ptr<Device> makeVulkanDevice(const VulkanOptions& options);
 
-/// Makes the native surface of a window; returns VK_NULL_HANDLE when the window can't have one. Called from
-/// Surface::configure() and Surface::nextDrawable(), again after the surface was lost. The result is owned by the
-/// caller.
+/// Makes the native surface of a window; returns VK_NULL_HANDLE on failure. Called from Surface::configure() and
+/// Surface::nextDrawable(), again after the surface was lost. The caller owns the result.
 using NativeSurfaceFactory = std::function<VkSurfaceKHR(VkInstance)>;
 
 /// A surface of `device` (one of makeVulkanDevice()), which must outlive it.
@@ -73,11 +72,11 @@ bool needsHostSurface(const Device& device);
 /// the device's completion thread, in the order of presenting; the bytes are valid during the call. Must not throw.
 using PictureSink = std::function<void(std::span<const std::byte> rows, Size size)>;
 
-/// A surface whose pictures are copied to memory and handed to `sink`. Its format is bgra8Unorm always. It waits for
-/// pictures under way when it is destroyed; `device` must outlive it.
+/// A surface that copies its pictures to memory and passes them to `sink`. Its format is always bgra8Unorm. Its
+/// destructor waits for pictures in flight; `device` must outlive it.
 std::unique_ptr<Surface> makeHostSurface(Device& device, PictureSink sink);
 
-/// Warnings and errors that validation reported since the device was made.
+/// Validation warnings and errors since the device was made.
 std::uint64_t validationMessageCount(const Device& device);
 
 /// For tests: from now on `device` behaves as if the driver had lost it.

@@ -1,11 +1,11 @@
 #include "gpu/vulkan/VulkanFrame.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/Log.h"
-#include "gpu/Precondition.h"
+#include "gpu/Types.h"
 #include "gpu/vulkan/VulkanDevice.h"
-#include "gpu/vulkan/VulkanDrawable.h"
 #include "gpu/vulkan/VulkanError.h"
 #include "gpu/vulkan/VulkanPipeline.h"
 #include "gpu/vulkan/VulkanTexture.h"
@@ -28,12 +28,15 @@ void forEachAccess(const Pass& pass, Visit visit) {
   };
   for (const Texture* texture : pass.textures) read(texture);
   for (const Texture* image : pass.images) read(image);
-  visit(accessesOf(pass.target), draws ? Access::colourWrite : Access::computeWrite);
+  visit(accessesOf(pass.target), draws ? Access::colorWrite : Access::computeWrite);
 }
 
 std::uint32_t groups(std::uint32_t threads, std::uint32_t groupLength) {
   return (threads + groupLength - 1) / groupLength;
 }
+
+constexpr std::uint32_t frameQueries = 2;        // start and end
+constexpr std::uint32_t profilingQueries = 256;  // what a profiled frame starts out with
 
 }  // namespace
 
@@ -47,8 +50,7 @@ VulkanFrame::VulkanFrame(VulkanDevice& device)
 
 void VulkanFrame::begin(const char* label, bool profiling) {
   check(vkResetCommandPool(device_.context().device(), pool_.get(), 0), "vkResetCommandPool");
-  VkCommandBufferBeginInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
+  auto info = typed<VkCommandBufferBeginInfo>(VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO);
   info.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
   check(vkBeginCommandBuffer(commands_, &info), "vkBeginCommandBuffer");
   textureSets_.begin(device_.texturesReleased());
@@ -87,12 +89,7 @@ void VulkanFrame::recordBarrier(const Pass& pass) {
   forEachAccess(pass, [&](const TextureAccesses& texture, Access access) { hazards_.touch(texture, access); });
   const PassBarrier barrier = hazards_.endPass();
   forEachAccess(pass, [&](TextureAccesses& texture, Access access) { hazards_.note(texture, access); });
-  if (!barrier.needed()) return;
-  VkMemoryBarrier memory{};
-  memory.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER;
-  memory.srcAccessMask = barrier.sourceAccess;
-  memory.dstAccessMask = barrier.targetAccess;
-  vkCmdPipelineBarrier(commands_, barrier.sourceStages, barrier.targetStages, 0, 1, &memory, 0, nullptr, 0, nullptr);
+  if (barrier.needed()) barrier.record(commands_);
 }
 
 void VulkanFrame::bind(const VulkanPipeline& pipeline, const Pass& pass) {
@@ -120,8 +117,7 @@ void VulkanFrame::draw(const VulkanPipeline& pipeline, const Texture& target) {
   const VkRect2D area{{0, 0}, {size.width, size.height}};
   const VkViewport viewport{0, 0, static_cast<float>(size.width), static_cast<float>(size.height), 0, 1};
   const VkClearValue clear{};
-  VkRenderPassBeginInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_RENDER_PASS_BEGIN_INFO;
+  auto info = typed<VkRenderPassBeginInfo>(VK_STRUCTURE_TYPE_RENDER_PASS_BEGIN_INFO);
   info.renderPass = device_.renderPassFor(target.format());
   info.framebuffer = static_cast<const VulkanTexture&>(target).framebuffer();
   info.renderArea = area;
@@ -184,7 +180,7 @@ void VulkanFrame::doCommit(CompletedHandler handler) {
 }
 
 void VulkanFrame::fail() {
-  // A driver that can't even end or submit a command buffer is as good as gone.
+  // A driver that can't end or submit a command buffer counts as lost.
   device_.context().markLost();
   device_.retirement().frameCommitted();
   device_.completion().enqueue(0, *this);
@@ -206,7 +202,7 @@ VulkanQueue::VulkanQueue(VulkanDevice& device) : FrameQueue(device), device_(dev
 
 VulkanQueue::~VulkanQueue() {
   for (const auto& frame : frames_) device_.completion().waitFor(*frame);
-  // After a loss nobody waited for the GPU itself.
+  // After a loss nothing has waited for the GPU itself.
   if (device_.lost()) vkDeviceWaitIdle(device_.context().device());
 }
 
@@ -222,6 +218,95 @@ Frame* VulkanQueue::doBegin(const char* label) {
   }
   next_ = (next_ + 1) % frameCount;
   return &frame;
+}
+
+VulkanTimestamps::VulkanTimestamps(const VulkanContext& context) : context_(context) {
+  makePool(frameQueries);
+}
+
+void VulkanTimestamps::makePool(std::uint32_t queries) {
+  if (context_.limits().secondsPerTick <= 0) return;
+  auto info = typed<VkQueryPoolCreateInfo>(VK_STRUCTURE_TYPE_QUERY_POOL_CREATE_INFO);
+  info.queryType = VK_QUERY_TYPE_TIMESTAMP;
+  info.queryCount = queries;
+  pool_ = created<QueryPoolOwner>(vkCreateQueryPool, context_.device(), info, "vkCreateQueryPool");
+  settling_ = created<QueryPoolOwner>(vkCreateQueryPool, context_.device(), info, "vkCreateQueryPool");
+  capacity_ = queries;
+  ticks_.resize(queries);
+  names_.reserve(queries / 2);
+  passes_.reserve(queries / 2);
+}
+
+void VulkanTimestamps::begin(VkCommandBuffer commands, bool profiling) {
+  const std::uint32_t needed = std::max(wanted_, profiling ? profilingQueries : frameQueries);
+  if (pool_ && needed > capacity_) makePool(needed);
+  profiling_ = profiling;
+  inPass_ = false;
+  used_ = 0;
+  wanted_ = 0;
+  names_.clear();
+  if (!pool_) return;
+  vkCmdResetQueryPool(commands, pool_.get(), 0, capacity_);
+  vkCmdResetQueryPool(commands, settling_.get(), 0, capacity_);
+  write(commands, VK_PIPELINE_STAGE_TOP_OF_PIPE_BIT);
+}
+
+void VulkanTimestamps::write(VkCommandBuffer commands, VkPipelineStageFlagBits stage) {
+  vkCmdWriteTimestamp(commands, stage, pool_.get(), used_);
+  // The software driver writes a timestamp only when a later command waits for the work so far, as the next timestamp
+  // does. Without a second one it would be written after the pass instead of before it.
+  vkCmdWriteTimestamp(commands, VK_PIPELINE_STAGE_BOTTOM_OF_PIPE_BIT, settling_.get(), used_);
+  ++used_;
+}
+
+void VulkanTimestamps::beginPass(VkCommandBuffer commands, const char* name) {
+  if (!profiling_ || !pool_) return;
+  wanted_ += 2;
+  inPass_ = used_ + 3 <= capacity_;  // the pass, and the frame's end
+  if (!inPass_) return;
+  names_.push_back(name);
+  write(commands, VK_PIPELINE_STAGE_BOTTOM_OF_PIPE_BIT);
+}
+
+void VulkanTimestamps::endPass(VkCommandBuffer commands) {
+  if (!inPass_) return;
+  inPass_ = false;
+  write(commands, VK_PIPELINE_STAGE_BOTTOM_OF_PIPE_BIT);
+}
+
+void VulkanTimestamps::end(VkCommandBuffer commands) {
+  wanted_ += frameQueries;
+  if (pool_) write(commands, VK_PIPELINE_STAGE_BOTTOM_OF_PIPE_BIT);
+}
+
+double VulkanTimestamps::seconds(std::uint64_t ticks) const {
+  return static_cast<double>(ticks & context_.limits().timestampMask) * context_.limits().secondsPerTick;
+}
+
+void VulkanTimestamps::addPass(const char* name, double duration) {
+  // Names are interned, so comparing pointers is enough.
+  const auto found =
+      std::find_if(passes_.begin(), passes_.end(), [&](const PassTime& pass) { return pass.name == name; });
+  if (found != passes_.end()) {
+    found->seconds += duration;
+  } else {
+    passes_.push_back({name, duration});
+  }
+}
+
+void VulkanTimestamps::resolve(Completion& completion) {
+  passes_.clear();
+  if (!pool_ || used_ < frameQueries) return;
+  const VkResult result =
+      vkGetQueryPoolResults(context_.device(), pool_.get(), 0, used_, used_ * sizeof(std::uint64_t), ticks_.data(),
+                            sizeof(std::uint64_t), VK_QUERY_RESULT_64_BIT | VK_QUERY_RESULT_WAIT_BIT);
+  if (result != VK_SUCCESS) return;
+  completion.gpuStart = seconds(ticks_[0]);
+  completion.gpuEnd = completion.gpuStart + seconds(ticks_[used_ - 1] - ticks_[0]);
+  for (std::size_t pass = 0; pass < names_.size(); ++pass) {
+    addPass(names_[pass], seconds(ticks_[2 + 2 * pass] - ticks_[1 + 2 * pass]));
+  }
+  completion.passes = passes_;
 }
 
 }  // namespace veloria::gpu::vulkan

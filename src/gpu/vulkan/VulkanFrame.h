@@ -4,27 +4,84 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "gpu/Frame.h"
+#include "gpu/Surface.h"
 #include "gpu/vulkan/VulkanBindings.h"
 #include "gpu/vulkan/VulkanCompletion.h"
 #include "gpu/vulkan/VulkanContext.h"
 #include "gpu/vulkan/VulkanHazards.h"
-#include "gpu/vulkan/VulkanTimestamps.h"
 
 namespace veloria::gpu::vulkan {
+
+/// A drawable as a frame uses it. Called on the drawing thread, except completed().
+class VulkanDrawable : public Drawable {
+ public:
+  /// Before the first pass of a frame that draws into it.
+  virtual void recordFirstUse(VkCommandBuffer commands) = 0;
+  /// Before the submission of a frame that draws into it.
+  virtual void drawnInto() = 0;
+  /// After the last pass of the frame that presents it.
+  virtual void recordPresent(VkCommandBuffer commands) = 0;
+  /// The semaphore that its submission waits for, and the one that the presenting submission signals; null for none.
+  virtual VkSemaphore acquireSemaphore() const { return VK_NULL_HANDLE; }
+  virtual VkSemaphore presentSemaphore() const { return VK_NULL_HANDLE; }
+  /// After a submission that draws into it or presents it.
+  virtual void submitted(std::uint64_t number) = 0;
+  /// After the presenting submission.
+  virtual void present() = 0;
+  /// Whether to call completed(). Such a drawable must live until then, others only until the GPU is done.
+  virtual bool awaitsCompletion() const { return false; }
+  /// After the presenting submission is done. Called on the completion thread.
+  virtual void completed(bool) noexcept {}
+};
+
+/// The times of one frame: its start and end, and with profiling those of every pass.
+/// Grows to what the busiest frame needed; passes beyond that are not measured in the frame that first has them.
+class VulkanTimestamps {
+ public:
+  explicit VulkanTimestamps(const VulkanContext& context);
+
+  void begin(VkCommandBuffer commands, bool profiling);
+  void beginPass(VkCommandBuffer commands, const char* name);
+  void endPass(VkCommandBuffer commands);
+  void end(VkCommandBuffer commands);
+
+  /// Reads the times into `completion`, whose passes stay valid until begin(). Call it after the commands have run.
+  void resolve(Completion& completion);
+
+ private:
+  void makePool(std::uint32_t queries);
+  void write(VkCommandBuffer commands, VkPipelineStageFlagBits stage);
+  double seconds(std::uint64_t ticks) const;
+  void addPass(const char* name, double duration);
+
+  const VulkanContext& context_;
+  QueryPoolOwner pool_;
+  QueryPoolOwner settling_;  ///< second timestamps, never read
+  std::uint32_t capacity_ = 0;
+  std::uint32_t used_ = 0;
+  std::uint32_t wanted_ = 0;
+  bool profiling_ = false;
+  bool inPass_ = false;
+  std::vector<const char*> names_;
+  std::vector<std::uint64_t> ticks_;
+  std::vector<PassTime> passes_;
+};
 
 class VulkanDevice;
 class VulkanDrawable;
 class VulkanPipeline;
 
-/// One of a queue's three. Everything that it needs is its own and is used again.
+/// One of a queue's three. It owns and reuses everything that it needs.
 class VulkanFrame final : public Frame, public CompletionClient {
  public:
   explicit VulkanFrame(VulkanDevice& device);
 
-  /// Starts it anew; it must not be pending. Throws DeviceError when the driver can't.
+  /// Starts it again; it must not be pending. Throws DeviceError if the driver fails.
   void begin(const char* label, bool profiling);
 
  private:

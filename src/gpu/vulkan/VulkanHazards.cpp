@@ -1,5 +1,7 @@
 #include "gpu/vulkan/VulkanHazards.h"
 
+#include "gpu/vulkan/VulkanInstance.h"
+
 namespace veloria::gpu::vulkan {
 
 namespace {
@@ -24,6 +26,13 @@ constexpr std::size_t indexOf(Access access) {
 }
 
 }  // namespace
+
+void PassBarrier::record(VkCommandBuffer commands) const {
+  auto memory = typed<VkMemoryBarrier>(VK_STRUCTURE_TYPE_MEMORY_BARRIER);
+  memory.srcAccessMask = sourceAccess;
+  memory.dstAccessMask = targetAccess;
+  vkCmdPipelineBarrier(commands, sourceStages, targetStages, 0, 1, &memory, 0, nullptr, 0, nullptr);
+}
 
 void VulkanHazards::beginPass(std::uint64_t number) {
   pass_ = number;

@@ -9,7 +9,7 @@
 namespace veloria::gpu::vulkan {
 
 /// The ways in which a pass touches a texture.
-enum class Access : std::uint8_t { computeRead, computeWrite, fragmentRead, colourWrite };
+enum class Access : std::uint8_t { computeRead, computeWrite, fragmentRead, colorWrite };
 inline constexpr std::size_t accessCount = 4;
 
 /// When a texture was last touched in each way: numbers of passes, 0 for never.
@@ -17,18 +17,19 @@ struct TextureAccesses {
   std::array<std::uint64_t, accessCount> lastPass{};
 };
 
-/// The memory barrier that a pass needs in front of it; nothing when both stage masks are 0.
+/// A barrier over all memory; nothing when both stage masks are 0.
 struct PassBarrier {
   VkPipelineStageFlags sourceStages = 0;
   VkPipelineStageFlags targetStages = 0;
   VkAccessFlags sourceAccess = 0;
   VkAccessFlags targetAccess = 0;
   bool needed() const { return sourceStages != 0; }
+  void record(VkCommandBuffer commands) const;
 };
 
-/// Finds out which barriers the passes of a frame need. Images never change their layout, so a global memory
-/// barrier does for all textures, and one pass needs at most one. Remembered is up to which pass every way of access
-/// has been waited for by every other; a texture that was touched after that is a hazard.
+/// Finds out which barriers the passes of a frame need. Images never change their layout, so one global memory barrier
+/// per pass is enough. For each pair of accesses it remembers up to which pass the second has waited for the first; a
+/// texture touched later than that is a hazard.
 ///
 /// A value: a frame starts with a copy of the device's and gives it back when it is committed.
 class VulkanHazards {

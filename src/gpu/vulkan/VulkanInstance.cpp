@@ -70,7 +70,7 @@ DeviceType typeOf(VkPhysicalDeviceType type) {
     case VK_PHYSICAL_DEVICE_TYPE_INTEGRATED_GPU:
       return DeviceType::integrated;
     case VK_PHYSICAL_DEVICE_TYPE_VIRTUAL_GPU:
-      return DeviceType::virtualised;
+      return DeviceType::virtualized;
     case VK_PHYSICAL_DEVICE_TYPE_CPU:
       return DeviceType::cpu;
     default:
@@ -79,10 +79,9 @@ DeviceType typeOf(VkPhysicalDeviceType type) {
 }
 
 bool hasFeatures(VkPhysicalDevice device) {
-  VkPhysicalDeviceTimelineSemaphoreFeatures timeline{};
-  timeline.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_TIMELINE_SEMAPHORE_FEATURES;
-  VkPhysicalDeviceFeatures2 features{};
-  features.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_FEATURES_2;
+  auto timeline =
+      typed<VkPhysicalDeviceTimelineSemaphoreFeatures>(VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_TIMELINE_SEMAPHORE_FEATURES);
+  auto features = typed<VkPhysicalDeviceFeatures2>(VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_FEATURES_2);
   features.pNext = &timeline;
   vkGetPhysicalDeviceFeatures2(device, &features);
   return timeline.timelineSemaphore == VK_TRUE && features.features.shaderStorageImageExtendedFormats == VK_TRUE &&
@@ -121,8 +120,7 @@ VkBool32 VulkanInstance::report(VkDebugUtilsMessageSeverityFlagBitsEXT, VkDebugU
 }
 
 VkDebugUtilsMessengerCreateInfoEXT VulkanInstance::messengerInfo() const {
-  VkDebugUtilsMessengerCreateInfoEXT info{};
-  info.sType = VK_STRUCTURE_TYPE_DEBUG_UTILS_MESSENGER_CREATE_INFO_EXT;
+  auto info = typed<VkDebugUtilsMessengerCreateInfoEXT>(VK_STRUCTURE_TYPE_DEBUG_UTILS_MESSENGER_CREATE_INFO_EXT);
   info.messageSeverity =
       VK_DEBUG_UTILS_MESSAGE_SEVERITY_WARNING_BIT_EXT | VK_DEBUG_UTILS_MESSAGE_SEVERITY_ERROR_BIT_EXT;
   // Not the loader's own messages, which warn about drivers for other GPUs, and no advice on performance: that images
@@ -138,23 +136,20 @@ VulkanInstance::VulkanInstance(bool validation, ValidationHandler handler) : mes
   if (validation && !validationLayerPresent()) {
     throw DeviceError(std::string("validation is wanted, but ") + validationLayer + " is not installed");
   }
-  VkApplicationInfo application{};
-  application.sType = VK_STRUCTURE_TYPE_APPLICATION_INFO;
+  auto application = typed<VkApplicationInfo>(VK_STRUCTURE_TYPE_APPLICATION_INFO);
   application.pApplicationName = "veloria";
   application.apiVersion = VK_API_VERSION_1_2;
 
   const std::array<VkValidationFeatureEnableEXT, 1> enabled{
       VK_VALIDATION_FEATURE_ENABLE_SYNCHRONIZATION_VALIDATION_EXT};
   const VkDebugUtilsMessengerCreateInfoEXT messenger = messengerInfo();
-  VkValidationFeaturesEXT features{};
-  features.sType = VK_STRUCTURE_TYPE_VALIDATION_FEATURES_EXT;
+  auto features = typed<VkValidationFeaturesEXT>(VK_STRUCTURE_TYPE_VALIDATION_FEATURES_EXT);
   features.pNext = &messenger;
   features.enabledValidationFeatureCount = static_cast<std::uint32_t>(enabled.size());
   features.pEnabledValidationFeatures = enabled.data();
 
   const std::vector<const char*> extensions = wantedExtensions(validation);
-  VkInstanceCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
+  auto info = typed<VkInstanceCreateInfo>(VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO);
   info.pApplicationInfo = &application;
   info.enabledExtensionCount = static_cast<std::uint32_t>(extensions.size());
   info.ppEnabledExtensionNames = extensions.data();
@@ -173,7 +168,7 @@ VulkanInstance::VulkanInstance(bool validation, ValidationHandler handler) : mes
 void VulkanInstance::makeMessenger() {
   const auto create = reinterpret_cast<PFN_vkCreateDebugUtilsMessengerEXT>(
       vkGetInstanceProcAddr(instance_.get(), "vkCreateDebugUtilsMessengerEXT"));
-  if (create == nullptr) throw DeviceError("validation is wanted, but its messages can't be had");
+  if (create == nullptr) throw DeviceError("validation is wanted, but its messages are not available");
   const VkDebugUtilsMessengerCreateInfoEXT info = messengerInfo();
   VkDebugUtilsMessengerEXT messenger = VK_NULL_HANDLE;
   check(create(instance_.get(), &info, nullptr, &messenger), "vkCreateDebugUtilsMessengerEXT");

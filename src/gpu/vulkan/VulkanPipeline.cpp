@@ -1,13 +1,19 @@
 #include "gpu/vulkan/VulkanPipeline.h"
 
+#include <unistd.h>
+
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <fstream>
 #include <memory>
+#include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
+#include "base/Log.h"
 #include "gpu/vulkan/VulkanDevice.h"
 #include "gpu/vulkan/VulkanError.h"
 
@@ -74,13 +80,10 @@ std::map<std::string, VkShaderStageFlagBits> findFunctions(std::span<const std::
 }
 
 ShaderModuleOwner makeModule(const VulkanContext& context, const std::vector<std::uint32_t>& words) {
-  VkShaderModuleCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
+  auto info = typed<VkShaderModuleCreateInfo>(VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO);
   info.codeSize = words.size() * sizeof(std::uint32_t);
   info.pCode = words.data();
-  VkShaderModule module = VK_NULL_HANDLE;
-  check(vkCreateShaderModule(context.device(), &info, nullptr, &module), "vkCreateShaderModule");
-  return {context.device(), module};
+  return created<ShaderModuleOwner>(vkCreateShaderModule, context.device(), info, "vkCreateShaderModule");
 }
 
 // The values of the specialisation constants, in the order of their ids.
@@ -106,8 +109,7 @@ class Specialization {
 VkPipelineShaderStageCreateInfo stage(VkShaderStageFlagBits which, const VulkanLibrary& library,
                                       const std::string& function, const Specialization& specialization) {
   library.requireStage(function, which);
-  VkPipelineShaderStageCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_PIPELINE_SHADER_STAGE_CREATE_INFO;
+  auto info = typed<VkPipelineShaderStageCreateInfo>(VK_STRUCTURE_TYPE_PIPELINE_SHADER_STAGE_CREATE_INFO);
   info.stage = which;
   info.module = library.module();
   info.pName = function.c_str();
@@ -118,8 +120,7 @@ VkPipelineShaderStageCreateInfo stage(VkShaderStageFlagBits which, const VulkanL
 PipelineOwner makeComputePipeline(VulkanDevice& device, const VulkanLibrary& library,
                                   const PipelineDescriptor& descriptor) {
   const Specialization specialization(device.context().limits().groupSize, TargetKind::light, descriptor.variant);
-  VkComputePipelineCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_COMPUTE_PIPELINE_CREATE_INFO;
+  auto info = typed<VkComputePipelineCreateInfo>(VK_STRUCTURE_TYPE_COMPUTE_PIPELINE_CREATE_INFO);
   info.stage = stage(VK_SHADER_STAGE_COMPUTE_BIT, library, descriptor.function, specialization);
   info.layout = device.layout().pipeline();
   VkPipeline pipeline = VK_NULL_HANDLE;
@@ -134,38 +135,32 @@ PipelineOwner makeRenderPipeline(VulkanDevice& device, const VulkanLibrary& libr
                                       descriptor.variant);
   const std::array stages{stage(VK_SHADER_STAGE_VERTEX_BIT, library, descriptor.vertexFunction, specialization),
                           stage(VK_SHADER_STAGE_FRAGMENT_BIT, library, descriptor.function, specialization)};
-  VkPipelineVertexInputStateCreateInfo input{};
-  input.sType = VK_STRUCTURE_TYPE_PIPELINE_VERTEX_INPUT_STATE_CREATE_INFO;
-  VkPipelineInputAssemblyStateCreateInfo assembly{};
-  assembly.sType = VK_STRUCTURE_TYPE_PIPELINE_INPUT_ASSEMBLY_STATE_CREATE_INFO;
+  auto input = typed<VkPipelineVertexInputStateCreateInfo>(VK_STRUCTURE_TYPE_PIPELINE_VERTEX_INPUT_STATE_CREATE_INFO);
+  auto assembly =
+      typed<VkPipelineInputAssemblyStateCreateInfo>(VK_STRUCTURE_TYPE_PIPELINE_INPUT_ASSEMBLY_STATE_CREATE_INFO);
   assembly.topology = VK_PRIMITIVE_TOPOLOGY_TRIANGLE_LIST;
-  VkPipelineViewportStateCreateInfo viewport{};
-  viewport.sType = VK_STRUCTURE_TYPE_PIPELINE_VIEWPORT_STATE_CREATE_INFO;
+  auto viewport = typed<VkPipelineViewportStateCreateInfo>(VK_STRUCTURE_TYPE_PIPELINE_VIEWPORT_STATE_CREATE_INFO);
   viewport.viewportCount = 1;
   viewport.scissorCount = 1;
-  VkPipelineRasterizationStateCreateInfo raster{};
-  raster.sType = VK_STRUCTURE_TYPE_PIPELINE_RASTERIZATION_STATE_CREATE_INFO;
+  auto raster =
+      typed<VkPipelineRasterizationStateCreateInfo>(VK_STRUCTURE_TYPE_PIPELINE_RASTERIZATION_STATE_CREATE_INFO);
   raster.polygonMode = VK_POLYGON_MODE_FILL;
   raster.cullMode = VK_CULL_MODE_NONE;
   raster.lineWidth = 1;
-  VkPipelineMultisampleStateCreateInfo samples{};
-  samples.sType = VK_STRUCTURE_TYPE_PIPELINE_MULTISAMPLE_STATE_CREATE_INFO;
+  auto samples = typed<VkPipelineMultisampleStateCreateInfo>(VK_STRUCTURE_TYPE_PIPELINE_MULTISAMPLE_STATE_CREATE_INFO);
   samples.rasterizationSamples = VK_SAMPLE_COUNT_1_BIT;
   VkPipelineColorBlendAttachmentState attachment{};
   attachment.colorWriteMask =
       VK_COLOR_COMPONENT_R_BIT | VK_COLOR_COMPONENT_G_BIT | VK_COLOR_COMPONENT_B_BIT | VK_COLOR_COMPONENT_A_BIT;
-  VkPipelineColorBlendStateCreateInfo blend{};
-  blend.sType = VK_STRUCTURE_TYPE_PIPELINE_COLOR_BLEND_STATE_CREATE_INFO;
+  auto blend = typed<VkPipelineColorBlendStateCreateInfo>(VK_STRUCTURE_TYPE_PIPELINE_COLOR_BLEND_STATE_CREATE_INFO);
   blend.attachmentCount = 1;
   blend.pAttachments = &attachment;
   const std::array dynamicStates{VK_DYNAMIC_STATE_VIEWPORT, VK_DYNAMIC_STATE_SCISSOR};
-  VkPipelineDynamicStateCreateInfo dynamic{};
-  dynamic.sType = VK_STRUCTURE_TYPE_PIPELINE_DYNAMIC_STATE_CREATE_INFO;
+  auto dynamic = typed<VkPipelineDynamicStateCreateInfo>(VK_STRUCTURE_TYPE_PIPELINE_DYNAMIC_STATE_CREATE_INFO);
   dynamic.dynamicStateCount = static_cast<std::uint32_t>(dynamicStates.size());
   dynamic.pDynamicStates = dynamicStates.data();
 
-  VkGraphicsPipelineCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_GRAPHICS_PIPELINE_CREATE_INFO;
+  auto info = typed<VkGraphicsPipelineCreateInfo>(VK_STRUCTURE_TYPE_GRAPHICS_PIPELINE_CREATE_INFO);
   info.stageCount = static_cast<std::uint32_t>(stages.size());
   info.pStages = stages.data();
   info.pVertexInputState = &input;
@@ -181,6 +176,53 @@ PipelineOwner makeRenderPipeline(VulkanDevice& device, const VulkanLibrary& libr
   check(vkCreateGraphicsPipelines(device.context().device(), device.pipelineCache(), 1, &info, nullptr, &pipeline),
         ("making render pipeline " + descriptor.function).c_str());
   return {device.context().device(), pipeline};
+}
+
+constexpr std::uint64_t maxFileBytes = std::uint64_t{64} << 20;
+
+struct Head {
+  char magic[8];
+  std::uint64_t length;
+  std::uint64_t checksum;
+};
+static_assert(sizeof(Head) == 24);
+constexpr char magic[8] = {'v', 'l', 'p', 'i', 'p', 'e', '0', '1'};
+
+// FNV-1a: http://www.isthe.com/chongo/tech/comp/fnv/
+std::uint64_t checksumOf(std::span<const std::byte> data) {
+  std::uint64_t hash = 14695981039346656037U;
+  for (const std::byte byte : data) hash = (hash ^ static_cast<std::uint64_t>(byte)) * 1099511628211U;
+  return hash;
+}
+
+std::vector<std::byte> readFile(const std::filesystem::path& path) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  if (error || size > maxFileBytes || !std::filesystem::is_regular_file(path, error)) return {};
+  std::vector<std::byte> bytes(size);
+  std::ifstream file(path, std::ios::binary);
+  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+  return file ? bytes : std::vector<std::byte>();
+}
+
+bool writeFile(const std::filesystem::path& path, const std::vector<std::byte>& bytes) {
+  std::filesystem::path beside = path;
+  beside += "." + std::to_string(getpid()) + ".tmp";
+  std::error_code error;
+  std::filesystem::create_directories(path.parent_path(), error);
+  {
+    std::ofstream file(beside, std::ios::binary | std::ios::trunc);
+    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (!file) {
+      std::filesystem::remove(beside, error);
+      return false;
+    }
+  }
+  std::filesystem::rename(beside, path, error);
+  if (!error) return true;
+  std::filesystem::remove(beside, error);
+  return false;
 }
 
 }  // namespace
@@ -207,6 +249,66 @@ VulkanPipeline::VulkanPipeline(VulkanDevice& device, const VulkanLibrary& librar
 
 VulkanPipeline::~VulkanPipeline() {
   device_.retirement().retire(std::make_shared<PipelineOwner>(std::move(pipeline_)));
+}
+
+std::vector<std::byte> packPipelineCache(std::span<const std::byte> data) {
+  Head head{};
+  std::memcpy(head.magic, magic, sizeof magic);
+  head.length = data.size();
+  head.checksum = checksumOf(data);
+  std::vector<std::byte> file(sizeof head + data.size());
+  std::memcpy(file.data(), &head, sizeof head);
+  if (!data.empty()) std::memcpy(file.data() + sizeof head, data.data(), data.size());
+  return file;
+}
+
+std::optional<std::span<const std::byte>> unpackPipelineCache(std::span<const std::byte> file) {
+  Head head{};
+  if (file.size() < sizeof head) return std::nullopt;
+  std::memcpy(&head, file.data(), sizeof head);
+  const auto data = file.subspan(sizeof head);
+  const bool whole = std::memcmp(head.magic, magic, sizeof magic) == 0 && head.length == data.size();
+  if (!whole || head.checksum != checksumOf(data)) return std::nullopt;
+  return data;
+}
+
+VulkanPipelineCache::VulkanPipelineCache(const VulkanContext& context, std::filesystem::path path)
+    : context_(context), path_(std::move(path)) {
+  const std::vector<std::byte> file = path_.empty() ? std::vector<std::byte>() : readFile(path_);
+  const auto stored = unpackPipelineCache(file);
+  auto info = typed<VkPipelineCacheCreateInfo>(VK_STRUCTURE_TYPE_PIPELINE_CACHE_CREATE_INFO);
+  if (stored) {
+    saved_.assign(stored->begin(), stored->end());
+    info.initialDataSize = saved_.size();
+    info.pInitialData = saved_.data();
+  }
+  cache_ = created<PipelineCacheOwner>(vkCreatePipelineCache, context.device(), info, "vkCreatePipelineCache");
+}
+
+VulkanPipelineCache::~VulkanPipelineCache() {
+  save();
+}
+
+std::vector<std::byte> VulkanPipelineCache::data() const {
+  std::size_t size = 0;
+  if (vkGetPipelineCacheData(context_.device(), cache_.get(), &size, nullptr) != VK_SUCCESS) return {};
+  std::vector<std::byte> bytes(size);
+  if (vkGetPipelineCacheData(context_.device(), cache_.get(), &size, bytes.data()) != VK_SUCCESS) return {};
+  bytes.resize(size);
+  return bytes;
+}
+
+void VulkanPipelineCache::save() noexcept try {
+  if (path_.empty() || context_.lost()) return;
+  std::vector<std::byte> bytes = data();
+  if (bytes.empty() || bytes == saved_) return;
+  if (!writeFile(path_, packPipelineCache(bytes))) {
+    NimbraLog::debug("gpu: the pipeline cache can't be written to " + path_.string());
+    return;
+  }
+  saved_ = std::move(bytes);
+} catch (const std::exception& error) {
+  NimbraLog::debugf("gpu: the pipeline cache was not kept: %s", error.what());
 }
 
 }  // namespace veloria::gpu::vulkan

@@ -4,7 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -19,13 +21,13 @@ class VulkanDevice;
 /// A SPIR-V module with named functions.
 class VulkanLibrary final : public Library {
  public:
-  /// Throws DeviceError when the bytes are no SPIR-V module, damaged or above 16 MiB.
+  /// Throws DeviceError if the bytes are not a SPIR-V module, are damaged or above 16 MiB.
   VulkanLibrary(const VulkanContext& context, std::span<const std::byte> bytes);
 
   bool contains(const std::string& function) const override { return functions_.contains(function); }
 
   VkShaderModule module() const { return module_.get(); }
-  /// Throws DeviceError when the function is not of this stage.
+  /// Throws DeviceError if the function is of another stage.
   void requireStage(const std::string& function, VkShaderStageFlagBits stage) const;
 
  private:
@@ -50,6 +52,35 @@ class VulkanPipeline final : public Pipeline {
   VulkanDevice& device_;
   const char* name_;
   PipelineOwner pipeline_;
+};
+
+/// The content of the file: a header with length and checksum, then the driver's data. Damaged data never reaches a
+/// driver.
+std::vector<std::byte> packPipelineCache(std::span<const std::byte> data);
+/// The driver's data; nothing if `file` did not come from packPipelineCache().
+std::optional<std::span<const std::byte>> unpackPipelineCache(std::span<const std::byte> file);
+
+/// Compiled pipelines that outlive the process. If the file can't be read or written, pipelines only compile more
+/// slowly.
+class VulkanPipelineCache {
+ public:
+  /// With an empty `path` it reads and writes nothing.
+  VulkanPipelineCache(const VulkanContext& context, std::filesystem::path path);
+  ~VulkanPipelineCache();
+  VulkanPipelineCache(const VulkanPipelineCache&) = delete;
+  VulkanPipelineCache& operator=(const VulkanPipelineCache&) = delete;
+
+  VkPipelineCache get() const { return cache_.get(); }
+  /// Writes the file (beside it first, then renamed) if the content has changed.
+  void save() noexcept;
+
+ private:
+  std::vector<std::byte> data() const;
+
+  const VulkanContext& context_;
+  std::filesystem::path path_;
+  PipelineCacheOwner cache_;
+  std::vector<std::byte> saved_;
 };
 
 }  // namespace veloria::gpu::vulkan

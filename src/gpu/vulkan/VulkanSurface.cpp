@@ -1,13 +1,12 @@
 #include "gpu/vulkan/VulkanSurface.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "base/Log.h"
-#include "gpu/vulkan/SurfaceChoice.h"
 #include "gpu/vulkan/VulkanDevice.h"
 #include "gpu/vulkan/VulkanError.h"
-#include "gpu/vulkan/VulkanFormat.h"
 #include "gpu/vulkan/VulkanSwapchain.h"
 
 namespace veloria::gpu::vulkan {
@@ -18,8 +17,8 @@ constexpr std::chrono::milliseconds firstPause{50};
 constexpr std::chrono::seconds longestPause{1};
 constexpr std::chrono::milliseconds sizeCheckPause{100};
 
-// How many later submissions an old swapchain is kept for: nothing tells when its last image has left the screen's
-// queue, but work that was submitted well after that can't have overtaken it.
+// Later submissions until an old swapchain is freed. Nothing reports when its last image has left the screen's queue,
+// but work submitted well after it can't overtake it.
 constexpr std::uint64_t submissionsKept = 3;
 // A drag of a window's edge makes many swapchains; more than this many old ones are not kept.
 constexpr std::size_t maxRetired = 4;
@@ -41,6 +40,8 @@ std::vector<VkPresentModeKHR> offeredModes(VkPhysicalDevice device, VkSurfaceKHR
   modes.resize(count);
   return modes;
 }
+
+constexpr std::size_t drawableCount = 3;
 
 }  // namespace
 
@@ -129,16 +130,16 @@ bool VulkanSurface::ensureSwapchain() {
   return false;
 }
 
-// A window may get its new size later than the surface, and not every driver tells.
+// A window may get its new size later than the surface, and not every driver reports that.
 void VulkanSurface::followLateWindow() {
-  if (swapchain_->shape().extent == size_ || swapchain_->hasTaken()) return;
+  if (swapchain_->shape().extent == size_ || swapchain_->hasAcquired()) return;
   const auto now = RetryPause::Clock::now();
   if (now - sizeChecked_ < sizeCheckPause) return;
   sizeChecked_ = now;
   stale_ = queryShape() != swapchain_->shape();
 }
 
-// Does what the swapchain's last answer asks for.
+// Acts on the swapchain's last result.
 void VulkanSurface::react() {
   if (!swapchain_) return;
   switch (swapchain_->state()) {
@@ -146,10 +147,10 @@ void VulkanSurface::react() {
     case SwapchainState::busy:
       return;
     case SwapchainState::suboptimal:
-      stale_ = stale_ || (!swapchain_->hasTaken() && worthRebuilding());
+      stale_ = stale_ || (!swapchain_->hasAcquired() && worthRebuilding());
       return;
     case SwapchainState::outdated:
-      stale_ = stale_ || !swapchain_->hasTaken();
+      stale_ = stale_ || !swapchain_->hasAcquired();
       return;
     case SwapchainState::surfaceLost:
       dropSurface();
@@ -160,7 +161,7 @@ void VulkanSurface::react() {
   }
 }
 
-// Some drivers call a swapchain suboptimal for as long as it lives, whatever is put in its place.
+// Some drivers always report a swapchain as suboptimal, whatever replaces it.
 bool VulkanSurface::worthRebuilding() const {
   if (RetryPause::Clock::now() - swapchainMade_ >= longestPause) return true;
   return queryShape() != swapchain_->shape();
@@ -226,6 +227,81 @@ void VulkanSurface::dropSurface() {
   swapchain_.reset();
   surface_.reset();
   format_.reset();
+}
+
+HostDrawable::HostDrawable(VulkanDevice& device, const PictureSink& sink, Size size)
+    : device_(device),
+      sink_(sink),
+      texture_(device, {PixelFormat::bgra8Unorm, size, TextureUsage::renderTarget, StorageMode::gpuPrivate, "drawable"},
+               this),
+      picture_(device.context().makeBuffer(texture_.byteCount(), VK_BUFFER_USAGE_TRANSFER_DST_BIT,
+                                           VK_MEMORY_PROPERTY_HOST_CACHED_BIT)) {}
+
+HostDrawable::~HostDrawable() {
+  device_.retirement().retire(std::make_shared<VulkanBuffer>(std::move(picture_)));
+}
+
+void HostDrawable::recordPresent(VkCommandBuffer commands) {
+  state_ = State::presented;
+  PassBarrier{VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT, VK_PIPELINE_STAGE_TRANSFER_BIT,
+              VK_ACCESS_COLOR_ATTACHMENT_WRITE_BIT, VK_ACCESS_TRANSFER_READ_BIT}
+      .record(commands);
+  VkBufferImageCopy copy{};
+  copy.imageSubresource = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1};
+  copy.imageExtent = {texture_.size().width, texture_.size().height, 1};
+  vkCmdCopyImageToBuffer(commands, texture_.image(), VK_IMAGE_LAYOUT_GENERAL, picture_.buffer.get(), 1, &copy);
+  PassBarrier{VK_PIPELINE_STAGE_TRANSFER_BIT,
+              VK_PIPELINE_STAGE_HOST_BIT | VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT, VK_ACCESS_TRANSFER_WRITE_BIT,
+              VK_ACCESS_HOST_READ_BIT}
+      .record(commands);
+}
+
+void HostDrawable::completed(bool failed) noexcept {
+  if (!failed) sink_(picture_.bytes.first(texture_.byteCount()), texture_.size());
+  state_ = State::free;
+}
+
+VulkanHostSurface::VulkanHostSurface(VulkanDevice& device, PictureSink sink)
+    : device_(device), sink_(std::move(sink)) {}
+
+VulkanHostSurface::~VulkanHostSurface() {
+  device_.completion().drain();
+}
+
+void VulkanHostSurface::configure(Size size, PixelFormat) {
+  stale_ = stale_ || size_ != size;
+  size_ = size;
+}
+
+PixelFormat VulkanHostSurface::format() const {
+  return device_.lost() ? PixelFormat::invalid : PixelFormat::bgra8Unorm;
+}
+
+Drawable* VulkanHostSurface::nextDrawable() {
+  std::erase_if(retired_, [](const auto& old) { return old->state() != HostDrawable::State::presented; });
+  if (device_.lost() || size_.width == 0 || size_.height == 0) return nullptr;
+  if (stale_) makeDrawables();
+  if (HostDrawable* acquired = find(HostDrawable::State::acquired)) return acquired;
+  HostDrawable* free = find(HostDrawable::State::free);
+  if (free != nullptr) free->acquire();
+  return free;
+}
+
+HostDrawable* VulkanHostSurface::find(HostDrawable::State state) const {
+  const auto found = std::find_if(drawables_.begin(), drawables_.end(),
+                                  [&](const auto& drawable) { return drawable->state() == state; });
+  return found == drawables_.end() ? nullptr : found->get();
+}
+
+void VulkanHostSurface::makeDrawables() try {
+  std::move(drawables_.begin(), drawables_.end(), std::back_inserter(retired_));
+  drawables_.clear();
+  while (drawables_.size() < drawableCount) {
+    drawables_.push_back(std::make_unique<HostDrawable>(device_, sink_, size_));
+  }
+  stale_ = false;
+} catch (const DeviceError& error) {
+  NimbraLog::debugf("gpu: no drawables: %s", error.what());
 }
 
 }  // namespace veloria::gpu::vulkan

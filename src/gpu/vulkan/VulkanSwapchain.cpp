@@ -1,20 +1,41 @@
 #include "gpu/vulkan/VulkanSwapchain.h"
 
 #include <algorithm>
+#include <array>
+#include <limits>
 #include <string>
 #include <utility>
 
 #include "gpu/vulkan/VulkanDevice.h"
 #include "gpu/vulkan/VulkanError.h"
-#include "gpu/vulkan/VulkanFormat.h"
 
 namespace veloria::gpu::vulkan {
 
 namespace {
 
+constexpr std::array<VkSurfaceFormatKHR, 2> extendedFormats{
+    {{VK_FORMAT_R16G16B16A16_SFLOAT, VK_COLOR_SPACE_EXTENDED_SRGB_LINEAR_EXT},
+     {VK_FORMAT_R16G16B16A16_SFLOAT, VK_COLOR_SPACE_DISPLAY_P3_LINEAR_EXT}}};
+constexpr std::array<VkSurfaceFormatKHR, 2> plainFormats{
+    {{VK_FORMAT_B8G8R8A8_UNORM, VK_COLOR_SPACE_SRGB_NONLINEAR_KHR},
+     {VK_FORMAT_R8G8B8A8_UNORM, VK_COLOR_SPACE_SRGB_NONLINEAR_KHR}}};
+
+std::optional<VkSurfaceFormatKHR> firstOffered(std::span<const VkSurfaceFormatKHR> offered,
+                                               std::span<const VkSurfaceFormatKHR> preferred) {
+  for (const VkSurfaceFormatKHR& wish : preferred) {
+    const bool found = std::any_of(offered.begin(), offered.end(), [&](const VkSurfaceFormatKHR& candidate) {
+      return candidate.format == wish.format && candidate.colorSpace == wish.colorSpace;
+    });
+    if (found) return wish;
+  }
+  return std::nullopt;
+}
+
+// Means that the window takes the size of its swapchain.
+constexpr std::uint32_t noSizeOfItsOwn = std::numeric_limits<std::uint32_t>::max();
+
 SwapchainOwner makeSwapchain(const VulkanContext& context, const VulkanSwapchain::Settings& settings) {
-  VkSwapchainCreateInfoKHR info{};
-  info.sType = VK_STRUCTURE_TYPE_SWAPCHAIN_CREATE_INFO_KHR;
+  auto info = typed<VkSwapchainCreateInfoKHR>(VK_STRUCTURE_TYPE_SWAPCHAIN_CREATE_INFO_KHR);
   info.surface = settings.surface;
   info.minImageCount = settings.shape.imageCount;
   info.imageFormat = settings.format.format;
@@ -27,9 +48,7 @@ SwapchainOwner makeSwapchain(const VulkanContext& context, const VulkanSwapchain
   info.presentMode = settings.shape.presentMode;
   info.clipped = VK_TRUE;
   info.oldSwapchain = settings.old;
-  VkSwapchainKHR swapchain = VK_NULL_HANDLE;
-  check(vkCreateSwapchainKHR(context.device(), &info, nullptr, &swapchain), "vkCreateSwapchainKHR");
-  return {context.device(), swapchain};
+  return created<SwapchainOwner>(vkCreateSwapchainKHR, context.device(), info, "vkCreateSwapchainKHR");
 }
 
 std::vector<VkImage> swapchainImages(const VulkanContext& context, VkSwapchainKHR swapchain) {
@@ -41,6 +60,42 @@ std::vector<VkImage> swapchainImages(const VulkanContext& context, VkSwapchainKH
 }
 
 }  // namespace
+
+std::optional<VkSurfaceFormatKHR> chooseSurfaceFormat(std::span<const VkSurfaceFormatKHR> offered, PixelFormat wanted,
+                                                      bool extendedAllowed) {
+  if (wanted == PixelFormat::rgba16Float && extendedAllowed) {
+    if (const auto extended = firstOffered(offered, extendedFormats)) return extended;
+  }
+  return firstOffered(offered, plainFormats);
+}
+
+VkCompositeAlphaFlagBitsKHR chooseCompositeAlpha(VkCompositeAlphaFlagsKHR offered) {
+  for (const auto wish : {VK_COMPOSITE_ALPHA_PRE_MULTIPLIED_BIT_KHR, VK_COMPOSITE_ALPHA_INHERIT_BIT_KHR,
+                          VK_COMPOSITE_ALPHA_OPAQUE_BIT_KHR, VK_COMPOSITE_ALPHA_POST_MULTIPLIED_BIT_KHR}) {
+    if ((offered & static_cast<VkCompositeAlphaFlagsKHR>(wish)) != 0) return wish;
+  }
+  return VK_COMPOSITE_ALPHA_OPAQUE_BIT_KHR;
+}
+
+VkPresentModeKHR choosePresentMode(std::span<const VkPresentModeKHR> offered) {
+  const bool mailbox = std::find(offered.begin(), offered.end(), VK_PRESENT_MODE_MAILBOX_KHR) != offered.end();
+  return mailbox ? VK_PRESENT_MODE_MAILBOX_KHR : VK_PRESENT_MODE_FIFO_KHR;
+}
+
+std::uint32_t chooseImageCount(const VkSurfaceCapabilitiesKHR& capabilities) {
+  const std::uint32_t most = capabilities.maxImageCount == 0 ? noSizeOfItsOwn : capabilities.maxImageCount;
+  return std::min(std::max(3U, capabilities.minImageCount), most);
+}
+
+Size chooseExtent(const VkSurfaceCapabilitiesKHR& capabilities, Size wanted) {
+  const VkExtent2D& own = capabilities.currentExtent;
+  if (own.width != noSizeOfItsOwn && own.height != noSizeOfItsOwn) return {own.width, own.height};
+  const auto fit = [](std::uint32_t length, std::uint32_t least, std::uint32_t most) {
+    return length == 0 ? 0 : std::max(least, std::min(length, most));
+  };
+  return {fit(wanted.width, capabilities.minImageExtent.width, capabilities.maxImageExtent.width),
+          fit(wanted.height, capabilities.minImageExtent.height, capabilities.maxImageExtent.height)};
+}
 
 SwapchainState swapchainState(VkResult result) {
   switch (result) {
@@ -78,8 +133,7 @@ void SwapchainDrawable::recordPresent(VkCommandBuffer commands) {
 
 void SwapchainDrawable::recordTransition(VkCommandBuffer commands, VkImageLayout from, VkImageLayout to) const {
   const bool shown = to == VK_IMAGE_LAYOUT_PRESENT_SRC_KHR;
-  VkImageMemoryBarrier barrier{};
-  barrier.sType = VK_STRUCTURE_TYPE_IMAGE_MEMORY_BARRIER;
+  auto barrier = typed<VkImageMemoryBarrier>(VK_STRUCTURE_TYPE_IMAGE_MEMORY_BARRIER);
   barrier.srcAccessMask = VK_ACCESS_COLOR_ATTACHMENT_WRITE_BIT;
   barrier.dstAccessMask = shown ? 0 : VK_ACCESS_COLOR_ATTACHMENT_READ_BIT | VK_ACCESS_COLOR_ATTACHMENT_WRITE_BIT;
   barrier.oldLayout = from;
@@ -88,7 +142,7 @@ void SwapchainDrawable::recordTransition(VkCommandBuffer commands, VkImageLayout
   barrier.dstQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
   barrier.image = texture_.image();
   barrier.subresourceRange = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
-  // The stage is the one that the acquire semaphore is waited for in.
+  // The stage that waits for the acquire semaphore.
   vkCmdPipelineBarrier(commands, VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT,
                        shown ? VK_PIPELINE_STAGE_BOTTOM_OF_PIPE_BIT : VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT, 0,
                        0, nullptr, 0, nullptr, 1, &barrier);
@@ -121,14 +175,14 @@ VulkanSwapchain::AcquireSemaphore* VulkanSwapchain::freeSemaphore() {
   for (AcquireSemaphore& entry : semaphores_) {
     if (!entry.inUse && entry.waitedBy <= completed) return &entry;
   }
-  // One image can be taken and each of the others be in flight.
+  // One image can be acquired and all others in flight.
   if (semaphores_.size() > drawables_.size() + 1) return nullptr;
   semaphores_.push_back({device_.context().makeSemaphore()});
   return &semaphores_.back();
 }
 
 SwapchainDrawable* VulkanSwapchain::acquire() {
-  if (taken_ != nullptr) return taken_;
+  if (acquired_ != nullptr) return acquired_;
   AcquireSemaphore* entry = freeSemaphore();
   if (entry == nullptr) return nullptr;
   std::uint32_t index = 0;
@@ -137,9 +191,9 @@ SwapchainDrawable* VulkanSwapchain::acquire() {
   if (const SwapchainState state = swapchainState(result); state != SwapchainState::busy) state_ = state;
   if (result != VK_SUCCESS && result != VK_SUBOPTIMAL_KHR) return nullptr;
   entry->inUse = true;
-  taken_ = drawables_[index].get();
-  taken_->acquired(entry->semaphore.get());
-  return taken_;
+  acquired_ = drawables_[index].get();
+  acquired_->acquired(entry->semaphore.get());
+  return acquired_;
 }
 
 void VulkanSwapchain::waited(VkSemaphore semaphore, std::uint64_t number) {
@@ -151,12 +205,11 @@ void VulkanSwapchain::waited(VkSemaphore semaphore, std::uint64_t number) {
 }
 
 void VulkanSwapchain::present(SwapchainDrawable& drawable) {
-  taken_ = nullptr;
+  acquired_ = nullptr;
   const VkSwapchainKHR swapchain = swapchain_.get();
   const VkSemaphore wait = drawable.presentSemaphore();
   const std::uint32_t index = drawable.index();
-  VkPresentInfoKHR info{};
-  info.sType = VK_STRUCTURE_TYPE_PRESENT_INFO_KHR;
+  auto info = typed<VkPresentInfoKHR>(VK_STRUCTURE_TYPE_PRESENT_INFO_KHR);
   info.waitSemaphoreCount = 1;
   info.pWaitSemaphores = &wait;
   info.swapchainCount = 1;

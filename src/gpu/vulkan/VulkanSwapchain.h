@@ -4,14 +4,48 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <span>
 #include <vector>
 
-#include "gpu/vulkan/SurfaceChoice.h"
+#include "gpu/Types.h"
 #include "gpu/vulkan/VulkanContext.h"
-#include "gpu/vulkan/VulkanDrawable.h"
+#include "gpu/vulkan/VulkanFrame.h"
 #include "gpu/vulkan/VulkanTexture.h"
 
+/// Decisions about a swapchain, from what a surface offers.
 namespace veloria::gpu::vulkan {
+
+/// The format for the wanted one: rgba16Float is an extended linear colour space (sRGB primaries, else Display P3) if
+/// `extendedAllowed` and offered; otherwise bgra8Unorm, then rgba8Unorm, in the sRGB colour space. Never a format that
+/// encodes by itself. Nothing if none of these is offered.
+std::optional<VkSurfaceFormatKHR> chooseSurfaceFormat(std::span<const VkSurfaceFormatKHR> offered, PixelFormat wanted,
+                                                      bool extendedAllowed = true);
+
+/// Pre-multiplied, inherited, opaque, then post-multiplied. Some drivers report only opaque for transparent windows, so
+/// this never fails.
+VkCompositeAlphaFlagBitsKHR chooseCompositeAlpha(VkCompositeAlphaFlagsKHR offered);
+
+/// Mailbox if offered, because FIFO blocks the caller while a window is hidden (Wayland); else FIFO, which always
+/// exists.
+VkPresentModeKHR choosePresentMode(std::span<const VkPresentModeKHR> offered);
+
+/// Three images if the surface allows: one shown, one waiting, one being drawn.
+std::uint32_t chooseImageCount(const VkSurfaceCapabilitiesKHR& capabilities);
+
+/// The surface's own size if it has one, else the wanted size within its limits. A length of 0 means nothing can be
+/// drawn.
+Size chooseExtent(const VkSurfaceCapabilitiesKHR& capabilities, Size wanted);
+
+/// Everything but the format.
+struct SurfaceShape {
+  Size extent;
+  std::uint32_t imageCount = 0;
+  VkPresentModeKHR presentMode = VK_PRESENT_MODE_FIFO_KHR;
+  VkCompositeAlphaFlagBitsKHR compositeAlpha = VK_COMPOSITE_ALPHA_OPAQUE_BIT_KHR;
+  VkSurfaceTransformFlagBitsKHR transform = VK_SURFACE_TRANSFORM_IDENTITY_BIT_KHR;
+  bool operator==(const SurfaceShape&) const = default;
+};
 
 class VulkanDevice;
 class VulkanSwapchain;
@@ -31,7 +65,7 @@ class SwapchainDrawable final : public VulkanDrawable {
   void submitted(std::uint64_t number) override;
   void present() override;
 
-  /// The semaphore is waited for by the first submission that touches the image.
+  /// The first submission that uses the image waits for the semaphore.
   void acquired(VkSemaphore semaphore) { acquireSemaphore_ = semaphore; }
   std::uint32_t index() const { return index_; }
 
@@ -46,7 +80,7 @@ class SwapchainDrawable final : public VulkanDrawable {
   SemaphoreOwner presentSemaphore_;
 };
 
-/// What came of asking for an image or of presenting one.
+/// The result of acquiring or presenting an image.
 enum class SwapchainState : std::uint8_t { good, busy, suboptimal, outdated, surfaceLost, deviceLost };
 SwapchainState swapchainState(VkResult result);
 
@@ -63,9 +97,9 @@ class VulkanSwapchain {
   VulkanSwapchain(VulkanDevice& device, const Settings& settings);
 
   VkSwapchainKHR get() const { return swapchain_.get(); }
-  /// The drawable that is taken, or a fresh one; nullptr when none is free. state() says more.
+  /// The acquired drawable, or a fresh one; nullptr if none is free (see state()).
   SwapchainDrawable* acquire();
-  bool hasTaken() const { return taken_ != nullptr; }
+  bool hasAcquired() const { return acquired_ != nullptr; }
   const SurfaceShape& shape() const { return shape_; }
   SwapchainState state() const { return state_; }
 
@@ -85,7 +119,7 @@ class VulkanSwapchain {
   SwapchainOwner swapchain_;
   std::vector<std::unique_ptr<SwapchainDrawable>> drawables_;
   std::vector<AcquireSemaphore> semaphores_;
-  SwapchainDrawable* taken_ = nullptr;
+  SwapchainDrawable* acquired_ = nullptr;
   SwapchainState state_ = SwapchainState::good;
 };
 

@@ -5,16 +5,15 @@
 #include <string>
 #include <utility>
 
-#include "gpu/Precondition.h"
+#include "gpu/Types.h"
 #include "gpu/vulkan/VulkanDevice.h"
 #include "gpu/vulkan/VulkanError.h"
-#include "gpu/vulkan/VulkanFormat.h"
 
 namespace veloria::gpu::vulkan {
 
 namespace {
 
-constexpr VkImageSubresourceRange wholeColour{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
+constexpr VkImageSubresourceRange wholeColor{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
 
 std::string describe(const TextureDescriptor& descriptor) {
   return "texture \"" + descriptor.label + "\" (" + pixelFormatName(descriptor.format) + ", " +
@@ -33,21 +32,69 @@ VkFormatFeatureFlags featuresOf(const VulkanContext& context, const TextureDescr
 
 }  // namespace
 
+VkFormat vulkanFormat(PixelFormat format) {
+  switch (format) {
+    case PixelFormat::r16Float:
+      return VK_FORMAT_R16_SFLOAT;
+    case PixelFormat::rg16Float:
+      return VK_FORMAT_R16G16_SFLOAT;
+    case PixelFormat::rgba8Unorm:
+      return VK_FORMAT_R8G8B8A8_UNORM;
+    case PixelFormat::bgra8Unorm:
+      return VK_FORMAT_B8G8R8A8_UNORM;
+    case PixelFormat::bgra8UnormSrgb:
+      return VK_FORMAT_B8G8R8A8_SRGB;
+    case PixelFormat::rgba16Float:
+      return VK_FORMAT_R16G16B16A16_SFLOAT;
+    case PixelFormat::invalid:
+      break;
+  }
+  return VK_FORMAT_UNDEFINED;
+}
+
+PixelFormat pixelFormat(VkFormat format) {
+  for (const PixelFormat candidate : {PixelFormat::r16Float, PixelFormat::rg16Float, PixelFormat::rgba8Unorm,
+                                      PixelFormat::bgra8Unorm, PixelFormat::bgra8UnormSrgb, PixelFormat::rgba16Float}) {
+    if (vulkanFormat(candidate) == format) return candidate;
+  }
+  return PixelFormat::invalid;
+}
+
+VkFormatFeatureFlags neededFeatures(TextureUsage usage) {
+  VkFormatFeatureFlags features = 0;
+  if (contains(usage, TextureUsage::shaderRead)) {
+    features |= VK_FORMAT_FEATURE_SAMPLED_IMAGE_BIT | VK_FORMAT_FEATURE_SAMPLED_IMAGE_FILTER_LINEAR_BIT;
+  }
+  if (contains(usage, TextureUsage::shaderWrite)) features |= VK_FORMAT_FEATURE_STORAGE_IMAGE_BIT;
+  if (contains(usage, TextureUsage::renderTarget)) features |= VK_FORMAT_FEATURE_COLOR_ATTACHMENT_BIT;
+  return features;
+}
+
+VkImageUsageFlags imageUsage(TextureUsage usage, VkFormatFeatureFlags features) {
+  VkImageUsageFlags flags = VK_IMAGE_USAGE_TRANSFER_SRC_BIT | VK_IMAGE_USAGE_TRANSFER_DST_BIT;
+  if (contains(usage, TextureUsage::shaderRead)) {
+    flags |= VK_IMAGE_USAGE_SAMPLED_BIT;
+    if ((features & VK_FORMAT_FEATURE_STORAGE_IMAGE_BIT) != 0) flags |= VK_IMAGE_USAGE_STORAGE_BIT;
+  }
+  if (contains(usage, TextureUsage::shaderWrite)) flags |= VK_IMAGE_USAGE_STORAGE_BIT;
+  if (contains(usage, TextureUsage::renderTarget)) flags |= VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT;
+  return flags;
+}
+
 VulkanTexture::VulkanTexture(VulkanDevice& device, const TextureDescriptor& descriptor, VulkanDrawable* drawable)
     : Texture(descriptor), device_(device), id_(device.nextTextureId()), drawable_(drawable) {
   makeImage();
   makeView();
   makeFramebuffer();
   device_.submitOnce([this](VkCommandBuffer commands) {
-    VkImageMemoryBarrier barrier{};
-    barrier.sType = VK_STRUCTURE_TYPE_IMAGE_MEMORY_BARRIER;
+    auto barrier = typed<VkImageMemoryBarrier>(VK_STRUCTURE_TYPE_IMAGE_MEMORY_BARRIER);
     barrier.dstAccessMask = VK_ACCESS_MEMORY_READ_BIT | VK_ACCESS_MEMORY_WRITE_BIT;
     barrier.oldLayout = VK_IMAGE_LAYOUT_UNDEFINED;
     barrier.newLayout = VK_IMAGE_LAYOUT_GENERAL;
     barrier.srcQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
     barrier.dstQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
     barrier.image = image_;
-    barrier.subresourceRange = wholeColour;
+    barrier.subresourceRange = wholeColor;
     vkCmdPipelineBarrier(commands, VK_PIPELINE_STAGE_TOP_OF_PIPE_BIT, VK_PIPELINE_STAGE_ALL_COMMANDS_BIT, 0, 0, nullptr,
                          0, nullptr, 1, &barrier);
   });
@@ -67,8 +114,7 @@ VulkanTexture::~VulkanTexture() {
 
 void VulkanTexture::makeImage() {
   const VulkanContext& context = device_.context();
-  VkImageCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_IMAGE_CREATE_INFO;
+  auto info = typed<VkImageCreateInfo>(VK_STRUCTURE_TYPE_IMAGE_CREATE_INFO);
   info.imageType = VK_IMAGE_TYPE_2D;
   info.format = vulkanFormat(format());
   info.extent = {size().width, size().height, 1};
@@ -90,32 +136,26 @@ void VulkanTexture::makeImage() {
 
 void VulkanTexture::makeView() {
   const VkDevice device = device_.context().device();
-  VkImageViewCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_IMAGE_VIEW_CREATE_INFO;
+  auto info = typed<VkImageViewCreateInfo>(VK_STRUCTURE_TYPE_IMAGE_VIEW_CREATE_INFO);
   info.image = image_;
   info.viewType = VK_IMAGE_VIEW_TYPE_2D;
   info.format = vulkanFormat(format());
-  info.subresourceRange = wholeColour;
-  VkImageView view = VK_NULL_HANDLE;
-  check(vkCreateImageView(device, &info, nullptr, &view), "vkCreateImageView");
-  resources_.view = {device, view};
+  info.subresourceRange = wholeColor;
+  resources_.view = created<ImageViewOwner>(vkCreateImageView, device, info, "vkCreateImageView");
 }
 
 void VulkanTexture::makeFramebuffer() {
   if (!contains(descriptor().usage, TextureUsage::renderTarget)) return;
   const VkDevice device = device_.context().device();
   const VkImageView view = resources_.view.get();
-  VkFramebufferCreateInfo info{};
-  info.sType = VK_STRUCTURE_TYPE_FRAMEBUFFER_CREATE_INFO;
+  auto info = typed<VkFramebufferCreateInfo>(VK_STRUCTURE_TYPE_FRAMEBUFFER_CREATE_INFO);
   info.renderPass = device_.renderPassFor(format());
   info.attachmentCount = 1;
   info.pAttachments = &view;
   info.width = size().width;
   info.height = size().height;
   info.layers = 1;
-  VkFramebuffer framebuffer = VK_NULL_HANDLE;
-  check(vkCreateFramebuffer(device, &info, nullptr, &framebuffer), "vkCreateFramebuffer");
-  resources_.framebuffer = {device, framebuffer};
+  resources_.framebuffer = created<FramebufferOwner>(vkCreateFramebuffer, device, info, "vkCreateFramebuffer");
 }
 
 void VulkanTexture::requireOwnImage() const {

@@ -5,29 +5,42 @@
 #include <cstdint>
 
 #include "gpu/Texture.h"
+#include "gpu/Types.h"
 #include "gpu/vulkan/VulkanContext.h"
 #include "gpu/vulkan/VulkanHazards.h"
 
 namespace veloria::gpu::vulkan {
 
+VkFormat vulkanFormat(PixelFormat format);
+
+/// `invalid` for a format that this interface lacks.
+PixelFormat pixelFormat(VkFormat format);
+
+/// The image usage for `usage`, given the format's `features` on the device; always includes copies both ways. A
+/// readable texture can also be read through a storage binding if its format allows.
+VkImageUsageFlags imageUsage(TextureUsage usage, VkFormatFeatureFlags features);
+
+/// The features that `usage` needs.
+VkFormatFeatureFlags neededFeatures(TextureUsage usage);
+
 class VulkanDevice;
 class VulkanDrawable;
 
-/// What a texture is made of; a swapchain's image is the swapchain's own.
+/// What a texture owns; a swapchain owns its images.
 struct TextureResources {
   MemoryOwner memory;
   ImageOwner image;
   ImageViewOwner view;
   FramebufferOwner framebuffer;
-  VulkanBuffer staging;  ///< kept by shared textures, which are written again and again
+  VulkanBuffer staging;  ///< kept by shared textures, which are written often
 };
 
 /// A two-dimensional image in the general layout.
 class VulkanTexture final : public Texture {
  public:
-  /// `drawable`: whose texture this is, if anyone's.
+  /// `drawable`: the drawable that this texture belongs to, if any.
   VulkanTexture(VulkanDevice& device, const TextureDescriptor& descriptor, VulkanDrawable* drawable = nullptr);
-  /// The texture of a swapchain's image, which can only be drawn into.
+  /// The texture of a swapchain image, which can only be drawn into.
   VulkanTexture(VulkanDevice& device, const TextureDescriptor& descriptor, VkImage image, VulkanDrawable& drawable);
   ~VulkanTexture() override;
 
@@ -47,7 +60,7 @@ class VulkanTexture final : public Texture {
   void makeFramebuffer();
   void requireOwnImage() const;
   VkBufferImageCopy wholeImage() const;
-  /// The buffer that copies go through, when the last one is done.
+  /// The buffer that copies go through; waits for the last copy.
   const VulkanBuffer& staging() const;
   void waitForCopy() const;
   void dropStaging() const;
@@ -57,7 +70,7 @@ class VulkanTexture final : public Texture {
   VkImage image_ = VK_NULL_HANDLE;
   VulkanDrawable* drawable_ = nullptr;
   mutable TextureResources resources_;
-  // A pass reads a texture and yet has to remember that it did.
+  // Reading passes record their accesses, too.
   mutable TextureAccesses accesses_;
   mutable std::uint64_t lastCopy_ = 0;  // the submission that used the staging buffer last
 };

@@ -10,11 +10,11 @@ layout(set = 0, binding = 0) uniform sampler2D scene;
 layout(set = 0, binding = 1) uniform sampler2D glow;
 layout(set = 0, binding = 2) uniform sampler2D bar;
 
-// How the target keeps light: 0 as it is; 1 in 8 bits a channel, which want encoded, dithered values; 2 in 8 bits that
-// the target encodes itself, so that what it should hold has to be decoded first.
+// The kind of target: 0 floating point; 1 8 bits a channel, for encoded, dithered values; 2 8 bits that the target
+// encodes itself, so that the result has to be decoded first.
 layout(constant_id = 2) const uint target = 0u;
 const bool eightBit = target != 0u;
-// What most bands do without costs time even where a branch passes it by, so it is compiled in only when needed:
+// Parts that few bands need. They cost time even if a branch skips them, so they are compiled in only when needed:
 // 1 the text mask, 2 the camera housing, 4 a scene that has to be enlarged.
 layout(constant_id = 3) const uint extras = 0u;
 const bool masksText = (extras & 1u) != 0u;
@@ -22,7 +22,7 @@ const bool hasHousing = (extras & 2u) != 0u;
 const bool enlarges = (extras & 4u) != 0u;
 
 layout(location = 0) in vec2 uv;
-layout(location = 0) out vec4 colour;
+layout(location = 0) out vec4 color;
 
 // Compresses the brightest channel and keeps the ratios, so that strong light stays coloured; what is far too bright
 // goes some way to white.
@@ -83,7 +83,7 @@ vec2 textMask() {
   vec2 to = vec2(1.0, 0.0);
   for (int i = 0; i < 24; ++i) {
     float radius = i < 8 ? 0.35 * dilate : (i < 16 ? dilate : spread);
-    // Text stands out from both grounds; a place where one of them is wrong does not.
+    // Text stands out from both grounds; a place with one wrong ground does not.
     float c = barLuminance(uv + to * radius * pixel);
     float stroke = min(abs(c - nearGround), abs(c - farGround));
     strongest = max(strongest, i < 16 ? stroke : 0.0);
@@ -131,7 +131,7 @@ vec3 ditherNoise() {
 void main() {
   if (params.debugSolid > 0.0) {
     float a = min(params.debugSolid, 1.0);
-    colour = vec4(a, 0.0, a, a);
+    color = vec4(a, 0.0, a, a);
     return;
   }
   vec3 light = enlarges ? textureLod(scene, uv, 0.0).rgb : texelFetch(scene, ivec2(gl_FragCoord.xy), 0).rgb;
@@ -175,22 +175,22 @@ void main() {
   alpha *= passes;
   covered *= passes;
 
-  bool sound = all(lessThanEqual(shown, vec3(1e4))) && alpha <= 1.0;
-  if (!sound || alpha + max(shown.r, max(shown.g, shown.b)) <= 0.0) {
-    colour = vec4(0.0);
+  bool finite = all(lessThanEqual(shown, vec3(1e4))) && alpha <= 1.0;
+  if (!finite || alpha + max(shown.r, max(shown.g, shown.b)) <= 0.0) {
+    color = vec4(0.0);
     return;
   }
   if (eightBit) {
-    // Blended by compositors as encoded values: encode the straight colour, then premultiply. Light that is only added
-    // has nothing to be weighed against.
+    // Compositors blend encoded values: encode the straight colour, then premultiply. Additive light is encoded as it
+    // is.
     vec3 covering = alpha > 0.0 ? encodedOf(shown / alpha) * alpha : vec3(0.0);
     float additive = params.opaque > 0.5 ? 0.0 : clamp(params.additive, 0.0, 1.0);
     vec3 premultiplied = mix(covering, encodedOf(shown), additive);
     float strongest = max(premultiplied.r, max(premultiplied.g, premultiplied.b));
     vec3 dithered = premultiplied + ditherNoise() * step(1.0 / 512.0, strongest);
     vec3 kept = clamp(dithered, 0.0, additive > 0.0 ? 1.0 : alpha);
-    colour = vec4(target == 2u ? decodedOf(kept) : kept, covered);
+    color = vec4(target == 2u ? decodedOf(kept) : kept, covered);
   } else {
-    colour = vec4(shown, covered);
+    color = vec4(shown, covered);
   }
 }

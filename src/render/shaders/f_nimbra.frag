@@ -86,28 +86,28 @@ void main() {
 
   float sparkle = noise(x * 2.7, phaseOf(3.5, params.time), 0x510e52u) - 0.5;
   float amount = dense * combed * (1.0 + hem * 1.6) * max(1.0 + clamp(params.shimmer, 0.0, 4.0) * sparkle, 0.0);
-  vec3 colour = d.rgb * (amount / max(d.a, 0.6));
+  vec3 color = d.rgb * (amount / max(d.a, 0.6));
 
   vec3 tint = gradient(height * 0.9 + 0.1, stop0(), stop1(), stop2(), stop3());
-  float bright = luminance(colour);
+  float bright = luminance(color);
   vec3 tinted = tint * (bright / max(luminance(tint), 0.05));
-  colour = mix(colour, tinted, clamp(params.heightTint * 1.7, 0.0, 1.0) * smoothstep(0.2, 0.95, height));
+  color = mix(color, tinted, clamp(params.heightTint * 1.7, 0.0, 1.0) * smoothstep(0.2, 0.95, height));
 
-  colour += clamp(params.ambientLevel, 0.0, 4.0) * 0.24 * mix(stop0(), stop2(), uv.x * 0.4 + height * 0.3);
+  color += clamp(params.ambientLevel, 0.0, 4.0) * 0.24 * mix(stop0(), stop2(), uv.x * 0.4 + height * 0.3);
 
   if (params.pointerGlowOn > 0.5) {
     vec2 away = (uv - vec2(params.pointerX, params.pointerY)) * grid / unit;
     float radius = max(params.pointerRadius * 4.0, 0.02);
-    colour += mix(stop1(), vec3(1.0), 0.35) * (params.pointerGlow * exp(-dot(away, away) / (radius * radius)));
+    color += mix(stop1(), vec3(1.0), 0.35) * (params.pointerGlow * exp(-dot(away, away) / (radius * radius)));
   }
 
   float along = noise(p.x * clamp(params.hueSpreadScale, 0.0, 64.0) * 0.12,
                       Phase(params.hueDriftPhase, stepPeriod), 0x9b0568u) - 0.5;
   float hue = params.hueShift + params.hueSwing + params.hueSpread * along * 0.35;
-  colour = graded(colour, hue, clamp(params.saturation, 0.0, 4.0));
-  colour *= clamp(params.exposure, 0.0, 64.0);
+  color = graded(color, hue, clamp(params.saturation, 0.0, 4.0));
+  color *= clamp(params.exposure, 0.0, 64.0);
 
-  bool sound = all(lessThanEqual(colour, vec3(1e4)));
-  colour = sound ? min(colour, vec3(64.0)) : vec3(0.0);
-  light = vec4(colour, luminance(colour));
+  bool finite = all(lessThanEqual(color, vec3(1e4)));
+  color = finite ? min(color, vec3(64.0)) : vec3(0.0);
+  light = vec4(color, luminance(color));
 }

@@ -6,7 +6,7 @@
 #include "noise.glsl"
 #include "color.glsl"
 
-// Carries the dye, fades it and gives birth to new light. rgb is coloured light, a its amount.
+// Moves the dye, fades it and adds new light. rgb is coloured light, a its amount.
 layout(set = 0, binding = 0) uniform sampler2D dye;
 layout(set = 0, binding = 4, rg16f) uniform readonly image2D velocity;
 layout(set = 0, binding = 7, rgba16f) uniform writeonly image2D dyeOut;
@@ -38,7 +38,7 @@ vec4 advected(vec2 middle, vec2 v, vec2 grid) {
   return clamp(there + 0.5 * lost, min(min(a, b), min(d, e)), max(max(a, b), max(d, e)));
 }
 
-// How strongly light is born at p (units) and height (0 bottom to 1 top): sources along the band, where slow noise
+// How much light is added at p (units) and height (0 bottom to 1 top): sources along the band, where slow noise
 // rises above the threshold, each a curtain with a sharp lower hem and a long soft upper end. 0 to 1.
 float birth(vec2 p, float height) {
   float scale = clamp(sim.emitScale, 0.05, 32.0);
@@ -56,7 +56,7 @@ float birth(vec2 p, float height) {
   return source * profile;
 }
 
-vec3 colourAt(vec2 p, float height) {
+vec3 colorAt(vec2 p, float height) {
   float spread = clamp(sim.paletteSpread, 0.0, 16.0);
   Phase phase = phaseOf(0.03, sim.time);
   float along = smoothstep(0.12, 0.96, noise(p.x * 0.26 * max(spread, 0.05), phase, 0x1f83d9u));
@@ -84,8 +84,8 @@ void main() {
   float room = clamp(1.0 - d.a / fullDye, 0.0, 1.0);
   float floorLight = clamp(sim.ambient, 0.0, 4.0) * 0.02 * sim.dt * clamp(1.0 - d.a / max(sim.ambient, 1e-3), 0.0, 1.0);
   float added = min(born * room + floorLight, fullDye);
-  d += vec4(colourAt(p, height), 1.0) * added;
+  d += vec4(colorAt(p, height), 1.0) * added;
 
-  bool sound = all(lessThanEqual(abs(d), vec4(64.0)));
-  imageStore(dyeOut, c, sound ? max(d, 0.0) : vec4(0.0));
+  bool finite = all(lessThanEqual(abs(d), vec4(64.0)));
+  imageStore(dyeOut, c, finite ? max(d, 0.0) : vec4(0.0));
 }

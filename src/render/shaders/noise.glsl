@@ -13,14 +13,13 @@ struct Phase {
   float period;
 };
 
-// A phase that moves at about `speed` steps a second. The speed must be a constant: one that changes would throw the
-// phase about by the time that has passed.
+// A phase that moves at about `speed` steps a second. The speed must be a constant: a change would make the phase jump.
 Phase phaseOf(float speed, float time) {
   float period = max(round(abs(speed) * timePeriod), 1.0);
   return Phase(time * (period / timePeriod), period);
 }
 
-// The lattice coordinates come multiplied by large odd numbers already; this spreads what is left of their pattern.
+// Spreads the pattern that is left in lattice coordinates multiplied by large odd numbers.
 uint mixBits(uint h) {
   h ^= h >> 15;
   h *= 0x2c1b3c6du;

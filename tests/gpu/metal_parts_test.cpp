@@ -4,11 +4,13 @@
 #include <thread>
 
 #include "gpu/metal/MetalCompletion.h"
-#include "gpu/metal/MetalDrawableCount.h"
 #include "gpu/metal/MetalGroupSize.h"
 
-namespace veloria::gpu::metal {
+namespace veloria::tests {
 namespace {
+
+using namespace gpu;
+using namespace gpu::metal;
 
 TEST(MetalGroupSize, ARowIsAsWideAsTheThreadsThatRunInStep) {
   EXPECT_EQ(groupSizeFor(32, 1024), (Size{32, 32}));
@@ -18,39 +20,25 @@ TEST(MetalGroupSize, ARowIsAsWideAsTheThreadsThatRunInStep) {
   EXPECT_EQ(groupSizeFor(0, 0), (Size{1, 1}));
 }
 
-class MetalDrawables : public ::testing::Test {
- protected:
-  bool free() { return count_.free(now_); }
-  void present() { count_.presented(now_); }
-  void pass(std::chrono::milliseconds time) { now_ += time; }
-
-  MetalDrawableCount count_;
-  MetalDrawableCount::Clock::time_point now_{std::chrono::hours(1)};
-};
-
-TEST_F(MetalDrawables, OneMayWaitWhileAnotherIsDrawn) {
-  EXPECT_TRUE(free());
-  present();
-  EXPECT_TRUE(free());
-  present();
-  EXPECT_FALSE(free());
-  count_.shown();
-  EXPECT_TRUE(free());
-}
-
-TEST_F(MetalDrawables, ThoseThatNeverComeToTheScreenAreTakenForLost) {
-  present();
-  present();
-  pass(std::chrono::milliseconds(999));
-  EXPECT_FALSE(free());
-  pass(std::chrono::milliseconds(1));
-  EXPECT_TRUE(free());
+TEST(MetalDrawableCount, OneMayWaitWhileAnotherIsDrawnAndThoseThatNeverShowAreTakenForLost) {
+  MetalDrawableCount count;
+  MetalDrawableCount::Clock::time_point now{std::chrono::hours(1)};
+  EXPECT_TRUE(count.free(now));
+  count.presented(now);
+  EXPECT_TRUE(count.free(now));
+  count.presented(now);
+  EXPECT_FALSE(count.free(now));
+  count.shown();
+  EXPECT_TRUE(count.free(now));
+  count.presented(now);
+  EXPECT_FALSE(count.free(now + std::chrono::milliseconds(999)));
+  EXPECT_TRUE(count.free(now + std::chrono::seconds(1)));
   // They turn up all the same; the count must not run below nothing.
-  count_.shown();
-  count_.shown();
-  present();
-  present();
-  EXPECT_FALSE(free());
+  count.shown();
+  count.shown();
+  count.presented(now);
+  count.presented(now);
+  EXPECT_FALSE(count.free(now));
 }
 
 class Client : public CompletionClient {};
@@ -76,4 +64,4 @@ TEST(MetalCompletion, WaitsForOneAndForAll) {
 }
 
 }  // namespace
-}  // namespace veloria::gpu::metal
+}  // namespace veloria::tests

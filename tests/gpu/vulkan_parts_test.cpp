@@ -2,15 +2,19 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <optional>
 #include <vector>
 
-#include "gpu/vulkan/SurfaceChoice.h"
 #include "gpu/vulkan/VulkanHazards.h"
 #include "gpu/vulkan/VulkanSurface.h"
+#include "gpu/vulkan/VulkanSwapchain.h"
 
-namespace veloria::gpu::vulkan {
+namespace veloria::tests {
 
 namespace {
+
+using namespace gpu;
+using namespace gpu::vulkan;
 
 constexpr VkSurfaceFormatKHR bgra{VK_FORMAT_B8G8R8A8_UNORM, VK_COLOR_SPACE_SRGB_NONLINEAR_KHR};
 constexpr VkSurfaceFormatKHR rgba{VK_FORMAT_R8G8B8A8_UNORM, VK_COLOR_SPACE_SRGB_NONLINEAR_KHR};
@@ -19,60 +23,54 @@ constexpr VkSurfaceFormatKHR linear{VK_FORMAT_R16G16B16A16_SFLOAT, VK_COLOR_SPAC
 constexpr VkSurfaceFormatKHR linearP3{VK_FORMAT_R16G16B16A16_SFLOAT, VK_COLOR_SPACE_DISPLAY_P3_LINEAR_EXT};
 constexpr VkSurfaceFormatKHR floatPlain{VK_FORMAT_R16G16B16A16_SFLOAT, VK_COLOR_SPACE_SRGB_NONLINEAR_KHR};
 
-TEST(SurfaceChoiceTest, Format) {
-  struct Case {
+TEST(SurfaceChoice, Format) {
+  const struct {
     std::vector<VkSurfaceFormatKHR> offered;
     PixelFormat wanted;
-    bool extendedAllowed;
-    VkFormat format;  // undefined: none
-    VkColorSpaceKHR space;
-  };
-  const std::array cases{
-      Case{{bgraSrgb, rgba, bgra}, PixelFormat::bgra8Unorm, true, bgra.format, bgra.colorSpace},
-      Case{{bgraSrgb, rgba}, PixelFormat::bgra8Unorm, true, rgba.format, rgba.colorSpace},
-      Case{{bgraSrgb}, PixelFormat::bgra8Unorm, true, VK_FORMAT_UNDEFINED, bgra.colorSpace},
-      Case{{}, PixelFormat::rgba16Float, true, VK_FORMAT_UNDEFINED, bgra.colorSpace},
-      Case{{bgra, linearP3, linear}, PixelFormat::rgba16Float, true, linear.format, linear.colorSpace},
-      Case{{bgra, linearP3}, PixelFormat::rgba16Float, true, linearP3.format, linearP3.colorSpace},
-      Case{{bgra, linear}, PixelFormat::rgba16Float, false, bgra.format, bgra.colorSpace},
-      Case{{floatPlain, bgra}, PixelFormat::rgba16Float, true, bgra.format, bgra.colorSpace},
-      Case{{linear, bgra}, PixelFormat::bgra8Unorm, true, bgra.format, bgra.colorSpace},
-  };
-  for (std::size_t index = 0; index < cases.size(); ++index) {
-    const Case& check = cases[index];
-    const auto chosen = chooseSurfaceFormat(check.offered, check.wanted, check.extendedAllowed);
-    ASSERT_EQ(chosen.has_value(), check.format != VK_FORMAT_UNDEFINED) << index;
+    std::optional<VkSurfaceFormatKHR> chosen;
+    bool extendedAllowed = true;
+  } cases[] = {{{bgraSrgb, rgba, bgra}, PixelFormat::bgra8Unorm, bgra},
+               {{bgraSrgb, rgba}, PixelFormat::bgra8Unorm, rgba},
+               {{bgraSrgb}, PixelFormat::bgra8Unorm, {}},
+               {{}, PixelFormat::rgba16Float, {}},
+               {{bgra, linearP3, linear}, PixelFormat::rgba16Float, linear},
+               {{bgra, linearP3}, PixelFormat::rgba16Float, linearP3},
+               {{bgra, linear}, PixelFormat::rgba16Float, bgra, false},
+               {{floatPlain, bgra}, PixelFormat::rgba16Float, bgra},
+               {{linear, bgra}, PixelFormat::bgra8Unorm, bgra}};
+  for (const auto& c : cases) {
+    const auto chosen = chooseSurfaceFormat(c.offered, c.wanted, c.extendedAllowed);
+    ASSERT_EQ(chosen.has_value(), c.chosen.has_value()) << &c - cases;
     if (!chosen) continue;
-    EXPECT_EQ(chosen->format, check.format) << index;
-    EXPECT_EQ(chosen->colorSpace, check.space) << index;
+    EXPECT_EQ(chosen->format, c.chosen->format) << &c - cases;
+    EXPECT_EQ(chosen->colorSpace, c.chosen->colorSpace) << &c - cases;
   }
 }
 
-TEST(SurfaceChoiceTest, AlphaModeAndImageCount) {
+TEST(SurfaceChoice, AlphaModeAndImageCount) {
+  constexpr auto opaque = VK_COMPOSITE_ALPHA_OPAQUE_BIT_KHR;
+  constexpr auto inherit = VK_COMPOSITE_ALPHA_INHERIT_BIT_KHR;
+  constexpr auto after = VK_COMPOSITE_ALPHA_POST_MULTIPLIED_BIT_KHR;
   EXPECT_EQ(chooseCompositeAlpha(15), VK_COMPOSITE_ALPHA_PRE_MULTIPLIED_BIT_KHR);
-  EXPECT_EQ(chooseCompositeAlpha(VK_COMPOSITE_ALPHA_OPAQUE_BIT_KHR | VK_COMPOSITE_ALPHA_INHERIT_BIT_KHR),
-            VK_COMPOSITE_ALPHA_INHERIT_BIT_KHR);
-  EXPECT_EQ(chooseCompositeAlpha(VK_COMPOSITE_ALPHA_OPAQUE_BIT_KHR), VK_COMPOSITE_ALPHA_OPAQUE_BIT_KHR);
-  EXPECT_EQ(chooseCompositeAlpha(VK_COMPOSITE_ALPHA_POST_MULTIPLIED_BIT_KHR),
-            VK_COMPOSITE_ALPHA_POST_MULTIPLIED_BIT_KHR);
+  EXPECT_EQ(chooseCompositeAlpha(opaque | inherit), inherit);
+  EXPECT_EQ(chooseCompositeAlpha(opaque | after), opaque);
+  EXPECT_EQ(chooseCompositeAlpha(after), after);
 
   const std::array all{VK_PRESENT_MODE_IMMEDIATE_KHR, VK_PRESENT_MODE_FIFO_KHR, VK_PRESENT_MODE_MAILBOX_KHR};
   EXPECT_EQ(choosePresentMode(all), VK_PRESENT_MODE_MAILBOX_KHR);
   EXPECT_EQ(choosePresentMode(std::span(all).first(2)), VK_PRESENT_MODE_FIFO_KHR);
   EXPECT_EQ(choosePresentMode({}), VK_PRESENT_MODE_FIFO_KHR);
 
-  struct Count {
-    std::uint32_t least, most, chosen;
-  };
-  for (const Count& count : {Count{1, 0, 3}, Count{2, 2, 2}, Count{4, 8, 4}, Count{1, 3, 3}}) {
+  for (const auto& [least, most, chosen] :
+       std::vector<std::array<std::uint32_t, 3>>{{1, 0, 3}, {2, 2, 2}, {4, 8, 4}, {1, 3, 3}}) {
     VkSurfaceCapabilitiesKHR capabilities{};
-    capabilities.minImageCount = count.least;
-    capabilities.maxImageCount = count.most;
-    EXPECT_EQ(chooseImageCount(capabilities), count.chosen) << count.least << " to " << count.most;
+    capabilities.minImageCount = least;
+    capabilities.maxImageCount = most;
+    EXPECT_EQ(chooseImageCount(capabilities), chosen) << least << " to " << most;
   }
 }
 
-TEST(SurfaceChoiceTest, Extent) {
+TEST(SurfaceChoice, Extent) {
   VkSurfaceCapabilitiesKHR capabilities{};
   capabilities.currentExtent = {640, 32};
   EXPECT_EQ(chooseExtent(capabilities, {100, 100}), (Size{640, 32}));
@@ -84,10 +82,9 @@ TEST(SurfaceChoiceTest, Extent) {
   EXPECT_EQ(chooseExtent(capabilities, {0, 32}), (Size{0, 32}));
 }
 
-TEST(RetryPauseTest, GrowsToOneSecondAndStartsOver) {
+TEST(RetryPause, GrowsToOneSecondAndStartsOver) {
   RetryPause pause;
-  RetryPause::Clock::time_point now{};
-  now += std::chrono::hours(1);
+  RetryPause::Clock::time_point now{std::chrono::hours(1)};
   EXPECT_TRUE(pause.over(now));
   int tries = 0;
   for (int millisecond = 0; millisecond < 20000; ++millisecond, now += std::chrono::milliseconds(1)) {
@@ -111,7 +108,7 @@ PassBarrier pass(VulkanHazards& hazards, std::uint64_t number,
   return barrier;
 }
 
-TEST(VulkanHazardsTest, BarriersAreWhereTheyAreNeededAndNowhereElse) {
+TEST(VulkanHazards, BarriersAreWhereTheyAreNeededAndNowhereElse) {
   using enum Access;
   VulkanHazards hazards;
   TextureAccesses a, b, c;
@@ -124,11 +121,11 @@ TEST(VulkanHazardsTest, BarriersAreWhereTheyAreNeededAndNowhereElse) {
   EXPECT_FALSE(pass(hazards, 5, {{&a, computeRead}}).needed()) << "reading again";
   const PassBarrier writeAfterRead = pass(hazards, 6, {{&a, computeWrite}});
   EXPECT_TRUE(writeAfterRead.needed());
-  const PassBarrier drawn = pass(hazards, 7, {{&a, fragmentRead}, {&b, colourWrite}});
+  const PassBarrier drawn = pass(hazards, 7, {{&a, fragmentRead}, {&b, colorWrite}});
   EXPECT_EQ(drawn.targetStages, VkPipelineStageFlags{VK_PIPELINE_STAGE_FRAGMENT_SHADER_BIT |
                                                      VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT});
   EXPECT_EQ(drawn.sourceStages, VkPipelineStageFlags{VK_PIPELINE_STAGE_COMPUTE_SHADER_BIT});
-  EXPECT_TRUE(pass(hazards, 8, {{&b, colourWrite}}).needed()) << "two passes on one target";
+  EXPECT_TRUE(pass(hazards, 8, {{&b, colorWrite}}).needed()) << "two passes on one target";
   EXPECT_EQ(pass(hazards, 9, {{&b, computeRead}}).sourceStages,
             VkPipelineStageFlags{VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT});
   EXPECT_TRUE(pass(hazards, 10, {{&a, computeRead}, {&a, computeWrite}}).needed());
@@ -137,4 +134,4 @@ TEST(VulkanHazardsTest, BarriersAreWhereTheyAreNeededAndNowhereElse) {
 
 }  // namespace
 
-}  // namespace veloria::gpu::vulkan
+}  // namespace veloria::tests

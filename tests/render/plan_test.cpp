@@ -5,21 +5,18 @@
 #include <cmath>
 #include <limits>
 
-namespace veloria {
+namespace veloria::tests {
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double inf = std::numeric_limits<double>::infinity();
 
-struct GridCase {
-  gpu::Size drawable;
-  double quality;
-  double stretch;
-  GridSize expected;
-};
-
-TEST(FramePlan, gridFollowsShapeQualityAndCaps) {
-  const GridCase cases[] = {
+TEST(FramePlan, TheGridFollowsShapeQualityAndCaps) {
+  const struct {
+    gpu::Size drawable;
+    double quality, stretch;
+    GridSize expected;
+  } cases[] = {
       {{1920, 32}, 1, 4, {634, 32}},                                        // strip: rows stop at the drawable's own
       {{3456, 74}, 1, 4, {1140, 74}},                                       // 4 x 74/3456 x 1140 = 97.6, held to 74
       {{3000, 60}, 1, 1, {990, 24}},                                        // 0.02 x 990 = 19.8, raised to 24
@@ -40,7 +37,7 @@ TEST(FramePlan, gridFollowsShapeQualityAndCaps) {
   }
 }
 
-TEST(FramePlan, sceneIsSmallerOnTallSurfacesOnly) {
+TEST(FramePlan, SceneIsSmallerOnTallSurfacesOnly) {
   EXPECT_EQ(sceneScaleFor({3456, 74}, 0.1), 1.0);
   EXPECT_EQ(sceneScaleFor({1000, 800}, 1), 0.55);
   EXPECT_EQ(sceneScaleFor({1000, 800}, 0.1), 0.3);
@@ -51,7 +48,7 @@ TEST(FramePlan, sceneIsSmallerOnTallSurfacesOnly) {
   EXPECT_EQ(glowSizeFor({3, 3}), (gpu::Size{1, 1}));
 }
 
-TEST(FramePlan, frameTimeIsHeldBetweenBounds) {
+TEST(FramePlan, FrameTimeIsHeldBetweenBounds) {
   EXPECT_DOUBLE_EQ(frameSeconds(500, 0), 1.0 / 60);
   EXPECT_DOUBLE_EQ(frameSeconds(10.02, 10), 10.02 - 10);
   EXPECT_DOUBLE_EQ(frameSeconds(17, 10), 0.05);
@@ -59,7 +56,7 @@ TEST(FramePlan, frameTimeIsHeldBetweenBounds) {
   EXPECT_DOUBLE_EQ(frameSeconds(9, 10), 1.0 / 240);
 }
 
-TEST(FramePlan, absurdCountsAreCapped) {
+TEST(FramePlan, AbsurdCountsAreCapped) {
   EXPECT_EQ(pressureIterationsFor(0), 1);
   EXPECT_EQ(pressureIterationsFor(-5), 1);
   EXPECT_EQ(pressureIterationsFor(24), 24);
@@ -72,4 +69,4 @@ TEST(FramePlan, absurdCountsAreCapped) {
 }
 
 }  // namespace
-}  // namespace veloria
+}  // namespace veloria::tests
