@@ -9,9 +9,9 @@
 #include <thread>
 #include <vector>
 
-#include "platform/macos/audio/AudioBuffers.h"
-#include "platform/macos/audio/AudioGate.h"
 #include "platform/macos/capture/BarCaptureSettings.h"
+#include "platform/macos/sources/AudioBuffers.h"
+#include "platform/macos/sources/AudioGate.h"
 #include "sources/AudioSource.h"
 
 namespace veloria::tests {

@@ -9,17 +9,10 @@
 
 #include "Process.h"
 #include "app/NimbraWindow.h"
-#include "platform/macos/activity/FullScreenSpace.h"
-#include "platform/macos/activity/PowerSources.h"
-#include "platform/macos/activity/WorkspaceNotifications.h"
-#include "platform/macos/screens/ScreenList.h"
-#include "platform/macos/status/StatusClick.h"
-#include "platform/macos/system/BundlePlaces.h"
-#include "platform/macos/wallpaper/PictureLimits.h"
-#include "platform/macos/wallpaper/ThumbnailPixels.h"
-#include "platform/macos/window/FrameRate.h"
-#include "platform/macos/window/MenuBarVisibility.h"
-#include "platform/macos/window/WindowLevel.h"
+#include "platform/macos/shell/StatusClick.h"
+#include "platform/macos/sources/PictureLimits.h"
+#include "platform/macos/system/SystemRules.h"
+#include "platform/macos/windows/WindowRules.h"
 
 namespace veloria::tests {
 namespace {
