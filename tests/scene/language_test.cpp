@@ -118,7 +118,8 @@ ScriptParam param(const std::string& keyword) {
 
 void expectNumber(double actual, const std::string& expected) {
   const double number = std::stod(expected);
-  if (!std::isnan(number) || !std::isnan(actual)) EXPECT_DOUBLE_EQ(actual, number);
+  if (std::isnan(number) && std::isnan(actual)) return;
+  EXPECT_DOUBLE_EQ(actual, number);
 }
 
 void expectPalette(const NimbraScript& script, std::istringstream& words) {

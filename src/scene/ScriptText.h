@@ -1,14 +1,15 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <unicode/brkiter.h>
 
-/// Text as people see it: characters are extended grapheme clusters, as views into the text they came from. Texts are
-/// valid UTF-8 here; see validUtf8().
+/// The text of scripts. Characters are extended grapheme clusters, as views into the text they came from. Texts must be
+/// valid UTF-8; see validUtf8().
 namespace veloria {
 
 using Characters = std::vector<std::string_view>;
@@ -24,23 +25,27 @@ class CharacterSplitter {
   std::unique_ptr<icu::BreakIterator> iterator_;  // made at the first text that is not ASCII
 };
 
-/// `text` with what is not UTF-8 replaced by U+FFFD.
+/// `text` with U+FFFD for everything that is not UTF-8.
 std::string validUtf8(std::string_view text);
 
-/// Lower case by the rules of no language in particular.
+/// In lower case, by no language's own rules.
 std::string lowercased(std::string_view text);
 
-/// Without blanks at both ends: the tab and every space separator of Unicode, no line ends.
+/// Without blanks at both ends. Blanks are the tab and Unicode's space separators, not line ends.
 std::string_view withoutOuterBlanks(std::string_view text);
 
 /// The lines between line ends. Each line end counts for itself, so a carriage return and a line feed have an empty
 /// line between them. Line ends: U+000A to U+000D, U+0085, U+2028, U+2029.
 std::vector<std::string_view> splitLines(std::string_view text);
 
-/// A character is numeric, or a letter, by its first code point: one with a numeric type (digits, fractions, Roman
-/// numerals, ideographs that are numbers), one that is alphabetic. Some are both.
+/// Decided by the first code point: whether it has a numeric type (digits, fractions, Roman numerals, ideographs that
+/// are numbers), or is alphabetic. Some are both.
 bool isNumeric(std::string_view character);
 bool isLetter(std::string_view character);
+
+/// The number that the whole text is, independent of the locale: a sign, decimal or hexadecimal digits ("0x1.8p3"),
+/// a point, an exponent, "inf", "infinity" or "nan" in either case. Too large becomes infinite, too small 0. No blanks.
+std::optional<double> numberFromText(const std::string& text);
 
 /// The byte offset in `text` of one of its characters.
 inline std::size_t offsetIn(std::string_view text, std::string_view character) {

@@ -1,8 +1,13 @@
-#include "Characters.h"
+#include "ScriptText.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <stdexcept>
 
+#include <locale.h>
+#ifdef __APPLE__
+#include <xlocale.h>
+#endif
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
@@ -60,6 +65,16 @@ std::size_t lineEndLength(std::string_view text) {
 
 void require(UErrorCode status) {
   if (U_FAILURE(status)) throw std::runtime_error(std::string("Unicode support: ") + u_errorName(status));
+}
+
+locale_t plainLocale() {
+  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+  return plain;
+}
+
+// strtod would skip blanks first, line ends among them.
+bool canStartNumber(char c) {
+  return std::string_view(" \t\n\v\f\r").find(c) == std::string_view::npos;
 }
 
 }  // namespace
@@ -139,6 +154,14 @@ bool isNumeric(std::string_view character) {
 
 bool isLetter(std::string_view character) {
   return u_isUAlphabetic(firstCodePoint(character)) != 0;
+}
+
+// std::from_chars refuses a plus sign and "0x", and has no value for what is out of range.
+std::optional<double> numberFromText(const std::string& text) {
+  if (text.empty() || !canStartNumber(text.front())) return std::nullopt;
+  char* end = nullptr;
+  const double value = strtod_l(text.c_str(), &end, plainLocale());
+  return end == text.c_str() + text.size() ? std::optional(value) : std::nullopt;
 }
 
 }  // namespace veloria
