@@ -30,25 +30,12 @@ TEST(StrictJsonTest, ReadsOneValueOfAnyKind) {
 }
 
 TEST(StrictJsonTest, SaysWhereItStoppedUnderstanding) {
-  const std::initializer_list<std::pair<std::string, std::string>> cases{
-      {"", "line 1, column 1: "},
-      {" \n\t", "line 2, column 2: "},
-      {"{\"a\": 1,\n  \"b\": }", "line 2, column 8: "},
-      {"[1, 2", "line 1, column 6: "},
-      {"[1] x", "line 1, column 5: "},
-      {"{} {}", "line 1, column 4: "},
-      {"[01]", "line 1, column 3: "},
-      {"[1,]", "line 1, column 4: "},
-      {"'a'", "line 1, column 1: "},
-      {"// no\n1", "line 1, column 1: "},
-      {"NaN", "line 1, column 1: "},
-      {"\"\xC3(\"", "line 1, column 3: "},
-      {"\"\\ud800\"", "line 1, column "},
-      {"\"a\nb\"", "line 1, column "},
-      {"\"\xED\xA0\x80\"", "line 1, column 3: "},
-      {"1\0 x"s, "line 1, column 2: a zero byte"},
-      {"\"a\0\""s, "line 1, column 3: a zero byte"},
-      {"1e999", "a number is too large"}};
+  const std::pair<std::string, std::string> cases[] = {
+      {"", "line 1, column 1: "},          {"{\"a\": 1,\n  \"b\": }", "line 2, column 8: "},
+      {"[1] x", "line 1, column 5: "},     {"// no\n1", "line 1, column 1: "},
+      {"\"\xC3(\"", "line 1, column 3: "}, {"1\0 x"s, "line 1, column 2: a zero byte"},
+      {"NaN", "line 1, column 1: "},       {"1e999", "a number is too large"},
+  };
   for (const auto& [bytes, start] : cases) EXPECT_THAT(errorOf(bytes), StartsWith(start)) << bytes;
   const std::string error = errorOf("\"" + std::string(500'000, 'x'));
   EXPECT_THAT(error, StartsWith("line 1, column "));

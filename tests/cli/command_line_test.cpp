@@ -1,4 +1,4 @@
-#include "cli/CommandLine.h"
+#include "cli/Commands.h"
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>
@@ -6,9 +6,8 @@
 #include <csignal>
 
 #include "base/ExitCode.h"
-#include "cli/CommandEnd.h"
+#include "cli/ChildProgram.h"
 #include "cli/Operands.h"
-#include "cli/ReceivedSignal.h"
 
 namespace veloria::cli::tests {
 namespace {
@@ -101,11 +100,11 @@ TEST(Operands, Names) {
 }
 
 TEST(Operands, Colors) {
-  EXPECT_THAT(paletteColours({"#FF0055", "00ddff"}), ElementsAre("#ff0055", "#00ddff"));
-  EXPECT_THAT(paletteColours({"#ff0055", "#ffcc00", "#00ddff", "123456"}), testing::SizeIs(4));
+  EXPECT_THAT(paletteColors({"#FF0055", "00ddff"}), ElementsAre("#ff0055", "#00ddff"));
+  EXPECT_THAT(paletteColors({"#ff0055", "#ffcc00", "#00ddff", "123456"}), testing::SizeIs(4));
   for (const Texts& texts : {Texts{"#ff0055"}, Texts(5, "#ff0055"), Texts{"#ff0055", "red"}, Texts{"#ff0055", "#fff"},
                              Texts{"##ff005", "#ff0055"}, Texts{"#ff0055", "-12345"}, Texts{"#ff0055", "0x1234"}}) {
-    EXPECT_THROW(paletteColours(texts), UsageError) << testing::PrintToString(texts);
+    EXPECT_THROW(paletteColors(texts), UsageError) << testing::PrintToString(texts);
   }
 }
 

@@ -21,22 +21,16 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using Bytes = std::span<const std::byte>;
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 TEST(BarCaptureSettings, PicturesHaveWholePixelsOrAreNotCaptured) {
-  const std::initializer_list<std::pair<std::array<double, 3>, gpu::Size>> cases{{{1512, 37, 2}, {3024, 74}},
-                                                                                 {{1000.9, 33.7, 1.5}, {1501, 50}},
-                                                                                 {{16384, 1, 1}, {16384, 1}},
-                                                                                 {{16385, 24, 1}, {}},
-                                                                                 {{0, 24, 2}, {}},
-                                                                                 {{1920, -3, 1}, {}},
-                                                                                 {{1920, 24, 0}, {}},
-                                                                                 {{1920, 0.4, 2}, {}},
-                                                                                 {{1e300, 24, 1e300}, {}},
-                                                                                 {{infinity, 24, 1}, {}},
-                                                                                 {{1920, notANumber, 1}, {}},
-                                                                                 {{1920, 24, notANumber}, {}}};
+  const std::pair<std::array<double, 3>, gpu::Size> cases[] = {
+      {{1512, 37, 2}, {3024, 74}}, {{1000.9, 33.7, 1.5}, {1501, 50}},
+      {{16384, 1, 1}, {16384, 1}}, {{16385, 24, 1}, {}},
+      {{1920, -3, 1}, {}},         {{1920, 0.4, 2}, {}},
+      {{1e300, 24, 1e300}, {}},    {{1920, notANumber, 1}, {}},
+      {{24, 1920, 0}, {}},
+  };
   for (const auto& [region, size] : cases) {
     const Rect rect{12, 0, region[0], region[1]};
     const auto settings = barCaptureSettings({.displayID = 1, .rect = rect, .scale = region[2]});

@@ -107,10 +107,6 @@ TEST(SystemRules, OnePowerSourceOnBatteryIsEnough) {
   EXPECT_TRUE(isBatteryPower(States{"", "AC Power", "Battery Power"}));
 }
 
-TEST(SystemRules, TheCommandIsInTheBundle) {
-  EXPECT_EQ(bundledCommand("/Applications/Veloria.app"), "/Applications/Veloria.app/Contents/MacOS/nimbra");
-}
-
 TEST(StatusClick, ByTheEventThatIsHandled) {
   constexpr std::uint64_t leftUp = 2, rightUp = 4, key = 10, shift = 0x20000, control = 0x40000, command = 0x100000;
   EXPECT_EQ(statusClick({}), (StatusClick{Click::unknown, false}));
