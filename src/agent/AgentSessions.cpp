@@ -1,6 +1,7 @@
 #include "agent/AgentSessions.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "agent/StateMembers.h"
@@ -14,6 +15,12 @@ bool lapsed(const AgentSession& session, double now) {
 }
 
 }  // namespace
+
+std::optional<double> channelValue(const nlohmann::json& member) {
+  if (member.is_boolean()) return member.get<bool>() ? 1 : 0;
+  if (member.is_number() && std::isfinite(member.get<double>())) return member.get<double>();
+  return std::nullopt;
+}
 
 AgentSessions agentSessions(const nlohmann::json& state) {
   AgentSessions sessions;

@@ -8,29 +8,29 @@
 
 namespace veloria {
 
-/// What one of several writers says in the agent state file.
+/// The part of the agent state file that belongs to one of several writers.
 struct AgentSession {
   std::map<std::string, double, std::less<>> values;  ///< channels; finite
-  std::optional<double> expires;                      ///< seconds since 1970 at which it lapses; nothing: never
+  std::optional<double> expires;                      ///< seconds since 1970; nothing: never
   bool operator==(const AgentSession&) const = default;
 };
 
-/// By the session's name.
+/// By name.
 using AgentSessions = std::map<std::string, AgentSession, std::less<>>;
 
-/// The sessions in a state file's object, whatever else it holds:
+/// The sessions in a state file's object:
 ///   "sessions": {"build": {"busy": 1, "expires": 1700000000.5}, "review": {"err": 1}}
-/// Members that are no objects, and values that are no numbers or booleans, are skipped.
+/// Skips members that are not objects and values that are not numbers or booleans.
 AgentSessions agentSessions(const nlohmann::json& state);
 
-/// The value for agentSessions() to read back. Sessions without values and expiry are left out.
+/// The value that agentSessions() reads back, without the sessions that have neither values nor an expiry.
 nlohmann::json toJson(const AgentSessions& sessions);
 
-/// One value for each name that any session has: the largest of those that have not lapsed at `now`, 0 when all have.
-/// As a failure outranks, `ok` is 0 when `err` is above 0.
+/// One value for each name in any session: the largest of the sessions that have not expired at `now`, 0 if all have.
+/// `ok` is 0 if `err` is above 0, because a failure outranks a success.
 std::map<std::string, double, std::less<>> mergedSessions(const AgentSessions& sessions, double now);
 
-/// The first time after `now` at which a session lapses.
+/// The first time after `now` at which a session expires.
 std::optional<double> nextExpiry(const AgentSessions& sessions, double now);
 
 }  // namespace veloria

@@ -9,9 +9,9 @@ namespace veloria {
 /// members named here.
 inline constexpr const char* stateFileName = "state.json";
 
-/// Two or more colours, "#rrggbb" or "rrggbb", in place of the palette's; the first four count.
+/// Two or more colors, "#rrggbb" or "rrggbb", that replace the palette; the first four count.
 inline constexpr const char* paletteKey = "palette";
-/// The flash of a failure: when it ends, in seconds since 1970, how long it lasts, in seconds, and its colours.
+/// The flash of a failure: its end, in seconds since 1970, its length, in seconds, and its colors.
 inline constexpr const char* alertUntilKey = "alert_until";
 inline constexpr const char* alertForKey = "alert_for";
 inline constexpr const char* alertPaletteKey = "alert_palette";
@@ -19,10 +19,10 @@ inline constexpr const char* alertPaletteKey = "alert_palette";
 inline constexpr const char* sessionsKey = "sessions";
 inline constexpr const char* expiresKey = "expires";
 
-/// How long a failure flashes, in seconds.
+/// The length of the flash of a failure, in seconds.
 inline constexpr double alertSeconds = 1.5;
 
-/// A member's value as a channel's: a finite number, 1 and 0 for true and false; nothing for all else.
+/// A member's value as a channel: a finite number, or 1 and 0 for true and false; nothing for anything else.
 std::optional<double> channelValue(const nlohmann::json& member);
 
 }  // namespace veloria

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdlib>
 #include <functional>
 #include <optional>
 #include <string>
@@ -7,10 +8,15 @@
 
 namespace veloria {
 
-/// Looks an environment variable up: its value (any bytes, possibly empty), or nothing when it is not set.
+/// Looks up an environment variable: its value (any bytes, possibly empty), or nothing if it is not set.
 using Environment = std::function<std::optional<std::string>(std::string_view name)>;
 
 /// The environment of this process.
-Environment processEnvironment();
+inline Environment processEnvironment() {
+  return [](std::string_view name) -> std::optional<std::string> {
+    const char* value = std::getenv(std::string(name).c_str());
+    return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+  };
+}
 
 }  // namespace veloria

@@ -9,13 +9,13 @@ enum ExitCode {
   done = 0,
   failed = 1,
   wrongUsage = 2,
-  cannotRun = 3,        ///< the band: this computer lacks what it needs, and the person was told; don't start it again
-  notExecutable = 126,  ///< nimbra run: the program is there, but can't be started
+  cannotRun = 3,        ///< the band: this computer lacks something, and a window says so; do not restart
+  notExecutable = 126,  ///< nimbra run: the program exists but can't be started
   notFound = 127,       ///< nimbra run: there is no such program
   killedBySignal = 128  ///< nimbra run: plus the signal's number
 };
 
-/// The command line is wrong. The text says what, and what would be right; it is one line.
+/// An error in the command line. The text is one line that names the error and the right usage.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -6,7 +6,7 @@
 
 namespace veloria {
 
-/// When the file's content was changed last; systems call it by different names.
+/// The last change of the file's content; the member's name differs between systems.
 inline timespec modificationTime(const struct stat& attributes) {
 #ifdef __APPLE__
   return attributes.st_mtimespec;

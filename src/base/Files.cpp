@@ -36,7 +36,7 @@ Failure tooLarge(const fs::path& path, std::size_t cap) {
   return failed(path, "larger than " + std::to_string(cap) + " bytes");
 }
 
-/// Reads to the end of the file. At most cap + 1 bytes, so that a file which has grown meanwhile is noticed.
+/// Reads to the end of the file, or cap + 1 bytes if it has grown since its size was read.
 bool readAll(int descriptor, std::size_t cap, std::string& bytes) {
   std::size_t length = 0;
   while (length <= cap) {
@@ -61,7 +61,7 @@ bool writeAll(int descriptor, std::string_view bytes) {
   return true;
 }
 
-/// The path behind symbolic links, which need not exist.
+/// The target of symbolic links, which need not exist.
 std::optional<fs::path> followLinks(fs::path path) {
   for (int i = 0; i < mostLinks; ++i) {
     std::error_code error;
@@ -159,7 +159,7 @@ void removeStaleTemporaryFiles(const fs::path& folder) noexcept {
     for (fs::directory_iterator entry(folder, error), end; entry != end && !error; entry.increment(error)) {
       if (isOldTemporaryFile(*entry)) fs::remove(entry->path(), error);
     }
-  } catch (const std::exception&) {  // out of memory, or a name that is no text: leave the files
+  } catch (const std::exception&) {  // out of memory, or an invalid name
   }
 }
 

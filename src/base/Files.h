@@ -9,24 +9,23 @@
 
 namespace veloria {
 
-/// The whole of a regular file (symbolic links are followed) of at most `cap` bytes. Anything else is refused without
-/// waiting for it: a FIFO, a device, a folder, a loop of links, a larger file. Blocks only as long as the disk does.
-/// The error is "path: reason". Any thread.
+/// Reads a whole regular file of at most `cap` bytes, following symbolic links. Anything else is an error, without
+/// waiting: a FIFO, a device, a folder, a loop of links, a larger file. Blocks only for the disk. The error is
+/// "path: reason". Any thread.
 Result<std::string> readFileBounded(const std::filesystem::path& path, std::size_t cap);
 
-/// The permissions of a file that did not exist before; one that did keeps its own.
+/// The permissions of a new file; an existing one keeps its own.
 enum class FileAccess { byUmask, ownerOnly };
 
-/// Replaces a file's content, all or nothing, also when the process is killed or the machine loses power: a temporary
-/// file in the same folder is written, flushed to the disk and renamed. A symbolic link stays, and the file that it
-/// leads to is replaced. The folder must exist; what is there must be a regular file or nothing. Of several writers at
-/// once the last one wins, whole. On failure the old content and no temporary file is there, and the error is "path:
-/// reason". Any thread.
+/// Replaces a file's content, all or nothing, even if the process is killed or the power fails: writes a temporary file
+/// in the same folder, flushes it to the disk and renames it. A symbolic link stays, and its target is replaced. The
+/// folder must exist; the path must be a regular file or nothing. Of several writers the last one wins. A failure keeps
+/// the old content and leaves no temporary file. The error is "path: reason". Any thread.
 Result<Done> writeFileAtomically(const std::filesystem::path& path, std::string_view bytes,
                                  FileAccess access = FileAccess::byUmask);
 
-/// Removes temporary files of writeFileAtomically() that a killed process left in `folder`: those more than an hour
-/// old. Failures don't matter.
+/// Removes temporary files that a killed process left in `folder`: those of writeFileAtomically() that are more than an
+/// hour old. Ignores errors.
 void removeStaleTemporaryFiles(const std::filesystem::path& folder) noexcept;
 
 }  // namespace veloria

@@ -18,8 +18,8 @@ struct Extent {
   bool operator==(const Extent&) const = default;
 };
 
-/// A rectangle in points. In global coordinates y grows upwards and (x, y) is the bottom left corner; where a
-/// rectangle is top-down instead, the place that uses it says so.
+/// A rectangle in points. In global coordinates y grows upwards and (x, y) is the bottom left corner; code that uses y
+/// downwards says so.
 struct Rect {
   double x = 0;
   double y = 0;
@@ -33,13 +33,13 @@ struct Rect {
   double maxY() const { return y + height; }
   bool empty() const { return !(width > 0 && height > 0); }
 
-  /// True when the point is inside; the low edges count, the high ones don't.
+  /// True if the point is inside; the low edges belong to the rectangle, the high ones don't.
   bool contains(Point p) const { return p.x >= minX() && p.x < maxX() && p.y >= minY() && p.y < maxY(); }
 
-  /// The rectangle made smaller by dx and dy on each side (larger when negative).
+  /// The rectangle, smaller by dx and dy on each side (larger if negative).
   Rect inset(double dx, double dy) const { return {x + dx, y + dy, width - 2 * dx, height - 2 * dy}; }
 
-  /// The smallest rectangle that holds both; an empty one adds nothing.
+  /// The smallest rectangle that contains both; an empty one is ignored.
   Rect united(const Rect& other) const {
     if (empty()) return other;
     if (other.empty()) return *this;

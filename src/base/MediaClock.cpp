@@ -17,7 +17,7 @@ double seconds(clockid_t clock) {
 
 double mediaTime() {
 #ifdef CLOCK_UPTIME_RAW
-  return seconds(CLOCK_UPTIME_RAW);  // the other one there goes on during sleep
+  return seconds(CLOCK_UPTIME_RAW);  // CLOCK_MONOTONIC goes on during sleep there
 #else
   return seconds(CLOCK_MONOTONIC);
 #endif
@@ -27,7 +27,7 @@ double continuousTime() {
 #ifdef CLOCK_BOOTTIME
   return seconds(CLOCK_BOOTTIME);
 #else
-  return seconds(CLOCK_MONOTONIC);  // goes on during sleep where there is no other
+  return seconds(CLOCK_MONOTONIC);  // goes on during sleep on such systems
 #endif
 }
 

@@ -4,18 +4,17 @@
 
 namespace veloria {
 
-/// Seconds on a clock that only goes forwards; its zero means nothing.
+/// Seconds of a monotonic clock with an arbitrary zero.
 using MediaClock = std::function<double()>;
 
-/// The system's monotonic clock, which stands still while the computer sleeps. On macOS it is the one by which frames
-/// are shown (mach_absolute_time in seconds). Any thread.
+/// The system's monotonic clock, which stops while the computer sleeps. On macOS it is the clock of frame times
+/// (mach_absolute_time in seconds). Any thread.
 double mediaTime();
 
-/// A monotonic clock that also counts the time for which the system was suspended: for the age of things outside this
-/// computer. Any thread.
+/// A monotonic clock that goes on during sleep: for the age of data from outside this computer. Any thread.
 double continuousTime();
 
-/// Seconds since 1970, as the system's clock has it. Any thread.
+/// Seconds since 1970 by the system's clock. Any thread.
 double wallTime();
 
 }  // namespace veloria

@@ -9,7 +9,7 @@
 
 namespace veloria {
 
-/// Ends a subscription when it is destroyed. May outlive what it was subscribed to. Movable, not copyable.
+/// Ends a subscription when destroyed. May outlive the observable. Movable, not copyable.
 class [[nodiscard]] Subscription {
  public:
   Subscription() = default;
@@ -22,7 +22,7 @@ class [[nodiscard]] Subscription {
     return *this;
   }
 
-  /// Ends it now; the observer is not called again, not even by a notification that is under way.
+  /// Ends it now: the observer is not called again, not even by a notification in progress.
   void cancel() {
     if (const auto action = std::exchange(cancel_, nullptr)) action();
   }
@@ -31,8 +31,8 @@ class [[nodiscard]] Subscription {
   std::function<void()> cancel_;
 };
 
-/// A value that tells its observers when it is set. One thread only. Observers must not throw. During a notification
-/// an observer may subscribe, end any subscription (its own too) and set the value again.
+/// A value that notifies observers when it is set. One thread only. Observers must not throw. During a notification an
+/// observer may subscribe, end any subscription (its own too) and set the value again.
 template <typename T>
 class Observable {
  public:
@@ -42,12 +42,11 @@ class Observable {
   Observable(const Observable&) = delete;
   Observable& operator=(const Observable&) = delete;
 
-  /// The value now. The reference is good until the value is set again.
+  /// The current value. The reference is valid until the value is set again.
   const T& get() const { return value_; }
 
-  /// Stores the value, then hands it to the observers in the order of their subscription, equal to the old one or
-  /// not. When an observer sets the value again, all get the newer one at once and nobody gets the older one
-  /// afterwards.
+  /// Stores the value, then passes it to the observers in the order of their subscription, even if it equals the old
+  /// one. If an observer sets the value again, all get the newer one at once, and none gets the older one afterwards.
   void set(T value) {
     value_ = std::move(value);
     const std::uint64_t change = ++changes_;
@@ -58,13 +57,13 @@ class Observable {
     }
   }
 
-  /// Calls the observer with the value now, before this returns, and then each time that it is set, until the
+  /// Calls the observer with the current value before returning, and then each time the value is set, until the
   /// subscription ends.
   Subscription subscribe(Observer observer) {
     auto slot = std::make_shared<Slot>(Slot{std::move(observer)});
     slots_->push_back(slot);
     Subscription subscription([slots = std::weak_ptr(slots_), weakSlot = std::weak_ptr(slot)] {
-      const auto held = weakSlot.lock();  // let go last: it may own things that end subscriptions themselves
+      const auto held = weakSlot.lock();  // released last: it may own objects that end subscriptions
       if (!held) return;
       held->active = false;
       if (const auto all = slots.lock()) std::erase(*all, held);

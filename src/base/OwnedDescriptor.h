@@ -6,7 +6,7 @@
 
 namespace veloria {
 
-/// Owns a file descriptor; closes it at its end. Move-only.
+/// Owns a file descriptor and closes it. Move-only.
 class OwnedDescriptor {
  public:
   explicit OwnedDescriptor(int number = -1) : number_(number) {}
@@ -19,7 +19,7 @@ class OwnedDescriptor {
 
   int get() const { return number_; }
   explicit operator bool() const { return number_ >= 0; }
-  /// False when the system reports a late write error; the descriptor is closed all the same.
+  /// False if the system reports a late write error; the descriptor is closed anyway.
   bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }
   void reset() { close(); }
 

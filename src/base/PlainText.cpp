@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "base/TextLines.h"
+
 namespace veloria {
 
 namespace {
@@ -32,7 +34,7 @@ bool isUtf8(std::string_view text) {
   }
 }
 
-/// The length of the text's first `most` bytes without the part of a character that they may end with.
+/// The length of the text's first `most` bytes, without an incomplete character at the end.
 std::size_t wholeCharacters(std::string_view text, std::size_t most) {
   while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80) --most;
   return most;
@@ -60,6 +62,29 @@ std::string printable(std::string_view text) {
         result, [](char c) { return isControl(c) || static_cast<unsigned char>(c) >= 0x80; }, '?');
   }
   return whole ? result : result + "...";
+}
+
+std::vector<std::string_view> splitText(std::string_view text, char separator) {
+  std::vector<std::string_view> parts;
+  for (;;) {
+    const auto end = text.find(separator);
+    parts.push_back(text.substr(0, end));
+    if (end == text.npos) return parts;
+    text.remove_prefix(end + 1);
+  }
+}
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view blanks = " \t\r";
+  const auto start = text.find_first_not_of(blanks);
+  if (start == text.npos) return {};
+  return text.substr(start, text.find_last_not_of(blanks) - start + 1);
+}
+
+std::optional<std::pair<std::string_view, std::string_view>> keyAndValue(std::string_view line) {
+  const auto equals = line.find('=');
+  if (equals == line.npos) return std::nullopt;
+  return std::pair(trimmed(line.substr(0, equals)), trimmed(line.substr(equals + 1)));
 }
 
 }  // namespace veloria

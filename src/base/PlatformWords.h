@@ -4,7 +4,7 @@
 
 namespace veloria {
 
-/// The words that differ between systems in texts that people read, and the names of files and folders.
+/// Words in texts for people, and names of files and folders, that differ between systems.
 #ifdef __APPLE__
 inline constexpr std::string_view gpuSystemName = "Metal";
 inline constexpr std::string_view gpuSystemNameInLines = "metal";  ///< in diagnostics

@@ -10,7 +10,7 @@ struct Range {
   double high = 0;
 };
 
-/// The number of the range that is nearest to `value`; the low end for NaN.
+/// `value` clamped to the range; the low end for NaN.
 constexpr double bounded(double value, Range range) {
   return value > range.low ? std::min(value, range.high) : range.low;
 }

@@ -6,15 +6,15 @@
 
 namespace veloria {
 
-/// Why something did not work: a text for a person, without a line feed at its end.
+/// The reason of a failure: a text for a person, without a final line feed.
 struct Failure {
   std::string text;
 };
 
-/// The value of an operation that has nothing to give but that it succeeded.
+/// The value of an operation that returns nothing but success.
 struct Done {};
 
-/// A value, or the reason why there is none. True when there is a value.
+/// A value, or the reason why there is none. True if there is a value.
 template <typename T>
 class [[nodiscard]] Result {
  public:
@@ -23,14 +23,14 @@ class [[nodiscard]] Result {
 
   explicit operator bool() const { return std::holds_alternative<T>(content_); }
 
-  /// The value. Only when there is one; throws std::bad_variant_access otherwise.
+  /// The value; throws std::bad_variant_access if there is none.
   const T& operator*() const& { return std::get<T>(content_); }
   T& operator*() & { return std::get<T>(content_); }
   T&& operator*() && { return std::get<T>(std::move(content_)); }
   const T* operator->() const { return &std::get<T>(content_); }
   T* operator->() { return &std::get<T>(content_); }
 
-  /// The reason. Only when there is no value; throws std::bad_variant_access otherwise.
+  /// The reason; throws std::bad_variant_access if there is a value.
   const std::string& error() const { return std::get<Failure>(content_).text; }
 
  private:

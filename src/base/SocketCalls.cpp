@@ -88,7 +88,7 @@ ssize_t sendQuietly(int socket, std::string_view bytes) {
 #ifdef MSG_NOSIGNAL
   constexpr int flags = MSG_NOSIGNAL;
 #else
-  constexpr int flags = 0;  // the socket itself was told
+  constexpr int flags = 0;  // set on the socket itself
 #endif
   return ::send(socket, bytes.data(), bytes.size(), flags);
 }

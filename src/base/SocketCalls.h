@@ -8,21 +8,21 @@
 
 #include "base/OwnedDescriptor.h"
 
-/// The calls on sockets and pipes that are other ones on other systems. Programs that are started inherit none of the
-/// descriptors; where the system can't say so while it makes them, one that another thread starts in the same instant
-/// may. Failures leave their reason in errno. Any thread.
+/// Calls on sockets and pipes that differ between systems. Child processes do not inherit the descriptors, except, on
+/// systems that can't set this atomically, one that another thread starts in the same instant. Failures set errno. Any
+/// thread.
 namespace veloria {
 
-/// A local stream socket on which nothing waits; empty where none can be had.
+/// A non-blocking local stream socket; empty on failure.
 OwnedDescriptor makeLocalSocket();
 
-/// Connects a socket of these to the one at `path`; false where that fails at once. Never waits.
+/// Connects such a socket to the one at `path`. False on failure, also if it would have to wait.
 bool connectLocalSocket(int socket, const std::filesystem::path& path);
 
-/// The next connection of a listening local socket, on which nothing waits either; empty when there is none.
+/// The next connection of a listening local socket, non-blocking too; empty if there is none.
 OwnedDescriptor acceptConnection(int listener);
 
-/// Sends as send() does on a socket of these; where nobody reads any more that is EPIPE and no signal.
+/// send() on such a socket. If the other end is closed the error is EPIPE; no signal is raised.
 ssize_t sendQuietly(int socket, std::string_view bytes);
 
 struct Pipe {
@@ -30,7 +30,7 @@ struct Pipe {
   OwnedDescriptor writable;
 };
 
-/// `waits`: whether reading and writing wait.
+/// `waits`: whether reads and writes block.
 std::optional<Pipe> makePipe(bool waits);
 
 }  // namespace veloria

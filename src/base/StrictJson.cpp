@@ -15,8 +15,8 @@ std::string at(std::string_view bytes, std::size_t offset, const std::string& re
   return "line " + std::to_string(line) + ", column " + std::to_string(offset - lineStart + 1) + ": " + reason;
 }
 
-/// The offset of the first bracket that goes too deep. Counts brackets outside strings; whether they match is the
-/// parser's business.
+/// The offset of the first bracket that nests too deep. Counts brackets outside strings; the parser checks that they
+/// match.
 std::optional<std::size_t> tooDeepAt(std::string_view bytes) {
   int depth = 0;
   bool inString = false;
@@ -36,7 +36,7 @@ std::optional<std::size_t> tooDeepAt(std::string_view bytes) {
   return std::nullopt;
 }
 
-/// The part of the parser's message that says what was wrong, without the text that it read: that may be long.
+/// The reason in the parser's message, without the text that it read, which may be long.
 std::string reasonIn(std::string_view message) {
   const std::size_t dash = message.find(" - ");
   if (dash == std::string_view::npos) return "not valid JSON";

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "base/ExitCode.h"
 #include "base/MediaClock.h"
 #include "base/SocketCalls.h"
 
@@ -21,7 +22,7 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
   return pointers;
 }
 
-/// In the child: system calls only.
+/// Runs in the forked child: system calls only.
 [[noreturn]] void become(char* const* commandLine, const SignalInbox& inbox, int reportTo) {
   inbox.restore();
   ::execvp(commandLine[0], commandLine);
@@ -30,7 +31,7 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
   ::_exit(1);
 }
 
-/// The error that the child reports, 0 when the pipe closes because it has become the program.
+/// The error that the child reports; 0 if exec() succeeded and closed the pipe.
 int errorFrom(int descriptor) {
   int error = 0;
   ssize_t count = 0;
@@ -41,6 +42,20 @@ int errorFrom(int descriptor) {
 }
 
 }  // namespace
+
+bool CommandEnd::stoppedByTerminal() const {
+  return kind == Kind::stopped && (number == SIGTSTP || number == SIGTTIN || number == SIGTTOU);
+}
+
+CommandEnd commandEnd(int status) {
+  if (WIFSTOPPED(status)) return {CommandEnd::Kind::stopped, WSTOPSIG(status)};
+  if (WIFSIGNALED(status)) return {CommandEnd::Kind::killed, WTERMSIG(status)};
+  return {CommandEnd::Kind::exited, WEXITSTATUS(status)};
+}
+
+int exitCodeForExecError(int error) {
+  return error == ENOENT ? notFound : notExecutable;
+}
 
 ChildProgram::ChildProgram(const std::vector<std::string>& commandLine, const SignalInbox& inbox) {
   const auto pointers = pointersTo(commandLine);
@@ -70,8 +85,8 @@ CommandEnd ChildProgram::wait(SignalInbox& inbox, double interval, const std::fu
     if (change && change->stoppedByTerminal()) inbox.stop(change->number);
     const auto signal = inbox.next(due - mediaTime());
     if (signal && isForwarded(*signal, pid_)) ::kill(pid_, signal->number);
-    const bool wentOn = signal && signal->number == SIGCONT;
-    if (!wentOn && mediaTime() < due) continue;
+    const bool continued = signal && signal->number == SIGCONT;
+    if (!continued && mediaTime() < due) continue;
     renew();
     due = mediaTime() + interval;
   }

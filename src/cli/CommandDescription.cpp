@@ -1,5 +1,3 @@
-#include "cli/CommandDescription.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -24,7 +22,7 @@ constexpr std::array<CommandDescription, 13> commands{{
     {.name = "idle",
      .run = runIdle,
      .usage = "",
-     .summary = "no work, nothing to report",
+     .summary = "nothing is going on",
      .details = "Sets busy, ok and err to 0.\n",
      .session = true,
      .verbose = true},
@@ -39,7 +37,7 @@ constexpr std::array<CommandDescription, 13> commands{{
      .run = runFail,
      .usage = "",
      .summary = "work has failed: the band flashes red",
-     .details = "Sets err to 1, busy and ok to 0, and lets the band flash for 1.5 seconds.\n",
+     .details = "Sets err to 1, busy and ok to 0, and makes the band flash for 1.5 seconds.\n",
      .session = true,
      .verbose = true},
     {.name = "set",
@@ -47,10 +45,11 @@ constexpr std::array<CommandDescription, 13> commands{{
      .usage = "NAME NUMBER",
      .summary = "set a channel for scene scripts, such as a0",
      .details =
-         "NAME is 1 to 64 bytes of UTF-8 without control characters. Scripts can read it when it is a word of small "
-         "letters,\ndigits and '_'. busy, ok and err are set in a session, other names only with --session, or when a "
-         "session has them.\nWith --ttl and no --session, NAME lapses alone, as the session set-NAME. Put -- before a "
-         "NAME that begins with '-'.\n",
+         R"(NAME is 1 to 64 bytes of UTF-8 without control characters. Scripts can read it if it is a word of small letters,
+digits and '_'. busy, ok and err always belong to a session; other names do only with --session, or if a session
+already has them. With --ttl but no --session, only NAME expires, as the session set-NAME. Put -- before a NAME
+that begins with '-'.
+)",
      .fewest = 2,
      .most = 2,
      .session = true,
@@ -58,7 +57,7 @@ constexpr std::array<CommandDescription, 13> commands{{
     {.name = "unset",
      .run = runUnset,
      .usage = "NAME",
-     .summary = "set a channel to 0, in all sessions",
+     .summary = "set a channel to 0 in all sessions",
      .details = "",
      .fewest = 1,
      .most = 1,
@@ -66,35 +65,36 @@ constexpr std::array<CommandDescription, 13> commands{{
     {.name = "palette",
      .run = runPalette,
      .usage = "C C [C C] | clear",
-     .summary = "paint with 2 to 4 colours, or with the usual ones again",
-     .details = "A colour is '#rrggbb' or rrggbb, hexadecimal. Quote the '#', which may begin a comment in a shell.\n",
+     .summary = "use 2 to 4 colours, or go back to the normal ones",
+     .details = "Colours are '#rrggbb' or rrggbb in hexadecimal. Quote '#', which starts a comment in a shell.\n",
      .fewest = 1,
      .most = anyNumber,
      .verbose = true},
     {.name = "clear",
      .run = runClear,
      .usage = "",
-     .summary = "all channels to 0; no sessions, no palette, no flash",
+     .summary = "set all channels to 0; remove sessions, palette and flash",
      .details = "",
      .verbose = true},
     {.name = "status",
      .run = runStatus,
      .usage = "",
-     .summary = "what is set, and whether Veloria runs",
-     .details = "With --json: {\"channels\": {NAME: NUMBER}, \"sessions\": {NAME: {\"channels\": {NAME: NUMBER}, "
-                "\"remaining\":\nSECONDS or null}}, \"palette\": [\"#rrggbb\", ...] or null, \"running\": true or "
-                "false}. Without: only what is not 0.\n",
+     .summary = "show what is set and whether Veloria is running",
+     .details =
+         R"(With --json: {"channels": {NAME: NUMBER}, "sessions": {NAME: {"channels": {NAME: NUMBER}, "remaining":
+SECONDS or null}}, "palette": ["#rrggbb", ...] or null, "running": true or false}. Without: only values other than 0.
+)",
      .json = true},
     {.name = "run",
      .run = runProgram,
      .usage = "-- COMMAND ...",
      .summary = "busy while COMMAND runs, then ok or fail by its exit code",
      .details =
-         "Exits as COMMAND does: with its exit code, or by the signal that ended it; 127 when it is not found, 126 "
-         "when it\ncan't be started. Signals sent to nimbra are passed on to COMMAND. While it runs, busy stands in "
-         "the session\nNAME, or run-PID, and lapses by itself --ttl seconds (60 when not given) after nimbra was "
-         "killed. The outcome\nstands in the session NAME, or default, until the next command. A state file that "
-         "can't be written does not\nstop COMMAND.\n",
+         R"(Exits as COMMAND does: with its exit code, or by the signal that ended it; 127 if it is not found, 126 if it
+can't be started. Passes signals sent to nimbra on to COMMAND. While COMMAND runs, busy is in the session NAME, or
+run-PID, and expires --ttl seconds (60 if not given) after nimbra was killed. The outcome stays in the session NAME,
+or default, until the next command. If the state file can't be written, COMMAND runs anyway.
+)",
      .fewest = 1,
      .most = anyNumber,
      .session = true,
@@ -103,29 +103,29 @@ constexpr std::array<CommandDescription, 13> commands{{
     {.name = "preset",
      .run = runPreset,
      .usage = "NAME",
-     .summary = "change the running Veloria to a look",
+     .summary = "switch the running band to a look",
      .details = "For example 'nimbra preset \"Northern Lights\"'.\n",
      .fewest = 1,
      .most = 1},
-    {.name = "pause", .run = runPause, .usage = "", .summary = "let the running Veloria go dark", .details = ""},
-    {.name = "resume", .run = runResume, .usage = "", .summary = "light it again", .details = ""},
+    {.name = "pause", .run = runPause, .usage = "", .summary = "pause the running band", .details = ""},
+    {.name = "resume", .run = runResume, .usage = "", .summary = "resume it", .details = ""},
 }};
 
 std::string options(const CommandDescription& command) {
   std::string text;
   if (command.session) {
     text +=
-        "  --session NAME   the session to write to; without it: default\n"
-        "  --ttl SECONDS    the session lapses after so long; without it: never\n";
+        "  --session NAME   session to write to; 'default' if not given\n"
+        "  --ttl SECONDS    the session expires after this time; never if not given\n";
   }
   if (command.program) {
     text =
-        "  --session NAME   the session to write to; without it: run-PID, the outcome to default\n"
-        "  --ttl SECONDS    how long busy outlives a killed nimbra; without it: 60\n";
+        "  --session NAME   session to write to; if not given, run-PID, and 'default' for the outcome\n"
+        "  --ttl SECONDS    how long busy outlives a killed nimbra; 60 if not given\n";
   }
-  if (command.verbose) text += "  -v, --verbose    say on standard error what was written\n";
+  if (command.verbose) text += "  -v, --verbose    report on standard error what was written\n";
   if (command.json) text += "  --json           print JSON\n";
-  return text + "  -h, --help       show this\n";
+  return text + "  -h, --help       show this help\n";
 }
 
 std::string padded(std::string text, std::size_t width) {
@@ -167,12 +167,13 @@ std::string generalHelp() {
   return text +
          "  nimbra --help | --version\n"
          "  nimbra COMMAND --help               a command's options\n\n"
-         "Each writer can have a session of its own (--session NAME) that may lapse (--ttl SECONDS); busy, ok and err\n"
-         "are the largest of all sessions, and a failure outranks a success.\n\n"
+         "Each writer can use its own session (--session NAME), which can expire (--ttl SECONDS). busy, ok and err are "
+         "the\n"
+         "largest values of all sessions; a failure outranks a success.\n\n"
          "File: " +
          std::string(stateFilePlace) +
          "\n"
-         "Exit codes: 0 done, 1 failed, 2 wrong usage; 'run' has its command's.\n";
+         "Exit codes: 0 success, 1 failure, 2 usage error; 'run' exits as its command does.\n";
 }
 
 }  // namespace veloria::cli

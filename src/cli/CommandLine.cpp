@@ -1,10 +1,6 @@
-#include "cli/CommandLine.h"
-
-#include <span>
-#include <string_view>
-
 #include "base/ExitCode.h"
 #include "base/PlainText.h"
+#include "cli/Commands.h"
 #include "cli/Operands.h"
 
 namespace veloria::cli {
@@ -24,21 +20,21 @@ class Parser {
   CommandLine parse() {
     while (!left_.empty() && !line_.help) {
       if (left_.front() == "--" || (command_.program && !isOption(left_.front()))) break;
-      const std::string argument = take();
+      const std::string argument = next();
       if (isOption(argument)) {
         readOption(argument);
       } else {
         line_.operands.push_back(argument);
       }
     }
-    if (!left_.empty() && left_.front() == "--") take();
+    if (!left_.empty() && left_.front() == "--") next();
     line_.operands.insert(line_.operands.end(), left_.begin(), left_.end());
     if (!line_.help) checkOperands();
     return line_;
   }
 
  private:
-  std::string take() {
+  std::string next() {
     const std::string& first = left_.front();
     left_ = left_.subspan(1);
     return first;
@@ -48,7 +44,7 @@ class Parser {
     const std::size_t equals = argument.starts_with("--") ? argument.find('=') : std::string::npos;
     const std::string name = argument.substr(0, equals);
     if (command_.session && (name == "--session" || name == "--ttl")) {
-      const std::string value = equals == std::string::npos ? nextValue(name) : argument.substr(equals + 1);
+      const std::string value = equals == std::string::npos ? valueOf(name) : argument.substr(equals + 1);
       if (name == "--session") line_.session = sessionName(value);
       if (name == "--ttl") line_.ttl = lifetime(value);
     } else {
@@ -64,20 +60,20 @@ class Parser {
     } else if (command_.json && argument == "--json") {
       line_.json = true;
     } else {
-      throw UsageError("'" + printable(argument) + "' is none of its options; see '" + name() + " --help'.");
+      throw UsageError("unknown option '" + printable(argument) + "'; see '" + name() + " --help'.");
     }
   }
 
-  std::string nextValue(const std::string& option) {
-    if (left_.empty()) throw UsageError(option + " wants a value; see '" + name() + " --help'.");
-    return take();
+  std::string valueOf(const std::string& option) {
+    if (left_.empty()) throw UsageError(option + " needs a value; see '" + name() + " --help'.");
+    return next();
   }
 
   void checkOperands() const {
     const std::size_t count = line_.operands.size();
-    if (count < command_.fewest) throw UsageError("something is missing: '" + usageOf(command_) + "'.");
+    if (count < command_.fewest) throw UsageError("missing argument. Usage: '" + usageOf(command_) + "'.");
     if (count <= command_.most) return;
-    throw UsageError("'" + printable(line_.operands[command_.most]) + "' is one argument too many: '" +
+    throw UsageError("unexpected argument '" + printable(line_.operands[command_.most]) + "'. Usage: '" +
                      usageOf(command_) + "'.");
   }
 

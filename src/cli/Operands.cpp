@@ -29,7 +29,7 @@ std::string inQuotes(std::string_view text) {
 
 void requireName(std::string_view what, const std::string& text) {
   if (isPlainText(text, longestName)) return;
-  throw UsageError(inQuotes(text) + " can't be a " + std::string(what) + "'s name: 1 to " +
+  throw UsageError(inQuotes(text) + " is not a valid " + std::string(what) + " name: use 1 to " +
                    std::to_string(longestName) + " bytes of UTF-8 without control characters.");
 }
 
@@ -45,7 +45,8 @@ std::optional<std::string_view> reservedMeaning(std::string_view name) {
 std::string channelName(const std::string& text) {
   requireName("channel", text);
   if (const auto meaning = reservedMeaning(text)) {
-    throw UsageError(inQuotes(text) + " can't be a channel's name: it stands for " + std::string(*meaning) + ".");
+    throw UsageError(inQuotes(text) + " is not a valid channel name: it is reserved for " + std::string(*meaning) +
+                     ".");
   }
   return text;
 }
@@ -68,7 +69,7 @@ double lifetime(const std::string& text) {
   return seconds;
 }
 
-std::optional<std::string> normalisedColour(std::string_view text) {
+std::optional<std::string> normalizedColor(std::string_view text) {
   const auto rgb = rgbFromHex(text);
   if (!rgb) return std::nullopt;
   std::array<char, 8> color{};
@@ -76,18 +77,18 @@ std::optional<std::string> normalisedColour(std::string_view text) {
   return color.data();
 }
 
-std::vector<std::string> paletteColours(const std::vector<std::string>& texts) {
+std::vector<std::string> paletteColors(const std::vector<std::string>& texts) {
   if (texts.size() < 2 || texts.size() > 4) {
-    throw UsageError("a palette has 2 to 4 colours such as '#ff0055', here are " + std::to_string(texts.size()) +
-                     "; 'nimbra palette clear' takes it away.");
+    throw UsageError("expected 2 to 4 colours such as '#ff0055', got " + std::to_string(texts.size()) +
+                     ". 'nimbra palette clear' removes the palette.");
   }
-  std::vector<std::string> colours;
+  std::vector<std::string> colors;
   for (const auto& text : texts) {
-    const auto colour = normalisedColour(text);
-    if (!colour) throw UsageError(inQuotes(text) + " is not a colour such as '#ff0055'.");
-    colours.push_back(*colour);
+    const auto color = normalizedColor(text);
+    if (!color) throw UsageError(inQuotes(text) + " is not a colour such as '#ff0055'.");
+    colors.push_back(*color);
   }
-  return colours;
+  return colors;
 }
 
 }  // namespace veloria::cli

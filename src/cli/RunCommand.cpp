@@ -20,7 +20,7 @@ constexpr double defaultTtl = 60;
 constexpr double shortestInterval = 0.1;
 constexpr double lockSeconds = 2;
 
-/// The state file as far as it can be written: the program that runs matters more.
+/// Reports to the state file. Errors are only warnings, since the program matters more.
 class RunReport {
  public:
   RunReport(const CommandLine& line, const Environment& environment)
@@ -48,7 +48,7 @@ class RunReport {
 
  private:
   void write(const StateFile::Change& change) {
-    const auto notice = path_ ? StateFile(*path_, lockSeconds).change(change) : Failure{"there is no home folder"};
+    const auto notice = path_ ? StateFile(*path_, lockSeconds).change(change) : Failure{"no home folder is known"};
     const std::string& text = notice ? *notice : notice.error();
     written_ = static_cast<bool>(notice);
     if (text.empty() || (!written_ && warned_)) return;

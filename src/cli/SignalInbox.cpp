@@ -12,8 +12,8 @@ namespace veloria::cli {
 
 namespace {
 
-// What the last signal was: a handler can reach nothing but a global. One at a time, as the handler keeps the others
-// out and they are let in for the length of one wait only.
+// The last signal, in globals because of the handler. There is only one at a time: the handler blocks the others, and
+// they are unblocked only during a wait.
 volatile sig_atomic_t receivedNumber = 0;
 volatile sig_atomic_t receivedFromProcess = 0;
 volatile pid_t receivedFrom = 0;
@@ -47,6 +47,11 @@ timespec duration(double seconds) {
 
 }  // namespace
 
+bool isForwarded(const ReceivedSignal& signal, pid_t child) {
+  constexpr std::array passedOn{SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGUSR1, SIGUSR2, SIGTSTP, SIGCONT};
+  return signal.sentByProcess && signal.sender != child && std::ranges::find(passedOn, signal.number) != passedOn.end();
+}
+
 SignalInbox::SignalInbox() {
   const sigset_t set = setOf(queued);
   sigprocmask(SIG_BLOCK, &set, &formerMask_);
@@ -77,16 +82,16 @@ std::optional<ReceivedSignal> SignalInbox::next(double seconds) {
   return ReceivedSignal{receivedNumber, sent, sent ? receivedFrom : 0};
 }
 
-// Raised before it is let through, so that one that is queued already does not stop us a second time.
+// Raised while it is blocked, so that a queued one does not stop us a second time.
 void SignalInbox::actByDefault(int number) {
   struct sigaction plain {};
   plain.sa_handler = SIG_DFL;
   struct sigaction former {};
   sigaction(number, &plain, &former);
   raise(number);
-  const sigset_t let = setOf({&number, 1});
+  const sigset_t one = setOf({&number, 1});
   sigset_t mask{};
-  sigprocmask(SIG_UNBLOCK, &let, &mask);
+  sigprocmask(SIG_UNBLOCK, &one, &mask);
   sigprocmask(SIG_SETMASK, &mask, nullptr);
   sigaction(number, &former, nullptr);
 }

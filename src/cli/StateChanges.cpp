@@ -36,7 +36,7 @@ AgentSessions liveSessions(const json& state, double now) {
   return sessions;
 }
 
-/// Changes the sessions, and the top level with them.
+/// Changes the sessions and updates the top level.
 template <typename Change>
 void changeSessions(json& state, double now, const Change& change) {
   auto names = namesIn(agentSessions(state));
@@ -63,8 +63,8 @@ AgentSession& openSession(AgentSessions& sessions, const SessionChoice& choice, 
 void startAlert(json& state, double now) {
   state[alertUntilKey] = now + alertSeconds;
   state[alertForKey] = alertSeconds;
-  // The agent scene turns the hues of a failure back by about thirty degrees: these are crimson there and fire
-  // elsewhere.
+  // The agent scene turns the hues of a failure back by about thirty degrees: these become crimson there and stay
+  // fiery elsewhere.
   state[alertPaletteKey] = {"#ff9000", "#ff7000", "#ffa000", "#c05800"};
 }
 
@@ -122,9 +122,9 @@ void unsetChannel(json& state, const std::string& name, double now) {
   state[name] = 0;
 }
 
-void setPalette(json& state, const std::vector<std::string>& colours, double now) {
+void setPalette(json& state, const std::vector<std::string>& colors, double now) {
   changeSessions(state, now, [](const AgentSessions&) {});
-  state[paletteKey] = colours;
+  state[paletteKey] = colors;
 }
 
 void clearPalette(json& state, double now) {

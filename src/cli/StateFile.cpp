@@ -1,16 +1,20 @@
 #include "cli/StateFile.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "agent/StateMembers.h"
 #include "base/Files.h"
 #include "base/MediaClock.h"
+#include "base/OwnedDescriptor.h"
 #include "base/StrictJson.h"
-#include "cli/FileLock.h"
 #include "platform/posix/files/UserFolders.h"
 
 namespace veloria::cli {
@@ -19,7 +23,26 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// What the file holds. With a defect it is not what it should be, and `state` is empty.
+/// An exclusive lock between processes, until the descriptor is closed or the process ends. Locks the file at `path`,
+/// which is created if missing and never removed. The loop is because only a signal could end a blocking flock().
+Result<OwnedDescriptor> lockFile(const fs::path& path, double seconds) {
+  const auto failed = [&](int error) { return Failure{path.string() + ": " + std::generic_category().message(error)}; };
+  OwnedDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
+  if (!file) return failed(errno);
+  struct stat status {};
+  if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+    return Failure{path.string() + ": not a regular file"};
+  }
+  const double end = mediaTime() + seconds;
+  while (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return failed(errno);
+    if (mediaTime() > end) return Failure{path.string() + ": another program keeps it locked"};
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  return file;
+}
+
+/// The content of the file. With a defect the file is invalid, and `state` is empty.
 struct Content {
   nlohmann::json state = nlohmann::json::object();
   std::string defect;
@@ -42,7 +65,7 @@ Result<Content> load(const fs::path& path) {
   if (!bytes) return Failure{bytes.error()};
   auto parsed = parseStrictJson(*bytes);
   if (!parsed) return defective(parsed.error());
-  if (!parsed->is_object()) return defective("no JSON object");
+  if (!parsed->is_object()) return defective("not a JSON object");
   return Content{*std::move(parsed), {}};
 }
 
@@ -55,12 +78,13 @@ Result<std::string> putAside(const fs::path& path, const std::string& defect) {
   std::error_code error;
   fs::rename(path, aside, error);
   if (error) return Failure{path.string() + " can't be moved to " + aside.string() + ": " + error.message()};
-  return path.string() + " was not right (" + defect + "); it is " + aside.string() + " now, and a new one is started.";
+  return path.string() + " was invalid (" + defect + "); it was moved to " + aside.string() +
+         " and replaced by a new file.";
 }
 
 /// The notice of StateFile::change().
 Result<std::string> replace(const fs::path& path, const std::string& bytes, const std::string& defect) {
-  if (bytes.size() > maximumJsonBytes) return Failure{path.string() + ": there is no room for so much"};
+  if (bytes.size() > maximumJsonBytes) return Failure{path.string() + ": the state would be too large"};
   Result<std::string> notice = std::string();
   if (!defect.empty()) notice = putAside(path, defect);
   if (!notice) return notice;
@@ -82,8 +106,8 @@ Result<nlohmann::json> StateFile::read() const {
 
 Result<std::string> StateFile::change(const Change& change) const {
   const fs::path folder = path_.parent_path();
-  if (!makeUserFolder(folder)) return Failure{folder.string() + ": there is no such folder and it can't be made"};
-  const auto lock = FileLock::acquire(beside(path_, ".lock"), lockSeconds_);
+  if (!makeUserFolder(folder)) return Failure{folder.string() + ": the folder is missing and can't be made"};
+  const auto lock = lockFile(beside(path_, ".lock"), lockSeconds_);
   if (!lock) return Failure{lock.error()};
   removeStaleTemporaryFiles(folder);
   auto content = load(path_);
@@ -95,7 +119,7 @@ Result<std::string> StateFile::change(const Change& change) const {
   };
   std::string bytes = changed();
   if (bytes.size() > maximumJsonBytes) {
-    *content = defective("there was no room left in " + std::to_string(maximumJsonBytes) + " bytes");
+    *content = defective("full: at most " + std::to_string(maximumJsonBytes) + " bytes are allowed");
     bytes = changed();
   }
   return replace(path_, bytes, content->defect);

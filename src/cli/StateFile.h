@@ -11,25 +11,25 @@
 
 namespace veloria::cli {
 
-/// The agent state file: one JSON object that several programs change. Blocks.
+/// The agent state file: a JSON object that several programs change. Blocks.
 class StateFile {
  public:
-  /// Changes the object in place; called with the wall clock in seconds since 1970, once the file is ours, and again
-  /// with an empty object when there is no room for the change in the former one.
+  /// Changes the object in place. Called with the wall clock, in seconds since 1970, while the file is locked; called
+  /// again with an empty object if the changed one is too large.
   using Change = std::function<void(nlohmann::json& state, double now)>;
 
-  /// `lockSeconds`: how long change() waits for others.
+  /// `lockSeconds`: how long change() waits for other programs.
   explicit StateFile(std::filesystem::path path, double lockSeconds = 10);
 
   const std::filesystem::path& path() const { return path_; }
 
-  /// The object; an empty one when there is no file. Takes no lock: the file is whole at every instant.
+  /// The object; an empty one if there is no file. Needs no lock: the file is always whole.
   Result<nlohmann::json> read() const;
 
-  /// Reads, changes and replaces the file while no other change() of any process does. Makes the folder when there is
-  /// none. A file that holds no JSON object, is too large or would become so is moved to "state.json.rejected" and a
-  /// new one started; then the value is one line that says so, otherwise it is empty. What is no regular file is an
-  /// error and stays.
+  /// Reads, changes and replaces the file, excluding change() in other processes. Makes the folder if needed. A file
+  /// that is not a JSON object, is too large or would become too large is moved to "state.json.rejected" and replaced
+  /// by a new one; the value is then one line that says so, otherwise empty. Anything but a regular file is an error
+  /// and stays.
   Result<std::string> change(const Change& change) const;
 
  private:
@@ -37,7 +37,7 @@ class StateFile {
   double lockSeconds_;
 };
 
-/// `state.json` in the user's data folder; nothing when nobody knows the user's home.
+/// `state.json` in the user's data folder; nothing if the user's home is unknown.
 std::optional<std::filesystem::path> stateFilePath(const Environment& environment);
 
 }  // namespace veloria::cli

@@ -16,7 +16,7 @@ namespace {
 using nlohmann::json;
 using Values = std::map<std::string, double, std::less<>>;
 
-constexpr std::size_t mostColours = 4;
+constexpr std::size_t mostColors = 4;
 
 Values channelsOf(const json& state, double now) {
   Values channels;
@@ -31,15 +31,15 @@ Values channelsOf(const json& state, double now) {
 }
 
 std::vector<std::string> paletteOf(const json& state) {
-  std::vector<std::string> colours;
+  std::vector<std::string> colors;
   const auto palette = state.find(paletteKey);
-  if (palette == state.end() || !palette->is_array()) return colours;
+  if (palette == state.end() || !palette->is_array()) return colors;
   for (const auto& entry : *palette) {
-    if (!entry.is_string()) return {};  // the application wants texts only
-    const auto colour = normalisedColour(entry.get_ref<const std::string&>());
-    if (colour && colours.size() < mostColours) colours.push_back(*colour);
+    if (!entry.is_string()) return {};  // as in the application
+    const auto color = normalizedColor(entry.get_ref<const std::string&>());
+    if (color && colors.size() < mostColors) colors.push_back(*color);
   }
-  return colours.size() < 2 ? std::vector<std::string>() : colours;
+  return colors.size() < 2 ? std::vector<std::string>() : colors;
 }
 
 double alertLeftIn(const json& state, double now) {
@@ -86,7 +86,7 @@ std::string textOf(const StatusReport& report, double now) {
   for (const auto& [name, session] : report.sessions) text += sessionText(name, session, now);
   if (!report.palette.empty()) {
     text += "palette:";
-    for (const auto& colour : report.palette) text += " " + colour;
+    for (const auto& color : report.palette) text += " " + color;
     text += "\n";
   }
   if (report.alertLeft > 0) text += "flash: " + numberText("%.1f", report.alertLeft) + " s left\n";

@@ -10,19 +10,19 @@
 
 namespace veloria::cli {
 
-/// What `nimbra status` tells.
+/// The content of `nimbra status`.
 struct StatusReport {
-  std::map<std::string, double, std::less<>> channels;  ///< of the file, sessions that have lapsed left out
-  AgentSessions sessions;                               ///< those that have not lapsed
+  std::map<std::string, double, std::less<>> channels;  ///< merged, without expired sessions
+  AgentSessions sessions;                               ///< those that have not expired
   std::vector<std::string> palette;                     ///< "#rrggbb"; empty: none
-  double alertLeft = 0;                                 ///< seconds that the flash still lasts
+  double alertLeft = 0;                                 ///< seconds left of the flash
   bool running = false;                                 ///< whether the application runs
 };
 
-/// The report on a state file's object, whatever it holds. `now`: seconds since 1970.
+/// The report on any object of a state file. `now`: seconds since 1970.
 StatusReport statusReport(const nlohmann::json& state, bool running, double now);
 
-/// Lines for a person, each with its line feed; only what is not 0.
+/// Lines for a person, each with a line feed; only values that are not 0.
 std::string textOf(const StatusReport& report, double now);
 
 /// {"channels": {NAME: NUMBER}, "sessions": {NAME: {"channels": {NAME: NUMBER}, "remaining": SECONDS or null}},

@@ -16,11 +16,11 @@ namespace {
 
 using nlohmann::json;
 
-/// `what` says what the change wrote, for -v.
+/// `what` describes the change for -v.
 int write(const CommandLine& line, const Environment& environment, const std::string& what,
           const StateFile::Change& change) {
   const auto path = stateFilePath(environment);
-  if (!path) throw std::runtime_error("there is no home folder: set HOME or XDG_DATA_HOME.");
+  if (!path) throw std::runtime_error("no home folder is known: set HOME or XDG_DATA_HOME.");
   const auto notice = StateFile(*path).change(change);
   if (!notice) throw std::runtime_error(notice.error());
   if (!notice->empty()) std::fprintf(stderr, "nimbra: %s\n", notice->c_str());
@@ -74,9 +74,9 @@ int runPalette(const CommandLine& line, const Environment& environment) {
   if (line.operands.size() == 1 && line.operands[0] == "clear") {
     return write(line, environment, "no palette", clearPalette);
   }
-  const auto colours = paletteColours(line.operands);
-  return write(line, environment, "a palette of " + std::to_string(colours.size()) + " colours",
-               [&](json& state, double now) { setPalette(state, colours, now); });
+  const auto colors = paletteColors(line.operands);
+  return write(line, environment, "a palette of " + std::to_string(colors.size()) + " colours",
+               [&](json& state, double now) { setPalette(state, colors, now); });
 }
 
 int runClear(const CommandLine& line, const Environment& environment) {

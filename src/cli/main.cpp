@@ -6,8 +6,7 @@
 
 #include "base/ExitCode.h"
 #include "base/PlainText.h"
-#include "cli/CommandDescription.h"
-#include "cli/CommandLine.h"
+#include "cli/Commands.h"
 
 namespace {
 
@@ -20,7 +19,7 @@ int print(const std::string& text) {
 }
 
 UsageError unknownCommand(const std::string& name) {
-  std::string text = "'" + printable(name) + "' is no command; there are";
+  std::string text = "unknown command '" + printable(name) + "'. Commands:";
   for (const auto& command : commandDescriptions()) text += " " + std::string(command.name);
   return UsageError(text + ".");
 }
@@ -33,7 +32,7 @@ int runCommand(const std::string& name, const std::vector<std::string>& argument
 }
 
 int run(const std::vector<std::string>& arguments) {
-  if (arguments.empty()) throw UsageError("which command? See 'nimbra --help'.");
+  if (arguments.empty()) throw UsageError("no command given; see 'nimbra --help'.");
   const std::string& first = arguments.front();
   if (first == "--help" || first == "-h" || first == "help") return print(generalHelp());
   if (first == "--version") return print("nimbra " VELORIA_VERSION "\n");

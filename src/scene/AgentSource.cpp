@@ -70,7 +70,7 @@ AgentSource::AgentSource(std::filesystem::path file) : file_(std::move(file)) {}
 void AgentSource::poll(double now) {
   const auto version = currentVersion();
   if (version && version != lastModified_) {
-    lastModified_ = version;  // before reading: what can't be read is not tried again until it changes
+    lastModified_ = version;  // before reading: an unreadable file is not tried again until it changes
     read();
   }
   letLapse(now);
@@ -92,7 +92,7 @@ void AgentSource::read() {
   nextExpiry_ = nextExpiry(state_.sessions, -std::numeric_limits<double>::infinity());
 }
 
-/// A file whose writers are all alive says itself what they merge to; once one has lapsed, it is worked out here.
+/// The file holds the merged values as of its last write. After a session has expired they are merged again here.
 void AgentSource::letLapse(double now) {
   if (!nextExpiry_ || *nextExpiry_ > now) return;
   for (const auto& [name, value] : mergedSessions(state_.sessions, now)) state_.channels[name] = value;

@@ -10,31 +10,31 @@
 
 namespace veloria {
 
-/// What a state file says. See AgentSource.
+/// The content of a state file. See AgentSource.
 struct AgentState {
   ChannelValues channels;
   std::optional<FourStops> palette;
   double alertUntil = 0;  ///< seconds since 1970; 0: no alert
-  double alertFor = 0;    ///< seconds; at least 0.1 in a state that was read
+  double alertFor = 0;    ///< seconds, at least 0.1; 0 before anything was read
   std::optional<FourStops> alertPalette;
   AgentSessions sessions;
 };
 
-/// Reads a state file's bytes. Nothing when they are not one JSON object. Members of the wrong type are skipped.
+/// Parses a state file. Nothing if it is not one JSON object. Members of the wrong type are skipped.
 std::optional<AgentState> readAgentState(std::string_view bytes);
 
-/// Follows the small JSON file by which any program can drive the band: its numbers are channels, and it may hold a
-/// palette, an alert flash and the sessions of several writers, which lapse by themselves.
+/// Follows the JSON file with which any program can drive the band. Its numbers are channels; it may also hold a
+/// palette, an alert flash and the sessions of several writers, which expire.
 ///
-/// Main thread. Whatever is wrong with the file, what was read last stays, and nothing is reported. Nothing that stands
-/// at the path can make poll() wait: only a regular file of at most maximumJsonBytes is read.
+/// Main thread. If the file is invalid or gone, the last valid content stays; errors are not reported. poll() never
+/// blocks: it reads only a regular file of at most maximumJsonBytes.
 class AgentSource {
  public:
-  /// With an empty path there is never a file.
+  /// An empty path means no file.
   explicit AgentSource(std::filesystem::path file = {});
 
-  /// Catches up with the file. When it did not change this is one query of its attributes and allocates nothing.
-  /// `now`: seconds since 1970, for the sessions.
+  /// Reads the file if it changed; otherwise one query of its attributes, without allocation. `now`: seconds since
+  /// 1970, for the sessions.
   void poll(double now);
 
   const ChannelValues& latest() const { return state_.channels; }
@@ -46,7 +46,7 @@ class AgentSource {
   std::span<const ColorStop> alertPalette() const;
 
  private:
-  /// Tells one content of the path from another. The time alone does not: a clock's step may see two writes.
+  /// Identifies a version of the file. The time alone is not enough: two writes may share a tick of the clock.
   struct Version {
     std::int64_t seconds = 0;
     std::int64_t nanoseconds = 0;

@@ -6,10 +6,10 @@
 
 namespace veloria {
 
-/// The script that comes with a drive mode; empty for the two that have none (autonomous, script).
+/// The script of a drive mode; empty for autonomous and script, which have none.
 std::string_view builtInScript(Visualizer mode);
 
-/// The script that these settings ask for: the built-in one of their mode, or the person's own. A view into `settings`.
+/// The script that these settings select: the mode's built-in one, or the user's own as a view into `settings`.
 std::string_view sceneScript(const NimbraConfig& settings);
 
 }  // namespace veloria

@@ -19,7 +19,7 @@ void put(ChannelValues& map, std::string_view name, double value) {
   }
 }
 
-/// Where a value glides to within `dt` seconds. One that is not finite would never get away from there.
+/// The value after `dt` seconds of gliding. One that is not finite would stay so.
 double glided(double current, double target, double dt, double timeConstant) {
   if (!std::isfinite(current)) return target;
   return current + (1 - std::exp(-dt / timeConstant)) * (target - current);

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 
+#include "scene/ScriptReport.h"
+
 namespace veloria {
 
 namespace {
 
-/// What the pace reads and writes.
+/// The fields that the pace reads and writes.
 constexpr std::array<double NimbraConfig::*, 6> paceFields{
     &NimbraConfig::tempo,     &NimbraConfig::timeScale,    &NimbraConfig::flowShear,
     &NimbraConfig::vorticity, &NimbraConfig::curlStrength, &NimbraConfig::shimmer,
@@ -38,7 +40,7 @@ void assignParameters(NimbraConfig& config, const NimbraScript& script, const Ch
   for (const auto& [param, expression] : script.bindings) assign(config, param, expression.eval(channels));
 }
 
-// The rule of the pace is the record's own; it is asked about a record that holds nothing but numbers.
+// The record's own rule works on a copy; here the copy holds nothing but numbers.
 void applyTempo(NimbraConfig& config) {
   NimbraConfig motion;
   copyPaceFields(config, motion);
@@ -62,6 +64,22 @@ void applyAlert(NimbraConfig& config, double strength, bool ownPalette) {
   config.curlStrength = std::min(ranges::curlStrength.high, config.curlStrength + 2.5 * s);
   config.rayIntensity = std::min(ranges::rayIntensity.high, config.rayIntensity + 0.3 * s);
   config.saturation = std::min(ranges::saturation.high, config.saturation + 0.4 * s);
+}
+
+std::optional<std::string> scriptSizeError(std::size_t bytes) {
+  if (bytes <= maxScriptBytes) return std::nullopt;
+  return "the script has " + std::to_string(bytes) + " bytes; at most " + std::to_string(maxScriptBytes) +
+         " are allowed";
+}
+
+ScriptReport reportOn(const NimbraScript& script, const ChannelValues& channels) {
+  NimbraConfig config;
+  assignParameters(config, script, channels);
+  ScriptReport report{script.paletteStops, script.paletteFromWallpaper, {}};
+  for (std::size_t i = 0; i < scriptParamCount; ++i) {
+    report.values[i] = {scriptParams[i].keyword, config.*scriptParams[i].field};
+  }
+  return report;
 }
 
 }  // namespace veloria

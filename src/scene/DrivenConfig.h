@@ -6,15 +6,14 @@
 #include "scene/NimbraScript.h"
 #include "settings/NimbraConfig.h"
 
-/// How a settings record becomes the record that is drawn. Pure functions; nothing here keeps state.
+/// How a settings record becomes the record that is drawn. Pure functions.
 namespace veloria {
 
-/// Makes the palette one called "Custom" with these stops.
+/// Sets a palette called "Custom" with these stops.
 void setCustomPalette(NimbraConfig& config, std::span<const ColorStop> stops);
 
-/// The stops that a script's scene is drawn with, the first that there is: the agent's, the wallpaper's where the
-/// script asks for it, the script's own. Empty when the record's palette stays. The view lives as long as the
-/// arguments.
+/// The stops that a script's scene is drawn with: the agent's, else the wallpaper's if the script asks for it, else the
+/// script's own. Empty if the record's palette stays. The view lives as long as the arguments.
 std::span<const ColorStop> chosenStops(const NimbraScript& script, const std::optional<Palette>& wallpaper,
                                        std::span<const ColorStop> agentPalette);
 
@@ -29,7 +28,7 @@ void applyTempo(NimbraConfig& config);
 double alertEnvelope(double alertUntil, double alertFor, double nowWallClock);
 
 /// Adds an alert flash of `strength`, above 0 to 1, in place. Exposure, glow and emit may leave their ranges, on
-/// purpose. `ownPalette`: it has colours of its own, whose hues are kept closer together.
+/// purpose. `ownPalette`: the flash has its own colors, whose hues are kept closer together.
 void applyAlert(NimbraConfig& config, double strength, bool ownPalette);
 
 }  // namespace veloria

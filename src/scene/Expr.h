@@ -6,20 +6,23 @@
 #include <map>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace veloria {
+
+class CharacterSplitter;
 
 /// Values by lower-case channel name.
 using ChannelValues = std::map<std::string, double, std::less<>>;
 
 /// A parsed arithmetic expression. A plain value.
 ///
-/// It is held flat, each operand before its operator, so that neither evaluating nor destroying an expression that
-/// leans a long way to one side needs a deep stack.
+/// Stored flat, each operand before its operator, so that neither evaluating nor destroying a long chain of operators
+/// needs a deep stack.
 class Expr {
  public:
-  /// Groups, calls, signs and right sides of "^" inside each other.
+  /// The deepest nesting of groups, calls, signs and right sides of "^".
   static constexpr int maxLevels = 200;
   static constexpr std::size_t maxNodes = 10'000;
 
@@ -43,16 +46,19 @@ class Expr {
     Kind kind = Kind::number;
     char op = 0;                            ///< unary: -; binary: + - * / % ^ < >
     Function function = Function::unknown;  ///< call
-    std::uint32_t arguments = 0;            ///< call: how many operands before it are its arguments
+    std::uint32_t arguments = 0;            ///< call: the number of its arguments, the operands before it
     double number = 0;                      ///< number
     std::string name;                       ///< channel, call: lower case
     bool operator==(const Node&) const = default;
   };
 
+  /// Parses one expression. Throws ScriptError with line 0.
+  static Expr parse(std::string_view text, CharacterSplitter& splitter);
+
   /// The nodes, operands first; the last one is the root.
   std::span<const Node> nodes() const { return nodes_; }
 
-  /// The value with these channels; a channel that is not there counts as 0. Never fails and never allocates. The
+  /// The value with these channels; a missing channel counts as 0. Never fails and never allocates. The
   /// result may be NaN or infinite. Needs up to 80 KB of stack. Any thread.
   double eval(const ChannelValues& channels) const;
 
@@ -65,7 +71,7 @@ class Expr {
   std::vector<Node> nodes_;
 };
 
-/// The function that a lower-case name calls. An unknown function gives 0 whatever its arguments.
+/// The function of a lower-case name. An unknown function always gives 0.
 Expr::Function functionNamed(std::string_view name);
 
 }  // namespace veloria

@@ -1,8 +1,7 @@
-#include "ExprParser.h"
-
 #include <utility>
 
-#include "Numbers.h"
+#include "ScriptText.h"
+#include "scene/Expr.h"
 #include "scene/ScriptError.h"
 
 namespace veloria {
@@ -31,7 +30,49 @@ bool belongsToName(std::string_view character) {
 
 }  // namespace
 
-/// One level deeper while it lives. The parser descends by recursion, so the levels are what bounds its stack.
+/// From lowest to highest precedence: < > | + - | * / % | ^ (to the right) | signs | operands.
+/// A sign binds tighter than ^. Throws ScriptError with line 0.
+class ExprParser {
+ public:
+  explicit ExprParser(Characters characters) : characters_(std::move(characters)) {}
+
+  Expr parse();
+
+ private:
+  class Level;
+
+  void parseComparison();
+  void parseAdditive();
+  void parseTerm();
+  void parsePower();
+  void parseUnary();
+  void parsePrimary();
+
+  void parseGroup();
+  void parseNumber();
+  void parseName();
+  void parseCall(std::string name);
+  void parseLeftAssociative(std::string_view ops, void (ExprParser::*operand)());
+
+  void skipSpace();
+  /// The operator of `ops` that follows after blanks; 0 for none. Does not consume it.
+  char peekOp(std::string_view ops);
+  bool atEnd() const { return index_ == characters_.size(); }
+  /// The current character; empty at the end.
+  std::string_view current() const { return atEnd() ? std::string_view() : characters_[index_]; }
+  /// Consumes the longest run of characters that `belongs` accepts.
+  std::string readWhile(bool (*belongs)(std::string_view));
+  void emit(Expr::Node node);
+  void emitNamed(Expr::Kind kind, std::string name, std::uint32_t arguments);
+  void emitOperator(Expr::Kind kind, char op);
+
+  Characters characters_;
+  std::size_t index_ = 0;
+  int level_ = 0;
+  Expr result_;
+};
+
+/// One level deeper while it lives. The parser is recursive, so the limit on levels limits its stack.
 class ExprParser::Level {
  public:
   explicit Level(ExprParser& parser) : parser_(parser) {
@@ -48,16 +89,11 @@ class ExprParser::Level {
   ExprParser& parser_;
 };
 
-Expr ExprParser::parse(std::string_view text, CharacterSplitter& splitter) {
-  ExprParser parser(splitter.split(text));
-  parser.parseExpression();
-  return std::move(parser.result_);
-}
-
-void ExprParser::parseExpression() {
+Expr ExprParser::parse() {
   parseComparison();
   skipSpace();
   if (!atEnd()) fail(unexpected(current()) + " in expression");
+  return std::move(result_);
 }
 
 void ExprParser::parseComparison() {
@@ -118,7 +154,7 @@ void ExprParser::parseGroup() {
 }
 
 void ExprParser::parseNumber() {
-  const std::string run = takeWhile(belongsToNumber);
+  const std::string run = readWhile(belongsToNumber);
   const auto number = numberFromText(run);
   if (!number) fail("bad number '" + run + "'");
   Expr::Node node;
@@ -127,7 +163,7 @@ void ExprParser::parseNumber() {
 }
 
 void ExprParser::parseName() {
-  std::string name = lowercased(takeWhile(belongsToName));
+  std::string name = lowercased(readWhile(belongsToName));
   skipSpace();
   if (current() == "(") return parseCall(std::move(name));
   emitNamed(Expr::Kind::channel, std::move(name), 0);
@@ -164,7 +200,7 @@ char ExprParser::peekOp(std::string_view ops) {
   return 0;
 }
 
-std::string ExprParser::takeWhile(bool (*belongs)(std::string_view)) {
+std::string ExprParser::readWhile(bool (*belongs)(std::string_view)) {
   std::string run;
   for (; !atEnd() && belongs(current()); ++index_) run += current();
   return run;
@@ -191,6 +227,10 @@ void ExprParser::emitOperator(Expr::Kind kind, char op) {
   node.kind = kind;
   node.op = op;
   emit(std::move(node));
+}
+
+Expr Expr::parse(std::string_view text, CharacterSplitter& splitter) {
+  return ExprParser(splitter.split(text)).parse();
 }
 
 }  // namespace veloria

@@ -4,8 +4,7 @@
 
 namespace veloria {
 
-/// The scene language on one card, shown beside the script editor. It is a summary: there are parameters that it leaves
-/// out (huespread, rayflow, tempo).
+/// A summary of the scene language, shown beside the script editor. It leaves out huespread, rayflow and tempo.
 inline constexpr std::string_view languageCard = R"card(# ; // all start a comment
 
 palette #0dff8c #26f2cc #5a8cff #d94df2

@@ -1,14 +1,43 @@
 #include "scene/NimbraScript.h"
 
 #include <algorithm>
+#include <cmath>
 #include <span>
 
-#include "Characters.h"
-#include "ExprParser.h"
-#include "Numbers.h"
+#include "ScriptText.h"
 #include "scene/ScriptError.h"
 
 namespace veloria {
+
+constexpr std::array<ScriptParamInfo, scriptParamCount> scriptParams = [] {
+  std::array<ScriptParamInfo, scriptParamCount> rows{};
+  const auto add = [&](const ScriptParamInfo& row) { rows.at(static_cast<std::size_t>(row.param)) = row; };
+#define VELORIA_KEYWORD(name, low, high, keyword) \
+  add({ScriptParam::keyword, #keyword, {low, high}, &NimbraConfig::name});
+#include "settings/NimbraConfigFields.h"
+  return rows;
+}();
+
+static_assert(std::ranges::none_of(scriptParams, &std::string_view::empty, &ScriptParamInfo::keyword));
+
+const ScriptParamInfo& info(ScriptParam param) {
+  return scriptParams[static_cast<std::size_t>(param)];
+}
+
+std::optional<ScriptParam> scriptParamFromKeyword(std::string_view keyword) {
+  const auto found = std::ranges::find(scriptParams, keyword, &ScriptParamInfo::keyword);
+  return found != scriptParams.end() ? std::optional(found->param) : std::nullopt;
+}
+
+double clamped(ScriptParam param, double value) {
+  if (param == ScriptParam::hue) return value - std::floor(value);
+  const Range range = info(param).range;
+  return std::isfinite(value) ? bounded(value, range) : range.low;
+}
+
+void assign(NimbraConfig& config, ScriptParam param, double value) {
+  config.*info(param).field = clamped(param, value);
+}
 
 namespace {
 
@@ -24,8 +53,8 @@ bool isHexDigit(std::string_view character) {
          std::string_view("0123456789abcdefABCDEF").find(character.front()) != std::string_view::npos;
 }
 
-/// What stands before the comment that "#" or ";" starts, if one does. A "#" before a hexadecimal digit is a colour,
-/// and after a colour neither starts a comment.
+/// The line without a comment that starts with "#" or ";". A "#" before a hexadecimal digit is a color, and after a
+/// color neither sign starts a comment.
 std::string_view beforeCommentSign(std::string_view line, const Characters& characters) {
   const auto sign = std::ranges::find_if(characters, [](std::string_view c) { return c == "#" || c == ";"; });
   if (sign == characters.end()) return line;
@@ -37,14 +66,14 @@ std::string_view beforeCommentSign(std::string_view line, const Characters& char
 std::vector<std::string_view> splitTokens(std::string_view line, const Characters& characters) {
   std::vector<std::string_view> tokens;
   std::size_t start = 0;
-  const auto take = [&](std::size_t end) {
+  const auto endToken = [&](std::size_t end) {
     if (end > start) tokens.push_back(line.substr(start, end - start));
     start = end + 1;
   };
   for (const std::string_view character : characters) {
-    if (character == " ") take(offsetIn(line, character));
+    if (character == " ") endToken(offsetIn(line, character));
   }
-  take(line.size());
+  endToken(line.size());
   return tokens;
 }
 
@@ -117,7 +146,7 @@ class ScriptParser {
     const std::string name = lowercased(withoutOuterBlanks(rest.substr(0, at)));
     const auto param = scriptParamFromKeyword(name);
     if (!param) fail("unknown parameter '" + name + "'");
-    script_.bindings.emplace_back(*param, ExprParser::parse(rest.substr(at + 1), splitter_));
+    script_.bindings.emplace_back(*param, Expr::parse(rest.substr(at + 1), splitter_));
   }
 
   CharacterSplitter splitter_;

@@ -14,11 +14,11 @@
 
 namespace veloria {
 
-/// A parsed scene script. A plain value. LanguageCard.h shows the language.
+/// A parsed scene script. A plain value. LanguageCard.h summarizes the language.
 struct NimbraScript {
   std::optional<FourStops> paletteStops;               ///< of the last `palette` line with colours
-  bool paletteFromWallpaper = false;                   ///< a `palette wallpaper` line was there
-  std::map<ScriptParam, double> constants;             ///< the `set` values as written, not held to a range
+  bool paletteFromWallpaper = false;                   ///< there was a `palette wallpaper` line
+  std::map<ScriptParam, double> constants;             ///< the `set` values as written, not clamped
   std::vector<std::pair<ScriptParam, Expr>> bindings;  ///< one for each `bind` line, in order
   std::vector<std::string> warnings;                   ///< always empty
 
@@ -30,9 +30,8 @@ struct NimbraScript {
   /// The channels that the bindings read, each once.
   std::set<std::string, std::less<>> channels() const;
 
-  /// Parses UTF-8 text; bytes that are none count as U+FFFD. Stops at the first line that is wrong and throws its
-  /// ScriptError. Takes time in proportion to the text; whoever reads a script from outside refuses it above
-  /// `maxScriptBytes` first (ScriptReport.h). Any thread.
+  /// Parses UTF-8 text; other bytes count as U+FFFD. Throws ScriptError at the first line with an error. Takes time in
+  /// proportion to the length: check a script from outside with scriptSizeError() first (ScriptReport.h). Any thread.
   static NimbraScript parse(std::string_view text);
 };
 

@@ -20,7 +20,7 @@ constexpr double shortestStep = 1.0 / 240;
 constexpr double longestStep = 0.5;
 constexpr double wallpaperSeconds = 20;
 constexpr int ticksBetweenAudioLines = 60;
-/// Room for a time in milliseconds since 1970, yet a channel glides back from it in seconds.
+/// Large enough for milliseconds since 1970, small enough for a channel to glide back within seconds.
 constexpr double largestAgentValue = 1e15;
 
 // Time constants, in seconds.
@@ -31,7 +31,7 @@ constexpr double trebleSmoothing = 0.07;
 constexpr double weatherSmoothing = 2.0;
 constexpr double agentSmoothing = 0.3;
 
-/// The names that an agent's number can have an effect under: a state file may hold any number of others.
+/// The names of an agent's numbers that can have an effect. A state file may hold any number of others.
 std::set<std::string, std::less<>> agentNames(const NimbraScript& script) {
   auto names = script.channels();
   for (const std::string_view name : DriveChannels::sourceNames) names.emplace(name);
@@ -158,9 +158,9 @@ void SceneDriver::feedWeather(const NimbraConfig& settings) {
 void SceneDriver::feedAgent() {
   agent_.poll(ports_.wallClock());
   for (const auto& name : agentNames_) {
-    const auto said = agent_.latest().find(name);
-    if (said == agent_.latest().end()) continue;
-    channels.set(name, std::clamp(said->second, -largestAgentValue, largestAgentValue), agentSmoothing);
+    const auto found = agent_.latest().find(name);
+    if (found == agent_.latest().end()) continue;
+    channels.set(name, std::clamp(found->second, -largestAgentValue, largestAgentValue), agentSmoothing);
   }
 }
 

@@ -20,35 +20,33 @@
 namespace veloria {
 
 /// Turns the settings record into the record that is drawn, thirty times a second: feeds the channels from the sources
-/// that the drive mode asks for, runs the mode's script against them, applies the pace and an agent's alert flash, and
-/// hands the result on.
+/// of the drive mode, runs the mode's script on them, applies the pace and an agent's alert flash, and passes the
+/// result to onConfig.
 ///
-/// Main thread. Sound is listened to in the music mode only, and not while the driver is suspended; the weather is
-/// asked for in the weather and wind modes only; the agent state file counts in every mode, its numbers under the
-/// sources' own names and those that the script reads. It does not look for its parts itself and there is no shared
-/// instance here: who puts the program together makes the one driver. It does not react to settings by itself either;
-/// whoever changes the drive mode or the script calls recompile().
+/// Main thread. The driver listens to sound only in the music mode and while it is not suspended; it fetches the
+/// weather only in the weather and wind modes. The agent state file counts in every mode: its numbers under the
+/// sources' names and those that the script reads. The driver does not follow the settings by itself: call recompile()
+/// after a change of the drive mode or the script.
 class SceneDriver {
  public:
   static constexpr double tickSeconds = 1.0 / 30;
 
   struct Ports {
-    /// The current settings. The reference is used until the end of the call that asked for it.
+    /// The current settings. The reference must stay valid until the driver's call returns.
     std::function<const NimbraConfig&()> settings;
     MediaClock mediaClock = mediaTime;
-    /// Seconds since 1970, for what the agent state file says.
+    /// Seconds since 1970, for the times in the agent state file.
     std::function<double()> wallClock = wallTime;
-    /// Null when nothing ticks by itself and tick() is called by hand. Outlives the driver.
+    /// Null if tick() is called by hand. Must outlive the driver.
     TimerFactory* timers = nullptr;
-    /// Empty: there is none.
+    /// Empty: none.
     std::filesystem::path agentStateFile = {};
-    /// Makes what listens to the computer's sound, not started yet. Empty: nobody listens, and the channels of sound
-    /// are left to others.
+    /// Makes a source for the computer's sound, not yet started. Empty: the channels of sound are not fed.
     std::function<std::unique_ptr<AudioSource>()> makeAudioSource = {};
-    /// Without its `http`, the channels of the weather are left to others.
+    /// Without `http`, the channels of the weather are not fed.
     WeatherSource::Ports weather = {};
-    /// Works out the palette of the desktop picture and calls back on this thread, at once or later or never; nothing
-    /// when there is none. Empty: there is no desktop picture.
+    /// Computes the palette of the desktop picture (nothing if there is no picture) and calls back on this thread, at
+    /// once, later or never. Empty: no desktop picture.
     std::function<void(std::function<void(std::optional<Palette>)>)> sampleWallpaper = {};
   };
 
@@ -57,36 +55,36 @@ class SceneDriver {
   SceneDriver(const SceneDriver&) = delete;
   SceneDriver& operator=(const SceneDriver&) = delete;
 
-  /// Parses the script of the current drive mode, then updateSources(). With a script that is wrong the plain settings
-  /// are drawn, and scriptError() says why.
+  /// Parses the script of the current drive mode, then calls updateSources(). If the script has an error, the plain
+  /// settings are drawn and scriptError() says why.
   void recompile();
 
-  /// Fits the sources to the drive mode: starts or ends listening, and starts anew when the sound system had failed;
-  /// when the mode changed, what the old mode's sources said fades out.
+  /// Starts or stops listening to match the drive mode, and restarts it after a failure. If the mode changed, the
+  /// channels of the old mode's sources fade out.
   void updateSources();
 
-  /// One step: the time since the last one counts as at least 1/240 s and at most 0.5 s. Allocates nothing once the
-  /// channels and the settings have settled.
+  /// One step. The time since the last one is clamped to 1/240 to 0.5 s. Does not allocate once channels and settings
+  /// are stable.
   void tick();
 
-  /// Stops the timer and the listening, and starts them again; neither does anything twice. The channels keep their
-  /// values meanwhile.
+  /// Stops the timer and the listening, and starts them again; repeated calls have no effect. The channels keep their
+  /// values.
   void suspend();
   void resume();
 
   const NimbraScript& compiled() const { return compiled_; }
   /// The record of the last tick; the plain settings before the first.
   const NimbraConfig& driven() const { return driven_; }
-  /// The description of the last recompile's error; nothing when the script is right.
+  /// The error of the last recompile(), if any.
   const std::optional<std::string>& scriptError() const { return scriptError_; }
-  /// Null while nobody listens.
+  /// Null while not listening.
   const AudioSource* audio() const { return audio_.get(); }
   const WeatherSource& weather() const { return weather_; }
   const AgentSource& agent() const { return agent_; }
 
-  DriveChannels channels;            ///< anybody may set channels between ticks
-  std::optional<Palette> wallpaper;  ///< the palette of the desktop picture, once there is one
-  /// Gets the driven record on every tick; valid during the call. It must not be replaced from inside the call.
+  DriveChannels channels;            ///< may be set between ticks
+  std::optional<Palette> wallpaper;  ///< the palette of the desktop picture, once known
+  /// Called on every tick with the driven record, which is valid during the call. Must not be replaced during the call.
   std::function<void(const NimbraConfig&)> onConfig;
 
  private:
@@ -113,12 +111,12 @@ class SceneDriver {
   double lastWallpaperCheck_ = 0;
   Visualizer lastSource_ = Visualizer::autonomous;
   AgentSource agent_;
-  std::set<std::string, std::less<>> agentNames_;  // those of its channels that are fed
+  std::set<std::string, std::less<>> agentNames_;  // the agent's channels that are fed
   WeatherSource weather_;
   std::unique_ptr<AudioSource> audio_;
   int audioTicks_ = 0;
   bool suspended_ = false;
-  std::shared_ptr<bool> life_ = std::make_shared<bool>(true);  // answers that come late look whether it is still there
+  std::shared_ptr<bool> life_ = std::make_shared<bool>(true);  // lets late answers check that this still exists
   std::unique_ptr<Timer> timer_;                               // last, so that it stops first
 };
 

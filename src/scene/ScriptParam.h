@@ -9,7 +9,7 @@
 
 namespace veloria {
 
-/// The look parameters that a scene script can fix or bind, by keyword.
+/// The parameters that a scene script can set or bind, named by their keywords.
 enum class ScriptParam {
   exposure,
   opacity,
@@ -45,13 +45,13 @@ enum class ScriptParam {
 struct ScriptParamInfo {
   ScriptParam param;
   std::string_view keyword;
-  Range range;                  ///< it is held to; hue is wrapped instead
-  double NimbraConfig::*field;  ///< what it drives
+  Range range;                  ///< the limits of its value; hue wraps instead
+  double NimbraConfig::*field;  ///< the setting that it drives
 };
 
 inline constexpr std::size_t scriptParamCount = 28;
 
-/// Every parameter; the index is the enumerator's value.
+/// All parameters, indexed by the enumerator's value.
 extern const std::array<ScriptParamInfo, scriptParamCount> scriptParams;
 
 const ScriptParamInfo& info(ScriptParam param);
@@ -59,11 +59,11 @@ const ScriptParamInfo& info(ScriptParam param);
 /// The parameter with exactly this keyword (lower case).
 std::optional<ScriptParam> scriptParamFromKeyword(std::string_view keyword);
 
-/// `value` held to the parameter's range. What is not finite becomes the low bound, also where that is negative (wind,
-/// buoyancy). Hue becomes value - floor(value), and stays NaN where that is NaN.
-double held(ScriptParam param, double value);
+/// `value` clamped to the parameter's range. A value that is not finite becomes the low bound, even if that is negative
+/// (wind, buoyancy). Hue becomes value - floor(value), which may be NaN.
+double clamped(ScriptParam param, double value);
 
-/// Replaces the field that `param` drives with the held value.
+/// Sets the field that `param` drives to the clamped value.
 void assign(NimbraConfig& config, ScriptParam param, double value);
 
 }  // namespace veloria

@@ -2,43 +2,66 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
 
 #include "Process.h"
 #include "desktop/ChildProcess.h"
 
 namespace veloria::tests {
 
+inline constexpr double patience = 20;
+
 /// Runs the built program with folders of its own.
 class NimbraFixture : public testing::Test {
  protected:
-  NimbraFixture();
+  using Texts = std::vector<std::string>;
 
-  static const std::string& program();
+  // What a background job of a plain shell inherits would make the programs under test deaf.
+  NimbraFixture() {
+    for (const int number : {SIGINT, SIGQUIT, SIGHUP}) std::signal(number, SIG_DFL);
+  }
 
-  ProcessResult nimbra(const std::vector<std::string>& arguments) const;
+  std::map<std::string, std::string> variables() const {
+    const std::string own = std::filesystem::path(program).parent_path();
+    return {{"XDG_DATA_HOME", dataHome}, {"XDG_RUNTIME_DIR", folder.path()}, {"PATH", own + ":" + std::getenv("PATH")}};
+  }
+  Texts environment() const {
+    Texts entries;
+    for (const auto& [name, value] : variables()) entries.push_back(name + "=" + value);
+    return entries;
+  }
+
+  ProcessResult nimbra(const Texts& arguments) const {
+    return runProcess(program, arguments, folder.path(), environment());
+  }
   /// A shell's command line in which "nimbra" is the program.
-  ProcessResult shell(const std::string& script) const;
-  /// The program in a process group of its own.
-  std::unique_ptr<desktop::ChildProcess> start(const std::vector<std::string>& arguments) const;
+  ProcessResult shell(const std::string& script) const {
+    return runProcess("/bin/sh", {"-c", script}, folder.path(), environment());
+  }
+  /// A program in a process group of its own, looked up on the PATH; once it has written `ready`.
+  std::unique_ptr<desktop::ChildProcess> start(const Texts& argv, const std::string& ready = "") {
+    auto process = std::make_unique<desktop::ChildProcess>(argv, variables(), folder.file(std::to_string(++started)));
+    EXPECT_TRUE(desktop::poll(patience, [&] { return process->output().find(ready) != std::string::npos; }));
+    return process;
+  }
 
   /// The state file's object; null when it is not one.
-  nlohmann::json state() const;
-  /// A member that is a number; -1 when there is none.
-  double channel(const std::string& name) const;
-  /// What `nimbra status` says of it.
-  double shownChannel(const std::string& name) const;
-  /// Whether any session's name begins like this.
-  bool hasSession(const std::string& prefix) const;
+  nlohmann::json state() const {
+    std::ifstream file(statePath);
+    return nlohmann::json::parse(file, nullptr, false);
+  }
+  double channel(const std::string& name) const { return state().value(name, -1.0); }
+  nlohmann::json session(const std::string& name) const { return state()["sessions"].value(name, nlohmann::json()); }
 
-  std::vector<std::string> environment() const;
-
+  const std::string program = VELORIA_NIMBRA;
   TemporaryFolder folder;
   std::string dataHome = folder.file("data");
   std::string statePath = dataHome + "/Veloria/state.json";
+  int started = 0;
 };
 
 }  // namespace veloria::tests

@@ -4,12 +4,13 @@
 
 #include <functional>
 
-namespace veloria::cli {
+#include "cli/StatusReport.h"
+
+namespace veloria::cli::tests {
 namespace {
 
 using nlohmann::json;
 using nlohmann::operator""_json;
-using testing::ElementsAre;
 
 constexpr double now = 1'700'000'000;
 
@@ -23,26 +24,29 @@ json after(json state, Activity activity, const SessionChoice& session = {}) {
   return state;
 }
 
-TEST(StateChangesTest, ActivitiesSetAllThreeOutcomes) {
-  const auto outcomes = [](const json& state) { return std::array{state["busy"], state["ok"], state["err"]}; };
-  const json before = R"({"busy": 0.5, "ok": true, "err": "odd", "a0": 3, "note": ["kept"]})"_json;
-  EXPECT_THAT(outcomes(after(before, Activity::busy)), ElementsAre(1, 0, 0));
-  EXPECT_THAT(outcomes(after(before, Activity::ok)), ElementsAre(0, 1, 0));
-  EXPECT_THAT(outcomes(after(before, Activity::fail)), ElementsAre(0, 0, 1));
-  const json idle = after(before, Activity::idle);
-  EXPECT_THAT(outcomes(idle), ElementsAre(0, 0, 0));
-  EXPECT_EQ(idle["a0"], 3);
-  EXPECT_EQ(idle["note"], R"(["kept"])"_json);
-  EXPECT_FALSE(idle.contains("sessions")) << "a session that says nothing takes no room";
+TEST(StateChanges, ActivitiesSetAllThreeOutcomes) {
+  const auto before = R"({"busy": 0.5, "ok": true, "err": "odd", "a0": 3, "note": ["kept"]})"_json;
+  const auto expectOutcomes = [&](Activity activity, double busy, double ok, double err) {
+    const json state = after(before, activity);
+    EXPECT_EQ(json({state["busy"], state["ok"], state["err"]}), json({busy, ok, err}));
+    EXPECT_EQ(json({state["a0"], state["note"]}), R"([3, ["kept"]])"_json);
+  };
+  expectOutcomes(Activity::busy, 1, 0, 0);
+  expectOutcomes(Activity::ok, 0, 1, 0);
+  expectOutcomes(Activity::fail, 0, 0, 1);
+  expectOutcomes(Activity::idle, 0, 0, 0);
+  EXPECT_FALSE(after(before, Activity::idle).contains("sessions")) << "a session that says nothing takes no room";
 }
 
-TEST(StateChangesTest, SessionsAreMerged) {
-  json state = after(json::object(), Activity::busy, {"build", std::nullopt});
+TEST(StateChanges, SessionsAreMerged) {
+  json state = after(json::object(), Activity::busy, {"build", 30});
+  reportActivity(state, Activity::busy, {"build", std::nullopt}, now);
   reportActivity(state, Activity::ok, {"review", 30}, now);
-  EXPECT_EQ(state["busy"], 1);
-  EXPECT_EQ(state["ok"], 1);
-  EXPECT_EQ(state["sessions"]["review"]["expires"], now + 30);
-  EXPECT_FALSE(state["sessions"]["build"].contains("expires"));
+  const auto review = R"({"busy": 0, "ok": 1, "err": 0, "expires": 1700000030})"_json;
+  EXPECT_EQ(state, json({{"busy", 1},
+                         {"ok", 1},
+                         {"err", 0},
+                         {"sessions", {{"build", R"({"busy": 1, "ok": 0, "err": 0})"_json}, {"review", review}}}}));
   reportActivity(state, Activity::fail, {"lint", std::nullopt}, now);
   EXPECT_EQ(state["ok"], 0) << "a failure outranks a success";
   reportActivity(state, Activity::idle, {"build", std::nullopt}, now);
@@ -52,24 +56,16 @@ TEST(StateChangesTest, SessionsAreMerged) {
   EXPECT_EQ(state["ok"], 1);
 }
 
-TEST(StateChangesTest, ANewReportReplacesTheSessionsLifetime) {
-  json state = after(json::object(), Activity::busy, {"build", 30});
-  reportActivity(state, Activity::busy, {"build", std::nullopt}, now);
-  EXPECT_FALSE(state["sessions"]["build"].contains("expires"));
-}
-
-TEST(StateChangesTest, LapsedSessionsGoWithTheNextChangeWhateverItIs) {
+TEST(StateChanges, LapsedSessionsGoWithTheNextChangeWhateverItIs) {
   const json lapsed = R"({"busy": 1, "gone": 2, "sessions": {
-    "old": {"busy": 1, "gone": 2, "palette": 1, "expires": 1699999999},
+    "old": {"busy": 1, "gone": 2, "palette": 1, "expires": 1700000000},
     "new": {"busy": 0.25, "expires": 1700000001}}})"_json;
-  const std::vector<std::function<void(json&)>> changes{
-      [](json& state) { setChannel(state, "a0", 1, std::nullopt, now); },
-      [](json& state) { unsetChannel(state, "a0", now); },
-      [](json& state) {
-        setPalette(state, {"#000000", "#ffffff"}, now);
-      },
-      [](json& state) { clearPalette(state, now); },
-  };
+  const std::function<void(json&)> changes[] = {[](json& state) { setChannel(state, "a0", 1, std::nullopt, now); },
+                                                [](json& state) { unsetChannel(state, "a0", now); },
+                                                [](json& state) { clearPalette(state, now); },
+                                                [](json& state) {
+                                                  setPalette(state, {"#000000", "#ffffff"}, now);
+                                                }};
   for (const auto& change : changes) {
     const json state = after(lapsed, change);
     EXPECT_EQ(state["busy"], 0.25);
@@ -79,9 +75,8 @@ TEST(StateChangesTest, LapsedSessionsGoWithTheNextChangeWhateverItIs) {
   EXPECT_FALSE(after(lapsed, changes[0]).contains("palette")) << "a session can't reach the file's own members";
 }
 
-TEST(StateChangesTest, AFailureFlashesUntilNobodyHasFailedAnyMore) {
+TEST(StateChanges, AFailureFlashesUntilNobodyHasFailedAnyMore) {
   json state = after(json::object(), Activity::fail, {"build", std::nullopt});
-  EXPECT_EQ(state["alert_until"], now + 1.5);
   EXPECT_EQ(state["alert_for"], 1.5);
   EXPECT_EQ(state["alert_palette"].size(), 4);
   for (const Activity activity : {Activity::ok, Activity::busy, Activity::idle}) {
@@ -92,44 +87,48 @@ TEST(StateChangesTest, AFailureFlashesUntilNobodyHasFailedAnyMore) {
   EXPECT_FALSE(after(json::object(), Activity::ok).contains("alert_until"));
 }
 
-TEST(StateChangesTest, ChannelsGoWhereTheirNameBelongs) {
+TEST(StateChanges, ChannelsGoWhereTheirNameBelongs) {
   json state = json::object();
   setChannel(state, "a0", 0.5, std::nullopt, now);
   EXPECT_EQ(state, R"({"a0": 0.5})"_json);
   setChannel(state, "busy", 0.5, std::nullopt, now);
-  EXPECT_EQ(state["sessions"], R"({"default": {"busy": 0.5}})"_json);
   setChannel(state, "a1", 2, SessionChoice{"build", 10}, now);
-  EXPECT_EQ(state["sessions"]["build"], R"({"a1": 2, "expires": 1700000010})"_json);
   EXPECT_EQ(state["a1"], 2);
   setChannel(state, "a1", 3, std::nullopt, now);
   EXPECT_EQ(state["a1"], 3) << "not swallowed by the session that has it";
-  EXPECT_EQ(state["sessions"]["default"], R"({"a1": 3, "busy": 0.5})"_json);
   setChannel(state, "a2", -0.5, SessionChoice{"build", 10}, now);
   EXPECT_EQ(state["a2"], -0.5) << "the only value is the largest";
+  EXPECT_EQ(state["sessions"], R"({"default": {"a1": 3, "busy": 0.5},
+                                   "build": {"a1": 2, "a2": -0.5, "expires": 1700000010}})"_json);
+  unsetChannel(state, "a1", now);
+  EXPECT_EQ(state["a1"], 0);
+  EXPECT_EQ(state["sessions"], R"({"default": {"busy": 0.5}, "build": {"a2": -0.5, "expires": 1700000010}})"_json);
 }
 
-TEST(StateChangesTest, UnsettingIsZeroInAllSessions) {
-  json state = R"({"a0": 1, "sessions": {"x": {"a0": 1, "busy": 1}, "y": {"a0": 2, "expires": 1700000010}}})"_json;
-  unsetChannel(state, "a0", now);
-  EXPECT_EQ(state, R"({"a0": 0, "busy": 1, "sessions": {"x": {"busy": 1}}})"_json);
+// The lifetime of a channel that is set without a session ends nothing else, and what is said again without one stays.
+TEST(StateChanges, AChannelsLifetimeIsItsOwn) {
+  json state = after(json::object(), Activity::busy);
+  for (const char* name : {"a0", "err"}) setChannel(state, name, 1, SessionChoice{lifetimeSession(name), 600}, now);
+  EXPECT_EQ(state["sessions"]["set-a0"], R"({"a0": 1, "expires": 1700000600})"_json);
+  setChannel(state, "a0", 0.5, std::nullopt, now);
+  reportActivity(state, Activity::ok, {}, now);
+  EXPECT_EQ(state, R"({"a0": 0.5, "busy": 0, "ok": 1, "err": 0,
+                       "sessions": {"default": {"busy": 0, "ok": 1, "err": 0}}})"_json);
 }
 
-TEST(StateChangesTest, ClearingLeavesZeroesAndWhatIsNotOurs) {
-  json state = R"({"a0": 1, "flag": true, "note": "kept", "palette": ["#000000", "#ffffff"], "alert_until": 5,
-                   "alert_for": 2, "alert_palette": [], "sessions": {"x": {"only": 1}}})"_json;
-  clearState(state, now);
-  EXPECT_EQ(state, R"({"a0": 0, "flag": 0, "note": "kept", "alert_until": 0, "only": 0})"_json);
-}
-
-TEST(StateChangesTest, PaletteComesAndGoes) {
+TEST(StateChanges, PalettesComeAndGoAndClearingLeavesWhatIsNotOurs) {
   json state = R"({"a0": 1, "palette": "odd"})"_json;
   setPalette(state, {"#ff0055", "#00ddff"}, now);
   EXPECT_EQ(state, R"({"a0": 1, "palette": ["#ff0055", "#00ddff"]})"_json);
   clearPalette(state, now);
   EXPECT_EQ(state, R"({"a0": 1})"_json);
+  state = R"({"a0": 1, "flag": true, "note": "kept", "palette": ["#000000", "#ffffff"], "alert_until": 5,
+              "alert_for": 2, "alert_palette": [], "sessions": {"x": {"only": 1}}})"_json;
+  clearState(state, now);
+  EXPECT_EQ(state, R"({"a0": 0, "flag": 0, "note": "kept", "alert_until": 0, "only": 0})"_json);
 }
 
-TEST(StateChangesTest, ARunLeavesOnlyItsOutcome) {
+TEST(StateChanges, ARunLeavesOnlyItsOutcome) {
   json state = after(json::object(), Activity::busy, {"run-7", 60});
   finishRun(state, "run-7", Activity::fail, "default", now);
   EXPECT_EQ(state["sessions"], R"({"default": {"busy": 0, "ok": 0, "err": 1}})"_json);
@@ -137,17 +136,40 @@ TEST(StateChangesTest, ARunLeavesOnlyItsOutcome) {
   reportActivity(state, Activity::busy, {"build", 60}, now);
   finishRun(state, "build", Activity::ok, "build", now);
   EXPECT_EQ(state["sessions"]["build"], R"({"busy": 0, "ok": 1, "err": 0})"_json) << "no lifetime";
-  EXPECT_EQ(state["busy"], 0);
 }
 
-TEST(StateChangesTest, OddSessionsAreReplaced) {
+TEST(StateChanges, OddSessionsAreReplaced) {
   for (const char* odd : {"5", "[1]", "null", R"({"x": 1, "y": {"busy": "yes", "expires": "never"}})"}) {
-    json state = json::object();
-    state["sessions"] = json::parse(odd);
+    json state{{"sessions", json::parse(odd)}};
     reportActivity(state, Activity::ok, {}, now);
     EXPECT_EQ(state["sessions"], R"({"default": {"busy": 0, "ok": 1, "err": 0}})"_json) << odd;
   }
 }
 
+TEST(StatusReport, TellsWhatIsSetAndHasNotLapsed) {
+  const json state = R"({"busy": 1, "a0": 0, "flag": true, "note": "text", "alert_until": 1700000001, "alert_for": 1.5,
+    "palette": ["#FF0055", "odd", "ffcc00"], "\u001b[2J": 1,
+    "sessions": {"build": {"busy": 1, "expires": 1700000042}, "old": {"busy": 2, "err": 1, "expires": 1700000000},
+                 "a\nb": {"err": 0.5}}})"_json;
+  const StatusReport report = statusReport(state, true, now);
+  EXPECT_EQ(textOf(report, now),
+            "channels: ?[2J 1, busy 1, err 0.5, flag 1\n"
+            "session a?b: err 0.5\n"
+            "session build: busy 1 (42 s left)\n"
+            "palette: #ff0055 #ffcc00\n"
+            "flash: 1.0 s left\n"
+            "Veloria is running\n");
+  EXPECT_EQ(json(jsonOf(report, now)), R"({"channels": {"\u001b[2J": 1, "a0": 0, "busy": 1, "err": 0.5, "flag": 1},
+    "sessions": {"build": {"channels": {"busy": 1}, "remaining": 42},
+                 "a\nb": {"channels": {"err": 0.5}, "remaining": null}},
+    "palette": ["#ff0055", "#ffcc00"], "running": true})"_json);
+  const StatusReport nothing = statusReport(json::object(), false, now);
+  EXPECT_EQ(textOf(nothing, now), "channels: nothing\nVeloria is not running\n");
+  EXPECT_EQ(json(jsonOf(nothing, now)), R"({"channels": {}, "sessions": {}, "palette": null, "running": false})"_json);
+  for (const char* odd : {"5", R"(["#ff0000"])", R"(["#ff0000", 5, "#00ff00"])"}) {
+    EXPECT_EQ(statusReport({{"palette", json::parse(odd)}}, false, now).palette.size(), 0U) << odd;
+  }
+}
+
 }  // namespace
-}  // namespace veloria::cli
+}  // namespace veloria::cli::tests

@@ -1,62 +1,89 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// The driver with its sources and its clock: who is asked when, and what is drawn.
 
-#include <cmath>
-
-#include "scene/BuiltInScripts.h"
 #include "scene/SceneDriver.h"
 
-namespace veloria {
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <filesystem>
+
+#include "AllocationCount.h"
+#include "Process.h"
+#include "scene/BuiltInScripts.h"
+
+namespace veloria::tests {
 namespace {
 
-/// Timers that fire when the test says so.
-class ManualTimers : public TimerFactory {
- public:
-  std::unique_ptr<Timer> repeating(double interval, double tolerance, std::function<void()> action) override {
-    EXPECT_DOUBLE_EQ(interval, 1.0 / 30);
-    EXPECT_EQ(tolerance, 0.01);
-    action_ = std::move(action);
-    ++made;
+constexpr double frame = 0.03;
+
+/// A timer that fires when the test says so.
+struct HandTimers : TimerFactory {
+  struct Handle : Timer {
+    explicit Handle(HandTimers& of) : owner(of) {}
+    ~Handle() override { owner.action = nullptr; }
+    HandTimers& owner;
+  };
+  std::unique_ptr<Timer> repeating(double interval, double tolerance, std::function<void()> work) override {
+    EXPECT_TRUE(interval == SceneDriver::tickSeconds && tolerance == 0.01 && !action);
+    action = std::move(work);
     return std::make_unique<Handle>(*this);
   }
-
-  void fire() {
-    if (const auto action = action_) action();
-  }
-  bool running() const { return action_ != nullptr; }
-
-  int made = 0;
-
- private:
-  class Handle : public Timer {
-   public:
-    explicit Handle(ManualTimers& owner) : owner_(owner) {}
-    ~Handle() override { owner_.action_ = nullptr; }
-
-   private:
-    ManualTimers& owner_;
-  };
-
-  std::function<void()> action_;
+  std::function<void()> action;
 };
+
+/// What a tap was told; it outlives the source that owns the tap.
+struct TapState {
+  AudioTap::Handlers handlers;
+  bool running = false;
+};
+
+struct HandTap : AudioTap {
+  explicit HandTap(std::shared_ptr<TapState> of) : state(std::move(of)) {}
+  ~HandTap() override { stop(); }
+  void start(Handlers handlers) override { *state = {std::move(handlers), true}; }
+  void stop() override { state->running = false; }
+  std::shared_ptr<TapState> state;
+};
+
+struct HandFetcher : HttpFetcher {
+  void get(const std::string& url, std::size_t, double, Done done) override {
+    urls.push_back(url);
+    answer = std::move(done);
+  }
+  std::vector<std::string> urls;
+  Done answer;
+};
+
+Palette palette(const ColorStop& color, const char* name = "Custom") {
+  return {name, std::vector<ColorStop>(4, color)};
+}
+const ColorStop red{1, 0, 0}, green{0, 1, 0}, blue{0, 0, 1}, white{1, 1, 1};
 
 class SceneDriverTest : public testing::Test {
  protected:
   SceneDriverTest() {
-    driver.onConfig = [this](const NimbraConfig& config) { driven.push_back(config); };
+    driver.onConfig = [this](const NimbraConfig& config) { driven = config; };
   }
 
   SceneDriver::Ports ports() {
     return {.settings = [this]() -> const NimbraConfig& { return settings; },
             .mediaClock = [this] { return now; },
-            .wallClock = [] { return 1.7e9; },
-            .timers = &timers};
+            .wallClock = [this] { return wall + now; },
+            .timers = &timers,
+            .agentStateFile = folder.file("state.json"),
+            .makeAudioSource =
+                [this] {
+                  taps.push_back(std::make_shared<TapState>());
+                  return std::make_unique<AudioSource>(std::make_unique<HandTap>(taps.back()));
+                },
+            .weather = {.http = &http, .clock = [this] { return now; }, .baseUrl = "https://weather.example"},
+            .sampleWallpaper = [this](auto done) { samples.push_back(std::move(done)); }};
   }
 
   const NimbraConfig& tickAfter(double seconds) {
     now += seconds;
-    timers.fire();
-    return driven.back();
+    timers.action();
+    return driven;
   }
 
   void choose(Visualizer mode, std::string script = "") {
@@ -65,145 +92,314 @@ class SceneDriverTest : public testing::Test {
     driver.recompile();
   }
 
-  NimbraConfig settings;
+  const NimbraConfig& drawn(const std::string& script) {
+    choose(Visualizer::script, script);
+    return tickAfter(frame);
+  }
+
+  /// Tones in the bass, the middle and the treble.
+  static void play(TapState& tap) {
+    std::vector<float> tones(1024);
+    for (std::size_t i = 0; i < tones.size(); ++i) {
+      const double angle = 2 * 3.14159265358979 * static_cast<double>(i) / 48000;
+      tones[i] =
+          static_cast<float>(.5 * std::sin(140 * angle) + .2 * std::sin(1000 * angle) + .1 * std::sin(5000 * angle));
+    }
+    const std::span<const float> channels[] = {tones, tones};
+    tap.handlers.audio({.format = AudioFormat{48000, 2, 0, 32, true}, .unreadable = {}, .channels = channels});
+  }
+
+  struct Glide {
+    const char* channel;
+    double target, timeConstant;
+  };
+  /// One tick takes each channel as far from 0 towards its target as its time constant says.
+  void expectGlides(const std::vector<Glide>& glides) {
+    tickAfter(0.05);
+    for (const auto& [name, target, timeConstant] : glides) {
+      EXPECT_GT(std::abs(target), 0.01) << name;
+      EXPECT_NEAR(channel(name), (1 - std::exp(-0.05 / timeConstant)) * target, 1e-6) << name;
+    }
+  }
+
+  double channel(const char* name) { return driver.channels.values.at(name); }
+
+  TemporaryFolder folder;
+  NimbraConfig settings, driven;
   double now = 500;
-  ManualTimers timers;
+  double wall = 1.7e9;
+  HandTimers timers;
+  HandFetcher http;
+  std::vector<std::shared_ptr<TapState>> taps;
+  std::vector<std::function<void(std::optional<Palette>)>> samples;
   SceneDriver driver{ports()};
-  std::vector<NimbraConfig> driven;
 };
 
 TEST_F(SceneDriverTest, AutonomousDrawsTheSettingsButForThePace) {
-  settings.exposure = 99;
-  driver.recompile();
-  EXPECT_EQ(tickAfter(0.03), settings);
-  settings.tempo = 2;
-  EXPECT_EQ(tickAfter(0.03), settings.applyingTempo());
-}
-
-TEST_F(SceneDriverTest, BeforeTheFirstCompileThePlainSettingsAreDrawn) {
   settings.visualizer = Visualizer::music;
-  EXPECT_EQ(tickAfter(0.03), settings);
-}
-
-TEST_F(SceneDriverTest, TimeIsSecondsSinceTheStart) {
-  choose(Visualizer::script, "bind glow = t");
-  EXPECT_DOUBLE_EQ(tickAfter(1.5).glowAmount, 1.5);
-  EXPECT_DOUBLE_EQ(tickAfter(1.25).glowAmount, 2.75);
-}
-
-TEST_F(SceneDriverTest, AStepIsHeld) {
-  const auto advance = [&](double seconds) {
-    driver.channels.setImmediate("x", 0);
-    driver.channels.set("x", 1, 1);
-    tickAfter(seconds);
-    return -std::log(1 - driver.channels.values.at("x"));
-  };
-  EXPECT_NEAR(advance(0.1), 0.1, 1e-12);
-  EXPECT_NEAR(advance(10), 0.5, 1e-12);
-  EXPECT_NEAR(advance(0.0001), 1.0 / 240, 1e-12);
-  EXPECT_NEAR(advance(-5), 1.0 / 240, 1e-12);
-  EXPECT_NEAR(advance(0.1), 0.1, 1e-12);
+  EXPECT_EQ(tickAfter(frame), settings) << "before the first compile";
+  settings.exposure = 99;
+  choose(Visualizer::autonomous, "bind nonsense");
+  EXPECT_EQ(tickAfter(frame), settings);
+  settings.tempo = 2;
+  EXPECT_EQ(tickAfter(frame), settings.applyingTempo());
 }
 
 TEST_F(SceneDriverTest, ThePaceComesAfterTheScript) {
-  choose(Visualizer::script, "bind speed = 3");
   settings.tempo = 2;
-  EXPECT_EQ(tickAfter(0.03).timeScale, 4);
+  EXPECT_EQ(drawn("bind speed = 3").timeScale, 4);
   settings.tempo = 0.5;
-  EXPECT_EQ(tickAfter(0.03).timeScale, 1.5);
-  choose(Visualizer::script, "bind speed = 3\nset tempo 2");
-  EXPECT_EQ(tickAfter(0.03).timeScale, 4) << "the script's own pace";
+  EXPECT_EQ(tickAfter(frame).timeScale, 1.5);
+  EXPECT_EQ(drawn("bind speed = 3\nset tempo 2").timeScale, 4) << "the script's own pace";
+}
+
+TEST_F(SceneDriverTest, TimeIsSecondsSinceTheStartAndAStepIsBounded) {
+  choose(Visualizer::script, "bind glow = t");
+  EXPECT_DOUBLE_EQ(tickAfter(1.5).glowAmount, 1.5);
+  EXPECT_DOUBLE_EQ(tickAfter(1.25).glowAmount, 2.75);
+  for (const auto& [seconds, step] :
+       {std::pair{0.1, 0.1}, {10, 0.5}, {0.0001, 1.0 / 240}, {-5, 1.0 / 240}, {0.2, 0.2}}) {
+    driver.channels.setImmediate("x", 0);
+    driver.channels.set("x", 1, 1);
+    tickAfter(seconds);
+    EXPECT_NEAR(channel("x"), 1 - std::exp(-step), 1e-12) << seconds;
+  }
 }
 
 TEST_F(SceneDriverTest, ABrokenScriptShowsThePlainSettingsAndSaysWhy) {
-  choose(Visualizer::script, "set glow 3");
-  EXPECT_EQ(tickAfter(0.03).glowAmount, 3);
-  choose(Visualizer::script, "set glow 2\nbind glw = 1");
+  EXPECT_EQ(drawn("set glow 3").glowAmount, 3);
+  EXPECT_EQ(drawn("set glow 2\nbind glw = 1"), settings);
   EXPECT_EQ(driver.scriptError(), "Line 2: unknown parameter 'glw'");
-  EXPECT_EQ(tickAfter(0.03), settings);
-  choose(Visualizer::script, "set glow 1");
+  EXPECT_EQ(drawn("set glow 1").glowAmount, 1);
   EXPECT_EQ(driver.scriptError(), std::nullopt);
-  EXPECT_EQ(tickAfter(0.03).glowAmount, 1);
-}
-
-TEST_F(SceneDriverTest, EachModeRunsItsOwnScript) {
-  for (const Visualizer mode : {Visualizer::music, Visualizer::agent, Visualizer::weather, Visualizer::wind}) {
-    choose(mode, "bind nonsense");
-    EXPECT_EQ(driver.scriptError(), std::nullopt);
-    EXPECT_EQ(driver.compiled(), NimbraScript::parse(builtInScript(mode)));
-  }
-  choose(Visualizer::autonomous, "bind nonsense");
-  EXPECT_EQ(driver.compiled(), NimbraScript::empty());
 }
 
 TEST_F(SceneDriverTest, LeavingAModeLetsItsChannelsFadeOut) {
-  choose(Visualizer::music);
-  driver.channels.set("level", 1, 0.08);
-  driver.channels.setImmediate("beat", 1);
-  driver.channels.set("deploys", 1, 0.3);
-  tickAfter(0.03);
-  choose(Visualizer::music);
-  tickAfter(0.03);
-  EXPECT_EQ(driver.channels.values.at("level"), 1);
+  for (const char* name : {"level", "beat", "deploys"}) driver.channels.set(name, 1, name[0] == 'b' ? 0 : 0.08);
+  tickAfter(frame);
   choose(Visualizer::autonomous);
+  tickAfter(frame);
+  EXPECT_EQ(channel("level"), 1) << "the mode is the same";
+  choose(Visualizer::script);
   tickAfter(0.08);
-  EXPECT_NEAR(driver.channels.values.at("level"), std::exp(-1), 1e-12);
-  EXPECT_EQ(driver.channels.values.at("beat"), 0);
-  EXPECT_EQ(driver.channels.values.at("deploys"), 1);
+  EXPECT_NEAR(channel("level"), std::exp(-1), 1e-12);
+  EXPECT_EQ(channel("beat"), 0);
+  EXPECT_EQ(channel("deploys"), 1);
 }
 
 TEST_F(SceneDriverTest, PalettesComeAndGo) {
-  const std::vector<ColorStop> blue(4, ColorStop{0, 0, 1});
-  const std::vector<ColorStop> green(4, ColorStop{0, 1, 0});
-  const Palette mine{"Mine", std::vector<ColorStop>(4, ColorStop{1, 1, 1})};
-  const auto drawn = [&](const std::string& script) {
-    choose(Visualizer::script, script);
-    return tickAfter(0.03).customPalette;
+  const auto expectPalette = [&](const std::string& script, const std::optional<Palette>& wanted) {
+    EXPECT_EQ(drawn(script).customPalette, wanted) << script;
   };
-  const auto custom = [](const std::vector<ColorStop>& stops) { return std::optional(Palette{"Custom", stops}); };
-  EXPECT_EQ(drawn("palette #0000ff #0000ff"), custom(blue));
-  EXPECT_EQ(drawn(""), std::nullopt);
-  settings.customPalette = mine;
-  EXPECT_EQ(drawn(""), mine);
-  EXPECT_EQ(drawn("palette #0000ff #0000ff"), custom(blue));
-  EXPECT_EQ(drawn("palette wallpaper"), mine);
-  driver.wallpaper = Palette{"Picture", green};
-  EXPECT_EQ(drawn("palette wallpaper\npalette #0000ff #0000ff"), custom(green));
+  const std::string own = "palette #0000ff #0000ff", both = "palette wallpaper\n" + own;
+  expectPalette(own, palette(blue));
+  expectPalette("", std::nullopt);
+  settings.customPalette = palette(white, "Mine");
+  expectPalette("", settings.customPalette);
+  expectPalette(own, palette(blue));
+  expectPalette("palette wallpaper", settings.customPalette);
+  expectPalette(both, palette(blue));
+  driver.wallpaper = palette(green, "Picture");
+  expectPalette(both, palette(green));
   settings.customPalette.reset();
-  EXPECT_EQ(drawn(""), std::nullopt);
+  expectPalette("", std::nullopt);
   settings.matchWallpaper = true;
-  EXPECT_EQ(drawn(""), custom(green));
-  EXPECT_EQ(drawn("palette #0000ff #0000ff"), custom(blue));
+  expectPalette("", palette(green));
+  expectPalette(own, palette(blue));
+  folder.write("state.json", R"({"palette": ["#ff0000", "#ff0000"]})");
+  expectPalette(both, palette(red));
 }
 
-TEST_F(SceneDriverTest, ASuspendedDriverHasNoTimer) {
-  EXPECT_EQ(timers.made, 1);
+TEST_F(SceneDriverTest, TheTimerStopsWithASuspensionAndWithTheDriver) {
+  const auto suspend = [this](const NimbraConfig&) { driver.suspend(); };
+  driver.onConfig = suspend;  // also from inside a tick
+  const auto action = timers.action;
+  action();
   driver.suspend();
+  EXPECT_FALSE(timers.action);
+  driver.onConfig = nullptr;
+  for (int i = 0; i < 2; ++i) driver.resume();
+  EXPECT_TRUE(timers.action);
   driver.suspend();
-  EXPECT_FALSE(timers.running());
-  driver.resume();
-  driver.resume();
-  EXPECT_TRUE(timers.running());
-  EXPECT_EQ(timers.made, 2);
-  EXPECT_EQ(tickAfter(3600), settings);
+  std::function<void(std::optional<Palette>)> late;
+  {
+    auto mine = ports();
+    mine.sampleWallpaper = [&](auto done) { late = std::move(done); };
+    const SceneDriver other(mine);
+    EXPECT_TRUE(timers.action);
+  }
+  EXPECT_FALSE(timers.action);
+  late(palette(red));  // an answer for a driver that is gone
 }
 
-TEST_F(SceneDriverTest, ATickMaySuspendTheDriver) {
-  driver.onConfig = [this](const NimbraConfig& config) {
-    driver.suspend();
-    driven.push_back(config);
+TEST_F(SceneDriverTest, SoundIsListenedToInTheMusicModeOnly) {
+  choose(Visualizer::autonomous);
+  EXPECT_EQ(driver.audio(), nullptr);
+  choose(Visualizer::music);
+  EXPECT_EQ(driver.compiled(), NimbraScript::parse(builtInScript(Visualizer::music)));
+  ASSERT_EQ(taps.size(), 1U);
+  EXPECT_TRUE(taps[0]->running);
+  tickAfter(frame);
+  play(*taps[0]);
+  const AudioSource::Bands bands = driver.audio()->bands();
+  expectGlides(
+      {{"level", bands.level, .08}, {"bass", bands.bass, .06}, {"mid", bands.mid, .09}, {"treble", bands.treble, .07}});
+  EXPECT_GT(bands.beat, 0.5);
+  EXPECT_EQ(channel("beat"), bands.beat) << "it arrives at once";
+  choose(Visualizer::wind);
+  EXPECT_FALSE(taps[0]->running);
+  EXPECT_EQ(driver.audio(), nullptr);
+}
+
+TEST_F(SceneDriverTest, AFailedTapIsReplacedByTheNextCompileAndASuspendedDriverHasNone) {
+  choose(Visualizer::music);
+  play(*taps[0]);
+  tickAfter(frame);
+  taps[0]->handlers.failed("the server is gone");
+  for (int i = 0; i < 90; ++i) tickAfter(frame);
+  ASSERT_EQ(taps.size(), 1U);
+  EXPECT_EQ(driver.audio()->lastError(), "the server is gone");
+  EXPECT_LT(channel("bass"), 0.01);
+  for (int i = 0; i < 2; ++i) choose(Visualizer::music);
+  ASSERT_EQ(taps.size(), 2U);
+  driver.suspend();
+  EXPECT_FALSE(taps[1]->running);
+  choose(Visualizer::music);
+  ASSERT_EQ(taps.size(), 2U);
+  driver.resume();
+  ASSERT_EQ(taps.size(), 3U);
+  EXPECT_TRUE(taps[2]->running);
+}
+
+TEST_F(SceneDriverTest, TheWeatherIsAskedForInItsTwoModesOnly) {
+  settings.weatherLatitude = 52.52;
+  settings.weatherLongitude = 13.405;
+  choose(Visualizer::autonomous);
+  tickAfter(frame);
+  EXPECT_TRUE(http.urls.empty());
+  choose(Visualizer::wind);
+  for (int i = 0; i < 2; ++i) tickAfter(frame);
+  ASSERT_EQ(http.urls.size(), 1U);
+  EXPECT_THAT(http.urls[0], testing::HasSubstr("latitude=52.5200&longitude=13.4050"));
+  http.answer(std::string(R"({"current": {"temperature_2m": 20, "wind_speed_10m": 30, "wind_gusts_10m": 40,
+                              "cloud_cover": 80, "precipitation": 2.5}})"));
+  const std::vector<Glide> glides{{"temp", 20, 2}, {"wind", 30, 2}, {"gust", 40, 2}, {"cloud", .8, 2}, {"rain", .5, 2}};
+  expectGlides(glides);
+  choose(Visualizer::weather);
+  for (const Glide& glide : glides) driver.channels.values[glide.channel] = 0;
+  expectGlides(glides);
+  tickAfter(700);
+  EXPECT_EQ(http.urls.size(), 2U) << "ten minutes later";
+}
+
+TEST_F(SceneDriverTest, AFailureFlashesInEveryModeAndFadesInASecondAndAHalf) {
+  settings.tempo = 2;
+  choose(Visualizer::agent);
+  const NimbraConfig calm = tickAfter(frame);
+  wall = 1.7e9 - now;  // the wall clock starts here
+  folder.write("state.json", R"({"alert_until": 1700000001.5, "alert_palette": ["#ff0000", "#aa0000"]})");
+  const NimbraConfig bright = tickAfter(0.001);
+  EXPECT_GT(bright.exposure, calm.exposure + 1.4);
+  EXPECT_NEAR(bright.curlStrength, calm.curlStrength + 2.5, 0.01) << "the pace has no part in it";
+  EXPECT_EQ(bright.customPalette->stops[0], red);
+  EXPECT_LT(bright.hueSpread, 0.3 * calm.hueSpread);
+  EXPECT_NEAR(tickAfter(0.75).exposure, calm.exposure + 0.75, 0.02);
+  EXPECT_EQ(tickAfter(0.75).exposure, calm.exposure);
+  EXPECT_NE(driven.customPalette->stops[0], red);
+}
+
+TEST_F(SceneDriverTest, TheWallpaperIsSampledAtTheStartAndThenEachTwentySecondsWhileWanted) {
+  ASSERT_EQ(samples.size(), 1U);
+  drawn("");
+  tickAfter(100);
+  EXPECT_EQ(samples.size(), 1U);
+  for (const bool byScript : {true, false}) {
+    settings.matchWallpaper = !byScript;
+    choose(Visualizer::script, byScript ? "palette wallpaper" : "");
+    samples.clear();
+    for (const auto& [seconds, count] : {std::pair{100.0, 1U}, {19.9, 1U}, {0.2, 2U}}) {
+      tickAfter(seconds);
+      ASSERT_EQ(samples.size(), count) << byScript;
+    }
+  }
+  samples.back()(palette(green));
+  EXPECT_EQ(tickAfter(frame).customPalette, palette(green));
+  samples.back()(std::nullopt);  // a picture that can't be read takes nothing away
+  EXPECT_EQ(tickAfter(frame).customPalette, palette(green));
+}
+
+TEST_F(SceneDriverTest, NamesThatMeanSomethingArriveAmongAnyNumberOfOthersInEveryMode) {
+  const auto write = [&](double mine) {
+    std::string text = R"({"busy": 1, "a1": 1.7e12, "mine": )" + std::to_string(mine);
+    for (int i = 0; i < 5000; ++i) text += ",\"!" + std::to_string(i) + "\": 1";  // before them in any order
+    std::filesystem::rename(folder.write("new", text + "}"), folder.file("state.json"));
   };
-  EXPECT_EQ(tickAfter(0.03), settings);
-  EXPECT_FALSE(timers.running());
+  write(0);
+  EXPECT_EQ(drawn("bind glow = mine").glowAmount, 0);
+  write(0.5);
+  expectGlides({{"mine", 0.5, 0.3}});
+  EXPECT_EQ(channel("a1"), 1.7e12) << "milliseconds since 1970";
+  EXPECT_LT(driver.channels.targets.size(), 30U);
+  for (std::size_t mode = 0; mode < rawValues<Visualizer>.size(); ++mode) {
+    choose(static_cast<Visualizer>(mode), "bind glow = mine");
+    tickAfter(frame);
+    EXPECT_EQ(driver.channels.targets.at("busy"), 1) << mode;
+  }
+  for (const double value : {1e300, 1.0}) {
+    write(value);
+    for (int i = 0; i < 60; ++i) tickAfter(0.5);
+  }
+  EXPECT_NEAR(channel("mine"), 1, 1e-6) << "no number is so large that its channel stays there";
 }
 
-TEST_F(SceneDriverTest, TheTimerEndsWithTheDriver) {
-  ManualTimers others;
-  auto short_lived = ports();
-  short_lived.timers = &others;
-  { const SceneDriver driver2(short_lived); }
-  EXPECT_FALSE(others.running());
+TEST_F(SceneDriverTest, DiagnosticsTellEachCompileAndTheSoundNowAndThen) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // the switch is read once in a process
+  const EnvironmentChange debugging("NIMBRA_DEBUG", "1");
+  const auto run = [&] {
+    choose(Visualizer::script, "oops\u0007");
+    choose(Visualizer::music);
+    play(*taps[0]);
+    for (int i = 0; i < 121; ++i) tickAfter(frame);
+    std::exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0),
+              "^\\[nimbra\\] script script: binds=0 consts=0 error=Line 1: unknown command 'oops\\?'\n"
+              "\\[nimbra\\] script music: binds=9 consts=0 error=none\n"
+              "(\\[nimbra\\] audio cb=1 audioCb=1 fail=0 level=0\\.[0-9]{3} bass=[01]\\.[0-9]{3} fmt=rate=48000 [^\n]*"
+              " err=none\n){3}$");
+}
+
+TEST_F(SceneDriverTest, NoTickAllocates) {
+  if (!countsAllocations()) GTEST_SKIP() << "allocations can't be counted under a sanitizer";
+  SceneDriver plain(
+      {.settings = [this]() -> const NimbraConfig& { return settings; }, .mediaClock = [this] { return now; }});
+  const auto expectNone = [&] {
+    plain.recompile();
+    std::uint64_t before = 0;
+    for (int i = 0; i < 60; ++i) {
+      if (i == 1) before = allocationsInProcess();
+      for (const auto name : DriveChannels::sourceNames) plain.channels.set(name, now, 0.3);
+      now += frame;
+      plain.tick();
+    }
+    EXPECT_EQ(allocationsInProcess() - before, 0U) << rawValue(settings.visualizer);
+  };
+  settings.tempo = 1.5;
+  settings.paletteName = "a name that is too long for a short string's own buffer";
+  settings.customScript = "palette #ff0000 #00ff00\nbind glow = max(bass, a_name_too_long_for_a_small_string, 1, 2, 3)";
+  plain.wallpaper = palette(green);
+  for (std::size_t mode = 0; mode < rawValues<Visualizer>.size(); ++mode) {
+    settings.visualizer = static_cast<Visualizer>(mode);
+    for (int palettes = 0; palettes < 4; ++palettes) {
+      settings.matchWallpaper = palettes % 2 == 1;
+      settings.customPalette = palettes > 1 ? std::optional(palette(white)) : std::nullopt;
+      expectNone();
+    }
+  }
+  const std::uint64_t before = allocationsInProcess();
+  const auto text = std::make_unique<std::string>(100, 'x');
+  EXPECT_EQ(allocationsInProcess() - before, 2U) << "the count counts";
 }
 
 }  // namespace
-}  // namespace veloria
+}  // namespace veloria::tests

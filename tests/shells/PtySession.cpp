@@ -14,11 +14,7 @@
 
 namespace veloria::tests {
 
-namespace {
-
 constexpr double patience = 20;
-
-}  // namespace
 
 PtySession::PtySession(const std::vector<std::string>& argv, const std::vector<std::string>& environment) {
   std::vector<char*> pointers;
@@ -46,9 +42,10 @@ void PtySession::type(const std::string& keys) const {
   }
 }
 
-bool PtySession::readSome(int milliseconds) {
+/// False once the program has ended.
+bool PtySession::readSome() {
   pollfd ready{terminal_, POLLIN, 0};
-  if (poll(&ready, 1, milliseconds) <= 0) return true;
+  if (poll(&ready, 1, 100) <= 0) return true;
   std::array<char, 4096> bytes;
   const ssize_t count = read(terminal_, bytes.data(), bytes.size());
   if (count > 0) screen_.append(bytes.data(), static_cast<std::size_t>(count));
@@ -58,14 +55,14 @@ bool PtySession::readSome(int milliseconds) {
 bool PtySession::waitFor(const std::string& text) {
   const double end = mediaTime() + patience;
   while (screen_.find(text) == std::string::npos) {
-    if (mediaTime() > end || !readSome(100)) return screen_.find(text) != std::string::npos;
+    if (mediaTime() > end || !readSome()) return screen_.find(text) != std::string::npos;
   }
   return true;
 }
 
 int PtySession::waitForEnd() {
   const double end = mediaTime() + patience;
-  while (readSome(100)) {
+  while (readSome()) {
     if (mediaTime() > end) return -1;
   }
   int status = 0;

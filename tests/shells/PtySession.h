@@ -7,7 +7,7 @@
 
 namespace veloria::tests {
 
-/// A program on a terminal of its own, which this object is the keyboard and the screen of.
+/// A program on a terminal of its own; this object is its keyboard and its screen.
 class PtySession {
  public:
   /// `argv[0]` is looked up on the PATH. `environment` entries ("NAME=value") are added.
@@ -19,13 +19,13 @@ class PtySession {
   void type(const std::string& keys) const;
   /// Reads until `text` has come (since the last forget()); false after 20 seconds or at the end.
   bool waitFor(const std::string& text);
-  /// Reads what comes for the rest of its life; the exit code, 128 + n for signal n.
+  /// Reads until the program has ended; its exit code, 128 + n for signal n, -1 after 20 seconds.
   int waitForEnd();
   const std::string& screen() const { return screen_; }
   void forget() { screen_.clear(); }
 
  private:
-  bool readSome(int milliseconds);
+  bool readSome();
 
   int terminal_ = -1;
   pid_t pid_ = -1;

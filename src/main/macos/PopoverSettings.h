@@ -1,7 +1,7 @@
 #pragma once
 
 #include "main/SettingsHost.h"
-#include "platform/macos/settings/SettingsPopover.h"
+#include "platform/macos/shell/SettingsPopover.h"
 
 namespace veloria {
 

@@ -8,13 +8,13 @@
 
 namespace veloria {
 
-/// Captures the menu bar through ScreenCaptureKit, our own windows left out. Its pictures are textures of the device,
-/// without a copy. Needs the Screen Recording permission, which the system asks the user for when a capture starts;
-/// without it, and when the system ends the capture, failed() gets the system's own words. Main thread.
+/// Captures the menu bar through ScreenCaptureKit, without our own windows. Its pictures are textures of the device,
+/// without a copy. Needs the Screen Recording permission, which the system asks the user for when a capture starts.
+/// Without it, and when the system ends the capture, failed() gets the system's message. Main thread.
 class MacBarCaptureStream final : public BarCaptureStream {
  public:
-  /// `device` gives the one that draws now (of gpu::metal), null while there is none; it is asked at each start, and
-  /// what it gives must live until the next stop.
+  /// `device` returns the device that draws now (of gpu::metal), or null; called at each start. The device must live
+  /// until the next stop.
   explicit MacBarCaptureStream(std::function<gpu::Device*()> device);
   ~MacBarCaptureStream() override;
 

@@ -1,16 +1,138 @@
 #include "platform/macos/capture/MacBarCaptureStream.h"
 
-#include <utility>
+#import <CoreFoundation/CoreFoundation.h>
+#import <CoreGraphics/CoreGraphics.h>
+#import <CoreMedia/CoreMedia.h>
+#import <CoreVideo/CoreVideo.h>
+#import <Metal/Metal.h>
+#include <unistd.h>
 
-#include "BarStreamPlan.h"
-#include "CapturedPictures.h"
+#include <memory>
+#include <utility>
+#include <vector>
+
 #include "base/Log.h"
 #include "gpu/metal/MetalFactory.h"
 #include "platform/macos/capture/BarCaptureSettings.h"
-#include "platform/macos/mainqueue/MainQueue.h"
-#include "platform/macos/stream/ScreenStream.h"
+#include "platform/macos/sources/ScreenStream.h"
+#include "platform/macos/system/MacBasics.h"
 
 namespace veloria {
+
+namespace {
+
+SCDisplay* displayIn(SCShareableContent* content, std::uint32_t wanted) {
+  std::vector<std::uint32_t> numbers;
+  for (SCDisplay* display in content.displays) numbers.push_back(display.displayID);
+  const auto index = displayToCapture(numbers, wanted);
+  return index ? content.displays[*index] : nil;
+}
+
+OwnContent ownOf(SCShareableContent* content) {
+  std::vector<int> applications;
+  std::vector<int> owners;
+  for (SCRunningApplication* application in content.applications) applications.push_back(application.processID);
+  for (SCWindow* window in content.windows) owners.push_back(window.owningApplication.processID);
+  return ownContent(applications, owners, ::getpid());
+}
+
+NSArray* windowsOf(SCShareableContent* content, const std::vector<std::size_t>& indices) {
+  NSMutableArray* windows = [NSMutableArray array];
+  for (const std::size_t index : indices) [windows addObject:content.windows[index]];
+  return windows;
+}
+
+SCContentFilter* filterOf(SCShareableContent* content, SCDisplay* display) {
+  const OwnContent own = ownOf(content);
+  if (own.application) {
+    return [[SCContentFilter alloc] initWithDisplay:display
+                              excludingApplications:@[ content.applications[*own.application] ]
+                                   exceptingWindows:@[]];
+  }
+  NimbraLog::debugf("capture: app not listed, falling back to %zu windows", own.windows.size());
+  return [[SCContentFilter alloc] initWithDisplay:display excludingWindows:windowsOf(content, own.windows)];
+}
+
+SCStreamConfiguration* configurationOf(const BarCaptureSettings& settings) {
+  const Rect& rect = settings.sourceRect;
+  SCStreamConfiguration* configuration = [SCStreamConfiguration new];
+  configuration.sourceRect = CGRectMake(rect.x, rect.y, rect.width, rect.height);
+  configuration.width = settings.pictures.width;
+  configuration.height = settings.pictures.height;
+  configuration.pixelFormat = kCVPixelFormatType_32BGRA;
+  configuration.colorSpaceName = kCGColorSpaceSRGB;
+  configuration.showsCursor = BarCaptureSettings::showsCursor;
+  configuration.queueDepth = BarCaptureSettings::queueDepth;
+  configuration.scalesToFit = BarCaptureSettings::scalesToFit;
+  configuration.minimumFrameInterval = CMTimeMake(1, BarCaptureSettings::framesPerSecond);
+  return configuration;
+}
+
+/// How to capture a region of the menu bar without our own windows, of the content that exists now. Main thread.
+StreamPlan barStreamPlan(SCShareableContent* content, const BarRegion& region) {
+  SCDisplay* display = displayIn(content, region.displayID);
+  if (display == nil) return {.problem = noDisplayToCapture};
+  const auto settings = barCaptureSettings(region);
+  if (!settings) return {.problem = "The menu bar has no size that could be captured."};
+  return {.filter = filterOf(content, display), .configuration = configurationOf(*settings), .problem = {}};
+}
+
+/// A captured picture and its texture, which share memory. That memory is the stream's, and returns to it when this is
+/// destroyed.
+class CapturedPicture {
+ public:
+  /// Owns the reference from now on.
+  explicit CapturedPicture(CVMetalTextureRef texture) : texture_(texture) {}
+  ~CapturedPicture();
+  CapturedPicture(const CapturedPicture&) = delete;
+  CapturedPicture& operator=(const CapturedPicture&) = delete;
+
+  id<MTLTexture> texture() const { return CVMetalTextureGetTexture(texture_); }
+
+ private:
+  CVMetalTextureRef texture_;
+};
+
+/// Makes captured pictures for one device. Any one thread at a time.
+class CapturedPictures {
+ public:
+  explicit CapturedPictures(id<MTLDevice> device);
+  ~CapturedPictures();
+  CapturedPictures(const CapturedPictures&) = delete;
+  CapturedPictures& operator=(const CapturedPictures&) = delete;
+
+  /// Null for a buffer without a picture, and if no texture can be made.
+  std::shared_ptr<CapturedPicture> picture(CMSampleBufferRef buffer) const;
+
+ private:
+  CVMetalTextureCacheRef cache_ = nullptr;
+};
+
+CapturedPicture::~CapturedPicture() {
+  CFRelease(texture_);
+}
+
+CapturedPictures::CapturedPictures(id<MTLDevice> device) {
+  if (CVMetalTextureCacheCreate(nullptr, nullptr, device, nullptr, &cache_) != kCVReturnSuccess) cache_ = nullptr;
+}
+
+CapturedPictures::~CapturedPictures() {
+  if (cache_ != nullptr) CFRelease(cache_);
+}
+
+std::shared_ptr<CapturedPicture> CapturedPictures::picture(CMSampleBufferRef buffer) const {
+  if (cache_ == nullptr || !CMSampleBufferIsValid(buffer)) return nullptr;
+  const CVImageBufferRef image = CMSampleBufferGetImageBuffer(buffer);
+  if (image == nullptr) return nullptr;
+  CVMetalTextureRef texture = nullptr;
+  const CVReturn status = CVMetalTextureCacheCreateTextureFromImage(
+      nullptr, cache_, image, nullptr, MTLPixelFormatBGRA8Unorm, CVPixelBufferGetWidth(image),
+      CVPixelBufferGetHeight(image), 0, &texture);
+  if (status != kCVReturnSuccess || texture == nullptr) return nullptr;
+  return std::make_shared<CapturedPicture>(texture);
+}
+
+}  // namespace
 
 /// One capture, from start to stop. Main thread.
 struct MacBarCaptureStream::Run {
@@ -44,7 +166,7 @@ struct MacBarCaptureStream::Run {
 
 namespace {
 
-/// The pictures' way from the capture's queue to the main thread, where a capture that has ended drops them.
+/// Takes the pictures from the capture's queue to the main thread, where a capture that has ended drops them.
 template <typename Run>
 std::function<void(CMSampleBufferRef, SCStreamOutputType)> sampleHandler(const std::shared_ptr<Run>& run) {
   const auto device = (__bridge id<MTLDevice>)gpu::metal::systemDevice(*run->device);

@@ -3,12 +3,13 @@
 #include <functional>
 #include <memory>
 
+#include "ports/LoginItemPort.h"
 #include "ports/SystemPort.h"
 
 namespace veloria {
 
-/// The Mac's display settings: Reduce Transparency and Increase Contrast, whose changes the workspace tells of, and the
-/// tint of glass, whose changes nobody tells of. Panes are those of System Settings. Main thread.
+/// The Mac's display settings: Reduce Transparency and Increase Contrast, whose changes are reported, and the tint of
+/// glass, whose changes are not. Panes are those of System Settings. Main thread.
 class MacSystem final : public SystemPort {
  public:
   static constexpr const char* glassTintKey = "NSGlassTintAmount";
@@ -23,6 +24,15 @@ class MacSystem final : public SystemPort {
  private:
   struct Observer;
   std::unique_ptr<Observer> observer_;
+};
+
+/// Starts this application at login; only an application bundle can be started. Main thread.
+class MacLoginItem final : public LoginItemPort {
+ public:
+  /// False too until the user allows it in System Settings.
+  bool isRegistered() override;
+  Result<Done> add() override;
+  Result<Done> remove() override;
 };
 
 }  // namespace veloria

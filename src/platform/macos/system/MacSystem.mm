@@ -1,11 +1,12 @@
 #include "platform/macos/system/MacSystem.h"
 
 #import <AppKit/AppKit.h>
+#import <ServiceManagement/ServiceManagement.h>
 
 #include <utility>
 
-#include "platform/macos/system/SettingsPaneAddress.h"
-#include "platform/macos/text/MacText.h"
+#include "platform/macos/system/MacBasics.h"
+#include "platform/macos/system/SystemRules.h"
 
 namespace veloria {
 
@@ -33,6 +34,10 @@ id observe(const std::shared_ptr<Handler>& handler) {
 double glassTint() {
   id tint = [[NSUserDefaults standardUserDefaults] objectForKey:systemText(MacSystem::glassTintKey)];
   return [tint isKindOfClass:[NSNumber class]] ? [tint doubleValue] : 0;
+}
+
+SMAppService* service() {
+  return SMAppService.mainAppService;
 }
 
 }  // namespace
@@ -68,6 +73,28 @@ Result<Done> MacSystem::open(SystemPane pane) {
     if (address != nil && [workspace() openURL:address]) return Done{};
     return Failure{"System Settings could not be opened. Open it yourself."};
   }
+}
+
+bool MacLoginItem::isRegistered() {
+  return service().status == SMAppServiceStatusEnabled;
+}
+
+Result<Done> MacLoginItem::add() {
+  if (isRegistered()) return Done{};
+  NSError* error = nil;
+  const bool added = [service() registerAndReturnError:&error];
+  if (service().status == SMAppServiceStatusRequiresApproval) {
+    return Failure{"allow Veloria in System Settings, General, Login Items"};
+  }
+  if (!added) return Failure{plainText(error.localizedDescription)};
+  return Done{};
+}
+
+Result<Done> MacLoginItem::remove() {
+  if (service().status == SMAppServiceStatusNotRegistered) return Done{};
+  NSError* error = nil;
+  if (![service() unregisterAndReturnError:&error]) return Failure{plainText(error.localizedDescription)};
+  return Done{};
 }
 
 }  // namespace veloria

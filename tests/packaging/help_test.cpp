@@ -1,0 +1,185 @@
+// The completions, in the shells that they are for, and the manual pages say what the programs' --help says.
+
+#include <gmock/gmock.h>
+
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "Process.h"
+#include "PtySession.h"
+#include "settings/LookPreset.h"
+
+namespace veloria::tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAreArray;
+using Texts = std::vector<std::string>;
+using Names = std::set<std::string>;
+
+const std::string packaging = VELORIA_PACKAGING;
+
+Texts presetNames() {
+  Texts names;
+  for (const auto& preset : LookPreset::all()) names.emplace_back(preset.name);
+  return names;
+}
+
+/// Every match of the pattern's first group.
+Texts matches(const std::string& text, const std::string& pattern) {
+  const std::regex regex(pattern, std::regex::ECMAScript | std::regex::multiline);
+  Texts found;
+  for (std::sregex_iterator at(text.begin(), text.end(), regex), end; at != end; ++at) found.push_back((*at)[1]);
+  return found;
+}
+
+Names asSet(const Texts& texts) {
+  return {texts.begin(), texts.end()};
+}
+
+/// The parameter: "veloria" or "nimbra".
+class Help : public testing::TestWithParam<std::string> {
+ protected:
+  Help() { folder.write("my.scene", "set rays 1\n"); }
+
+  const std::string& name() const { return GetParam(); }
+  std::string file(const std::string& path) const { return packaging + "/" + path; }
+
+  std::string output(const std::string& program, const Texts& arguments) const {
+    const ProcessResult result = runProcess(program, arguments, folder.path(), environment);
+    EXPECT_EQ(result.errors, "");
+    return result.output;
+  }
+  std::string help(const Texts& arguments) const {
+    return output(name() == "veloria" ? VELORIA_BINARY : VELORIA_NIMBRA, arguments);
+  }
+  Texts commands() const { return matches(help({"--help"}), "^ +" + name() + " ([a-z]+) "); }
+  Texts options(const std::string& command) const {
+    return matches(help({command, "--help"}), "^  (?:-[a-z], )?(--[a-z-]+)");
+  }
+
+  /// What bash offers for the last of `words`, those after the program's name, as the program would get it.
+  Texts bash(const Texts& words) const {
+    Texts arguments{"--norc", "-c",
+                    "set -eu; source \"$0\"; COMP_WORDS=(" + name() + " \"$@\"); COMP_CWORD=$#; _" + name() +
+                        "; for word in \"${COMPREPLY[@]}\"; do eval \"printf '%s\\n' $word\"; done",
+                    file("completions/" + name() + ".bash")};
+    arguments.insert(arguments.end(), words.begin(), words.end());
+    return matches(output("/bin/bash", arguments), "^([^\n]+)$");
+  }
+  /// What fish offers at the end of `line`.
+  Texts fish(const std::string& line) const {
+    const std::string offers = output("/usr/bin/env", {"HOME=" + folder.path(), "fish", "--no-config", "-c",
+                                                       "source $argv[1]; complete --do-complete=$argv[2]",
+                                                       file("completions/" + name() + ".fish"), name() + " " + line});
+    return matches(offers, "^([^\t\n]+)");
+  }
+
+  TemporaryFolder folder;
+  Texts environment{"PATH=" + std::string(VELORIA_NIMBRA_FOLDER) + ":" + std::getenv("PATH")};
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, Help, testing::Values("veloria", "nimbra"), [](const auto& of) { return of.param; });
+
+TEST_P(Help, BashAndFishOfferCommandsAndTheirOptions) {
+  const Texts all = commands();
+  ASSERT_GE(all.size(), 5U);
+  for (const auto& command : all) {
+    EXPECT_THAT(bash({command, "--"}), UnorderedElementsAreArray(options(command))) << command;
+    EXPECT_THAT(fish(command + " --"), UnorderedElementsAreArray(options(command))) << command;
+  }
+  Texts words = all;
+  words.insert(words.end(), {"--help", "--version"});
+  EXPECT_THAT(bash({""}), UnorderedElementsAreArray(words));
+  EXPECT_THAT(fish(""), UnorderedElementsAreArray(all));
+  const Texts preset = name() == "veloria" ? Texts{"render", "--preset"} : Texts{"preset"};
+  Texts line = preset;
+  line.push_back("");
+  EXPECT_THAT(bash(line), UnorderedElementsAreArray(presetNames()));
+  line.back() = "Northern\\ L";
+  EXPECT_THAT(bash(line), ElementsAre("Northern Lights"));
+  EXPECT_THAT(fish(preset.front() + " " + (preset.size() > 1 ? "--preset " : "")),
+              UnorderedElementsAreArray(presetNames()));
+}
+
+TEST_P(Help, OperandsAreOffered) {
+  const std::vector<std::pair<std::string, Names>> files{
+      {"render --size ", {}},
+      {"render --script my", {"my.scene"}},
+      {"check my", {"my.scene"}},
+      {"status my", {}},
+  };
+  const std::vector<std::pair<std::string, Names>> programs{
+      {"run --session ", {}},
+      {"run --ttl 3 -- dirna", {"dirname"}},
+      {"run dirna", {"dirname"}},
+      {"palette c", {"clear"}},
+  };
+  for (const auto& [line, offers] : name() == "veloria" ? files : programs) {
+    Texts words = matches(line, "([^ ]+)");
+    if (line.back() == ' ') words.emplace_back();
+    EXPECT_EQ(asSet(bash(words)), offers) << line;
+    EXPECT_TRUE(offers.empty() ? fish(line).empty() : asSet(fish(line)).contains(*offers.begin())) << line;
+  }
+}
+
+TEST_P(Help, ZshOffersTheSame) {
+  PtySession zsh({"zsh", "-fi"}, environment);
+  zsh.type("PS1='> '; fpath=(" + file("completions") +
+           " $fpath); autoload -Uz compinit; compinit -u -D; echo re''ady\n");
+  ASSERT_TRUE(zsh.waitFor("ready")) << zsh.screen();
+  const auto expectOffers = [&](const std::string& line, const Texts& texts) {
+    zsh.forget();
+    zsh.type(name() + " " + line + "\t");
+    for (const auto& text : texts) EXPECT_TRUE(zsh.waitFor(text)) << text << " is missing in " << zsh.screen();
+    zsh.type(
+        "\x15"
+        "echo em''pty\n");
+    ASSERT_TRUE(zsh.waitFor("empty")) << zsh.screen();
+  };
+  expectOffers("", commands());
+  expectOffers("status --j", {"son"});
+  if (name() == "veloria") {
+    for (const std::string command : {"render", "bench", "check"}) expectOffers(command + " --", options(command));
+    expectOffers("render --preset ", {"Northern", "Rave"});
+    expectOffers("check " + folder.path() + "/m", {"y.scene"});
+  } else {
+    expectOffers("run --", {"--session", "--ttl", "--verbose"});
+    for (const std::string run : {"run --ttl 3 -- dirna", "run dirna"}) expectOffers(run, {"me"});
+    expectOffers("run nimbra status --j", {"son"});
+    expectOffers("preset ", {"Northern", "Rave"});
+  }
+}
+
+TEST_P(Help, TheManualPageTellsAll) {
+  const std::string page = file("man/" + name() + ".1");
+  // Below warnings is that other manuals are not installed.
+  EXPECT_EQ(output("/usr/bin/env", {"mandoc", "-T", "lint", "-W", "warning", page}), "");
+  const std::string text = output("/usr/bin/env", {"mandoc", "-T", "markdown", page});
+  const auto section = [&](const std::string& heading) {
+    const std::size_t begin = text.find("# " + heading + "\n");
+    return begin == std::string::npos ? "" : text.substr(begin, text.find("\n#", begin) - begin);
+  };
+  const auto optionsIn = [&](const std::string& heading) {
+    return asSet(matches(section(heading), "\\*\\*(--[a-z-]+)\\*\\*"));
+  };
+  Names told = asSet(matches(section("DESCRIPTION"), "\\*\\*([a-z]+)\\*\\*"));
+  if (name() == "nimbra") {
+    for (const auto& command : commands()) EXPECT_TRUE(told.contains(command)) << command;
+    return;
+  }
+  told.erase(name());
+  EXPECT_EQ(told, asSet(commands()));
+  for (const auto& command : told) {
+    Names wanted = optionsIn("Options of every command");
+    if (command == "render" || command == "bench") wanted.merge(optionsIn("Options of render and bench"));
+    wanted.merge(optionsIn("Options of " + command));
+    EXPECT_EQ(wanted, asSet(options(command))) << command;
+  }
+  EXPECT_EQ(asSet(matches(section("ENVIRONMENT"), "(NIMBRA_[A-Z_]+)")),
+            asSet(matches(help({"--help"}), "^  (NIMBRA_[A-Z_]+) ")));
+}
+
+}  // namespace
+}  // namespace veloria::tests

@@ -1,0 +1,169 @@
+// What is captured of the menu bar, and from the system's lists of buffers to what the audio source makes of them.
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include "platform/macos/capture/BarCaptureSettings.h"
+#include "platform/macos/sources/AudioBuffers.h"
+#include "platform/macos/sources/AudioGate.h"
+#include "sources/AudioSource.h"
+
+namespace veloria::tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using Bytes = std::span<const std::byte>;
+
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
+TEST(BarCaptureSettings, PicturesHaveWholePixelsOrAreNotCaptured) {
+  const std::pair<std::array<double, 3>, gpu::Size> cases[] = {
+      {{1512, 37, 2}, {3024, 74}}, {{1000.9, 33.7, 1.5}, {1501, 50}},
+      {{16384, 1, 1}, {16384, 1}}, {{16385, 24, 1}, {}},
+      {{1920, -3, 1}, {}},         {{1920, 0.4, 2}, {}},
+      {{1e300, 24, 1e300}, {}},    {{1920, notANumber, 1}, {}},
+      {{24, 1920, 0}, {}},
+  };
+  for (const auto& [region, size] : cases) {
+    const Rect rect{12, 0, region[0], region[1]};
+    const auto settings = barCaptureSettings({.displayID = 1, .rect = rect, .scale = region[2]});
+    EXPECT_EQ(settings.value_or(BarCaptureSettings{}).pictures, size) << region[0] << " x " << region[1];
+    EXPECT_TRUE(!settings || settings->sourceRect == rect);
+  }
+}
+
+TEST(BarCaptureSettings, TheWantedDisplayWithoutOurOwnContent) {
+  const std::array<std::uint32_t, 3> displays{5, 69, 7};
+  EXPECT_EQ(displayToCapture(displays, 69), 1U);
+  EXPECT_EQ(displayToCapture(displays, 8), 0U);
+  EXPECT_EQ(displayToCapture({}, 5), std::nullopt);
+  const std::vector applications{100, 200, 300}, owners{300, 0, 42, 42};
+  EXPECT_EQ(ownContent(applications, owners, 300).application, 2U);
+  EXPECT_THAT(ownContent(applications, owners, 300).windows, testing::IsEmpty());
+  EXPECT_EQ(ownContent(applications, owners, 42).application, std::nullopt);
+  EXPECT_THAT(ownContent(applications, owners, 42).windows, ElementsAre(2U, 3U));
+}
+
+constexpr std::uint32_t packedFlag = 8, separateFlag = 32;
+constexpr StreamDescription floats{48000, linearPcm, floatFlag | packedFlag | separateFlag, 2, 32};
+
+/// Hands over what a test gives it.
+struct HandTap : AudioTap {
+  explicit HandTap(Handlers& of) : handlers(of) {}
+  void start(Handlers given) override { handlers = std::move(given); }
+  void stop() override {}
+  Handlers& handlers;
+};
+
+class MacAudio : public testing::Test {
+ protected:
+  MacAudio() { source.start(); }
+  void hear(const StreamDescription& description, const std::vector<Bytes>& buffers) {
+    std::vector<std::span<const float>> channels;
+    handlers.audio(blockOf(audioFormat(description), buffers, channels));
+  }
+  /// The level that equal samples of these amplitudes give, a channel each.
+  double levelOf(const std::vector<float>& amplitudes) {
+    std::vector<std::vector<float>> channels;
+    for (const float amplitude : amplitudes) {
+      for (auto& samples = channels.emplace_back(1024); float& sample : samples) {
+        sample = amplitude * std::sin(0.0184F * static_cast<float>(&sample - samples.data()));
+      }
+    }
+    std::vector<Bytes> buffers;
+    for (const auto& channel : channels) buffers.push_back(std::as_bytes(std::span(channel)));
+    hear(floats, buffers);
+    return source.bands().level;
+  }
+  std::string note() const { return source.diagnostics().lastFormatNote; }
+  int failures() const { return source.diagnostics().decodeFailures; }
+
+  AudioTap::Handlers handlers;
+  AudioSource source{std::make_unique<HandTap>(handlers)};
+};
+
+TEST_F(MacAudio, OneBufferAChannelIsHeardAsTheirMean) {
+  const double both = levelOf({0.5F, 0.5F});
+  EXPECT_GT(both, 0.1);
+  EXPECT_EQ(note(), "rate=48000 ch=2 flags=41 bits=32");
+  EXPECT_NEAR(levelOf({0.5F, -0.5F}), 0, 1e-6);
+  EXPECT_LT(levelOf({0.25F}), both);
+  EXPECT_FALSE(std::isnan(levelOf({std::numeric_limits<float>::quiet_NaN()})));
+}
+
+TEST_F(MacAudio, OtherSamplesAreCountedAndLeft) {
+  const std::vector<std::byte> odd(4099);
+  const std::vector<Bytes> buffers{Bytes(odd).first(4096)};
+  const std::initializer_list<StreamDescription> others{{48000, linearPcm, 4 | packedFlag, 2, 16},
+                                                        {48000, linearPcm, floats.formatFlags, 2, 64},
+                                                        {48000, linearPcm, floats.formatFlags | bigEndianFlag, 2, 32},
+                                                        {48000, 0x61616320, floats.formatFlags, 2, 32}};
+  for (const auto& description : others) hear(description, buffers);
+  EXPECT_THAT(note(), EndsWith(" notFloat"));
+  hear(floats, {});
+  EXPECT_EQ(failures(), 5);
+  hear(floats, {Bytes{}, Bytes{}});
+  hear(floats, {Bytes(odd).first(4097), Bytes(odd).first(3)});
+  hear(floats, {Bytes(odd).subspan(1, 4096)});
+  EXPECT_THAT(note(), EndsWith(" misaligned"));
+  EXPECT_EQ(floatsIn(Bytes(odd))->size(), 1024U);
+  EXPECT_EQ(static_cast<const void*>(floatsIn(Bytes(odd))->data()), odd.data()) << "in place";
+}
+
+TEST_F(MacAudio, WhatTheSystemCouldNotGiveIsNoted) {
+  handlers.audio(unreadableBlock(audioFormat(floats), "sizeStatus", -12731));
+  EXPECT_EQ(note(), "rate=48000 ch=2 flags=41 bits=32 sizeStatus=-12731");
+  handlers.audio(undescribedBlock());
+  EXPECT_EQ(note(), "no format description");
+  handlers.audio(pictureBlock());
+  EXPECT_EQ(failures(), 2);
+  EXPECT_EQ(source.diagnostics().callbackCount, 3);
+  EXPECT_EQ(source.diagnostics().audioCallbackCount, 2);
+}
+
+TEST(AudioGate, KeepsTheOrderAndTellsNothingAfterTheEnd) {
+  std::string heard;
+  const AudioTap::Handlers handlers{.audio = [&](const AudioBlock&) { heard += "a"; },
+                                    .started = [&] { heard += "s"; },
+                                    .failed = [&](const std::string& text) { heard += "f:" + text; }};
+  AudioGate gate(handlers);
+  gate.audio({});
+  gate.started();
+  gate.audio({});
+  gate.failed("gone");
+  gate.failed("again");
+  gate.audio({});
+  AudioGate closed(handlers);
+  closed.close();
+  closed.started();
+  closed.audio({});
+  closed.failed("late");
+  EXPECT_EQ(heard, "saaf:gone");
+}
+
+TEST(AudioGate, ClosingWaitsForTheHandlerThatRuns) {
+  std::atomic<bool> inside = false, done = false;
+  AudioGate gate({.audio =
+                      [&](const AudioBlock&) {
+                        inside = true;
+                        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                        done = true;
+                      },
+                  .started = [] {},
+                  .failed = {}});
+  std::thread queue([&] { gate.audio({}); });
+  while (!inside) std::this_thread::yield();
+  gate.close();
+  EXPECT_TRUE(done);
+  queue.join();
+}
+
+}  // namespace
+}  // namespace veloria::tests
