@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "platform/linux/hyprland/CursorPosition.h"
+#include "platform/linux/hyprland/HyprlandPointer.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto position = veloria::cursorPositionFromAnswer({reinterpret_cast<const char*>(data), size});

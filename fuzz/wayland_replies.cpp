@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "base/StrictJson.h"
-#include "platform/linux/wayland/CompositorReplies.h"
+#include "platform/linux/wayland/CompositorQuestions.h"
 
 namespace {
 

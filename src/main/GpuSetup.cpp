@@ -1,9 +1,12 @@
 #include "main/GpuSetup.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
+#include <cstdio>
 #include <filesystem>
 
 #include "base/PlatformWords.h"
+#include "main/commands/Command.h"
 #include "render/RendererError.h"
 
 namespace veloria {
@@ -25,6 +28,15 @@ Gpu gpuFrom(const QCommandLineParser& parser) {
   gpu.device = makeDevice(parser.value("gpu").toStdString());
   gpu.library = loadShaderLibrary(*gpu.device, shaderLibraryCandidates(programPlaces()));
   return gpu;
+}
+
+int runDevices(const QStringList& arguments) {
+  QCommandLineParser parser;
+  if (!parseArguments(parser, "veloria devices", arguments, 0)) return done;
+  const auto lines = deviceLines();
+  if (lines.empty()) throw RendererError::noDevice();
+  for (const auto& line : lines) std::printf("%s\n", line.c_str());
+  return done;
 }
 
 }  // namespace veloria

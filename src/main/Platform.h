@@ -23,27 +23,27 @@ namespace veloria {
 
 class SettingsHost;
 
-/// What a system gives the application. Main thread. Must outlive all that it makes.
+/// What an operating system provides to the application. Main thread. Must outlive all that it makes.
 class Platform {
  public:
   virtual ~Platform() = default;
   Platform(const Platform&) = delete;
   Platform& operator=(const Platform&) = delete;
 
-  /// Before there is a QApplication, in the one process that shows the band. Throws WorkError where there is no
+  /// Before there is a QApplication, in the one process that shows the band. Throws WorkError if there is no
   /// display.
   virtual void prepare() {}
   virtual std::unique_ptr<SettingsStorage> makeSettingsStorage() = 0;
 
   /// The rest needs a QApplication, which must outlive what is made. The desktop comes first. `timers` must outlive it.
-  /// Throws WorkError where there is none, and std::runtime_error for one that can't be used.
+  /// Throws WorkError if there is none, and std::runtime_error for one that can't be used.
   virtual std::unique_ptr<Desktop> openDesktop(TimerFactory& timers) = 0;
   virtual std::unique_ptr<DesktopPicture> makeDesktopPicture() = 0;
   virtual std::unique_ptr<AudioTap> makeAudioTap() = 0;
   virtual std::unique_ptr<SystemActivity> makeActivity() = 0;
   virtual std::unique_ptr<Notifier> makeNotifier() = 0;
   virtual std::unique_ptr<StatusItem> makeStatusItem() = 0;
-  /// What shows the settings window by the status item, which was made before; null where the window does so itself.
+  /// Shows the settings window by the status item, which was made before; null if the window does so itself.
   virtual std::unique_ptr<SettingsPresenter> makePopover(SettingsHost&) { return nullptr; }
   /// `desktop`: what openDesktop() returned; must outlive it.
   virtual std::unique_ptr<SystemPort> makeSystem(Desktop& desktop) = 0;
@@ -64,8 +64,8 @@ class Platform {
 /// The system that this is. From now on systemLog() writes to its log.
 std::unique_ptr<Platform> makePlatform(const Environment& environment);
 
-/// To be called first of all in main(): where the system's rooms start this program as a helper, it does that work and
-/// ends the process.
+/// Call this first in main(): if this process was started as a helper of the program, it does that work and ends the
+/// process.
 void runAsHelper(int argc, char** argv);
 
 }  // namespace veloria

@@ -4,8 +4,11 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWindow>
+#include <cmath>
+#include <cstdio>
 #include <utility>
 
+#include "render/ScreenGeometry.h"
 #include "ui/cards/AgentCard.h"
 #include "ui/cards/DriveModeChooser.h"
 #include "ui/cards/GlassCard.h"
@@ -21,6 +24,56 @@
 #include "ui/window/SettingsWindow.h"
 
 namespace veloria {
+
+namespace {
+
+std::string figuresText(const ScreenStatus& screen) {
+  char text[96];
+  std::snprintf(text, sizeof text, "%.1f ms GPU · %d fps · %lldx%lld grid", screen.gpuMs, screen.fps,
+                static_cast<long long>(screen.gridWidth), static_cast<long long>(screen.gridHeight));
+  return text;
+}
+
+std::string audioText(const AudioStatus& audio) {
+  if (audio.error) return "Can't listen to the sound output: " + *audio.error;
+  if (!audio.running) return {};
+  char text[96];
+  const auto percent = [](double level) { return std::lround(100 * level); };
+  std::snprintf(text, sizeof text, "Listening · level %ld%% · bass %ld%% · mid %ld%% · treble %ld%%",
+                percent(audio.bands.level), percent(audio.bands.bass), percent(audio.bands.mid),
+                percent(audio.bands.treble));
+  return text;
+}
+
+std::string sentence(const char* start, const std::string& reason) {
+  return reason.empty() ? std::string() : start + reason;
+}
+
+}  // namespace
+
+Readouts readoutsOf(const AppStatus& status, const Screen* mainScreen) {
+  Readouts readouts;
+  readouts.darkness = sentence("Nothing is drawn: ", status.reason);
+  readouts.hint = status.hint;
+  for (const ScreenStatus& screen : status.screens) {
+    if (status.rendering && mainScreen != nullptr && screen.name == mainScreen->name) {
+      readouts.figures = figuresText(screen);
+    }
+  }
+  readouts.cutout = ScreenGeometry::description(mainScreen);
+  if (status.weather) {
+    readouts.weather = status.weather->readout;
+    readouts.weatherError = sentence("Couldn't get the weather: ", status.weather->error.value_or(""));
+  }
+  readouts.audio = audioText(status.audio);
+  readouts.picture = sentence("Can't take colours from the desktop picture: ", status.pictureError.value_or(""));
+  if (!status.capture.running) {
+    readouts.capture = sentence("Panel text can't be kept readable: ", status.capture.error.value_or(""));
+  }
+  if (!status.pointer.available) readouts.pointer = sentence("Can't follow the pointer: ", status.pointer.reason);
+  readouts.script = status.scriptError.value_or("");
+  return readouts;
+}
 
 /// What draws the window's pictures; kept when the window is made anew.
 struct SettingsHost::Previews {
@@ -108,7 +161,7 @@ class SettingsHost::Window {
     add(SettingTab::system, "Start", "login autostart", [&] { return new LoginItemCard(*ports.loginItem); });
     add(SettingTab::system, "The nimbra command", "command line shell path",
         [&] { return new CommandLineCard(ports.commandLine, packageCommand); });
-    add(SettingTab::system, "What the system does to the band", "transparency contrast tint bar desktop picture",
+    add(SettingTab::system, "System settings that affect the band", "transparency contrast tint bar desktop picture",
         [&] { return new SystemFactsCard(*ports.system, ports.panes); });
   }
 

@@ -3,6 +3,8 @@
 #include <functional>
 #include <memory>
 
+#include "app/AppStatus.h"
+#include "ports/ScreenProvider.h"
 #include "ports/SettingsPresenter.h"
 #include "settings/SettingsEditor.h"
 #include "system/LoginItem.h"
@@ -13,10 +15,9 @@
 #include "ui/script/ScriptCard.h"
 
 class QWidget;
-
 namespace veloria {
 
-/// The settings window of the running application: made when it is first asked for, then kept. Main thread, with a
+/// The settings window of the running application: made on first use, then kept. Main thread, with a
 /// QApplication that outlives it.
 class SettingsHost final : public SettingsPresenter {
  public:
@@ -30,7 +31,7 @@ class SettingsHost final : public SettingsPresenter {
     LoginItem* loginItem = nullptr;
     SystemState* system = nullptr;
     SystemPanes panes{};
-    /// Told when the window opens and closes.
+    /// Called when the window opens and closes.
     std::function<void(bool)> visibleChanged;
   };
 
@@ -41,8 +42,7 @@ class SettingsHost final : public SettingsPresenter {
   void close() override;
   bool isShown() const override;
 
-  /// The window, made when it is first asked for, for a platform that shows it inside something of its own instead of
-  /// calling show(). It stays this object's.
+  /// The window, made on first use, for a platform that embeds it instead of calling show(). This object owns it.
   QWidget& embeddable();
 
  private:
@@ -55,5 +55,9 @@ class SettingsHost final : public SettingsPresenter {
   std::unique_ptr<Previews> previews_;
   std::unique_ptr<Window> window_;
 };
+
+/// What the settings window shows of this status. The figures are those of `mainScreen`, which may be null; there are
+/// none while nothing is drawn.
+Readouts readoutsOf(const AppStatus& status, const Screen* mainScreen);
 
 }  // namespace veloria

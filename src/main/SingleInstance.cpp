@@ -4,13 +4,32 @@
 #include <string>
 #include <utility>
 
+#include "base/Environment.h"
 #include "base/LocalSocket.h"
 #include "base/Log.h"
-#include "main/RunningApplication.h"
 #include "main/commands/Command.h"
 #include "platform/qt/DescriptorWatch.h"
 
 namespace veloria {
+
+namespace {
+
+constexpr double patienceSeconds = 5;
+
+}  // namespace
+
+std::optional<nlohmann::ordered_json> askRunningApplication(const std::string& question) {
+  const auto path = controlSocketPath(processEnvironment());
+  if (!path) return std::nullopt;
+  const auto reply = askLocalSocket(*path, question, patienceSeconds);
+  if (!reply) throw WorkError(reply.error());
+  if (!reply->connected) return std::nullopt;
+  auto answer = nlohmann::ordered_json::parse(reply->answer, nullptr, false);
+  if (!answer.is_object()) throw WorkError("the running application's answer makes no sense");
+  const auto error = answer.find("error");
+  if (error != answer.end() && error->is_string()) throw WorkError(error->get<std::string>());
+  return answer;
+}
 
 namespace {
 
@@ -35,11 +54,11 @@ SingleInstance::SingleInstance(const Environment& environment) : socket_(control
 }
 
 int SingleInstance::greetTheOther() const {
-  std::puts("Veloria is running already; here are its settings.");
+  std::puts("Veloria is already running; opening its settings.");
   try {
     askRunningApplication(R"({"command": "settings"})");
   } catch (const WorkError& error) {
-    std::fprintf(stderr, "veloria: its settings can't be shown: %s\n", error.what());
+    std::fprintf(stderr, "veloria: can't open its settings: %s\n", error.what());
     return failed;
   }
   return done;

@@ -2,7 +2,9 @@
 
 #include <filesystem>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
 
 #include "app/RemoteControl.h"
 #include "base/Environment.h"
@@ -12,19 +14,23 @@
 
 namespace veloria {
 
-/// Sees to it that a user has one running application, and that this one can be asked. Where that can't be had it says
-/// so and lets the application run: better two than none. Main thread.
+/// Asks the application that this user runs; see base/LocalSocket.h for questions and answers. Nothing when none runs.
+/// Throws WorkError when it does not answer, or answers with anything but an object, or with an error.
+std::optional<nlohmann::ordered_json> askRunningApplication(const std::string& question);
+
+/// Makes sure that a user has one running application, which answers questions. If that fails it logs the reason and
+/// lets the application run: better two than none. Main thread.
 class SingleInstance {
  public:
   /// Becomes the one, unless another runs.
   explicit SingleInstance(const Environment& environment);
 
   bool otherRuns() const { return otherRuns_; }
-  /// Brings up the settings of the other one; the exit code.
+  /// Opens the settings of the other one; the exit code.
   int greetTheOther() const;
 
-  /// Answers questions until what it returns is let go; null where that can't be done. What it is given must outlive
-  /// that. Needs an event loop.
+  /// Answers questions until the returned object is destroyed; null if that fails. The arguments must outlive it. Needs
+  /// an event loop.
   std::unique_ptr<LocalServer> listen(TimerFactory& timers, RemoteControl& remote) const;
 
  private:

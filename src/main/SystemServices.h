@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "base/Environment.h"
+#include "platform/posix/files/UserFolders.h"
 #include "platform/posix/process/PosixCommandLine.h"
 #include "ports/Timer.h"
 #include "system/CommandLineTool.h"
@@ -14,7 +15,7 @@
 namespace veloria {
 
 /// The desktop's own settings, the nimbra command on the shell's PATH and the start at login, as the settings window
-/// needs them. Main thread; must live until the process ends, as threads of the window's pool may still ask for the
+/// needs them. Main thread; must live until the process ends, as threads of the window's pool may still use the
 /// command.
 class SystemServices {
  public:
@@ -26,11 +27,24 @@ class SystemServices {
     std::filesystem::path command;  ///< this program's own nimbra, absolute
   };
 
-  SystemServices(const Environment& environment, const Ports& ports);
+  SystemServices(const Environment& environment, const Ports& ports)
+      : state_(*ports.system, *ports.timers),
+        tool_(commandLine_, environment, {.command = ports.command, .home = homeFolder(environment).value_or("")}),
+        loginItem_(*ports.loginItem) {}
 
   SystemState& state() { return state_; }
   LoginItem& loginItem() { return loginItem_; }
-  CommandLinePorts commandLinePorts();
+  CommandLinePorts commandLinePorts() {
+    const auto alone = [this](auto action) {
+      return [this, action] {
+        const std::scoped_lock lock(toolLock_);
+        return action(tool_);
+      };
+    };
+    return {.look = alone([](CommandLineTool& tool) { return tool.look(); }),
+            .install = alone([](CommandLineTool& tool) { tool.install(); }),
+            .uninstall = alone([](CommandLineTool& tool) { tool.uninstall(); })};
+  }
 
  private:
   SystemState state_;

@@ -9,7 +9,6 @@
 #include <nlohmann/json.hpp>
 
 #include "Process.h"
-#include "desktop/ChildProcess.h"
 
 namespace veloria::tests {
 

@@ -1,22 +1,21 @@
 #include "desktop/DesktopSession.h"
 
 #include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
+
+#include "base/OwnedDescriptor.h"
 
 namespace veloria::desktop {
 
 namespace {
 
 constexpr double startSeconds = 20;
-constexpr double shortProgramSeconds = 15;
 constexpr std::uint32_t mostWords = 65536;
 
 struct Free {
@@ -25,19 +24,6 @@ struct Free {
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
 
-std::string readLine(int descriptor, double seconds) {
-  std::string line;
-  const double end = now() + seconds;
-  while (now() < end) {
-    pollfd waiting{descriptor, POLLIN, 0};
-    if (::poll(&waiting, 1, 100) <= 0) continue;
-    char c = 0;
-    if (read(descriptor, &c, 1) != 1 || c == '\n') break;
-    line.push_back(c);
-  }
-  return line;
-}
-
 Owned<xcb_get_property_reply_t> fetch(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t property) {
   const auto cookie = xcb_get_property(connection, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, mostWords);
   return Owned<xcb_get_property_reply_t>(xcb_get_property_reply(connection, cookie, nullptr));
@@ -45,104 +31,40 @@ Owned<xcb_get_property_reply_t> fetch(xcb_connection_t* connection, xcb_window_t
 
 }  // namespace
 
-std::string DesktopSession::missing(const std::vector<std::string>& more) {
-  std::vector<std::string> programs{"Xvfb"};
-  programs.insert(programs.end(), more.begin(), more.end());
-  const std::string program = missingProgram(programs);
-  return program.empty() ? "" : program + " is not installed (script/bootstrap installs it)";
+std::string DesktopSession::missing(std::vector<std::string> programs) {
+  programs.emplace_back("Xvfb");
+  return Session::missing(programs);
 }
-
-DesktopSession::DesktopSession() : DesktopSession(Options{}) {}
 
 DesktopSession::DesktopSession(const Options& options) {
-  makeFolder();
   startServer(options);
-  connect();
-}
-
-DesktopSession::~DesktopSession() {
-  observer_.reset();
-  compositor_.reset();
-  panel_.reset();
-  windowManager_.reset();
-  server_.reset();
-  if (std::getenv("VELORIA_KEEP_DESKTOP") != nullptr) return;
-  // What a program that is just dying still writes may come in between.
-  poll(2, [this] {
-    std::error_code error;
-    std::filesystem::remove_all(folder_, error);
-    return !error;
-  });
-}
-
-void DesktopSession::makeFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "veloria-desktop-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("No temporary folder can be made.");
-  folder_ = pattern;
-  for (const char* name : {"home", "config", "data", "cache", "runtime"}) {
-    std::filesystem::create_directory(folder_ / name);
-  }
-  std::filesystem::permissions(folder_ / "runtime", std::filesystem::perms::owner_all);
-  environment_ = {{"HOME", folder_ / "home"},
-                  {"XDG_CONFIG_HOME", folder_ / "config"},
-                  {"XDG_DATA_HOME", folder_ / "data"},
-                  {"XDG_CACHE_HOME", folder_ / "cache"},
-                  {"XDG_RUNTIME_DIR", folder_ / "runtime"},
-                  {"WAYLAND_DISPLAY", ""},
-                  {"XAUTHORITY", ""}};
+  observer_.reset(xcb_connect(display().c_str(), nullptr));
+  if (xcb_connection_has_error(observer_.get()) != 0) throw std::runtime_error("Xvfb refuses connections.");
+  root_ = xcb_setup_roots_iterator(xcb_get_setup(observer_.get())).data->root;
 }
 
 void DesktopSession::startServer(const Options& options) {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("No pipe can be made.");
+  const OwnedDescriptor number(open((folder() / "display").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
   const std::string size = std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
-  std::vector<std::string> argv{"Xvfb",       "-displayfd", std::to_string(ends[1]),
-                                "-screen",    "0",          size,
-                                "+extension", "Composite",  "+extension",
-                                "RANDR",      "-nolisten",  "tcp",
-                                "-noreset"};
+  std::vector<std::string> argv{"Xvfb", "-displayfd", std::to_string(number.get()), "-screen", "0", size, "-noreset"};
+  argv.insert(argv.end(), {"+extension", "Composite", "+extension", "RANDR", "-nolisten", "tcp"});
   argv.insert(argv.end(), options.serverArguments.begin(), options.serverArguments.end());
-  server_ = std::make_unique<ChildProcess>(argv, environment_, folder_ / "Xvfb.log", ends[1]);
-  close(ends[1]);
-  const std::string number = readLine(ends[0], startSeconds);
-  close(ends[0]);
-  if (number.empty()) throw std::runtime_error("Xvfb did not start:\n" + server_->output());
-  display_ = ":" + number;
-  environment_["DISPLAY"] = display_;
-}
-
-void DesktopSession::connect() {
-  observer_.reset(xcb_connect(display_.c_str(), nullptr));
-  if (xcb_connection_has_error(observer_.get()) != 0) throw std::runtime_error("Xvfb refuses connections.");
-  screen_ = xcb_setup_roots_iterator(xcb_get_setup(observer_.get())).data;
-}
-
-std::unique_ptr<ChildProcess> DesktopSession::launch(const std::string& name, const std::vector<std::string>& argv) {
-  return std::make_unique<ChildProcess>(argv, environment_, folder_ / (name + ".log"));
-}
-
-void DesktopSession::require(bool done, const std::string& what, ChildProcess& process) const {
-  if (!done) throw std::runtime_error(what + ". It wrote:\n" + process.output());
-}
-
-bool DesktopSession::waitUntil(const std::function<bool()>& condition, double seconds) const {
-  return poll(seconds, [&] {
-    if (idle_) idle_();
-    return condition();
+  server_ = std::make_unique<ChildProcess>(argv, environment_, folder() / "Xvfb.log", number.get());
+  require("Xvfb did not start", *server_, [&] {
+    std::string line;
+    std::getline(std::ifstream(folder() / "display"), line);
+    environment_["DISPLAY"] = ":" + line;
+    return !line.empty();
   });
-}
-
-void DesktopSession::stopServer() {
-  server_->stop();
 }
 
 void DesktopSession::startWindowManager(const std::string& name) {
   std::vector<std::string> argv{name};
   if (name == "openbox") argv = {name, "--sm-disable", "--config-file", VELORIA_DESKTOP_DATA "/openbox.xml"};
   if (name == "xfwm4") argv = {"dbus-run-session", "--", name, "--compositor=off", "--vblank=off"};
-  windowManager_ = launch(name, argv);
-  require(waitUntil([this] { return windowManagerRuns(); }, startSeconds) && managesWindows(),
-          name + " does not manage windows", *windowManager_);
+  windowManager_ = run(argv);
+  require(name + " does not manage windows", *windowManager_, [this] { return windowManagerRuns(); });
+  require(name + " does not manage windows", *windowManager_, [this] { return managesWindows(); });
 }
 
 // A window manager that has announced itself may still drop what is asked of it for a moment.
@@ -171,20 +93,14 @@ bool DesktopSession::managesWindows() const {
 void DesktopSession::replaceWindowManager() {
   // The new check window may get the old one's number, but not what is written on it here.
   const auto check = property(root(), "_NET_SUPPORTING_WM_CHECK");
-  const xcb_atom_t mark = atom("_VELORIA_TEST_MARK");
-  xcb_change_property(observer(), XCB_PROP_MODE_REPLACE, check.at(0), mark, XCB_ATOM_CARDINAL, 32, 1, check.data());
+  xcb_change_property(observer(), XCB_PROP_MODE_REPLACE, check.at(0), atom("_VELORIA_TEST_MARK"), XCB_ATOM_CARDINAL, 32,
+                      1, check.data());
   runToEnd({"openbox", "--restart"});
-  const bool changed = waitUntil(
-      [&] {
-        const auto now = property(root(), "_NET_SUPPORTING_WM_CHECK");
-        return windowManagerRuns() && property(now.at(0), "_VELORIA_TEST_MARK").empty();
-      },
-      startSeconds);
-  require(changed && managesWindows(), "openbox did not start again", *windowManager_);
-}
-
-void DesktopSession::stopWindowManager() {
-  windowManager_.reset();
+  require("openbox did not start again", *windowManager_, [&] {
+    return windowManagerRuns() &&
+           property(property(root(), "_NET_SUPPORTING_WM_CHECK").at(0), "_VELORIA_TEST_MARK").empty();
+  });
+  require("openbox does not manage windows", *windowManager_, [this] { return managesWindows(); });
 }
 
 bool DesktopSession::windowManagerRuns() const {
@@ -192,26 +108,13 @@ bool DesktopSession::windowManagerRuns() const {
   return check.size() == 1 && property(check.front(), "_NET_SUPPORTING_WM_CHECK") == check;
 }
 
-std::string DesktopSession::writeConfiguration(const std::string& name,
-                                               const std::map<std::string, std::string>& values) const {
-  std::ifstream source(std::filesystem::path(VELORIA_DESKTOP_DATA) / name);
-  std::string text{std::istreambuf_iterator<char>(source), {}};
-  for (const auto& [key, value] : values) {
-    const auto position = text.find(key);
-    if (position == std::string::npos) throw std::runtime_error(name + " has no " + key);
-    text.replace(position, key.size(), value);
-  }
-  const auto target = folder_ / name;
-  std::ofstream(target) << text;
-  return target;
-}
-
 void DesktopSession::startPanel(int height, const std::string& monitor) {
   panel_.reset();
-  const std::string file =
-      writeConfiguration("tint2rc", {{"@HEIGHT@", std::to_string(height)}, {"@MONITOR@", monitor}});
-  panel_ = launch("tint2", {"tint2", "-c", file});
-  require(waitUntil([&] { return panelIsUp(height); }, startSeconds), "tint2 shows no panel", *panel_);
+  std::ifstream source(VELORIA_DESKTOP_DATA "/tint2rc");
+  std::ostringstream text;
+  text << source.rdbuf() << "\npanel_size = 100% " << height << "\npanel_monitor = " << monitor << "\n";
+  panel_ = run({"tint2", "-c", folder_.write("tint2rc", text.str())});
+  require("tint2 shows no panel", *panel_, [&] { return panelIsUp(height); });
 }
 
 bool DesktopSession::panelIsUp(int height) const {
@@ -225,15 +128,12 @@ bool DesktopSession::panelIsUp(int height) const {
 
 void DesktopSession::stopPanel() {
   panel_.reset();
-  waitUntil([this] {
-    const auto all = windows();
-    return std::none_of(all.begin(), all.end(), [](const WindowInfo& each) { return each.windowClass == "Tint2"; });
-  });
+  waitUntil([this] { return count("Tint2") == 0; });
 }
 
 void DesktopSession::startCompositor() {
-  compositor_ = launch("picom", {"picom", "--config", VELORIA_DESKTOP_DATA "/picom.conf"});
-  require(waitUntil([this] { return compositorRuns(); }, startSeconds), "picom does not composite", *compositor_);
+  compositor_ = run({"picom", "--config", VELORIA_DESKTOP_DATA "/picom.conf"});
+  require("picom does not composite", *compositor_, [this] { return compositorRuns(); });
 }
 
 void DesktopSession::stopCompositor() {
@@ -247,22 +147,7 @@ bool DesktopSession::compositorRuns() const {
   return owner && owner->owner != XCB_WINDOW_NONE;
 }
 
-std::unique_ptr<ChildProcess> DesktopSession::run(const std::vector<std::string>& argv,
-                                                  const std::map<std::string, std::string>& environment) {
-  std::map<std::string, std::string> all = environment_;
-  for (const auto& [name, value] : environment) all[name] = value;
-  const auto log = folder_ / ("program-" + std::to_string(++runs_) + ".log");
-  return std::make_unique<ChildProcess>(argv, all, log);
-}
-
-std::string DesktopSession::runToEnd(const std::vector<std::string>& argv) {
-  const auto process = run(argv);
-  const bool ended = waitUntil([&] { return !process->running(); }, shortProgramSeconds);
-  if (!ended || process->wait(0) != 0) throw std::runtime_error(argv[0] + " failed:\n" + process->output());
-  return process->output();
-}
-
-Screenshot DesktopSession::screenshot() const {
+Screenshot DesktopSession::screenshot(const std::string&) const {
   const Owned<xcb_get_geometry_reply_t> size(
       xcb_get_geometry_reply(observer(), xcb_get_geometry(observer(), root()), nullptr));
   if (!size) throw std::runtime_error("The X server is gone.");
@@ -318,6 +203,13 @@ std::vector<WindowInfo> DesktopSession::windows() const {
     for (const xcb_window_t inner : children(topLevel)) describe(inner, topLevel, result);
   }
   return result;
+}
+
+std::size_t DesktopSession::count(const std::string& nameOrClass) const {
+  const auto all = windows();
+  return static_cast<std::size_t>(std::count_if(all.begin(), all.end(), [&](const WindowInfo& each) {
+    return each.name == nameOrClass || each.windowClass == nameOrClass;
+  }));
 }
 
 std::optional<WindowInfo> DesktopSession::waitForWindow(const std::string& nameOrClass, double seconds) const {

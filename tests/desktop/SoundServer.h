@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Process.h"
-#include "desktop/ChildProcess.h"
+#include "desktop/Session.h"
 
 namespace veloria::desktop {
 
@@ -18,10 +17,10 @@ namespace veloria::desktop {
 ///     desktop.run({"/path/of/program"}, sound.environment());
 ///     const auto tone = sound.playSine(100);
 ///
-/// What can't be done throws std::runtime_error with what the programs wrote.
+/// Whatever fails throws std::runtime_error with what the programs wrote.
 class SoundServer {
  public:
-  /// A sentence that names what is missing; empty when nothing is.
+  /// A sentence that names what is missing; empty if nothing is.
   static std::string missing();
 
   /// Waits until the server answers. Each of `outputs` is a null sink of that name; the first one is the default.
@@ -40,17 +39,17 @@ class SoundServer {
                                          double seconds = 60);
 
   /// What plays on the old default moves along.
-  void setDefaultSink(const std::string& name);
+  void setDefaultSink(const std::string& name) { control({"set-default-sink", name}); }
   /// Loads a server module and returns its number, for removeModule().
   std::string addModule(const std::string& name, const std::vector<std::string>& arguments = {});
   std::string addSink(const std::string& name);
-  void removeModule(const std::string& number);
+  void removeModule(const std::string& number) { control({"unload-module", number}); }
   /// Runs pactl and returns what it printed.
   std::string control(const std::vector<std::string>& arguments);
-  /// The same, when it may fail: whether it did what was asked.
+  /// The same if it may fail: whether it did what was asked.
   bool tryControl(const std::vector<std::string>& arguments, std::string* output = nullptr);
 
-  /// Lets the server listen at another address, where it refuses everybody, and returns that.
+  /// Lets the server listen at another address, at which it refuses everybody, and returns that.
   std::string addClosedAddress();
   /// Hands one line to the server's own command interpreter, which can do more than pactl.
   void command(const std::string& line);
@@ -61,9 +60,6 @@ class SoundServer {
   void kill();
 
  private:
-  std::string nextFile(const std::string& kind);
-  std::string sineFile(double hertz, double amplitude, double seconds);
-
   tests::TemporaryFolder folder_;
   std::map<std::string, std::string> environment_;
   int files_ = 0;

@@ -6,9 +6,12 @@
 
 #include "platform/qt/DescriptorWatch.h"
 
-namespace veloria::desktop {
+namespace veloria::tests {
 
 namespace {
+
+constexpr std::uint32_t userPositionAndSize = 3;
+constexpr std::uint32_t inputHint = 1;
 
 void runEventLoop() {
   static int argc = 1;
@@ -18,52 +21,54 @@ void runEventLoop() {
   QCoreApplication::processEvents(QEventLoop::AllEvents);
 }
 
-constexpr std::uint32_t userPosition = 1;
-constexpr std::uint32_t userSize = 2;
-constexpr std::uint32_t inputHint = 1;
+class SolidSurface final : public gpu::Surface {
+ public:
+  SolidSurface(xcb_connection_t* connection, xcb_window_t window)
+      : connection_(connection), window_(window), context_(xcb_generate_id(connection)) {
+    const std::uint32_t color = 0xFF000000U | bandColor.red << 16U | bandColor.green << 8U | bandColor.blue;
+    xcb_create_gc(connection_, context_, window_, XCB_GC_FOREGROUND, &color);
+  }
+  ~SolidSurface() override { xcb_free_gc(connection_, context_); }
+  void configure(gpu::Size size, gpu::PixelFormat) override { size_ = size; }
+  gpu::PixelFormat format() const override { return gpu::PixelFormat::bgra8Unorm; }
+  gpu::Size size() const override { return size_; }
+  gpu::Drawable* nextDrawable() override {
+    const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(size_.width), static_cast<std::uint16_t>(size_.height)};
+    xcb_poly_fill_rectangle(connection_, window_, context_, 1, &all);
+    xcb_flush(connection_);
+    return nullptr;
+  }
 
-std::uint32_t argb(const Pixel& pixel) {
-  return 0xFF000000U | static_cast<std::uint32_t>(pixel.red) << 16 | static_cast<std::uint32_t>(pixel.green) << 8 |
-         pixel.blue;
-}
+ private:
+  xcb_connection_t* connection_;
+  xcb_window_t window_;
+  xcb_gcontext_t context_;
+  gpu::Size size_;
+};
 
 }  // namespace
 
-SolidSurface::SolidSurface(xcb_connection_t* connection, xcb_window_t window)
-    : connection_(connection), window_(window), context_(xcb_generate_id(connection)) {
-  const std::uint32_t colour = argb(bandColour);
-  xcb_create_gc(connection_, context_, window_, XCB_GC_FOREGROUND, &colour);
+void X11Test::SetUp() {
+  const auto missing =
+      DesktopSession::missing({"openbox", "xfwm4", "dbus-run-session", "tint2", "picom", "xdotool", "xrandr"});
+  if (!missing.empty()) GTEST_SKIP() << missing;
 }
 
-SolidSurface::~SolidSurface() {
-  xcb_free_gc(connection_, context_);
-}
-
-void SolidSurface::configure(gpu::Size size, gpu::PixelFormat) {
-  size_ = size;
-}
-
-gpu::Drawable* SolidSurface::nextDrawable() {
-  const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(size_.width), static_cast<std::uint16_t>(size_.height)};
-  xcb_poly_fill_rectangle(connection_, window_, context_, 1, &all);
-  xcb_flush(connection_);
-  return nullptr;
-}
-
-void X11Test::startDesktop(const std::vector<std::string>& programs, const DesktopSession::Options& options) {
-  if (const std::string missing = DesktopSession::missing(programs); !missing.empty()) GTEST_SKIP() << missing;
+void X11Test::startDesktop(const Desk& desk) {
   runEventLoop();
-  desktop_ = std::make_unique<DesktopSession>(options);
+  desktop_ = std::make_unique<DesktopSession>(desk.options);
+  if (!desk.windowManager.empty()) desktop_->startWindowManager(desk.windowManager);
+  if (desk.compositor) desktop_->startCompositor();
 }
 
 void X11Test::connect() {
-  connection_ = std::make_unique<X11Connection>(desktop().display(), watchDescriptor, timers_);
-  connection_->setBrokenHandler([this](const std::string& text) { brokenWith_ = text; });
+  connection_ = std::make_unique<X11Connection>(desktop_->display(), watchDescriptor, timers_);
+  connection_->setBrokenHandler([this](const std::string& text) { brokenWith_ += text; });
   screens_ = std::make_unique<X11ScreenProvider>(*connection_, ScreenOverrides{});
-  factory_ = std::make_unique<X11OverlayPanelFactory>(*connection_, *screens_, [](auto* connection, auto window) {
+  factory_ = std::make_unique<X11BandFactory>(*connection_, *screens_, [](auto* connection, auto window) {
     return std::make_unique<SolidSurface>(connection, window);
   });
-  desktop().setIdle(runEventLoop);
+  desktop_->setIdle(runEventLoop);
 }
 
 void X11Test::TearDown() {
@@ -73,117 +78,109 @@ void X11Test::TearDown() {
   desktop_.reset();
 }
 
-std::unique_ptr<X11OverlayPanel> X11Test::showBand(OverlayLevel level, double height) {
-  return showBandOn(screens_->screens().at(0), level, height);
-}
-
-std::unique_ptr<X11OverlayPanel> X11Test::showBandOn(const Screen& screen, OverlayLevel level, double height) {
-  auto panel = std::unique_ptr<X11OverlayPanel>(static_cast<X11OverlayPanel*>(factory_->makePanel(screen).release()));
-  const Rect& frame = screen.frame;
-  panel->setFrame({frame.x, frame.maxY() - height, frame.width, height}, screen.backingScale);
-  panel->setLevel(level);
-  panel->setPixelFormat(gpu::PixelFormat::bgra8Unorm);
-  panel->setPreferredFramesPerSecond(60);
-  panel->setDrawHandler([this, target = panel.get()] {
-    ++framesDrawn_;
-    target->currentDrawable();
-  });
-  panel->setPaused(false);
-  panel->orderFront();
-  return panel;
-}
-
-bool X11Test::waitUntil(const std::function<bool()>& condition, double seconds) {
-  return desktop().waitUntil(condition, seconds);
-}
-
 void X11Test::runFor(double seconds) {
   waitUntil([] { return false; }, seconds);
 }
 
-xcb_window_t X11Test::openWindow(int x, int y, int width, int height) {
-  auto* connection = desktop().observer();
+std::unique_ptr<X11Band> X11Test::showBand(OverlayLevel level, double height, std::size_t screen) {
+  const Screen on = screens_->screens().at(screen);
+  std::unique_ptr<X11Band> band(static_cast<X11Band*>(factory_->makePanel(on).release()));
+  band->setFrame({on.frame.x, on.frame.maxY() - height, on.frame.width, height}, on.backingScale);
+  band->setLevel(level);
+  band->setPixelFormat(gpu::PixelFormat::bgra8Unorm);
+  band->setPreferredFramesPerSecond(60);
+  band->setDrawHandler([this, target = band.get()] {
+    ++framesDrawn_;
+    target->currentDrawable();
+  });
+  band->setPaused(false);
+  band->orderFront();
+  return band;
+}
+
+bool X11Test::bandIsAt(const PixelRect& place) {
+  const auto windows = desktop_->windows();
+  return std::any_of(windows.begin(), windows.end(), [&](const WindowInfo& each) {
+    return each.name == "Veloria" && PixelRect{each.x, each.y, each.width, each.height} == place;
+  });
+}
+
+xcb_window_t X11Test::createWindow(const PixelRect& place, std::uint32_t argb, bool alpha, bool free) {
+  auto* connection = desktop_->observer();
+  const auto* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
+  const auto visual =
+      alpha ? factory_->visual() : decltype(factory_->visual()){screen->root_depth, screen->root_visual, 0};
+  const xcb_colormap_t colormap = xcb_generate_id(connection);
+  xcb_create_colormap(connection, XCB_COLORMAP_ALLOC_NONE, colormap, screen->root, visual.visual);
   const xcb_window_t window = xcb_generate_id(connection);
-  const std::uint32_t values[] = {0xFFFFFF, XCB_EVENT_MASK_BUTTON_PRESS};
-  xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, desktop().root(), static_cast<std::int16_t>(x),
-                    static_cast<std::int16_t>(y), static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height),
-                    0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK,
-                    values);
-  setNumbers(window, "_MOTIF_WM_HINTS", desktop().atom("_MOTIF_WM_HINTS"), {2, 0, 0, 0, 0});
-  keepPosition(window);
-  setNumbers(window, "WM_HINTS", XCB_ATOM_WM_HINTS, {inputHint, 1, 0, 0, 0, 0, 0, 0, 0});
-  xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 5, "other");
-  xcb_map_window(connection, window);
-  xcb_flush(connection);
+  const std::uint32_t values[] = {argb, 0, free ? 1U : 0U, XCB_EVENT_MASK_BUTTON_PRESS, colormap};
+  xcb_create_window(
+      connection, visual.depth, window, screen->root, static_cast<std::int16_t>(place.x),
+      static_cast<std::int16_t>(place.y), static_cast<std::uint16_t>(place.width),
+      static_cast<std::uint16_t>(place.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual.visual,
+      XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, values);
+  std::vector<std::uint32_t> sizeHints(18);
+  sizeHints[0] = userPositionAndSize;
+  setNumbers(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, sizeHints);
+  return window;
+}
+
+void X11Test::map(xcb_window_t window) {
+  xcb_map_window(desktop_->observer(), window);
+  xcb_flush(desktop_->observer());
   waitUntil([&] { return stackPosition(window) >= 0; });
+}
+
+void X11Test::unmap(xcb_window_t window) {
+  xcb_unmap_window(desktop_->observer(), window);
+  xcb_flush(desktop_->observer());
+}
+
+xcb_window_t X11Test::openWindow(const PixelRect& place) {
+  const xcb_window_t window = createWindow(place, 0xFFFFFF, false);
+  setNumbers(window, "_MOTIF_WM_HINTS", desktop_->atom("_MOTIF_WM_HINTS"), {2, 0, 0, 0, 0});
+  setNumbers(window, "WM_HINTS", XCB_ATOM_WM_HINTS, {inputHint, 1, 0, 0, 0, 0, 0, 0, 0});
+  map(window);
   return window;
 }
 
 xcb_window_t X11Test::openDock(int height, double alpha) {
-  auto* connection = desktop().observer();
-  const auto* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
-  const PanelVisual visual = alpha < 1 ? factory_->visual() : PanelVisual{screen->root_depth, screen->root_visual, 0};
-  const xcb_colormap_t colormap = xcb_generate_id(connection);
-  xcb_create_colormap(connection, XCB_COLORMAP_ALLOC_NONE, colormap, screen->root, visual.visual);
   const auto shade = static_cast<std::uint32_t>(alpha * 255);
-  const xcb_window_t window = xcb_generate_id(connection);
-  const std::uint32_t values[] = {shade << 24 | shade / 4 << 16 | shade / 4 << 8 | shade / 4, 0, colormap};
-  const std::uint16_t width = screen->width_in_pixels;
-  xcb_create_window(connection, visual.depth, window, screen->root, 0, 0, width, static_cast<std::uint16_t>(height), 0,
-                    XCB_WINDOW_CLASS_INPUT_OUTPUT, visual.visual,
-                    XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_COLORMAP, values);
-  setNumbers(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {desktop().atom("_NET_WM_WINDOW_TYPE_DOCK")});
+  const std::uint32_t argb = shade << 24 | shade / 4 << 16 | shade / 4 << 8 | shade / 4;
+  const xcb_window_t window = createWindow({0, 0, 1920, height}, argb, alpha < 1);
+  setType(window, "DOCK");
   setNumbers(window, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL,
-             {0, 0, static_cast<std::uint32_t>(height), 0, 0, 0, 0, 0, 0, width - 1U, 0, 0});
-  keepPosition(window);
-  xcb_map_window(connection, window);
-  xcb_flush(connection);
-  waitUntil([&] { return stackPosition(window) >= 0; });
+             {0, 0, static_cast<std::uint32_t>(height), 0, 0, 0, 0, 0, 0, 1919, 0, 0});
+  map(window);
   return window;
 }
 
-void X11Test::keepPosition(xcb_window_t window) {
-  std::vector<std::uint32_t> sizeHints(18);
-  sizeHints[0] = userPosition | userSize;
-  setNumbers(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, sizeHints);
+xcb_window_t X11Test::openFreeDock(const PixelRect& place, std::uint32_t argb, bool alpha) {
+  const xcb_window_t window = createWindow(place, argb, alpha, true);
+  setType(window, "DOCK");
+  xcb_map_window(desktop_->observer(), window);
+  xcb_flush(desktop_->observer());
+  return window;
 }
 
 void X11Test::closeWindow(xcb_window_t window) {
-  xcb_destroy_window(desktop().observer(), window);
-  xcb_flush(desktop().observer());
-}
-
-void X11Test::setNumbers(xcb_window_t window, const std::string& property, xcb_atom_t type,
-                         const std::vector<std::uint32_t>& values) {
-  xcb_change_property(desktop().observer(), XCB_PROP_MODE_REPLACE, window, desktop().atom(property), type, 32,
-                      static_cast<std::uint32_t>(values.size()), values.data());
-  xcb_flush(desktop().observer());
-}
-
-bool X11Test::isAbove(xcb_window_t upper, xcb_window_t lower) {
-  const int low = stackPosition(lower);
-  return low >= 0 && stackPosition(upper) > low;
+  xcb_destroy_window(desktop_->observer(), window);
+  xcb_flush(desktop_->observer());
 }
 
 int X11Test::clicks(xcb_window_t window) {
   int count = 0;
-  while (auto* event = xcb_poll_for_event(desktop().observer())) {
-    const XcbPtr<xcb_generic_event_t> owned(event);
+  while (const XcbPtr<xcb_generic_event_t> event{xcb_poll_for_event(desktop_->observer())}) {
     if ((event->response_type & 0x7f) != XCB_BUTTON_PRESS) continue;
-    if (reinterpret_cast<xcb_button_press_event_t*>(event)->event == window) ++count;
+    if (reinterpret_cast<xcb_button_press_event_t*>(event.get())->event == window) ++count;
   }
   return count;
 }
 
-bool X11Test::isVisibleAt(int x, int y) {
-  return isBand(desktop().screenshot().at(x, y));
-}
-
 int X11Test::stackPosition(xcb_window_t window) {
-  const auto windows = desktop().windows();
   int position = -1;
   xcb_window_t topLevel = XCB_WINDOW_NONE;
-  for (const WindowInfo& each : windows) {
+  for (const WindowInfo& each : desktop_->windows()) {
     if (each.topLevel != topLevel) ++position;
     topLevel = each.topLevel;
     if (each.id == window) return position;
@@ -191,20 +188,61 @@ int X11Test::stackPosition(xcb_window_t window) {
   return -1;
 }
 
+bool X11Test::isAbove(xcb_window_t upper, xcb_window_t lower) {
+  const int low = stackPosition(lower);
+  return low >= 0 && stackPosition(upper) > low;
+}
+
 xcb_window_t X11Test::panelWindow() {
-  for (const WindowInfo& each : desktop().windows()) {
-    const auto types = desktop().atomProperty(each.id, "_NET_WM_WINDOW_TYPE");
-    const bool dock = std::find(types.begin(), types.end(), "_NET_WM_WINDOW_TYPE_DOCK") != types.end();
-    if (dock && each.name != "Veloria") return each.id;
+  for (const WindowInfo& each : desktop_->windows()) {
+    if (each.name != "Veloria" && hasAtom(each.id, "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_DOCK")) return each.id;
   }
   return XCB_WINDOW_NONE;
 }
 
-bool X11Test::bandIsAt(const PixelRect& place) {
-  for (const WindowInfo& each : desktop().windows()) {
-    if (each.name == "Veloria" && PixelRect{each.x, each.y, each.width, each.height} == place) return true;
-  }
-  return false;
+bool X11Test::hasAtom(xcb_window_t window, const std::string& property, const std::string& atom) {
+  const auto atoms = desktop_->atomProperty(window, property);
+  return std::find(atoms.begin(), atoms.end(), atom) != atoms.end();
 }
 
-}  // namespace veloria::desktop
+void X11Test::setNumbers(xcb_window_t window, const std::string& property, xcb_atom_t type,
+                         const std::vector<std::uint32_t>& values) {
+  xcb_change_property(desktop_->observer(), XCB_PROP_MODE_REPLACE, window, desktop_->atom(property), type, 32,
+                      static_cast<std::uint32_t>(values.size()), values.data());
+  xcb_flush(desktop_->observer());
+}
+
+void X11Test::setType(xcb_window_t window, const std::string& type) {
+  setNumbers(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {desktop_->atom("_NET_WM_WINDOW_TYPE_" + type)});
+}
+
+void X11Test::setResources(const std::string& text) {
+  xcb_change_property(desktop_->observer(), XCB_PROP_MODE_REPLACE, desktop_->root(), XCB_ATOM_RESOURCE_MANAGER,
+                      XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(text.size()), text.data());
+  xcb_flush(desktop_->observer());
+}
+
+void X11Test::ask(xcb_window_t window, const std::string& type, const std::array<std::uint32_t, 5>& data) {
+  xcb_client_message_event_t event{};
+  event.response_type = XCB_CLIENT_MESSAGE;
+  event.format = 32;
+  event.window = window;
+  event.type = desktop_->atom(type);
+  std::copy(data.begin(), data.end(), event.data.data32);
+  xcb_send_event(desktop_->observer(), 0, desktop_->root(),
+                 XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                 reinterpret_cast<const char*>(&event));
+  xcb_flush(desktop_->observer());
+}
+
+void X11Test::setFullScreen(xcb_window_t window, bool on) {
+  ask(window, "_NET_WM_STATE", {on ? 1U : 0U, desktop_->atom("_NET_WM_STATE_FULLSCREEN"), 0, 1, 0});
+}
+
+void X11Test::splitScreen(int width) {
+  const std::string size = "/254x1080/286+";
+  desktop_->runToEnd({"xrandr", "--setmonitor", "left", std::to_string(width) + size + "0+0", "screen", "--setmonitor",
+                      "right", std::to_string(1920 - width) + size + std::to_string(width) + "+0", "none"});
+}
+
+}  // namespace veloria::tests

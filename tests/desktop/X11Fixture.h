@@ -2,83 +2,86 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "desktop/DesktopSession.h"
+#include "platform/linux/x11/X11BandFactory.h"
 #include "platform/qt/QtTimerFactory.h"
-#include "platform/linux/x11/X11OverlayPanelFactory.h"
 
-namespace veloria::desktop {
+namespace veloria::tests {
 
-constexpr Pixel bandColour{0x20, 0xE0, 0x60};
+using namespace desktop;
 
-inline bool isBand(const Pixel& pixel) {
-  return pixel == bandColour;
-}
+constexpr Pixel bandColor{0x20, 0xE0, 0x60};
+constexpr PixelRect stripPixels{0, 0, 1920, 32};
 
-/// A surface without a GPU: each drawable asked for fills the window with bandColour.
-class SolidSurface final : public gpu::Surface {
- public:
-  SolidSurface(xcb_connection_t* connection, xcb_window_t window);
-  ~SolidSurface() override;
-  void configure(gpu::Size size, gpu::PixelFormat wanted) override;
-  gpu::PixelFormat format() const override { return gpu::PixelFormat::bgra8Unorm; }
-  gpu::Size size() const override { return size_; }
-  gpu::Drawable* nextDrawable() override;
-
- private:
-  xcb_connection_t* connection_;
-  xcb_window_t window_;
-  xcb_gcontext_t context_;
-  gpu::Size size_;
+/// What a test wants on its desktop.
+struct Desk {
+  std::string windowManager = {};  ///< empty: none
+  bool compositor = false;
+  DesktopSession::Options options = {};
 };
 
-/// The program's X11 side on a private desktop, run by a real event loop.
+/// The program's X11 side on a private desktop, run by a real event loop. Its bands draw without a GPU: each drawable
+/// that is asked for fills the window with bandColor.
 class X11Test : public testing::Test {
  protected:
-  /// Starts the desktop's server, or skips the test when a program is missing.
-  void startDesktop(const std::vector<std::string>& programs, const DesktopSession::Options& options = {});
-  /// Connects and reads the screens; afterwards every wait of `desktop()` runs the event loop.
+  /// Skips the test if a program that these tests use is missing.
+  void SetUp() override;
+  void startDesktop(const Desk& desk);
+  /// Connects and reads the screens; afterwards every wait runs the event loop.
   void connect();
-  /// A panel on the strip of `height` points at the top of the first screen, shown and drawing.
-  std::unique_ptr<X11OverlayPanel> showBand(OverlayLevel level, double height = 32);
-  std::unique_ptr<X11OverlayPanel> showBandOn(const Screen& screen, OverlayLevel level, double height = 32);
   void TearDown() override;
 
-  bool waitUntil(const std::function<bool()>& condition, double seconds = 10);
-  void runFor(double seconds);
   DesktopSession& desktop() { return *desktop_; }
+  bool waitUntil(const std::function<bool()>& condition, double seconds = 10) {
+    return desktop_->waitUntil(condition, seconds);
+  }
+  void runFor(double seconds);
+
+  /// A band on the strip of `height` points at the top of a screen (the first one), shown and drawing.
+  std::unique_ptr<X11Band> showBand(OverlayLevel level, double height = 32, std::size_t screen = 0);
+  bool bandIsAt(const PixelRect& place);
+  bool isVisibleAt(int x, int y) { return desktop_->screenshot().at(x, y) == bandColor; }
 
   /// An ordinary window of another program, mapped, filled with white; it records clicks.
-  xcb_window_t openWindow(int x, int y, int width, int height);
+  xcb_window_t openWindow(const PixelRect& place);
   /// A panel of another program at the top, `height` pixels tall, with its strut, filled with one colour; with an alpha
-  /// channel when `alpha` is below 1.
+  /// channel if `alpha` is below 1.
   xcb_window_t openDock(int height, double alpha = 1);
-  void keepPosition(xcb_window_t window);
-  /// Takes a window of openWindow() or openDock() away.
+  /// A dock that no window manager places or stacks.
+  xcb_window_t openFreeDock(const PixelRect& place, std::uint32_t argb, bool alpha = false);
+  /// Takes a window of these away.
   void closeWindow(xcb_window_t window);
+  void unmap(xcb_window_t window);
   /// Clicks that came to openWindow()'s windows since the last call.
   int clicks(xcb_window_t window);
 
-  bool isVisibleAt(int x, int y);
-  /// The position of a window's top-level in the stack, 0 at the bottom; -1 when it isn't mapped.
+  /// The position of a window's top-level in the stack, 0 at the bottom; -1 if it isn't mapped.
   int stackPosition(xcb_window_t window);
-  /// The first panel of another program; none while there is none.
-  xcb_window_t panelWindow();
   bool isAbove(xcb_window_t upper, xcb_window_t lower);
+  /// The panel: the first dock of another program; none if there is none.
+  xcb_window_t panelWindow();
+  bool hasAtom(xcb_window_t window, const std::string& property, const std::string& atom);
   void setNumbers(xcb_window_t window, const std::string& property, xcb_atom_t type,
                   const std::vector<std::uint32_t>& values);
-  bool bandIsAt(const PixelRect& place);
+  void setType(xcb_window_t window, const std::string& type);
+  void setResources(const std::string& text);
+  /// Sends a client message about a window to the root window, as programs ask a window manager for something.
+  void ask(xcb_window_t window, const std::string& type, const std::array<std::uint32_t, 5>& data);
+  void setFullScreen(xcb_window_t window, bool on);
+  /// Divides the screen of 1920 pixels into the monitors "left" and "right", the left one `width` pixels wide.
+  void splitScreen(int width = 961);
 
   std::unique_ptr<DesktopSession> desktop_;
   QtTimerFactory timers_;
   std::unique_ptr<X11Connection> connection_;
   std::unique_ptr<X11ScreenProvider> screens_;
-  std::unique_ptr<X11OverlayPanelFactory> factory_;
+  std::unique_ptr<X11BandFactory> factory_;
   std::string brokenWith_;
   int framesDrawn_ = 0;
+
+ private:
+  xcb_window_t createWindow(const PixelRect& place, std::uint32_t argb, bool alpha, bool free = false);
+  void map(xcb_window_t window);
 };
 
-}  // namespace veloria::desktop
+}  // namespace veloria::tests

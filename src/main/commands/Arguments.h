@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCommandLineParser>
 #include <array>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 
 #include "base/Geometry.h"
 #include "gpu/Types.h"
+#include "settings/NimbraConfig.h"
 
 namespace veloria {
 
@@ -47,5 +49,16 @@ struct FramePattern {
   std::string fileFor(long frame) const;
 };
 FramePattern parseFramePattern(const std::string& option, const std::string& text);
+
+/// --config, --preset, --set and --script, which build the record that a command works with.
+void addConfigOptions(QCommandLineParser& parser);
+
+/// The defaults with what was asked for laid over them, in that order. Nothing else is read: no stored settings and no
+/// environment. Throws UsageError for a wrong option, WorkError for a file that is not what it should be.
+NimbraConfig configFrom(const QCommandLineParser& parser);
+
+/// The text of a script file of at most 1 MiB, without the byte order mark that some editors put first. Throws
+/// WorkError.
+std::string readScriptFile(const std::string& path);
 
 }  // namespace veloria

@@ -14,8 +14,6 @@
 #include "main/GpuSetup.h"
 #include "main/commands/Arguments.h"
 #include "main/commands/Command.h"
-#include "main/commands/Commands.h"
-#include "main/commands/ConfigOptions.h"
 #include "main/commands/VirtualDriver.h"
 #include "render/FramePlan.h"
 #include "render/NimbraRenderer.h"
@@ -170,9 +168,9 @@ void printTable(const Measurement& result) {
   std::printf("device       %s\n", result.device.c_str());
   std::printf("drawable     %ux%u, grid %lldx%lld, %ld frames\n", result.drawable.width, result.drawable.height,
               static_cast<long long>(result.grid.width), static_cast<long long>(result.grid.height), result.frames);
-  std::printf("GPU          %.3f ms a frame\n", result.gpuMs);
-  std::printf("CPU          %.3f ms a frame on our side\n", result.cpuMs);
-  std::printf("rate         %.1f frames a second, unpaced\n", result.fps);
+  std::printf("GPU          %.3f ms per frame\n", result.gpuMs);
+  std::printf("CPU          %.3f ms per frame on our side\n", result.cpuMs);
+  std::printf("rate         %.1f frames per second, unpaced\n", result.fps);
   std::printf("memory       %.1f MiB at most\n", result.rssMiB);
   for (const auto& [name, ms] : result.passes) std::printf("  %-20s %.3f ms\n", name.c_str(), ms);
 }
@@ -182,7 +180,7 @@ void printTable(const Measurement& result) {
 int runBench(const QStringList& arguments) {
   QCommandLineParser parser;
   parser.setApplicationDescription(
-      "Measures drawing without a display, unpaced, after warm-up: medians, and frames done a second.");
+      "Measures drawing without a display, unpaced, after warm-up: medians, and frames per second.");
   parser.addOptions({
       {"size", "Size of the picture in pixels (default 1920x32).", "WxH"},
       {"frames", "Frames to measure, 10 to 100000 (default 300).", "count"},

@@ -6,8 +6,6 @@
 #include "base/PlainText.h"
 #include "main/commands/Arguments.h"
 #include "main/commands/Command.h"
-#include "main/commands/Commands.h"
-#include "main/commands/ConfigOptions.h"
 #include "scene/NimbraScript.h"
 #include "scene/ScriptError.h"
 #include "scene/ScriptReport.h"
@@ -41,7 +39,7 @@ int runCheck(const QStringList& arguments) {
       {"json", "Print the palette and every parameter's value over the default settings, as JSON."},
   });
   if (!parseArguments(parser, "veloria check", arguments, 1, "FILE")) return done;
-  if (parser.positionalArguments().isEmpty()) throw UsageError("which script? 'veloria check FILE'.");
+  if (parser.positionalArguments().isEmpty()) throw UsageError("no script given. Usage: veloria check FILE");
 
   ChannelValues channels;
   for (const QString& text : parser.values("channel")) {

@@ -48,8 +48,8 @@ bool parseArguments(QCommandLineParser& parser, const std::string& name, const Q
     return false;
   }
   if (parser.positionalArguments().size() > maximumPositional) {
-    throw UsageError("'" + parser.positionalArguments().at(maximumPositional).toStdString() +
-                     "' is one argument too many. See '" + name + " --help'.");
+    throw UsageError("unexpected argument '" + parser.positionalArguments().at(maximumPositional).toStdString() +
+                     "'. See '" + name + " --help'.");
   }
   return true;
 }

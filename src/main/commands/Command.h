@@ -16,17 +16,29 @@ class WorkError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Numbers in messages have a point whatever the user's language. To be called once there is an application object of
-/// Qt, which sets that language.
+/// Makes numbers in messages have a decimal point in every language. Call it after Qt's application object is made,
+/// which sets the language.
 void keepNumbersPlain();
 
 /// Runs `body`, turns what it throws into one line on standard error ("veloria render: ...") and an exit code.
 int runCommand(const std::string& name, const std::function<int()>& body);
 
 /// Parses `arguments` (the command's own, without its name) with a parser that knows its options already. Prints the
-/// help and returns false when it was asked for. Throws UsageError for an unknown option, a missing value, or more
+/// help and returns false if it was requested. Throws UsageError for an unknown option, a missing value, or more
 /// than `maximumPositional` plain arguments.
 bool parseArguments(QCommandLineParser& parser, const std::string& name, const QStringList& arguments,
                     int maximumPositional, const std::string& plainArguments = {});
+
+/// The commands. Each takes its own arguments, without its name, and returns the exit code. Errors are thrown; see
+/// runCommand().
+
+int runRender(const QStringList& arguments);   ///< draws frames without a display
+int runBench(const QStringList& arguments);    ///< measures
+int runCheck(const QStringList& arguments);    ///< checks a scene script
+int runStatus(const QStringList& arguments);   ///< asks the running band
+int runDevices(const QStringList& arguments);  ///< lists the GPUs
+
+/// The band itself. Makes the application object of the event loop, so there must be none yet.
+int runApplication(int& argc, char** argv);
 
 }  // namespace veloria

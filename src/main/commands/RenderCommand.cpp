@@ -17,8 +17,6 @@
 #include "main/GpuSetup.h"
 #include "main/commands/Arguments.h"
 #include "main/commands/Command.h"
-#include "main/commands/Commands.h"
-#include "main/commands/ConfigOptions.h"
 #include "main/commands/Pictures.h"
 #include "main/commands/VirtualDriver.h"
 #include "render/NimbraRenderer.h"
@@ -51,17 +49,16 @@ struct RenderJob {
 
 void addOptions(QCommandLineParser& parser) {
   parser.setApplicationDescription(
-      "Draws frames without any display, on a virtual clock: the same input gives the same bytes. Reads nothing that "
-      "is "
-      "not named here.");
+      "Draws frames without a display, on a virtual clock: the same input gives the same bytes. Reads no other files "
+      "than those named here.");
   parser.addOptions({
       {"size", "Size of the picture in pixels (default 1920x32).", "WxH"},
-      {"scale", "Pixels a point, 0.25 to 8 (default 1).", "number"},
+      {"scale", "Pixels per point, 0.25 to 8 (default 1).", "number"},
       {"bar-height", "Height of the bar in points; the rest is the bleed below it (default: all of the picture).",
        "points"},
       {"notch", "Camera housing at the top centre, in points, such as 200x32.", "WxH"},
       {"seconds", "Length of the clip, up to 86400 (default 10).", "number"},
-      {"fps", "Frames a second, 1 to 240 (default 60).", "number"},
+      {"fps", "Frames per second, 1 to 240 (default 60).", "number"},
       {"background", "What lies behind the band: a colour such as \"#101018\" or a picture (default: nothing).",
        "colour|file"},
       {"mask", "Picture of the bar whose text is kept clear; turns preserveMenuBarText on.", "file"},
@@ -69,7 +66,8 @@ void addOptions(QCommandLineParser& parser) {
       {"channels", "Input channels over time: JSON lines {\"t\": seconds, \"name\": text, \"value\": number}.", "file"},
       {"state", "An agent state file, as the nimbra command writes it; the clip begins when it was last changed.",
        "file"},
-      {"pointer", "The pointer: X,Y in points from the top left, y down; DX,DY in points a 60 Hz frame, y up.",
+      {"pointer",
+       "Pointer position X,Y (points from the top left) and velocity DX,DY (points per 1/60 s; positive DY is up).",
        "X,Y[,DX,DY]"},
       {{"o", "output"},
        "PNG file for the last frame, or for every frame when the name has a number such as %05d.",
@@ -210,7 +208,7 @@ std::shared_ptr<TextureBox> maskFrom(gpu::Device& device, const RenderJob& job) 
   return box;
 }
 
-/// Tells how far the work is, on a terminal, once it has taken more than a second.
+/// Shows the progress on a terminal once the work has taken more than a second.
 class Progress {
  public:
   explicit Progress(long total) : total_(total) {}
@@ -236,7 +234,7 @@ class Progress {
   std::chrono::steady_clock::time_point shown_ = start_;
 };
 
-/// The frame as it is put out: over the background, or with straight alpha.
+/// The frame as it is written: over the background, or with straight alpha.
 std::vector<std::uint8_t> finished(std::span<const std::uint8_t> frame, const RenderJob& job) {
   std::vector<std::uint8_t> pixels(frame.begin(), frame.end());
   if (job.ground.empty()) {
@@ -247,7 +245,7 @@ std::vector<std::uint8_t> finished(std::span<const std::uint8_t> frame, const Re
   return pixels;
 }
 
-void put(const RenderJob& job, long frame, std::span<const std::uint8_t> pixels) {
+void write(const RenderJob& job, long frame, std::span<const std::uint8_t> pixels) {
   if (job.raw) {
     if (std::fwrite(pixels.data(), 1, pixels.size(), stdout) != pixels.size()) {
       throw WorkError("standard output was closed");
@@ -274,7 +272,7 @@ void renderFrames(const RenderJob& job, gpu::Device& device, const gpu::Library&
     driver.advanceTo(t);
     renderer.config = driver.driven();
     renderer.draw(target);
-    if (everyFrame || frame + 1 == job.frames) put(job, frame, finished(target.pixels(), job));
+    if (everyFrame || frame + 1 == job.frames) write(job, frame, finished(target.pixels(), job));
     progress.at(frame + 1);
   }
   if (job.raw && std::fflush(stdout) != 0) throw WorkError("standard output was closed");

@@ -4,15 +4,14 @@
 #include <string>
 
 #include "app/AppStatus.h"
-#include "main/RunningApplication.h"
+#include "main/SingleInstance.h"
 #include "main/commands/Command.h"
-#include "main/commands/Commands.h"
 
 namespace veloria {
 
 namespace {
 
-int tellThatNoneRuns(bool json) {
+int reportNoneRuns(bool json) {
   if (json) {
     std::puts("{\"running\": false}");
   } else {
@@ -25,12 +24,12 @@ int tellThatNoneRuns(bool json) {
 
 int runStatus(const QStringList& arguments) {
   QCommandLineParser parser;
-  parser.setApplicationDescription("Asks the running band how it is: whether it draws, and if not, why.");
-  parser.addOption({"json", "Prints the answer as JSON."});
+  parser.setApplicationDescription("Shows the state of the running band: whether it draws, and if not, why.");
+  parser.addOption({"json", "Print the answer as JSON."});
   if (!parseArguments(parser, "veloria status", arguments, 0)) return done;
   const bool json = parser.isSet("json");
   const auto status = askRunningApplication(R"({"command": "status"})");
-  if (!status) return tellThatNoneRuns(json);
+  if (!status) return reportNoneRuns(json);
   std::fputs((json ? status->dump(2) + "\n" : statusText(*status)).c_str(), stdout);
   return done;
 }

@@ -4,12 +4,25 @@
 #include <stdexcept>
 
 #include "base/Log.h"
+#include "main/GpuSetup.h"
 #include "main/commands/Command.h"
-#include "main/linux/DesktopChoice.h"
-#include "main/linux/WaylandDesktop.h"
-#include "main/linux/X11Desktop.h"
 
 namespace veloria {
+
+DesktopChoice chooseDesktop(const DesktopFacts& facts) {
+  if (facts.waylandAnswers && facts.layerShell) return {DesktopKind::wayland, {}};
+  if (facts.x11Named) return {DesktopKind::x11, {}};
+  if (facts.waylandAnswers) {
+    return {DesktopKind::none,
+            "this Wayland desktop has no layer shell (wlr-layer-shell; GNOME has none), without which nothing can be "
+            "painted under or over its panel, and it offers no X11 display instead (DISPLAY is not set)."};
+  }
+  if (facts.waylandNamed) return {DesktopKind::none, facts.waylandProblem};
+  return {
+      DesktopKind::none,
+      "there is no display here (neither WAYLAND_DISPLAY nor DISPLAY is set). To draw without one, see 'veloria render "
+      "--help'."};
+}
 
 namespace {
 
@@ -19,6 +32,12 @@ bool isSet(const Environment& environment, const char* variable) {
 }
 
 }  // namespace
+
+std::unique_ptr<gpu::Device> VulkanDesktop::makeDevice() {
+  auto device = veloria::makeDevice({});
+  device_ = device.get();
+  return device;
+}
 
 std::unique_ptr<Desktop> openDesktop(const Environment& environment, const DescriptorWatcher& watch,
                                      TimerFactory& timers) {

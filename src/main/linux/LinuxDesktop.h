@@ -1,17 +1,60 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "base/Environment.h"
 #include "main/Desktop.h"
+#include "platform/linux/wayland/WaylandConnection.h"
 #include "ports/DescriptorWatcher.h"
 #include "ports/Timer.h"
 
 namespace veloria {
 
-/// Opens the desktop that chooseDesktop() says. `timers` must outlive it. Throws WorkError where there is none, and
+/// What is known about the display servers before one is chosen.
+struct DesktopFacts {
+  bool waylandNamed = false;    ///< WAYLAND_DISPLAY is set
+  bool waylandAnswers = false;  ///< it could be connected to
+  std::string waylandProblem;   ///< why not
+  bool layerShell = false;      ///< the compositor has the layer shell
+  bool x11Named = false;        ///< DISPLAY is set
+};
+
+enum class DesktopKind { wayland, x11, none };
+
+struct DesktopChoice {
+  DesktopKind kind = DesktopKind::none;
+  std::string problem;  ///< for a person, when there is none
+  bool operator==(const DesktopChoice&) const = default;
+};
+
+/// Wayland if its compositor allows overlays, else X11 (which most Wayland desktops offer too), else none.
+DesktopChoice chooseDesktop(const DesktopFacts& facts);
+
+/// Opens the desktop that chooseDesktop() names. `timers` must outlive it. Throws WorkError if there is none, and
 /// std::runtime_error for one that can't be used.
 std::unique_ptr<Desktop> openDesktop(const Environment& environment, const DescriptorWatcher& watch,
                                      TimerFactory& timers);
+
+/// A desktop whose bands the default Vulkan device draws.
+class VulkanDesktop : public Desktop {
+ public:
+  std::unique_ptr<gpu::Device> makeDevice() override;
+
+ protected:
+  /// The device that makeDevice() made last.
+  gpu::Device& device() const { return *device_; }
+
+ private:
+  gpu::Device* device_ = nullptr;
+};
+
+/// Throws std::runtime_error if the compositor offers no overlays.
+std::unique_ptr<Desktop> makeWaylandDesktop(std::unique_ptr<WaylandConnection> connection,
+                                            const Environment& environment);
+
+/// Throws std::runtime_error if the display can't be opened or allows no overlays.
+std::unique_ptr<Desktop> makeX11Desktop(const std::string& displayName, const DescriptorWatcher& watch,
+                                        TimerFactory& timers);
 
 }  // namespace veloria

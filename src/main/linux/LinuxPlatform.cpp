@@ -1,6 +1,9 @@
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QGuiApplication>
 #include <QIcon>
+#include <QMessageBox>
+#include <QTimer>
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
@@ -12,8 +15,6 @@
 #include "base/Log.h"
 #include "main/Platform.h"
 #include "main/commands/Command.h"
-#include "main/linux/DesktopChoice.h"
-#include "main/linux/LinuxAlert.h"
 #include "main/linux/LinuxDesktop.h"
 #include "platform/linux/activity/LinuxActivity.h"
 #include "platform/linux/files/FileSettingsStorage.h"
@@ -29,31 +30,57 @@
 #include "platform/qt/DescriptorWatch.h"
 #include "settings/SettingsStore.h"
 #include "settings/WriteBehindStorage.h"
+#include "ui/QtText.h"
 
 namespace veloria {
 
 namespace {
 
-/// The loss of the display ends the program with one line, whoever of the band's connection and Qt's notices it first.
-void tellLossOnce(const std::string& line) {
+constexpr int notificationPatienceMs = 5000;
+
+void showBox(const std::string& message, const std::string& informative) {
+  QMessageBox box(QMessageBox::Critical, QStringLiteral("Veloria"), toQString(message), QMessageBox::Close);
+  box.setInformativeText(toQString(informative));
+  box.setTextFormat(Qt::PlainText);
+  box.exec();
+}
+
+void notify(Notifier& notifier, const std::string& message, const std::string& informative) {
+  const auto wait = std::make_shared<QEventLoop>();  // the desktop may answer when nobody waits any more
+  notifier.show({.title = message, .text = informative, .actions = {}, .textWithoutActions = informative},
+                [wait] { wait->quit(); });
+  QTimer::singleShot(notificationPatienceMs, wait.get(), &QEventLoop::quit);
+  wait->exec();
+}
+
+/// Shows the message until it is read. Without a display for the widget library it asks the desktop for a notification,
+/// and waits some seconds for that.
+void showCriticalAlert(Notifier& notifier, const std::string& message, const std::string& informative) {
+  systemLog(message + "\n" + informative);
+  if (QGuiApplication::platformName() == QLatin1String("offscreen")) return notify(notifier, message, informative);
+  showBox(message, informative);
+}
+
+/// The loss of the display ends the program with one line, whether the band's connection or Qt's notices it first.
+void logLossOnce(const std::string& line) {
   static std::atomic_flag told;
   if (!told.test_and_set()) systemLog(line);
 }
 
-/// Qt ends the program by exit() once it has told of the loss of its display, which would destroy what the threads of
-/// the GPU and of sound still use; so the program ends here. What else Qt has to say about displays is said by the
-/// band's own connection to them.
-void takeFromQt(QtMsgType, const QMessageLogContext&, const QString& message) {
+/// Qt reports the loss of its display and then calls exit(), which would destroy objects that the GPU's and the sound
+/// threads still use; so the program ends here. Other messages of Qt's about displays are logged by the band's own
+/// connection to them.
+void handleQtMessage(QtMsgType, const QMessageLogContext&, const QString& message) {
   const std::string text = message.toStdString();
   const bool lost = text.starts_with("The Wayland connection ") || text.starts_with("The X11 connection ");
   if (!lost) return NimbraLog::debug(text);
-  tellLossOnce("veloria: " + text);
+  logLossOnce("veloria: " + text);
   SettingsStore::shared().flush();
   std::_Exit(failed);
 }
 
-/// Where Qt shows the settings and the icon. The display is opened once more for the band itself, and what is wrong
-/// with it is said there, so where Qt finds none it goes on without.
+/// Where Qt shows the settings and the icon. The band opens the display itself and reports what is wrong with it, so Qt
+/// goes on without one.
 void choosePlatform(const Environment& environment) {
   const auto names = [&](const char* variable) { return !environment(variable).value_or("").empty(); };
   if (names("QT_QPA_PLATFORM")) return;
@@ -76,7 +103,7 @@ class LinuxPlatform final : public Platform {
 
   void prepare() override {
     choosePlatform(environment_);
-    qInstallMessageHandler(takeFromQt);
+    qInstallMessageHandler(handleQtMessage);
   }
 
   std::unique_ptr<SettingsStorage> makeSettingsStorage() override {
@@ -112,7 +139,7 @@ class LinuxPlatform final : public Platform {
   void alert(Notifier& notifier, const std::string& message, const std::string& informative) override {
     showCriticalAlert(notifier, message, informative);
   }
-  void logLoss(const std::string& line) override { tellLossOnce(line); }
+  void logLoss(const std::string& line) override { logLossOnce(line); }
 
  private:
   static std::filesystem::path program() { return QCoreApplication::applicationFilePath().toStdString(); }

@@ -1,4 +1,4 @@
-#include "main/linux/WaylandDesktop.h"
+#include "main/linux/LinuxDesktop.h"
 
 #include <wayland-client.h>
 
@@ -9,20 +9,17 @@
 #include <utility>
 
 #include "gpu/vulkan/VulkanFactory.h"
-#include "main/GpuSetup.h"
-#include "platform/linux/hyprland/CursorPosition.h"
 #include "platform/linux/hyprland/HyprlandPointer.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
-#include "platform/linux/wayland/WaylandFullScreen.h"
-#include "platform/linux/wayland/WaylandOutputPower.h"
-#include "platform/linux/wayland/WaylandOverlayPanelFactory.h"
+#include "platform/linux/wayland/WaylandActivity.h"
+#include "platform/linux/wayland/WaylandBand.h"
 #include "platform/linux/wayland/WaylandScreenProvider.h"
 
 namespace veloria {
 
 namespace {
 
-class WaylandDesktop final : public Desktop {
+class WaylandDesktop final : public VulkanDesktop {
  public:
   WaylandDesktop(std::unique_ptr<WaylandConnection> connection, const Environment& environment)
       : environment_(environment),
@@ -32,27 +29,19 @@ class WaylandDesktop final : public Desktop {
             *connection_, [this] { return compositor_.reservedEdges(); }, screenOverridesFromEnvironment()),
         fullScreen_(*connection_, [this] { return compositor_.coveredOutputs(); }),
         outputPower_(*connection_),
-        panels_(*connection_, screens_, compositor_.layerStacking(),
-                [this](wl_display* display, wl_surface* surface) { return makeSurface(display, surface); }) {}
+        bands_(*connection_, screens_, compositor_.layerStacking(),
+               [this](wl_display* display, wl_surface* surface) { return makeSurface(display, surface); }) {}
 
   const char* name() const override { return "wayland"; }
   ScreenProvider& screens() override { return screens_; }
-  OverlayPanelFactory& panels() override { return panels_; }
-
-  std::unique_ptr<gpu::Device> makeDevice() override {
-    auto device = veloria::makeDevice({});
-    device_ = device.get();
-    return device;
-  }
+  OverlayPanelFactory& panels() override { return bands_; }
 
   BarCaptureStream* captureStream() override { return nullptr; }
-  std::string captureProblem() const override {
-    return "on Wayland no program can look at the panel without its own light on it";
-  }
+  std::string captureProblem() const override { return "Wayland cannot capture the panel without our own light"; }
 
   PointerSource pointerSource() override {
     const auto socket = hyprlandRequestSocket(environment_);
-    if (!socket) return {nullptr, "on Wayland only Hyprland tells where the pointer is"};
+    if (!socket) return {nullptr, "on Wayland only Hyprland reports the pointer's position"};
     return hyprlandPointerSource(*socket, [this](Point point) { return fromLayout(point); });
   }
   bool isFullScreen() override {
@@ -73,7 +62,7 @@ class WaylandDesktop final : public Desktop {
   }
 
   std::unique_ptr<gpu::Surface> makeSurface(wl_display* display, wl_surface* surface) {
-    return gpu::vulkan::makeSurface(*device_, [display, surface](VkInstance instance) {
+    return gpu::vulkan::makeSurface(device(), [display, surface](VkInstance instance) {
       VkWaylandSurfaceCreateInfoKHR info{};
       info.sType = VK_STRUCTURE_TYPE_WAYLAND_SURFACE_CREATE_INFO_KHR;
       info.display = display;
@@ -89,8 +78,7 @@ class WaylandDesktop final : public Desktop {
   WaylandScreenProvider screens_;
   WaylandFullScreen fullScreen_;
   WaylandOutputPower outputPower_;
-  WaylandOverlayPanelFactory panels_;
-  gpu::Device* device_ = nullptr;
+  WaylandBandFactory bands_;
 };
 
 }  // namespace

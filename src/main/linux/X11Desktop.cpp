@@ -1,4 +1,4 @@
-#include "main/linux/X11Desktop.h"
+#include "main/linux/LinuxDesktop.h"
 
 #include <xcb/xcb.h>
 
@@ -11,27 +11,24 @@
 #include <utility>
 
 #include "gpu/vulkan/VulkanFactory.h"
-#include "main/GpuSetup.h"
+#include "platform/linux/x11/X11Activity.h"
+#include "platform/linux/x11/X11BandFactory.h"
 #include "platform/linux/x11/X11Connection.h"
-#include "platform/linux/x11/X11Dpms.h"
-#include "platform/linux/x11/X11FullScreen.h"
-#include "platform/linux/x11/X11OverlayPanelFactory.h"
 #include "platform/linux/x11/X11PanelCapture.h"
 #include "platform/linux/x11/X11PictureSink.h"
-#include "platform/linux/x11/X11Pointer.h"
 #include "platform/linux/x11/X11ScreenProvider.h"
 
 namespace veloria {
 
 namespace {
 
-class X11Desktop final : public Desktop {
+class X11Desktop final : public VulkanDesktop {
  public:
   X11Desktop(const std::string& displayName, const DescriptorWatcher& watch, TimerFactory& timers)
       : connection_(displayName, watch, timers),
         screens_(connection_, screenOverridesFromEnvironment()),
-        panels_(connection_, screens_,
-                [this](xcb_connection_t* server, xcb_window_t window) { return makeSurface(server, window); }),
+        bands_(connection_, screens_,
+               [this](xcb_connection_t* server, xcb_window_t window) { return makeSurface(server, window); }),
         capture_(connection_, screens_),
         fullScreen_(connection_, screens_),
         dpms_(connection_) {
@@ -40,13 +37,7 @@ class X11Desktop final : public Desktop {
 
   const char* name() const override { return "x11"; }
   ScreenProvider& screens() override { return screens_; }
-  OverlayPanelFactory& panels() override { return panels_; }
-
-  std::unique_ptr<gpu::Device> makeDevice() override {
-    auto device = veloria::makeDevice({});
-    device_ = device.get();
-    return device;
-  }
+  OverlayPanelFactory& panels() override { return bands_; }
 
   bool showsTranslucency() const override { return connection_.compositorRunning(); }
   BarCaptureStream* captureStream() override { return &capture_; }
@@ -68,13 +59,13 @@ class X11Desktop final : public Desktop {
  private:
   std::unique_ptr<gpu::Surface> makeSurface(xcb_connection_t* connection, xcb_window_t window) {
     const std::uint8_t depth = windowDepth(connection, window);
-    if (depth == 32 && gpu::vulkan::needsHostSurface(*device_)) {
+    if (depth == 32 && gpu::vulkan::needsHostSurface(device())) {
       const auto sink = std::make_shared<X11PictureSink>(connection, window, depth);
-      return gpu::vulkan::makeHostSurface(*device_, [sink](std::span<const std::byte> rows, gpu::Size size) {
+      return gpu::vulkan::makeHostSurface(device(), [sink](std::span<const std::byte> rows, gpu::Size size) {
         sink->put(rows, size.width, size.height);
       });
     }
-    return gpu::vulkan::makeSurface(*device_, [connection, window](VkInstance instance) {
+    return gpu::vulkan::makeSurface(device(), [connection, window](VkInstance instance) {
       VkXcbSurfaceCreateInfoKHR info{};
       info.sType = VK_STRUCTURE_TYPE_XCB_SURFACE_CREATE_INFO_KHR;
       info.connection = connection;
@@ -86,13 +77,12 @@ class X11Desktop final : public Desktop {
 
   X11Connection connection_;
   X11ScreenProvider screens_;
-  X11OverlayPanelFactory panels_;
+  X11BandFactory bands_;
   X11PanelCapture capture_;
   X11FullScreen fullScreen_;
   X11Dpms dpms_;
   bool displaysOff_ = false;
   X11Connection::Subscription compositorChange_;
-  gpu::Device* device_ = nullptr;
 };
 
 }  // namespace

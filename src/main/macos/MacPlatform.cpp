@@ -1,3 +1,7 @@
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QWidget>
 #include <memory>
 #include <string>
 #include <utility>
@@ -7,11 +11,11 @@
 #include "gpu/metal/MetalFactory.h"
 #include "main/GpuSetup.h"
 #include "main/Platform.h"
-#include "main/macos/DialogNotifier.h"
-#include "main/macos/PopoverSettings.h"
+#include "main/SettingsHost.h"
 #include "platform/macos/capture/MacBarCaptureStream.h"
 #include "platform/macos/shell/MacApplication.h"
 #include "platform/macos/shell/MacStatusItem.h"
+#include "platform/macos/shell/SettingsPopover.h"
 #include "platform/macos/sources/MacAudioTap.h"
 #include "platform/macos/sources/MacDesktopPicture.h"
 #include "platform/macos/system/MacActivity.h"
@@ -21,10 +25,61 @@
 #include "platform/macos/windows/MacOverlayPanelFactory.h"
 #include "platform/macos/windows/MacScreens.h"
 #include "platform/macos/windows/WindowRules.h"
+#include "ports/Notifier.h"
+#include "ui/QtText.h"
 
 namespace veloria {
 
+std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu) {
+  return gpu::metal::makeMetalDevice({.gpu = gpu});
+}
+
+std::vector<std::string> deviceLines() {
+  std::vector<std::string> lines;
+  for (const auto& device : gpu::metal::listDevices()) {
+    lines.push_back(std::to_string(device.index) + "  " + device.name);
+  }
+  return lines;
+}
+
 namespace {
+
+/// Notifications as small windows of the program's own, which stay until they are closed and block nothing.
+class DialogNotifier final : public Notifier {
+ public:
+  void show(Notification notification, std::function<void()> delivered) override {
+    auto* box = new QMessageBox(QMessageBox::Information, toQString(notification.title), toQString(notification.title),
+                                QMessageBox::Close, &parent_);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setModal(false);
+    box->setTextFormat(Qt::PlainText);
+    box->setInformativeText(toQString(notification.text));
+    for (auto& action : notification.actions) {
+      const auto* button = box->addButton(toQString(action.label), QMessageBox::AcceptRole);
+      QObject::connect(button, &QPushButton::clicked, box, std::move(action.chosen));
+    }
+    box->show();
+    QTimer::singleShot(0, &parent_, std::move(delivered));
+  }
+
+ private:
+  QWidget parent_;  ///< owns the windows; never shown
+};
+
+/// The settings window as the content of the Mac's popover.
+class PopoverSettings final : public SettingsContent {
+ public:
+  explicit PopoverSettings(SettingsHost& host) : host_(host) {}
+
+  // On the Mac winId() is the address of the window's view.
+  void* view() override { return reinterpret_cast<void*>(host_.embeddable().winId()); }
+  // A window that is shown before its view is in the popover gets a frame of its own.
+  void appeared() override { host_.embeddable().show(); }
+  void disappeared() override { host_.embeddable().hide(); }
+
+ private:
+  SettingsHost& host_;
+};
 
 /// The Mac's screens, overlay windows and menu bar, and the GPU that draws into them.
 class MacDesktop final : public Desktop {

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "Process.h"
-#include "desktop/ChildProcess.h"
 
 namespace veloria::tests {
 

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "Process.h"
-#include "desktop/ChildProcess.h"
 
 namespace veloria::tests {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "PrivateBus.h"
-#include "desktop/ChildProcess.h"
+#include "Process.h"
 
 namespace veloria::tests {
 

@@ -4,11 +4,14 @@
 
 #include <array>
 #include <cerrno>
+#include <cmath>
+#include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "base/SocketCalls.h"
-#include "platform/linux/hyprland/CursorPosition.h"
+#include "base/StrictJson.h"
 
 namespace veloria {
 
@@ -31,7 +34,7 @@ HyprlandPointer::HyprlandPointer(std::filesystem::path requestSocket, MediaClock
 HyprlandPointer::~HyprlandPointer() = default;
 
 std::optional<Point> HyprlandPointer::layoutPosition() {
-  if (question_) takeAnswer();
+  if (question_) readAnswer();
   if (!question_) ask();
   return position_;
 }
@@ -48,7 +51,7 @@ void HyprlandPointer::ask() {
   question_ = std::make_unique<Question>(std::move(question));
 }
 
-void HyprlandPointer::takeAnswer() {
+void HyprlandPointer::readAnswer() {
   std::array<char, 512> block{};
   std::string& answer = question_->answer;
   for (;;) {
@@ -72,6 +75,43 @@ PointerSource hyprlandPointerSource(const std::filesystem::path& requestSocket, 
             return position ? std::optional(toGlobal(*position)) : std::nullopt;
           },
           .reason = {}};
+}
+
+namespace {
+
+constexpr double farthest = 1e6;
+
+std::optional<double> coordinate(const nlohmann::json& object, const char* key) {
+  const auto found = object.find(key);
+  if (found == object.end() || !found->is_number()) return std::nullopt;
+  const double value = found->get<double>();
+  if (!(std::abs(value) <= farthest)) return std::nullopt;
+  return value;
+}
+
+}  // namespace
+
+std::optional<Point> cursorPositionFromAnswer(std::string_view answer) {
+  const auto json = parseStrictJson(answer);
+  if (!json || !json->is_object()) return std::nullopt;
+  const auto x = coordinate(*json, "x");
+  const auto y = coordinate(*json, "y");
+  if (!x || !y) return std::nullopt;
+  return Point{*x, *y};
+}
+
+std::optional<std::filesystem::path> hyprlandRequestSocket(const Environment& environment) {
+  const std::string signature = environment("HYPRLAND_INSTANCE_SIGNATURE").value_or("");
+  if (signature.empty() || signature == "." || signature == ".." || signature.find('/') != std::string::npos) {
+    return std::nullopt;
+  }
+  const std::filesystem::path runtime = environment("XDG_RUNTIME_DIR").value_or("");
+  const std::filesystem::path rest = std::filesystem::path("hypr") / signature / ".socket.sock";
+  std::error_code ignored;
+  if (runtime.is_absolute() && std::filesystem::exists(runtime / rest, ignored)) return runtime / rest;
+  const std::filesystem::path older = std::filesystem::path("/tmp") / rest;
+  if (std::filesystem::exists(older, ignored)) return older;
+  return std::nullopt;
 }
 
 }  // namespace veloria

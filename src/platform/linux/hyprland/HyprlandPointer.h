@@ -5,18 +5,29 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
+#include "base/Environment.h"
 #include "base/Geometry.h"
 #include "base/MediaClock.h"
 #include "ports/PointerSource.h"
 
 namespace veloria {
 
-/// Asks Hyprland where the pointer is. It never waits: each call takes up what has come in since the last one and asks
-/// again, so a position is as old as the pause between two calls. Main thread.
+/// Reads Hyprland's answer to "j/cursorpos", an object with the numbers "x" and "y": the pointer in the layout's
+/// coordinates (logical pixels, y growing downwards). Nothing for any other bytes and for numbers beyond a million.
+std::optional<Point> cursorPositionFromAnswer(std::string_view answer);
+
+/// The socket on which the running Hyprland takes requests: .socket.sock in the instance's folder, which is
+/// `hypr/<signature>` in $XDG_RUNTIME_DIR, or in /tmp for versions before 0.40. Nothing unless
+/// HYPRLAND_INSTANCE_SIGNATURE names an instance.
+std::optional<std::filesystem::path> hyprlandRequestSocket(const Environment& environment);
+
+/// Asks Hyprland for the pointer's position. It never waits: each call reads what has come in since the last one and
+/// asks again, so a position is as old as the pause between two calls. Main thread.
 ///
-/// Hyprland closes the connection after its answer; the protocol was checked against its description and a server that
-/// speaks it, not against Hyprland itself.
+/// Hyprland closes the connection after its answer; this was tested with a server that follows its documentation,
+/// not with Hyprland itself.
 class HyprlandPointer {
  public:
   /// An answer that takes longer counts as none.
@@ -35,7 +46,7 @@ class HyprlandPointer {
   struct Question;
 
   void ask();
-  void takeAnswer();
+  void readAnswer();
 
   std::filesystem::path requestSocket_;
   MediaClock clock_;

@@ -6,8 +6,8 @@ namespace {
 
 std::string withAdvice(const char* sentence) {
   return std::string(sentence) +
-         " In the settings (start veloria again to open them), under Bar, choose a layer above the panel, or a "
-         "bleed below it.";
+         " In the settings (start veloria again to open them), under Bar, choose the layer \"Over the bar\", or raise "
+         "\"Bleed\".";
 }
 
 }  // namespace
@@ -17,12 +17,13 @@ std::string opaquePanelHint() {
 }
 
 std::string unknownPanelHint() {
-  return withAdvice("The panel at the top of the screen may hide the light; whether it is see-through can't be told.");
+  return withAdvice(
+      "The panel at the top of the screen may hide the light; Veloria cannot tell whether it is transparent.");
 }
 
-std::string untoldPanelHint() {
+std::string unreportedPanelHint() {
   return withAdvice(
-      "This desktop does not tell how high its panel is: set NIMBRA_BAR_HEIGHT to its height in points. The panel may "
+      "This desktop does not report its panel's height: set NIMBRA_BAR_HEIGHT to its height in points. The panel may "
       "hide the light.");
 }
 

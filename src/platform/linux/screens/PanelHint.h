@@ -2,12 +2,12 @@
 
 #include <string>
 
-/// What a person is told about a band that lies under a panel, and what to do about it.
+/// Hints for a person whose band lies under a panel.
 namespace veloria {
 
 std::string opaquePanelHint();
 std::string unknownPanelHint();
-/// For desktops that don't say whether there is a panel, nor how high it is.
-std::string untoldPanelHint();
+/// For desktops that report neither a panel nor its height.
+std::string unreportedPanelHint();
 
 }  // namespace veloria

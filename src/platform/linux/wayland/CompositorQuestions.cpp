@@ -1,5 +1,9 @@
 #include "platform/linux/wayland/CompositorQuestions.h"
 
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 
@@ -7,9 +11,230 @@
 #include "base/Log.h"
 #include "base/MediaClock.h"
 #include "base/StrictJson.h"
-#include "platform/linux/hyprland/CursorPosition.h"
+#include "platform/linux/hyprland/HyprlandPointer.h"
 
 namespace veloria {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr std::string_view magic = "i3-ipc";
+constexpr double largest = 65535;
+constexpr const char* notAsExpected = "the compositor's answer is not as expected";
+
+std::optional<int> wholeNumber(const json& value) {
+  if (!value.is_number()) return std::nullopt;
+  const double number = value.get<double>();
+  return number >= -largest && number <= largest ? std::optional(static_cast<int>(number)) : std::nullopt;
+}
+
+const json* member(const json& object, const char* key) {
+  if (!object.is_object()) return nullptr;
+  const auto found = object.find(key);
+  return found == object.end() ? nullptr : &*found;
+}
+
+std::optional<std::string> text(const json& object, const char* key) {
+  const json* value = member(object, key);
+  return value != nullptr && value->is_string() ? std::optional(value->get<std::string>()) : std::nullopt;
+}
+
+std::optional<int> numberOf(const json& object, const char* key) {
+  const json* value = member(object, key);
+  return value != nullptr ? wholeNumber(*value) : std::nullopt;
+}
+
+std::optional<PixelRect> rectOf(const json& object) {
+  const json* rect = member(object, "rect");
+  if (rect == nullptr) return std::nullopt;
+  std::array<int, 4> numbers{};
+  constexpr std::array<const char*, 4> keys{"x", "y", "width", "height"};
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    const auto number = numberOf(*rect, keys[i]);
+    if (!number) return std::nullopt;
+    numbers[i] = *number;
+  }
+  return PixelRect{numbers[0], numbers[1], numbers[2], numbers[3]};
+}
+
+bool isTrue(const json& object, const char* key) {
+  const json* value = member(object, key);
+  return value != nullptr && value->is_boolean() && value->get<bool>();
+}
+
+EdgeInsets insetsOf(const PixelRect& outer, const PixelRect& inner) {
+  const EdgeInsets all{inner.x - outer.x, inner.y - outer.y, outer.right() - inner.right(),
+                       outer.bottom() - inner.bottom()};
+  const int gap = std::max(0, std::min({all.left, all.right, all.top, all.bottom}));
+  return {std::max(0, all.left - gap), std::max(0, all.top - gap), std::max(0, all.right - gap),
+          std::max(0, all.bottom - gap)};
+}
+
+std::map<std::string, PixelRect> outputRects(const json& outputs) {
+  std::map<std::string, PixelRect> rects;
+  for (const json& output : outputs) {
+    const auto name = text(output, "name");
+    const auto rect = rectOf(output);
+    if (name && rect) rects.emplace(*name, *rect);
+  }
+  return rects;
+}
+
+std::optional<EdgeInsets> hyprlandInsets(const json& monitor) {
+  const json* reserved = member(monitor, "reserved");
+  if (reserved == nullptr || !reserved->is_array() || reserved->size() != 4) return std::nullopt;
+  std::array<int, 4> edges{};
+  for (std::size_t i = 0; i < edges.size(); ++i) {
+    const auto number = wholeNumber((*reserved)[i]);
+    if (!number) return std::nullopt;
+    edges[i] = std::max(0, *number);
+  }
+  return EdgeInsets{edges[0], edges[1], edges[2], edges[3]};
+}
+
+/// What a container of sway's fills: nothing but its place, its output, or all outputs.
+enum class Filled { place, output, everything };
+
+template <typename Visit>
+void forEachChild(const json& node, Visit visit) {
+  for (const char* kind : {"nodes", "floating_nodes"}) {
+    const json* children = member(node, kind);
+    if (children == nullptr || !children->is_array()) continue;
+    for (const json& child : *children) visit(child);
+  }
+}
+
+/// Windows say whether they are visible, the containers around them don't.
+bool showsAWindow(const json& node) {
+  bool shows = isTrue(node, "visible");
+  forEachChild(node, [&](const json& child) { shows = shows || showsAWindow(child); });
+  return shows;
+}
+
+/// The most that anything seen in `node` fills. Workspaces have a mode as well, which means nothing.
+Filled filledBy(const json& node) {
+  const int mode = text(node, "type") == "workspace" ? 0 : numberOf(node, "fullscreen_mode").value_or(0);
+  Filled filled = Filled::place;
+  if (mode != 0 && showsAWindow(node)) filled = mode == 2 ? Filled::everything : Filled::output;
+  forEachChild(node, [&](const json& child) { filled = std::max(filled, filledBy(child)); });
+  return filled;
+}
+
+std::optional<int> workspaceId(const json& object, const char* key) {
+  const json* workspace = member(object, key);
+  return workspace != nullptr ? numberOf(*workspace, "id") : std::nullopt;
+}
+
+/// Hyprland says true with a mode of its own (0: full, 1: maximised) before version 0.42, and since then a number in
+/// which 1 is maximised and 2 is full.
+bool isFullScreen(const json& client) {
+  const bool full = isTrue(client, "fullscreen") ? numberOf(client, "fullscreenMode").value_or(0) == 0
+                                                 : numberOf(client, "fullscreen").value_or(0) >= 2;
+  return full && !isTrue(client, "hidden");
+}
+
+}  // namespace
+
+std::string swayMessage(std::uint32_t type, std::string_view payload) {
+  std::string message(magic);
+  const std::array<std::uint32_t, 2> numbers{static_cast<std::uint32_t>(payload.size()), type};
+  message.append(reinterpret_cast<const char*>(numbers.data()), sizeof(numbers));
+  message += payload;
+  return message;
+}
+
+std::optional<std::size_t> swayPayloadLength(std::string_view header, std::uint32_t type) {
+  std::array<std::uint32_t, 2> numbers{};
+  if (header.size() < swayHeaderBytes || !header.starts_with(magic)) return std::nullopt;
+  std::memcpy(numbers.data(), header.data() + magic.size(), sizeof(numbers));
+  if (numbers[0] > maximumJsonBytes || numbers[1] != type) return std::nullopt;
+  return numbers[0];
+}
+
+Result<ReservedEdges> swayReservedEdges(std::string_view outputs, std::string_view workspaces) {
+  const auto outputList = parseStrictJson(outputs);
+  const auto workspaceList = parseStrictJson(workspaces);
+  if (!outputList || !workspaceList || !outputList->is_array() || !workspaceList->is_array()) {
+    return Failure{notAsExpected};
+  }
+  const auto rects = outputRects(*outputList);
+  ReservedEdges edges;
+  for (const json& workspace : *workspaceList) {
+    const auto output = text(workspace, "output");
+    const auto inner = rectOf(workspace);
+    if (!isTrue(workspace, "visible") || !output || !inner || !rects.contains(*output)) continue;
+    edges.emplace(*output, insetsOf(rects.at(*output), *inner));
+  }
+  return edges;
+}
+
+Result<LayerStacking> swayLayerStacking(std::string_view version) {
+  const auto reply = parseStrictJson(version);
+  if (!reply) return Failure{notAsExpected};
+  const auto first = numberOf(*reply, "major");
+  const auto second = numberOf(*reply, "minor");
+  if (!first || !second) return Failure{notAsExpected};
+  return std::pair(*first, *second) < std::pair(1, 10) ? LayerStacking::newestLowest : LayerStacking::newestHighest;
+}
+
+Result<ReservedEdges> hyprlandReservedEdges(std::string_view monitors) {
+  const auto list = parseStrictJson(monitors);
+  if (!list || !list->is_array()) return Failure{notAsExpected};
+  ReservedEdges edges;
+  for (const json& monitor : *list) {
+    const auto name = text(monitor, "name");
+    const auto insets = hyprlandInsets(monitor);
+    if (name && insets) edges.emplace(*name, *insets);
+  }
+  return edges;
+}
+
+Result<CoveredOutputs> swayCoveredOutputs(std::string_view tree) {
+  const auto root = parseStrictJson(tree);
+  if (!root || text(*root, "type") != "root") return Failure{notAsExpected};
+  CoveredOutputs all;
+  CoveredOutputs covered;
+  bool everything = false;
+  forEachChild(*root, [&](const json& output) {
+    const auto name = text(output, "name");
+    if (!name) return;
+    const Filled filled = filledBy(output);
+    all.insert(*name);
+    if (filled != Filled::place) covered.insert(*name);
+    everything = everything || filled == Filled::everything;
+  });
+  return everything ? all : covered;
+}
+
+Result<CoveredOutputs> hyprlandCoveredOutputs(std::string_view monitors, std::string_view clients) {
+  const auto monitorList = parseStrictJson(monitors);
+  const auto clientList = parseStrictJson(clients);
+  if (!monitorList || !clientList || !monitorList->is_array() || !clientList->is_array()) {
+    return Failure{notAsExpected};
+  }
+  std::set<int> full;
+  for (const json& client : *clientList) {
+    const auto workspace = workspaceId(client, "workspace");
+    if (workspace && isFullScreen(client)) full.insert(*workspace);
+  }
+  CoveredOutputs covered;
+  for (const json& monitor : *monitorList) {
+    const auto name = text(monitor, "name");
+    const auto shown = workspaceId(monitor, "activeWorkspace");
+    const auto over = workspaceId(monitor, "specialWorkspace");
+    if (name && ((shown && full.contains(*shown)) || (over && full.contains(*over)))) covered.insert(*name);
+  }
+  return covered;
+}
+
+PixelRect withoutReserved(const PixelRect& frame, const EdgeInsets& reserved) {
+  const auto kept = [](int edge, int length) { return edge > 0 && edge <= length / 2 ? edge : 0; };
+  const int left = kept(reserved.left, frame.width);
+  const int top = kept(reserved.top, frame.height);
+  return {frame.x + left, frame.y + top, frame.width - left - kept(reserved.right, frame.width),
+          frame.height - top - kept(reserved.bottom, frame.height)};
+}
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 namespace veloria {
 
-/// Where a layer surface belongs on its output.
+/// The place of a layer surface on its output.
 struct LayerPlacement {
   std::uint32_t layer = ZWLR_LAYER_SHELL_V1_LAYER_BACKGROUND;
   std::uint32_t anchors = 0;  ///< zwlr_layer_surface_v1_anchor
@@ -24,7 +24,7 @@ class LayerSurface {
     std::function<void()> closed;  ///< it will not be shown any more; may destroy this object
   };
 
-  /// The connection must have a layer shell, and outlive this. Its size is told to `configured` later.
+  /// The connection must have a layer shell, and outlive this. `configured` gets its size later.
   LayerSurface(WaylandConnection& connection, wl_output* output, const LayerPlacement& placement, Handlers handlers);
   LayerSurface(const LayerSurface&) = delete;
   LayerSurface& operator=(const LayerSurface&) = delete;

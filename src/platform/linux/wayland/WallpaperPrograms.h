@@ -13,9 +13,9 @@ namespace veloria {
 /// True for the name of a program that paints the desktop's picture through the layer shell.
 bool isWallpaperProgram(std::string_view name);
 
-/// Notices wallpaper programs that start. No protocol tells that another client's surface has come, so this looks at
-/// the list of processes once a second, and only while somebody listens. Programs that it doesn't know, and those that
-/// run where their processes can't be seen (a sandbox), go unnoticed. Main thread.
+/// Notices wallpaper programs that start. No protocol announces another client's surface, so this reads the list of
+/// processes once a second, and only while there are subscribers. It misses programs that it doesn't know and those
+/// whose processes are hidden (in a sandbox). Main thread.
 class WallpaperPrograms {
  public:
   /// `timers` must outlive it.
@@ -23,8 +23,8 @@ class WallpaperPrograms {
   WallpaperPrograms(const WallpaperPrograms&) = delete;
   WallpaperPrograms& operator=(const WallpaperPrograms&) = delete;
 
-  /// `handler` is called twice after a start, since nobody knows when a picture is read and shown, with the seconds
-  /// after which it may well be there. The subscription ends when what is returned is let go.
+  /// `handler` is called twice after a start, since the picture may take a while to appear, with the seconds after
+  /// which it probably has. The subscription ends when the returned object is destroyed.
   [[nodiscard]] std::shared_ptr<void> onStart(std::function<void(double delay)> handler);
 
  private:
@@ -33,7 +33,7 @@ class WallpaperPrograms {
 
   TimerFactory& timers_;
   std::vector<std::weak_ptr<std::function<void(double)>>> subscribers_;
-  // A process bears its parent's name until it has become its program, so each is looked at in two rounds.
+  // A process has its parent's name until it has become its program, so each is read in two rounds.
   std::set<long> recent_;
   std::set<long> older_;
   std::set<long> wallpapers_;

@@ -17,11 +17,11 @@ namespace veloria {
 /// or called something we did an error) is reported once, and from then on every request does nothing. Main thread.
 class WaylandConnection {
  public:
-  /// Ends the subscription when it is let go, which a handler may do.
+  /// Ends the subscription when it is destroyed, which a handler may do.
   using Subscription = std::shared_ptr<void>;
 
   /// Connects to `displayName`, a socket's name in $XDG_RUNTIME_DIR or an absolute path ($WAYLAND_DISPLAY when empty).
-  /// Throws std::runtime_error with a sentence for a person, also when there is no answer for `patience` seconds.
+  /// Throws std::runtime_error with a sentence for a person, also if there is no answer for `patience` seconds.
   WaylandConnection(const std::string& displayName, const DescriptorWatcher& watch, TimerFactory& timers,
                     double patience = 5);
   ~WaylandConnection();
@@ -30,9 +30,9 @@ class WaylandConnection {
 
   wl_display* raw() const { return display_.get(); }
   wl_compositor* compositor() const { return compositor_.get(); }
-  /// Null where the compositor has no layer shell: no overlay can be had there.
+  /// Null if the compositor has no layer shell, and so allows no overlays.
   zwlr_layer_shell_v1* layerShell() const { return layerShell_.get(); }
-  /// Null where it offers none.
+  /// Null if it offers none.
   wp_viewporter* viewporter() const { return viewporter_.get(); }
   const std::vector<std::shared_ptr<WaylandOutput>>& outputs() const { return outputs_; }
   TimerFactory& timers() const { return timers_; }
@@ -43,10 +43,10 @@ class WaylandConnection {
   void setBrokenHandler(std::function<void(const std::string&)> handler) { broken_ = std::move(handler); }
   bool isBroken() const { return wl_display_get_error(display_.get()) != 0; }
 
-  /// Sends what is waiting; what the compositor doesn't take now is sent later. Never blocks.
+  /// Sends all pending requests; those that the compositor doesn't take now are sent later. Never blocks.
   void flush();
 
-  /// Handles what other users of raw() have read off the wire. Costs nothing when there is nothing; never reads.
+  /// Handles the events that other users of raw() have read. Costs nothing without any; never reads.
   void dispatchQueued();
 
  private:

@@ -1,12 +1,36 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
+#include <string>
 
-#include "platform/linux/wayland/OutputFacts.h"
+#include "platform/linux/screens/ScreenDescription.h"
 #include "platform/linux/wayland/WaylandPtr.h"
 
 namespace veloria {
+
+/// A compositor's description of one output, unchecked.
+struct OutputFacts {
+  std::string name;
+  int modeWidth = 0;  ///< pixels, before the output is turned; 0 if unknown
+  int modeHeight = 0;
+  bool turned = false;  ///< by a quarter, so that width and height change places
+  int scale = 1;        ///< wl_output's: a whole number, the next above a fractional scale
+  int x = 0;            ///< compositor's coordinates, y downwards
+  int y = 0;
+  std::optional<Extent> logicalSize;  ///< points; from xdg-output only
+  bool operator==(const OutputFacts&) const = default;
+};
+
+/// The output in points, y downwards; nothing for one that can't be a screen (no size, beyond 65535 points or the
+/// coordinate range).
+std::optional<MonitorDescription> monitorOf(const OutputFacts& facts);
+
+/// Pixels per point, 0.5 to 8. With `fractional` the ratio of the mode's size to the logical size, in the 120ths that
+/// compositors count in; otherwise, and if a size is missing, the whole number of wl_output.
+double pixelsPerPoint(const OutputFacts& facts, bool fractional);
 
 /// One output of the compositor and what it says about it. Main thread.
 class WaylandOutput {

@@ -11,7 +11,7 @@
 
 namespace veloria {
 
-/// Ends an object of the compositor's, telling the compositor where the protocol's version has a word for it.
+/// Destroys an object of the protocol, also in the compositor if the protocol's version allows it.
 struct WaylandDestroy {
   void operator()(wl_display* display) const { wl_display_disconnect(display); }
   void operator()(wl_registry* registry) const { wl_registry_destroy(registry); }

@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/screens/Pacing.h"
 #include "platform/linux/screens/ScreenDescription.h"
-#include "platform/linux/screens/SettledChanges.h"
-#include "platform/linux/wayland/CompositorReplies.h"
+#include "platform/linux/wayland/CompositorQuestions.h"
 #include "platform/linux/wayland/LayerSurface.h"
 #include "platform/linux/wayland/WaylandConnection.h"
 #include "ports/ScreenProvider.h"
@@ -18,7 +18,7 @@
 
 namespace veloria {
 
-/// What panels have reserved on the outputs now; nothing when nobody tells.
+/// What panels have reserved on the outputs now; nothing if it is unknown.
 using ReservedEdgesQuery = std::function<std::optional<ReservedEdges>()>;
 
 /// The compositor's outputs, the one at (0, 0) first, with what panels reserve on them. A point is what the compositor
@@ -34,9 +34,9 @@ class WaylandScreenProvider final : public ScreenProvider {
 
   /// The coordinate system of screens(), from the compositor's logical pixels (y downwards).
   const ScreenSpace& space() const { return space_; }
-  /// The output of the screen with this number; null when it is gone.
+  /// The output of the screen with this number; null if it is gone.
   std::shared_ptr<WaylandOutput> output(std::uint32_t number) const;
-  /// True when it is known how much panels have reserved, or the environment says it.
+  /// True if it is known how much panels have reserved, or the environment sets it.
   bool panelsTold() const { return panelsTold_; }
   /// Called whenever screens() have been read again, and before the change handler.
   [[nodiscard]] std::shared_ptr<void> onRefresh(std::function<void()> handler);

@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/linux/screens/ScreenSpace.h"
+#include "platform/linux/screens/ScreenDescription.h"
 
 namespace veloria {
 
@@ -12,7 +12,7 @@ namespace veloria {
 struct PanelPicture {
   PixelRect bounds;  ///< root pixels
   bool hasAlpha = false;
-  /// The parts of `bounds` that the panel has, root pixels; all of it where there are none.
+  /// The parts of `bounds` that the panel has, root pixels; empty: all of it.
   std::vector<PixelRect> shape;
   /// Of `bounds`, tightly packed from the top: blue, green, red, alpha, premultiplied. Alpha means nothing without
   /// `hasAlpha`. Any other number of bytes than `bounds` needs shows nothing.
@@ -23,8 +23,8 @@ struct PanelPicture {
 /// tightly packed from the top, blue, green, red, alpha, premultiplied.
 void composePanels(const PixelRect& strip, std::span<const PanelPicture* const> panels, std::vector<std::byte>& rows);
 
-/// Gives the part of a composed picture that no panel covers the mean colour of the panels' pixels beside it. Where
-/// text is told from its ground by contrast, a panel's edge would count as text otherwise. A picture without panels, or
+/// Gives the part of a composed picture that no panel covers the mean colour of the panels' pixels beside it.
+/// Text is recognised by its contrast, so a panel's edge would count as text otherwise. A picture without panels, or
 /// full of them, stays as it is. `rows`: as composePanels() left them.
 void hidePanelEdges(const PixelRect& strip, std::span<const PanelPicture* const> panels, std::vector<std::byte>& rows);
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/screens/ScreenSpace.h"
+#include "platform/linux/screens/ScreenDescription.h"
 
 namespace veloria {
 
@@ -19,7 +19,7 @@ struct XcbFree {
 template <typename T>
 using XcbPtr = std::unique_ptr<T, XcbFree>;
 
-/// An extension's event numbers; `firstEvent` is 0 when the server lacks it.
+/// An extension's event numbers; `firstEvent` is 0 if the server lacks it.
 struct X11Extension {
   bool present = false;
   std::uint8_t firstEvent = 0;
@@ -47,7 +47,7 @@ class X11Client {
   xcb_window_t root() const { return screen_->root; }
   bool isBroken() const { return xcb_connection_has_error(raw()) != 0; }
 
-  /// The reply to a request, or null when the server refused it or is gone. Waits for it.
+  /// Waits for the reply to a request; null if the server refused it or is gone.
   template <typename Reply, typename Cookie>
   XcbPtr<Reply> reply(Reply* (*fetch)(xcb_connection_t*, Cookie, xcb_generic_error_t**), Cookie cookie) {
     xcb_generic_error_t* error = nullptr;
@@ -94,7 +94,7 @@ class X11Client {
 /// Why xcb gave a connection up, for a person.
 const char* connectionErrorText(int error);
 
-/// True for a version that the server has told and that is at least this one.
+/// True if the server has named its version and that is at least this one.
 template <typename Reply>
 bool atLeast(const XcbPtr<Reply>& version, std::uint32_t major, std::uint32_t minor) {
   return version &&

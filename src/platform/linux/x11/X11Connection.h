@@ -3,6 +3,7 @@
 #include <xcb/xcb.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -11,15 +12,62 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/x11/X11Atoms.h"
 #include "platform/linux/x11/X11Client.h"
 #include "ports/DescriptorWatcher.h"
 #include "ports/Timer.h"
 
 namespace veloria {
 
+/// The atoms in use: one line each, the enumerator and the atom's name.
+#define VELORIA_X11_ATOMS(X)                               \
+  X(manager, "MANAGER")                                    \
+  X(motifWmHints, "_MOTIF_WM_HINTS")                       \
+  X(netClientList, "_NET_CLIENT_LIST")                     \
+  X(netClientListStacking, "_NET_CLIENT_LIST_STACKING")    \
+  X(netCurrentDesktop, "_NET_CURRENT_DESKTOP")             \
+  X(netDesktopViewport, "_NET_DESKTOP_VIEWPORT")           \
+  X(netSupportingWmCheck, "_NET_SUPPORTING_WM_CHECK")      \
+  X(netWmDesktop, "_NET_WM_DESKTOP")                       \
+  X(netWmName, "_NET_WM_NAME")                             \
+  X(netWmPid, "_NET_WM_PID")                               \
+  X(netWmState, "_NET_WM_STATE")                           \
+  X(netWmStateAbove, "_NET_WM_STATE_ABOVE")                \
+  X(netWmStateBelow, "_NET_WM_STATE_BELOW")                \
+  X(netWmStateFullscreen, "_NET_WM_STATE_FULLSCREEN")      \
+  X(netWmStateHidden, "_NET_WM_STATE_HIDDEN")              \
+  X(netWmStateSkipPager, "_NET_WM_STATE_SKIP_PAGER")       \
+  X(netWmStateSkipTaskbar, "_NET_WM_STATE_SKIP_TASKBAR")   \
+  X(netWmStateSticky, "_NET_WM_STATE_STICKY")              \
+  X(netWmStrut, "_NET_WM_STRUT")                           \
+  X(netWmStrutPartial, "_NET_WM_STRUT_PARTIAL")            \
+  X(netWmUserTime, "_NET_WM_USER_TIME")                    \
+  X(netWmWindowOpacity, "_NET_WM_WINDOW_OPACITY")          \
+  X(netWmWindowType, "_NET_WM_WINDOW_TYPE")                \
+  X(netWmWindowTypeDesktop, "_NET_WM_WINDOW_TYPE_DESKTOP") \
+  X(netWmWindowTypeDock, "_NET_WM_WINDOW_TYPE_DOCK")       \
+  X(netWorkarea, "_NET_WORKAREA")                          \
+  X(utf8String, "UTF8_STRING")                             \
+  X(wmDeleteWindow, "WM_DELETE_WINDOW")                    \
+  X(wmProtocols, "WM_PROTOCOLS")                           \
+  X(wmState, "WM_STATE")
+
+enum class X11Atom : std::size_t {
+#define VELORIA_X11_ENUMERATOR(name, text) name,
+  VELORIA_X11_ATOMS(VELORIA_X11_ENUMERATOR)
+#undef VELORIA_X11_ENUMERATOR
+};
+
+/// Their names, in the order of X11Atom.
+inline constexpr const char* x11AtomNames[] = {
+#define VELORIA_X11_NAME(name, text) text,
+    VELORIA_X11_ATOMS(VELORIA_X11_NAME)
+#undef VELORIA_X11_NAME
+};
+
+inline constexpr std::size_t x11AtomCount = sizeof(x11AtomNames) / sizeof(x11AtomNames[0]);
+
 /// A connection to an X server that the event loop watches. Errors that the server sends (a window that vanished
-/// meanwhile, for instance) are dropped; a connection that breaks is reported once, and from then on every request
+/// in the meantime, for example) are dropped; a connection that breaks is reported once, and from then on every request
 /// does nothing and every reply is null. Main thread.
 ///
 /// Root events (structure, substructure, properties, RandR, the compositor's selection) are selected here once for all,
@@ -27,12 +75,12 @@ namespace veloria {
 class X11Connection final : public X11Client {
  public:
   using EventHandler = std::function<void(const xcb_generic_event_t&)>;
-  /// Ends the subscription when it is let go, which a handler may do.
+  /// Ends the subscription when it is destroyed, which a handler may do.
   using Subscription = std::shared_ptr<void>;
 
   /// Connects to `displayName` ($DISPLAY when empty). Throws std::runtime_error with a sentence for a person. SIGPIPE
-  /// is set to be ignored in this process when nobody has chosen otherwise: a server that goes away would end it
-  /// unheard.
+  /// is ignored from now on unless the process has a handler for it: a server that goes away would end the process
+  /// without a message.
   X11Connection(const std::string& displayName, const DescriptorWatcher& watch, TimerFactory& timers);
   ~X11Connection() override;
 
@@ -45,7 +93,7 @@ class X11Connection final : public X11Client {
   /// True when `window` was made on this connection.
   bool isOwn(xcb_window_t window) const;
   bool compositorRunning() const { return compositorRunning_; }
-  /// Asks the server; one round trip or two.
+  /// One or two round trips.
   bool windowManagerRunning();
 
   /// `handler` gets every event that is not an error.
@@ -57,8 +105,8 @@ class X11Connection final : public X11Client {
 
   void flush() { xcb_flush(raw()); }
 
-  /// Handles what other users of raw() have read off the wire while they waited for replies. Costs nothing when there
-  /// is nothing; never reads.
+  /// Handles the events that other users of raw() have read while they waited for replies. Costs nothing without any;
+  /// never reads.
   void dispatchQueued();
 
   using X11Client::numbers;

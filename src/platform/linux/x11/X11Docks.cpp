@@ -1,8 +1,73 @@
 #include "platform/linux/x11/X11Docks.h"
 
+#include <xcb/shape.h>
+
 #include <algorithm>
 
 namespace veloria {
+
+namespace {
+
+constexpr std::uint32_t largestValue = 65535;
+constexpr std::size_t edgeCount = 4;
+constexpr std::size_t partialCount = 12;
+
+StrutEdge edgeOf(std::span<const std::uint32_t> values, std::size_t index, int length) {
+  StrutEdge edge{static_cast<int>(values[index]), 0, length - 1};
+  if (values.size() == partialCount) {
+    const int start = static_cast<int>(values[edgeCount + 2 * index]);
+    const int end = static_cast<int>(values[edgeCount + 2 * index + 1]);
+    if (start != 0 || end != 0) edge = {edge.thickness, start, end};
+  }
+  return edge;
+}
+
+// How far an edge's reservation reaches into a span of the monitor that begins `gap` pixels in from the root's edge.
+int reach(const StrutEdge& edge, int gap, int alongStart, int alongEnd, int depth) {
+  const bool beside = edge.end < alongStart || edge.start >= alongEnd;
+  const int inside = edge.thickness - gap;
+  return edge.thickness == 0 || beside || inside <= 0 || inside > depth / 2 ? 0 : inside;
+}
+
+struct Insets {
+  int left = 0;
+  int right = 0;
+  int top = 0;
+  int bottom = 0;
+};
+
+void grow(Insets& insets, const Strut& strut, const PixelRect& m, const PixelRect& root) {
+  insets.left = std::max(insets.left, reach(strut.left, m.x - root.x, m.y, m.bottom(), m.width));
+  insets.right = std::max(insets.right, reach(strut.right, root.right() - m.right(), m.y, m.bottom(), m.width));
+  insets.top = std::max(insets.top, reach(strut.top, m.y - root.y, m.x, m.right(), m.height));
+  insets.bottom = std::max(insets.bottom, reach(strut.bottom, root.bottom() - m.bottom(), m.x, m.right(), m.height));
+}
+
+}  // namespace
+
+std::optional<Strut> strutFromCardinals(std::span<const std::uint32_t> values, const PixelRect& root) {
+  if (values.size() != edgeCount && values.size() != partialCount) return std::nullopt;
+  for (const std::uint32_t value : values) {
+    if (value > largestValue) return std::nullopt;
+  }
+  return Strut{edgeOf(values, 0, root.height), edgeOf(values, 1, root.height), edgeOf(values, 2, root.width),
+               edgeOf(values, 3, root.width)};
+}
+
+PixelRect visiblePixels(const PixelRect& monitor, const PixelRect& root, std::span<const DockStrut> docks) {
+  Insets insets;
+  for (const DockStrut& dock : docks) {
+    if (intersects(dock.bounds, monitor)) grow(insets, dock.strut, monitor, root);
+  }
+  return {monitor.x + insets.left, monitor.y + insets.top, monitor.width - insets.left - insets.right,
+          monitor.height - insets.top - insets.bottom};
+}
+
+PixelRect visiblePixelsFromWorkArea(const PixelRect& monitor, const PixelRect& workArea) {
+  const int top = workArea.y - monitor.y;
+  if (top <= 0 || top > monitor.height / 2) return monitor;
+  return {monitor.x, monitor.y + top, monitor.width, monitor.height - top};
+}
 
 namespace {
 
@@ -98,6 +163,57 @@ std::vector<DockWindow> findDocks(X11Connection& connection) {
     if (dock.isDock || dock.strut) docks.push_back(dock);
   }
   return docks;
+}
+
+namespace {
+
+/// A panel cut into more pieces than these counts as whole.
+constexpr int mostShapeParts = 1024;
+
+bool isWhole(const std::vector<PixelRect>& shape, const PixelRect& bounds) {
+  return shape.size() == 1 && intersection(shape.front(), bounds) == bounds;
+}
+
+std::vector<PixelRect> shapeFrom(const xcb_shape_get_rectangles_reply_t& answer, int originX, int originY) {
+  const int count = xcb_shape_get_rectangles_rectangles_length(&answer);
+  if (count > mostShapeParts) return {};
+  const auto* first = xcb_shape_get_rectangles_rectangles(&answer);
+  std::vector<PixelRect> shape;
+  std::transform(first, first + count, std::back_inserter(shape), [&](const xcb_rectangle_t& each) {
+    return PixelRect{originX + each.x, originY + each.y, each.width, each.height};
+  });
+  // A window with an empty shape covers nothing, and "empty" stands for everything here.
+  if (shape.empty()) shape.emplace_back();
+  return shape;
+}
+
+}  // namespace
+
+std::optional<PanelPlace> probePanel(X11Connection& connection, xcb_window_t window,
+                                     std::span<const xcb_window_t> stack) {
+  auto* raw = connection.raw();
+  PanelPlace place;
+  place.window = window;
+  const auto attributesCookie = xcb_get_window_attributes(raw, window);
+  place.topLevel = topLevelOf(connection, window);
+  const auto attributes = connection.reply(xcb_get_window_attributes_reply, attributesCookie);
+  if (!attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE) return std::nullopt;
+  if (place.topLevel == XCB_WINDOW_NONE || connection.isOwn(place.topLevel)) return std::nullopt;
+  const auto found = std::find(stack.begin(), stack.end(), place.topLevel);
+  place.position = static_cast<std::size_t>(found - stack.begin());
+  const auto geometryCookie = xcb_get_geometry(raw, place.topLevel);
+  const bool shaped = connection.shape().present;
+  const auto shapeCookie = shaped ? xcb_shape_get_rectangles(raw, place.topLevel, XCB_SHAPE_SK_BOUNDING)
+                                  : xcb_shape_get_rectangles_cookie_t{};
+  const auto geometry = connection.reply(xcb_get_geometry_reply, geometryCookie);
+  const auto shape = shaped ? connection.reply(xcb_shape_get_rectangles_reply, shapeCookie) : nullptr;
+  if (!geometry) return std::nullopt;
+  const int border = geometry->border_width;
+  place.bounds = {geometry->x, geometry->y, geometry->width + 2 * border, geometry->height + 2 * border};
+  place.depth = geometry->depth;
+  if (shape) place.shape = shapeFrom(*shape, geometry->x + border, geometry->y + border);
+  if (isWhole(place.shape, place.bounds)) place.shape.clear();
+  return place;
 }
 
 }  // namespace veloria

@@ -60,7 +60,7 @@ bool X11ImageReader::understandsPixels() const {
 bool X11ImageReader::holdSegment(std::size_t bytes) {
   if (segment_ != XCB_NONE && memoryBytes_ >= bytes) return true;
   dropSegment();
-  const int descriptor = ::memfd_create("menu bar", MFD_CLOEXEC);
+  const int descriptor = ::memfd_create("panel", MFD_CLOEXEC);
   if (descriptor < 0) return false;
   void* memory = MAP_FAILED;
   if (::ftruncate(descriptor, static_cast<off_t>(bytes)) == 0) {

@@ -6,16 +6,16 @@
 #include <optional>
 #include <vector>
 
-#include "platform/linux/screens/ScreenSpace.h"
+#include "platform/linux/screens/ScreenDescription.h"
 #include "platform/linux/x11/X11Connection.h"
 
 namespace veloria {
 
-/// Reads pixels of drawables of depth 24 or 32: through memory that is shared with the server where the server takes it
-/// as a file descriptor, through the wire elsewhere. Main thread; the connection must outlive it.
+/// Reads pixels of drawables of depth 24 or 32: through shared memory if the server takes its file descriptor, else
+/// through the connection. Main thread; the connection must outlive it.
 class X11ImageReader {
  public:
-  /// One question under way.
+  /// One request under way.
   struct Request {
     PixelRect area;
     bool shared = false;
@@ -28,7 +28,7 @@ class X11ImageReader {
   X11ImageReader(const X11ImageReader&) = delete;
   X11ImageReader& operator=(const X11ImageReader&) = delete;
 
-  /// Whether the server's pixels are those that read() promises: 32 bits each, blue in the first byte.
+  /// Whether the server's pixels are as collect() promises: 32 bits each, blue in the first byte.
   bool understandsPixels() const;
   bool usesSharedMemory() const { return shm_; }
 
@@ -36,7 +36,7 @@ class X11ImageReader {
   /// before the next is made.
   Request request(xcb_drawable_t drawable, const PixelRect& area);
   /// Waits for it: `pixels` becomes the area, tightly packed from the top, blue, green, red, and a fourth byte that is
-  /// alpha in depth 32. False, with nothing changed, when the server refused: the drawable is gone or smaller.
+  /// alpha in depth 32. False, with nothing changed, if the server refused: the drawable is gone or smaller.
   bool collect(const Request& request, std::vector<std::byte>& pixels);
 
  private:

@@ -40,7 +40,7 @@ bool readable(std::uint8_t depth) {
   return depth == colourDepth || depth == alphaDepth;
 }
 
-// Errors of requests on windows that may vanish at any moment are nobody's concern.
+// Windows may vanish at any moment, so errors of such requests mean nothing.
 void ignoreErrors(X11Connection& connection, xcb_void_cookie_t checked) {
   xcb_discard_reply(connection.raw(), checked.sequence);
 }

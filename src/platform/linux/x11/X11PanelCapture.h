@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "base/MediaClock.h"
-#include "platform/linux/screens/AttemptBudget.h"
+#include "platform/linux/screens/Pacing.h"
 #include "platform/linux/x11/PanelPicture.h"
+#include "platform/linux/x11/X11Docks.h"
 #include "platform/linux/x11/X11ImageReader.h"
-#include "platform/linux/x11/X11PanelProbe.h"
 #include "platform/linux/x11/X11ScreenProvider.h"
 #include "ports/BarCaptureStream.h"
 #include "ports/Timer.h"
@@ -20,13 +20,13 @@ namespace veloria {
 
 /// Pictures of the desktop's panels on a strip of a screen, whatever lies over them: read from the pixmaps that the
 /// server draws windows into while a compositor runs, so our own windows are never in them. Without a compositor there
-/// are no such pixmaps, and asking the server for them ourselves would have it redraw every window through a copy for
-/// all programs; so the stream fails then, and says why.
+/// are no such pixmaps, and to ask the server for them would slow down every program's windows; the stream then fails
+/// with that reason.
 ///
-/// Something is read only after the server has reported damage to a panel, at most 30 times a second, and handed on
-/// only when the picture has changed. Beside the panels the picture has the mean colour of their edges; it is
-/// transparent while there is no panel. A panel that vanishes stays in the picture for a second, under all others:
-/// panels that restart don't flicker. Main thread; both references must outlive it.
+/// It reads only after the server has reported damage to a panel, at most 30 times a second, and passes a picture on
+/// only if it has changed. Beside the panels the picture has the mean colour of their edges; it is transparent while
+/// there is no panel. A panel that vanishes stays in the picture for a second, under all others, so that panels that
+/// restart don't flicker. Main thread; both references must outlive it.
 class X11PanelCapture final : public BarCaptureStream {
  public:
   X11PanelCapture(X11Connection& connection, X11ScreenProvider& screens, MediaClock clock = mediaTime);
@@ -37,7 +37,7 @@ class X11PanelCapture final : public BarCaptureStream {
   void start(const BarRegion& region, BarCaptureHandlers handlers) override;
   void stop() override;
 
-  /// How often it has looked at the panels since it was made; for diagnostics and tests.
+  /// How often it has read the panels since it was made; for diagnostics and tests.
   std::int64_t updateCount() const { return updateCount_; }
 
  private:
@@ -47,7 +47,7 @@ class X11PanelCapture final : public BarCaptureStream {
     xcb_damage_damage_t damage = XCB_NONE;
     bool dirty = true;
     bool present = true;
-    double goneSince = 0;  ///< only when it is not present
+    double goneSince = 0;  ///< only if it is not present
   };
 
   std::string obstacle();

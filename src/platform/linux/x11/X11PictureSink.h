@@ -8,7 +8,7 @@
 
 namespace veloria {
 
-/// The depth of a window in bits; 0 when it is gone. One round trip.
+/// The depth of a window in bits; 0 if it is gone. One round trip.
 std::uint8_t windowDepth(xcb_connection_t* connection, xcb_window_t window);
 
 /// Puts pictures into a window of depth 24 or 32 through the X protocol, for drivers that can't present into it
@@ -21,7 +21,7 @@ class X11PictureSink {
   X11PictureSink& operator=(const X11PictureSink&) = delete;
 
   /// `rows`: width x height pixels of 4 bytes (blue, green, red, alpha), tightly packed, from the top. Sent in pieces
-  /// where the server's longest request asks for it.
+  /// if it is longer than the server's longest request.
   void put(std::span<const std::byte> rows, std::uint32_t width, std::uint32_t height);
 
  private:

@@ -3,9 +3,10 @@
 #include <memory>
 #include <vector>
 
+#include "platform/linux/screens/Pacing.h"
 #include "platform/linux/screens/ScreenDescription.h"
-#include "platform/linux/screens/SettledChanges.h"
 #include "platform/linux/x11/X11Connection.h"
+#include "ports/PointerSource.h"
 #include "ports/ScreenProvider.h"
 #include "ports/Timer.h"
 
@@ -24,7 +25,7 @@ class X11ScreenProvider final : public ScreenProvider {
 
   /// The coordinate system of screens().
   const ScreenSpace& space() const { return space_; }
-  /// The part of `place` (root pixels) that is on the screen it shares most with; empty where there is none.
+  /// The part of `place` (root pixels) that is on the screen it shares most with; empty if there is none.
   PixelRect clippedToScreen(const PixelRect& place) const;
   /// The desktop's panels when the list was last read.
   const std::vector<xcb_window_t>& panels() const { return watched_; }
@@ -52,5 +53,9 @@ class X11ScreenProvider final : public ScreenProvider {
   SettledChanges settling_;
   X11Connection::Subscription events_;
 };
+
+/// The pointer on an X server: one round trip per call; absent while it is on another X screen or the connection
+/// is broken. Both must outlive it. Main thread.
+PointerSource x11PointerSource(X11Connection& connection, const X11ScreenProvider& screens);
 
 }  // namespace veloria
