@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "Process.h"
 #include "desktop/ChildProcess.h"
@@ -15,13 +14,13 @@ struct Certificate {
 };
 
 /// Makes a self-signed certificate for `hosts` ("DNS:localhost,IP:127.0.0.1") with the openssl program. Throws
-/// std::runtime_error when that fails.
+/// std::runtime_error if that fails.
 Certificate makeCertificate(const TemporaryFolder& folder, const std::string& name, const std::string& hosts);
 
-/// The web server of server.py, which says what its addresses answer. Ends with this object.
+/// The web server of server.py, which describes what its addresses answer. Ends with this object.
 class WebServer {
  public:
-  /// Throws std::runtime_error when it does not start.
+  /// Throws std::runtime_error if it does not start.
   explicit WebServer(const Certificate* certificate = nullptr);
 
   /// The address of `path` on 127.0.0.1.

@@ -84,9 +84,6 @@ class Handler(http.server.BaseHTTPRequestHandler):
     def get_redirect(self, times):
         self.redirect("/redirect/%d" % (int(times) - 1)) if int(times) else self.get_json("")
 
-    def get_loop(self, _):
-        self.redirect("loop")
-
     def get_to(self, target):
         self.redirect(target)
 

@@ -1,49 +1,46 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QApplication>
-#include <functional>
-#include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
+#include <QByteArray>
+#include <QDBusConnection>
+#include <QStringList>
+#include <QVariant>
 
 #include "PrivateBus.h"
-#include "Process.h"
-#include "app/MenuBarController.h"
 #include "desktop/DesktopSession.h"
 #include "desktop/SwaySession.h"
 #include "platform/linux/tray/TrayIcon.h"
 
 namespace veloria::tests {
 
-class MemoryStorage final : public SettingsStorage {
- public:
-  std::optional<std::string> read(std::string_view) override { return std::nullopt; }
-  bool write(std::string_view, std::string_view) override { return true; }
+/// A line of a menu as a panel gets it; the menu itself is a line too.
+struct MenuLine {
+  int id = 0;  ///< 0: there is no such line
+  QVariantMap properties;
+  std::vector<MenuLine> children;
+
+  QString label() const { return properties.value("label").toString(); }
+  /// The first line of that label, at any depth.
+  MenuLine find(const QString& label) const;
+  /// A line each, with "---" for separators, a mark, the shortcut and "disabled", and submenus in parentheses.
+  QString text() const;
 };
 
-class CountingPresenter final : public SettingsPresenter {
- public:
-  void show(const std::optional<Rect>& at) override {
-    shown = true;
-    place = at;
-    ++shows;
-  }
-  void close() override { shown = false; }
-  bool isShown() const override { return shown; }
+/// One picture of an icon: rows of pixels of four bytes, alpha first.
+struct IconPicture {
+  int width = 0;
+  int height = 0;
+  QByteArray pixels;
 
-  bool shown = false;
-  int shows = 0;
-  std::optional<Rect> place;
+  /// The mean brightness, 0 to 255, of the opaque pixels; -1 if there are none.
+  int brightness() const;
 };
 
-/// The status icon of a real application on a desktop and a session bus of their own, with the controller behind it.
-/// The application lives as long as the test program: what the library finds out about the desktop it keeps. Each suite
-/// starts one of the desktops.
-class TrayTest : public testing::Test {
+/// The status icon of a real application on a desktop and a session bus of their own, and a panel that hosts status
+/// notifiers: its watcher is a program of its own, and it queries the icon over a connection of its own. The
+/// application lives as long as the test program, because the library keeps what it finds out about the desktop. Each
+/// suite starts one of the desktops.
+class TrayTest : public BusTest {
  protected:
   static void startOnX11();
   static void startOnWayland();
@@ -51,37 +48,41 @@ class TrayTest : public testing::Test {
   void SetUp() override;
   void TearDown() override;
 
+  /// Like the application, it shows the menu after a secondary click or one with the control key.
   void startIcon();
-  /// Runs the event loop until the condition holds.
-  static bool waitFor(const std::function<bool()>& condition, double seconds = 20);
-  /// Runs the event loop for a while in which nothing may happen.
-  static void runFor(double seconds) {
-    waitFor([] { return false; }, seconds);
-  }
   static bool menuIsOpen() { return QApplication::activePopupWidget() != nullptr; }
   static void closeMenu();
-  /// The desktop of startOnX11().
   static desktop::DesktopSession& desktop() { return *x11_; }
-  static PrivateBus& bus() { return *bus_; }
 
-  const NimbraConfig& config() const { return settings_.config(); }
+  void startWatcher(bool withHost = true);
+  /// A host comes to a watcher that had none.
+  static void announceHost();
+  static std::size_t registrations();
+  static bool hasIcon() {
+    return waitFor([] { return registrations() > 0; });
+  }
 
-  SettingsStore settings_{std::make_unique<MemoryStorage>(), [](std::string_view) { return std::nullopt; }};
-  SettingsEditor editor_{settings_};
-  CountingPresenter presenter_;
+  // Of the icon that registered first.
+  QVariant property(const QString& name);
+  std::vector<IconPicture> pictures();
+  MenuLine menu();
+  /// Clicks a line of the menu, which may take effect later. False if there is no such line.
+  bool choose(const QString& label);
+  /// "Activate", "SecondaryActivate" or "ContextMenu".
+  void click(const QString& method);
+
+  static const QString watcherName;
+  Menu model_;
   std::vector<std::string> log_;
-  int resets_ = 0;
-  int ends_ = 0;
+  std::string clicks_;  ///< a letter each: primary, secondary; in upper case with the control key
+  std::string chosen_;  ///< titles
   std::unique_ptr<TrayIcon> icon_;
-  std::unique_ptr<MenuBarController> controller_;
 
  private:
-  static void startBus();
   static void startApplication(const char* platform, const std::map<std::string, std::string>& environment);
+  QVariantList ask(const QString& path, const QString& interface, const QString& method, const QVariantList& arguments);
 
   inline static std::string missing_;
-  inline static std::unique_ptr<TemporaryFolder> folder_;
-  inline static std::unique_ptr<PrivateBus> bus_;
   inline static std::unique_ptr<desktop::DesktopSession> x11_;
   inline static std::unique_ptr<desktop::SwaySession> wayland_;
   inline static std::unique_ptr<QApplication> application_;
