@@ -2,14 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+#include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
 #include <QString>
+#include <QUuid>
 #include <QVariantList>
 #include <functional>
 #include <map>
 #include <memory>
-#include <string>
-#include <vector>
+#include <stdexcept>
 
 #include "Process.h"
 #include "base/Environment.h"
@@ -22,37 +26,101 @@ namespace veloria::tests {
 class PrivateBus {
  public:
   /// A sentence that names what is missing for it; empty if nothing is.
-  static std::string missing();
+  static std::string missing() {
+    if (const auto program = desktop::missingProgram({"dbus-daemon", python}); !program.empty()) {
+      return program + " is not installed (script/bootstrap installs it)";
+    }
+    const bool mocks = runProcess(python, {"-c", "import dbusmock, gi"}).exitCode == 0;
+    return mocks ? "" : "python3-dbusmock is not installed (script/bootstrap installs it)";
+  }
 
-  PrivateBus();
-  ~PrivateBus();
+  PrivateBus() { start(); }
+  ~PrivateBus() { stop(); }
   PrivateBus(const PrivateBus&) = delete;
   PrivateBus& operator=(const PrivateBus&) = delete;
 
   const TemporaryFolder& folder() const { return folder_; }
   const std::string& address() const { return address_; }
-  /// Starts the bus; the constructor does so once.
-  void start();
+
+  void start() {
+    daemon_ = run({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address_}, "XDG_DATA_HOME",
+                  folder_.path());
+    connectionName_ = QUuid::createUuid().toString();
+    const bool up = desktop::poll(bound, [&] {
+      if (QDBusConnection::connectToBus(QString::fromStdString(address_), connectionName_).isConnected()) return true;
+      QDBusConnection::disconnectFromBus(connectionName_);
+      return false;
+    });
+    if (!up) throw std::runtime_error("the bus does not start: " + daemon_->output());
+  }
+
   /// Ends the bus and, with it, the services.
-  void stop();
+  void stop() {
+    QDBusConnection::disconnectFromBus(connectionName_);
+    daemon_.reset();
+  }
 
   /// A service from one of the mock's templates, or one with `arguments` "NAME PATH INTERFACE".
   [[nodiscard]] std::unique_ptr<desktop::ChildProcess> serve(const QString& service,
-                                                             const std::vector<std::string>& arguments);
+                                                             const std::vector<std::string>& arguments) {
+    std::vector<std::string> command{python, "-m", "dbusmock", "--session"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    auto program = run(command, "DBUS_SESSION_BUS_ADDRESS", address_);
+    auto* names = QDBusConnection(connectionName_).interface();
+    if (!desktop::poll(bound, [&] { return names->isServiceRegistered(service).value(); })) {
+      throw std::runtime_error(service.toStdString() + " does not start: " + program->output());
+    }
+    return program;
+  }
 
   /// The reply of a method; throws if it fails.
   QVariantList call(const QString& service, const QString& path, const QString& interface, const QString& method,
-                    const QVariantList& arguments = {});
+                    const QVariantList& arguments = {}) {
+    auto message = QDBusMessage::createMethodCall(service, path, interface, method);
+    message.setArguments(arguments);
+    const QDBusMessage reply = QDBusConnection(connectionName_).call(message);
+    if (reply.type() == QDBusMessage::ReplyMessage) return reply.arguments();
+    throw std::runtime_error(method.toStdString() + ": " + reply.errorMessage().toStdString());
+  }
+
   /// The same on the mock's own interface.
-  QVariantList mock(const QString& service, const QString& path, const QString& method, const QVariantList& arguments);
+  QVariantList mock(const QString& service, const QString& path, const QString& method, const QVariantList& arguments) {
+    return call(service, path, "org.freedesktop.DBus.Mock", method, arguments);
+  }
   void sendSignal(const QString& service, const QString& path, const QString& interface, const QString& name,
-                  const QString& signature, const QVariantList& arguments);
+                  const QString& signature, const QVariantList& arguments) {
+    mock(service, path, "EmitSignal", {interface, name, signature, QVariant(arguments)});
+  }
   void setProperty(const QString& service, const QString& path, const QString& interface, const QString& name,
-                   const QVariant& value);
+                   const QVariant& value) {
+    mock(service, path, "UpdateProperties", {interface, QVariantMap{{name, value}}});
+  }
   /// The arguments of each call of a method of the service's main object.
-  std::vector<QVariantList> calls(const QString& service, const QString& path, const QString& method);
+  std::vector<QVariantList> calls(const QString& service, const QString& path, const QString& method) {
+    const auto reply = mock(service, path, "GetMethodCalls", {method});
+    const auto calls = qvariant_cast<QDBusArgument>(reply.constFirst());
+    std::vector<QVariantList> result;
+    for (calls.beginArray(); !calls.atEnd();) {
+      qulonglong time = 0;
+      calls.beginStructure();
+      calls >> time >> result.emplace_back();
+      calls.endStructure();
+    }
+    calls.endArray();
+    return result;
+  }
 
  private:
+  static constexpr double bound = 20;
+  // The system's own: that is where distributions put the mock.
+  static constexpr const char* python = "/usr/bin/python3";
+
+  std::unique_ptr<desktop::ChildProcess> run(const std::vector<std::string>& command, const char* name,
+                                             const std::string& value) {
+    return std::make_unique<desktop::ChildProcess>(command, std::map<std::string, std::string>{{name, value}},
+                                                   folder_.file(std::to_string(++programs_) + ".log"));
+  }
+
   TemporaryFolder folder_;
   std::string address_ = "unix:path=" + folder_.file("bus");
   QString connectionName_;
@@ -64,11 +132,23 @@ class PrivateBus {
 /// bus of this process.
 class BusTest : public testing::Test {
  protected:
-  static void startBus();
+  static void startBus() {
+    if (!PrivateBus::missing().empty()) return;
+    bus_ = std::make_unique<PrivateBus>();
+    qputenv("DBUS_SESSION_BUS_ADDRESS", QByteArray::fromStdString(bus_->address()));
+  }
   /// With a QCoreApplication.
-  static void SetUpTestSuite();
+  static void SetUpTestSuite() {
+    startBus();
+    static int argc = 1;
+    static char name[] = "veloria";
+    static char* argv[] = {name, nullptr};
+    static QCoreApplication application(argc, argv);
+  }
   static void TearDownTestSuite() { bus_.reset(); }
-  void SetUp() override;
+  void SetUp() override {
+    if (!bus_) GTEST_SKIP() << PrivateBus::missing();
+  }
   void TearDown() override { services_.clear(); }
 
   static PrivateBus& bus() { return *bus_; }
@@ -76,13 +156,23 @@ class BusTest : public testing::Test {
     services_[service] = bus_->serve(service, arguments);
   }
   /// Runs the event loop until the condition holds.
-  static bool waitFor(const std::function<bool()>& condition, double seconds = 20);
+  static bool waitFor(const std::function<bool()>& condition, double seconds = 20) {
+    return desktop::poll(seconds, [&] {
+      QCoreApplication::processEvents(QEventLoop::AllEvents);
+      return condition();
+    });
+  }
   /// Runs the event loop for a while in which nothing may happen.
   static void runFor(double seconds) {
     waitFor([] { return false; }, seconds);
   }
   /// Answers from `variables_`.
-  Environment environment() const;
+  Environment environment() const {
+    return [this](std::string_view name) -> std::optional<std::string> {
+      const auto found = variables_.find(name);
+      return found == variables_.end() ? std::nullopt : std::optional(found->second);
+    };
+  }
 
   std::map<std::string, std::string, std::less<>> variables_;
   std::map<QString, std::unique_ptr<desktop::ChildProcess>> services_;

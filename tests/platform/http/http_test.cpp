@@ -66,10 +66,21 @@ class HttpTest : public testing::Test {
   static void TearDownTestSuite() { server.reset(); }
   void TearDown() override { QSslConfiguration::setDefaultConfiguration(original); }
 
-  static void trust(const std::vector<Certificate>& certificates) {
+  /// The files of a new self-signed certificate for `hosts` and of its key.
+  std::vector<std::string> makeCertificate(const std::string& name, const std::string& hosts) {
+    const std::string file = folder.file(name + ".pem"), keyFile = folder.file(name + ".key");
+    const auto made =
+        runProcess("/usr/bin/env", {"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256",
+                                    "-nodes", "-days", "2", "-subj", "/CN=" + name, "-addext",
+                                    "subjectAltName=" + hosts, "-out", file, "-keyout", keyFile});
+    EXPECT_EQ(made.exitCode, 0) << made.errors;
+    return {file, keyFile};
+  }
+
+  static void trust(const std::vector<std::vector<std::string>>& certificates) {
     auto configuration = QSslConfiguration::defaultConfiguration();
     QList<QSslCertificate> authorities;
-    for (const auto& each : certificates) authorities += QSslCertificate::fromPath(QString::fromStdString(each.file));
+    for (const auto& each : certificates) authorities += QSslCertificate::fromPath(QString::fromStdString(each[0]));
     configuration.setCaCertificates(authorities);
     QSslConfiguration::setDefaultConfiguration(configuration);
   }
@@ -83,8 +94,8 @@ TEST_F(HttpTest, BodiesArriveWholeWhateverTheStatus) {
   for (const auto& [path, body] : {
            std::pair{"/json", well},
            {"/status/404", R"({"status": 404})"},
-           {"/status/503", R"({"status": 503})"},
-           {"/login/Basic%20realm=x", R"({"login": "Basic realm=x"})"},
+           {"/status/401", R"({"status": 401})"},
+           {"/status/500", R"({"status": 500})"},
            {"/to/", "It has moved."},
            {"/bytes/0", ""},
            {"/bytes/1048576", std::string(mebibyte, 'x')},
@@ -93,33 +104,28 @@ TEST_F(HttpTest, BodiesArriveWholeWhateverTheStatus) {
     EXPECT_TRUE(fetch(server->url(path)) == body) << path;
   }
   EXPECT_EQ(fetch(server->url("/to/http://localhost:" + std::to_string(server->port()) + "/json")), well);
-  const auto cut = fetch(server->url("/chunk"));
-  EXPECT_TRUE(cut == "[1," || cut.starts_with("failure: ")) << "never more than was sent: " << cut;
 }
 
 TEST_F(HttpTest, FailuresHaveAReason) {
   const std::string elsewhere = "the address is neither https nor http on this computer";
   for (const auto& [path, reason] : {
-           std::pair{"/redirect/6", std::string("sent on more than 5 times")},
-           {"/to/file:///etc/passwd", "sent on, but the address is not valid"},
-           {"/to/ftp://127.0.0.1/x", "sent on, but " + elsewhere},
-           {"/to///192.0.2.1/", "sent on, but " + elsewhere},
-           {"/to/http://a:b@127.0.0.1/", "sent on, but the address names a user"},
+           std::pair{"/redirect/6", std::string("more than 5 redirects")},
+           {"/to/file:///etc/passwd", "redirected, but the address is not valid"},
+           {"/to/ftp://127.0.0.1/x", "redirected, but " + elsewhere},
+           {"/to///192.0.2.1/", "redirected, but " + elsewhere},
+           {"/to/http://a:b@127.0.0.1/", "redirected, but the address names a user"},
            {"/bytes/1048577", "the answer has more than 1048576 bytes"},
-           {"/big", "the answer has more than 1048576 bytes"},
            {"/endless", "the answer has more than 1048576 bytes"},
-           {"/bomb", "the answer is compressed, though it was asked for as it is"},
+           {"/bomb", "the answer is compressed, which was not requested"},
        }) {
     EXPECT_EQ(fetch(server->url(path)), "failure: " + reason) << path;
   }
-  for (const char* path : {"/half", "/nothing", "/garbage"}) {
+  for (const char* path : {"/half", "/garbage"}) {
     EXPECT_THAT(fetch(server->url(path)), testing::MatchesRegex("failure: [^n].+")) << path;
   }
-  for (const char* path : {"/silent", "/drip"}) {
-    EXPECT_EQ(fetch(server->url(path), mebibyte, 0.25), "failure: no answer within 0.25 s") << path;
-  }
+  EXPECT_EQ(fetch(server->url("/silent"), mebibyte, 0.25), "failure: no answer within 0.25 s");
   EXPECT_EQ(fetch(server->url("/silent"), mebibyte, -1), "failure: no answer within 0.001 s");
-  for (const char* path : {"/big", "/endless", "/silent", "/drip"}) {
+  for (const char* path : {"/endless", "/silent"}) {
     EXPECT_TRUE(runUntil([&] { return saw(*server, "closed " + std::string(path)); })) << path;
   }
   for (const auto& [url, reason] : {std::pair{"http://192.0.2.1/", elsewhere},
@@ -180,15 +186,15 @@ TEST_F(HttpTest, UsesTheSystemsProxyForTheOutsideOnly) {
 }
 
 TEST_F(HttpTest, NeedsAGoodCertificateAndStaysWithHttps) {
-  const Certificate own = makeCertificate(folder, "own", "DNS:localhost,IP:127.0.0.1");
-  const Certificate other = makeCertificate(folder, "other", "DNS:weather.example");
-  const WebServer secure(&own), stranger(&other);
+  const auto own = makeCertificate("own", "DNS:localhost,IP:127.0.0.1");
+  const auto other = makeCertificate("other", "DNS:weather.example");
+  const WebServer secure(own), stranger(other);
   EXPECT_THAT(fetch(secure.url("/json")), HasSubstr("self-signed")) << "nobody vouches for it";
   trust({own, other});
   EXPECT_EQ(fetch(secure.url("/json")), well);
   EXPECT_THAT(fetch(stranger.url("/json")), HasSubstr("host name")) << "it is somebody else's";
   EXPECT_EQ(fetch(server->url("/to/" + secure.url("/redirect/2"))), well);
-  EXPECT_EQ(fetch(secure.url("/to/" + server->url("/json?downgraded"))), "failure: sent on from https to http");
+  EXPECT_EQ(fetch(secure.url("/to/" + server->url("/json?downgraded"))), "failure: redirected from https to http");
   EXPECT_FALSE(saw(*server, "GET /json?downgraded HTTP/1.1"));
   EXPECT_EQ(fetch(secure.url("/header"), mebibyte, 0.25), "failure: no answer within 0.25 s");
   EXPECT_TRUE(runUntil([&] { return saw(secure, "closed /header"); })) << "a header without end";

@@ -230,9 +230,8 @@ TEST_F(LocalServerTest, TheClientSaysWhatWentWrong) {
   EXPECT_THAT(askLocalSocket(path_, "q", 0.2).error(), StartsWith("the running application does not answer"));
   const OwnedDescriptor givenUpOn(::accept(mute.get(), nullptr, nullptr));
   for (const std::string& half : {std::string("half"), std::string(maximumAnswerBytes + 1, 'x')}) {
-    std::thread peer([&] { send(OwnedDescriptor(::accept(mute.get(), nullptr, nullptr)), half); });
+    const std::jthread peer([&] { send(OwnedDescriptor(::accept(mute.get(), nullptr, nullptr)), half); });
     EXPECT_FALSE(askLocalSocket(path_, "q", 20));
-    peer.join();
   }
 }
 

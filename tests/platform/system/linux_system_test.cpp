@@ -177,7 +177,8 @@ TEST_F(LinuxSystemTest, SaysThatNoPaneCanBeOpened) {
     return system->open(appearance).error();
   };
   for (const char* desktop : {"sway", "GNOME", ""}) {
-    EXPECT_EQ(error(desktop), "No settings program of this desktop was found. Open its settings yourself.") << desktop;
+    EXPECT_EQ(error(desktop), "Couldn't find the settings program of this desktop. Please open it yourself.")
+        << desktop;
   }
   const std::string broken = folder.writeProgram("settings/gnome-control-center", "#!/no/such/interpreter\n");
   EXPECT_EQ(error("GNOME"), broken + " could not be started.");

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <QApplication>
-#include <QByteArray>
-#include <QDBusConnection>
-#include <QStringList>
-#include <QVariant>
+#include <QDBusObjectPath>
+#include <QDBusPendingCall>
+#include <QDBusVariant>
+#include <QWidget>
 
 #include "PrivateBus.h"
 #include "desktop/DesktopSession.h"
@@ -19,11 +19,45 @@ struct MenuLine {
   QVariantMap properties;
   std::vector<MenuLine> children;
 
+  explicit MenuLine(const QDBusArgument& argument = {}) {
+    if (argument.currentType() != QDBusArgument::StructureType) return;
+    QVariantList lines;
+    argument.beginStructure();
+    argument >> id >> properties >> lines;
+    argument.endStructure();
+    for (const QVariant& each : lines) children.emplace_back(qvariant_cast<QDBusArgument>(each));
+  }
+
   QString label() const { return properties.value("label").toString(); }
+
   /// The first line of that label, at any depth.
-  MenuLine find(const QString& label) const;
+  MenuLine find(const QString& wanted) const {
+    for (const MenuLine& line : children) {
+      if (line.label() == wanted) return line;
+      if (const MenuLine inner = line.find(wanted); inner.id != 0) return inner;
+    }
+    return MenuLine();
+  }
+
   /// A line each, with "---" for separators, a mark, the shortcut and "disabled", and submenus in parentheses.
-  QString text() const;
+  std::string text() const {
+    std::string result;
+    for (const MenuLine& line : children) {
+      const bool separator = line.properties.value("type").toString() == "separator";
+      result += separator ? "---" : line.label().toStdString();
+      const int state = line.properties.value("toggle-state", -1).toInt();
+      if (state >= 0) result += state == 1 ? " [x]" : " [ ]";
+      if (const QVariant shortcut = line.properties.value("shortcut"); shortcut.isValid()) {
+        QList<QStringList> keys;
+        qvariant_cast<QDBusArgument>(shortcut) >> keys;
+        result += " " + keys.value(0).join('+').toStdString();
+      }
+      if (!separator && !line.properties.value("enabled", true).toBool()) result += " disabled";
+      if (!line.children.empty()) result += " (" + line.text() + ")";
+      result += ';';
+    }
+    return result;
+  }
 };
 
 /// One picture of an icon: rows of pixels of four bytes, alpha first.
@@ -33,8 +67,21 @@ struct IconPicture {
   QByteArray pixels;
 
   /// The mean brightness, 0 to 255, of the opaque pixels; -1 if there are none.
-  int brightness() const;
+  int brightness() const {
+    int sum = 0;
+    int count = 0;
+    for (qsizetype i = 0; i + 3 < pixels.size(); i += 4) {
+      if (static_cast<uchar>(pixels[i]) < 250) continue;
+      sum += static_cast<uchar>(pixels[i + 2]);
+      ++count;
+    }
+    return count > 0 ? sum / count : -1;
+  }
 };
+
+const QString hostConnection = "status-host";
+const QString watcherName = "org.kde.StatusNotifierWatcher";
+const QString watcherPath = "/StatusNotifierWatcher";
 
 /// The status icon of a real application on a desktop and a session bus of their own, and a panel that hosts status
 /// notifiers: its watcher is a program of its own, and it queries the icon over a connection of its own. The
@@ -42,36 +89,103 @@ struct IconPicture {
 /// suite starts one of the desktops.
 class TrayTest : public BusTest {
  protected:
-  static void startOnX11();
-  static void startOnWayland();
-  static void TearDownTestSuite();
-  void SetUp() override;
-  void TearDown() override;
+  static void startOnX11() {
+    missing_ = desktop::DesktopSession::missing({"xdotool", "openbox", "tint2"});
+    startBus();
+    if (!missing_.empty()) return;
+    x11_ = std::make_unique<desktop::DesktopSession>();
+    x11_->setIdle([] { QApplication::processEvents(QEventLoop::AllEvents); });
+    startApplication("xcb", x11_->environment());
+  }
+
+  static void startOnWayland() {
+    missing_ = desktop::SwaySession::missing();
+    startBus();
+    if (!missing_.empty()) return;
+    wayland_ = std::make_unique<desktop::SwaySession>(desktop::SwaySession::Options{});
+    startApplication("wayland", wayland_->environment());
+  }
+
+  static void TearDownTestSuite() {
+    QDBusConnection::disconnectFromBus(hostConnection);
+    application_.reset();
+    x11_.reset();
+    wayland_.reset();
+    BusTest::TearDownTestSuite();
+  }
+
+  void SetUp() override {
+    BusTest::SetUp();
+    if (!IsSkipped() && !missing_.empty()) GTEST_SKIP() << missing_;
+  }
+
+  void TearDown() override {
+    if (!IsSkipped()) closeMenu();
+    icon_.reset();
+    BusTest::TearDown();
+  }
 
   /// Like the application, it shows the menu after a secondary click or one with the control key.
-  void startIcon();
+  void startIcon() {
+    icon_ = std::make_unique<TrayIcon>([this](std::string_view text) { log_.emplace_back(text); });
+    icon_->setHandlers({.clicked =
+                            [this](Click click, bool control) {
+                              clicks_ += click == Click::secondary ? (control ? 'S' : 's') : (control ? 'P' : 'p');
+                              if (control || click == Click::secondary) icon_->showMenu();
+                            },
+                        .chosen = [this](const MenuItem& item) { chosen_ += item.title; }});
+    icon_->setMenu(model_);
+  }
+
   static bool menuIsOpen() { return QApplication::activePopupWidget() != nullptr; }
-  static void closeMenu();
+  static void closeMenu() {
+    while (QWidget* popup = QApplication::activePopupWidget()) popup->close();
+  }
   static desktop::DesktopSession& desktop() { return *x11_; }
 
-  void startWatcher(bool withHost = true);
-  /// A host comes to a watcher that had none.
-  static void announceHost();
-  static std::size_t registrations();
+  void startWatcher(bool withHost = true) {
+    services_.clear();
+    const char* parameters = withHost ? R"({"host": true})" : R"({"host": false})";
+    serve(watcherName, {"-t", VELORIA_TEST_DATA "/watcher.py", "-p", parameters});
+  }
+  static std::vector<QVariantList> registrations() {
+    return bus().calls(watcherName, watcherPath, "RegisterStatusNotifierItem");
+  }
   static bool hasIcon() {
-    return waitFor([] { return registrations() > 0; });
+    return waitFor([] { return !registrations().empty(); });
   }
 
   // Of the icon that registered first.
-  QVariant property(const QString& name);
-  std::vector<IconPicture> pictures();
-  MenuLine menu();
+  QVariant property(const QString& name) {
+    const auto reply =
+        ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", {"org.kde.StatusNotifierItem", name});
+    return qvariant_cast<QDBusVariant>(reply.value(0)).variant();
+  }
+  std::vector<IconPicture> pictures() {
+    const auto argument = qvariant_cast<QDBusArgument>(property("IconPixmap"));
+    std::vector<IconPicture> pictures;
+    for (argument.beginArray(); !argument.atEnd();) {
+      IconPicture& picture = pictures.emplace_back();
+      argument.beginStructure();
+      argument >> picture.width >> picture.height >> picture.pixels;
+      argument.endStructure();
+    }
+    argument.endArray();
+    return pictures;
+  }
+  MenuLine menu() {
+    const auto reply = askMenu("GetLayout", {0, -1, QStringList()});
+    return MenuLine(qvariant_cast<QDBusArgument>(reply.value(1)));
+  }
   /// Clicks a line of the menu, which may take effect later. False if there is no such line.
-  bool choose(const QString& label);
+  bool choose(const QString& label) {
+    const int id = menu().find(label).id;
+    if (id != 0) askMenu("Event", {id, "clicked", QVariant::fromValue(QDBusVariant(0)), QVariant::fromValue(0U)});
+    return id != 0;
+  }
   /// "Activate", "SecondaryActivate" or "ContextMenu".
-  void click(const QString& method);
+  void click(const QString& method) { ask("/StatusNotifierItem", "org.kde.StatusNotifierItem", method, {100, 10}); }
 
-  static const QString watcherName;
   Menu model_;
   std::vector<std::string> log_;
   std::string clicks_;  ///< a letter each: primary, secondary; in upper case with the control key
@@ -79,8 +193,31 @@ class TrayTest : public BusTest {
   std::unique_ptr<TrayIcon> icon_;
 
  private:
-  static void startApplication(const char* platform, const std::map<std::string, std::string>& environment);
-  QVariantList ask(const QString& path, const QString& interface, const QString& method, const QVariantList& arguments);
+  static void startApplication(const char* platform, const std::map<std::string, std::string>& environment) {
+    for (const auto& [name, value] : environment) qputenv(name.c_str(), QByteArray::fromStdString(value));
+    qputenv("QT_QPA_PLATFORM", platform);
+    static int argc = 1;
+    static char name[] = "veloria";
+    static char* argv[] = {name, nullptr};
+    QApplication::setQuitOnLastWindowClosed(false);
+    application_ = std::make_unique<QApplication>(argc, argv);
+  }
+
+  QVariantList askMenu(const QString& method, const QVariantList& arguments) {
+    return ask(qvariant_cast<QDBusObjectPath>(property("Menu")).path(), "com.canonical.dbusmenu", method, arguments);
+  }
+
+  QVariantList ask(const QString& path, const QString& interface, const QString& method,
+                   const QVariantList& arguments) {
+    const QString icon = registrations().at(0).value(0).toString();
+    auto message = QDBusMessage::createMethodCall(icon, path, interface, method);
+    message.setArguments(arguments);
+    const auto call =
+        QDBusConnection::connectToBus(QString::fromStdString(bus().address()), hostConnection).asyncCall(message);
+    EXPECT_TRUE(waitFor([&] { return call.isFinished(); })) << method.toStdString();
+    EXPECT_FALSE(call.isError()) << method.toStdString() << ": " << call.error().message().toStdString();
+    return call.reply().arguments();
+  }
 
   inline static std::string missing_;
   inline static std::unique_ptr<desktop::DesktopSession> x11_;

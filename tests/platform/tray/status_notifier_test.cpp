@@ -1,9 +1,5 @@
 // The status icon as a panel that hosts status notifiers gets it, over a real bus.
 
-#include <QAbstractEventDispatcher>
-#include <QDBusArgument>
-#include <QDBusVariant>
-#include <QTimer>
 #include <csignal>
 
 #include "TrayFixture.h"
@@ -54,22 +50,22 @@ TEST_F(StatusNotifierTest, TheHostGetsIconAndToolTip) {
 
 TEST_F(StatusNotifierTest, TheMenuFollowsTheModel) {
   ASSERT_NO_FATAL_FAILURE(start());
-  EXPECT_EQ(menu().text(), "Title disabled\n---\nPause _& go Control+,\nLooks (One [x];Two [ ] Control+Q;)\n");
+  EXPECT_EQ(menu().text(), "Title disabled;---;Pause _& go Control+,;Looks (One [x];Two [ ] Control+Q;);");
   for (const char* label : {"Pause _& go", "Two", "One"}) EXPECT_TRUE(choose(label)) << label;
   EXPECT_TRUE(waitFor([&] { return chosen_ == "Pause & goTwoOne"; })) << chosen_;
-  EXPECT_TRUE(menu().text().contains("One [x];Two [ ]")) << "a choice alone changes no mark";
+  EXPECT_TRUE(menu().text().find("One [x];Two [ ]") != std::string::npos) << "a choice alone changes no mark";
   model_[0] = {.title = "Resume", .checked = true};
   model_[2].submenu = std::exchange(model_[3].submenu, {});
   model_[2].submenu[0].enabled = false;
   icon_->setMenu(model_);
-  EXPECT_EQ(menu().text(), "Resume [x]\n---\nPause _& go Control+, (One [x] disabled;Two [ ] Control+Q;)\nLooks\n");
+  EXPECT_EQ(menu().text(), "Resume [x];---;Pause _& go Control+, (One [x] disabled;Two [ ] Control+Q;);Looks;");
   model_.resize(1);
   icon_->setMenu(model_);
-  EXPECT_EQ(menu().text(), "Resume [x]\n");
+  EXPECT_EQ(menu().text(), "Resume [x];");
   icon_->setHandlers(
       {.clicked = {}, .chosen = [this](const auto&) { model_[0].title += "!", icon_->setMenu(model_); }});
   EXPECT_TRUE(choose("Resume"));
-  EXPECT_TRUE(waitFor([&] { return menu().text() == "Resume! [x]\n"; })) << "set by the handler";
+  EXPECT_TRUE(waitFor([&] { return menu().text() == "Resume! [x];"; })) << "set by the handler";
 }
 
 TEST_F(StatusNotifierTest, TheIconStandsOutFromTheLikelyPanel) {
@@ -129,11 +125,12 @@ TEST_F(StatusNotifierTest, ReportsClicksWithPlaceAndKeys) {
 TEST_F(StatusNotifierTest, AHostMayComeLateAndRestart) {
   startIcon();
   ASSERT_TRUE(waitFor([&] { return !log_.empty(); }));
-  EXPECT_NE(log_.front().find("start veloria again"), std::string::npos);
+  EXPECT_NE(log_.front().find("run veloria again"), std::string::npos);
   startWatcher(false);
   runFor(0.5);
-  EXPECT_EQ(registrations(), 0U) << "nobody shows it";
-  announceHost();
+  EXPECT_TRUE(registrations().empty()) << "nobody shows it";
+  bus().setProperty(watcherName, watcherPath, watcherName, "IsStatusNotifierHostRegistered", true);
+  bus().sendSignal(watcherName, watcherPath, watcherName, "StatusNotifierHostRegistered", "", {});
   EXPECT_TRUE(hasIcon());
   startWatcher();
   EXPECT_TRUE(hasIcon()) << "the panel started again";
@@ -149,18 +146,6 @@ TEST_F(StatusNotifierTest, AWatcherThatDoesNotAnswerBlocksNothing) {
   EXPECT_LT(desktop::now() - began, 5);
   services_[watcherName]->signal(SIGCONT);
   EXPECT_TRUE(hasIcon());
-}
-
-TEST_F(StatusNotifierTest, NothingWakesUpWhileNothingHappens) {
-  ASSERT_NO_FATAL_FAILURE(start());
-  runFor(1);
-  int wakeUps = 0;
-  QObject counter;
-  QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, &counter,
-                   [&] { ++wakeUps; });
-  QTimer::singleShot(2000, &counter, [] { QApplication::exit(); });
-  QApplication::exec();
-  EXPECT_LE(wakeUps, 3) << "the end of the wait, and no more";
 }
 
 }  // namespace

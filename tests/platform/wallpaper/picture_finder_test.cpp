@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <map>
+#include <functional>
 
 #include "Process.h"
 #include "platform/linux/wallpaper/PictureFinder.h"
@@ -17,76 +17,6 @@ using Address = std::optional<std::string>;
 
 constexpr auto none = std::nullopt;
 
-struct Case {
-  std::string text;
-  Address address;
-};
-
-struct ScreenCase {
-  std::string text;
-  std::string screen;
-  Address address;
-};
-
-TEST(GsettingsListing, NamesThePictureOfTheStyleInUse) {
-  const std::string both =
-      "org.gnome.desktop.background picture-opacity 100\norg.gnome.desktop.background picture-options 'zoom'\n"
-      "org.gnome.desktop.background picture-uri 'file:///light.png'\n"
-      "org.gnome.desktop.background picture-uri-dark 'file:///dark.png'\n";
-  EXPECT_EQ(gsettingsPictureFromText(both, false), "file:///light.png");
-  for (const Case& c : std::vector<Case>{
-           {both, "file:///dark.png"},
-           {"", none},
-           {"s picture-uri ''\n", none},
-           {"s picture-uri-dark ''\ns picture-uri '/a'", "/a"},
-           {"org.mate.background picture-filename '/m.jpg'\n", "/m.jpg"},
-           {"s picture-uri 'file:///a.png'\ns picture-options 'none'\n", none},
-           {R"(s picture-uri "file:///it's \"one\".png")", "file:///it's \"one\".png"},
-           {R"(s picture-uri '/a\\n\'b')", R"(/a\n'b)"},
-           {R"(s picture-uri '/a\nb')", none},
-           {R"(s picture-uri '/a\')", none},
-           {"s picture-uri '/half", none},
-           {"s picture-uri '", none},
-           {"s picture-uri uint32 5", none},
-           {"s picture-urix '/a'\n picture-uri\npicture-uri '/b'", none},
-           {"No such schema “org.gnome.desktop.background”\n", none},
-       }) {
-    EXPECT_EQ(gsettingsPictureFromText(c.text, true), c.address) << c.text;
-  }
-  EXPECT_TRUE(gsettingsPrefersDark("'prefer-dark'\n"));
-  for (const char* text : {"", "'default'\n", "prefer-dark"}) EXPECT_FALSE(gsettingsPrefersDark(text)) << text;
-}
-
-TEST(PlasmaSettings, NameThePictureOfTheDesktopOnTheFirstScreen) {
-  const std::string image = "[Wallpaper][org.kde.image][General]\nImage=";
-  const std::string other = "[Containments][2]\nlastScreen=1\nwallpaperplugin=org.kde.image\n\n[Containments][2]" +
-                            image + "file:///second.png\n\n";
-  const std::string first =
-      "[Containments][10]\nactivityId=x\nlastScreen=0\nwallpaperplugin=org.kde.image\n\n"
-      "[Containments][10][General]\nImage=file:///not-this.png\n\n"
-      "[Containments][10][Wallpaper][org.kde.image][General]\nFillMode=2\nImage=file:///first.png\n";
-  const std::string stale = "[Containments][1]" + image + "/stale.jpg\n";
-  for (const Case& c : std::vector<Case>{
-           {other + first, "file:///first.png"},
-           {first + other, "file:///first.png"},
-           {other, "file:///second.png"},
-           {"[Containments][1][Wallpaper][org.kde.image][General]\nImage[$e]=file://$HOME/a b.png\r\n",
-            "file://$HOME/a b.png"},
-           {"[Containments][1]" + image + R"(\s/a\\b\n)", R"( /a\b\n)"},
-           {"[Containments][1]\nwallpaperplugin=org.kde.slideshow\n"
-            "[Containments][1][Wallpaper][org.kde.slideshow][General]\nImage=/slide.jpg\n" +
-                stale,
-            "/slide.jpg"},
-           {"[Containments][1]\nwallpaperplugin=org.kde.color\n" + stale, none},
-           {"[Containments][1]\nlastScreen=0\nImage=/a\n", none},
-           {"[Others][1]" + image + "/a\n", none},
-           {"Image=/a\n[Containments\nImage=/a\n[]\nImage=/a\n[[][[\nImage=/a\n[Containments][\nImage=/a", none},
-           {"", none},
-       }) {
-    EXPECT_EQ(plasmaPictureFromText(c.text), c.address) << c.text;
-  }
-}
-
 std::string xfceBackdrop(const std::string& monitor, const std::string& content) {
   return R"(<channel name="xfce4-desktop" version="1.0"><property name="backdrop" type="empty">)"
          R"(<property name="screen0" type="empty"><property name=")" +
@@ -94,165 +24,182 @@ std::string xfceBackdrop(const std::string& monitor, const std::string& content)
          "</property></property></property><property name=\"last\" type=\"empty\"/></channel>";
 }
 
-std::string xfceWorkspace(const std::string& number, const std::string& style, const std::string& image) {
-  return "<property name=\"workspace" + number +
+std::string xfceWorkspace(const char* number, const char* style, const std::string& image) {
+  return std::string("<property name=\"workspace") + number +
          "\" type=\"empty\"><property name=\"color-style\" type=\"int\" value=\"0\"/>"
          "<property name=\"image-style\" type=\"int\" value=\"" +
          style + "\"/><property name=\"last-image\" type=\"string\" value=\"" + image + "\"/></property>";
 }
 
-TEST(XfceSettings, NameThePictureOfTheMonitorsFirstWorkspace) {
+using Read = std::function<Address(const std::string& text, std::string_view screen)>;
+const Read lightGsettings = [](const auto& text, auto) { return gsettingsPictureFromText(text, false); };
+const Read gsettings = [](const auto& text, auto) { return gsettingsPictureFromText(text, true); };
+const Read plasmaFile = [](const auto& text, auto) { return plasmaPictureFromText(text); };
+const Read slideshow = [](const auto& text, auto) { return slideshowPictureFromText(text); };
+/// Arguments with ' ' for the NUL after each and '|' for the one after each process.
+const Read swaybgArguments = [](std::string text, auto screen) {
+  for (char& letter : text) letter = letter == ' ' || letter == '|' ? '\0' : letter;
+  return swaybgPictureFromText(text, screen);
+};
+
+TEST(PictureSettings, NameThePictureOfTheScreen) {
+  const std::string bothStyles =
+      "org.gnome.desktop.background picture-opacity 100\norg.gnome.desktop.background picture-options 'zoom'\n"
+      "org.gnome.desktop.background picture-uri 'file:///light.png'\n"
+      "org.gnome.desktop.background picture-uri-dark 'file:///dark.png'\n";
+
+  const std::string image = "[Wallpaper][org.kde.image][General]\nImage=";
+  const std::string second = "[Containments][2]\nlastScreen=1\nwallpaperplugin=org.kde.image\n\n[Containments][2]" +
+                             image + "file:///second.png\n\n";
+  const std::string first =
+      "[Containments][10]\nactivityId=x\nlastScreen=0\nwallpaperplugin=org.kde.image\n\n"
+      "[Containments][10][General]\nImage=file:///not-this.png\n\n[Containments][10]" +
+      image + "file:///first.png\n";
+  const std::string stale = "[Containments][1]" + image + "/stale.jpg\n";
+
   const std::string hidden = xfceWorkspace("0", "0", "/hidden.png");
   const std::string ordinary =
       xfceBackdrop("monitorDP-1", xfceWorkspace("0", "5", "/a &amp; b.png") + xfceWorkspace("1", "5", "/second.png"));
   const std::string three = "<channel>" + xfceBackdrop("monitoreDP-1", xfceWorkspace("0", "5", "/left.png")) +
                             xfceBackdrop("monitor0", xfceWorkspace("0", "5", "/zero.png")) +
                             xfceBackdrop("monitorHDMI-1", xfceWorkspace("0", "5", "/right.png")) + "</channel>";
-  for (const ScreenCase& c : std::vector<ScreenCase>{
-           {ordinary, "DP-1", "/a & b.png"},
-           {ordinary, "HDMI-1", "/a & b.png"},
-           {three, "HDMI-1", "/right.png"},
-           {three, "DP-9", "/zero.png"},
-           {xfceBackdrop("monitorDP-1", hidden), "DP-1", none},
-           {xfceBackdrop("monitorDP-1", hidden + xfceWorkspace("1", "5", "/shown.png")), "DP-1", "/shown.png"},
-           {xfceBackdrop("monitor0", R"(<property name="image-path" type="string" value="/old.png"/>)"), "DP-1",
-            "/old.png"},
-           {xfceBackdrop("desk", xfceWorkspace("0", "5", "/a.png")), "DP-1", none},
-           {ordinary.substr(0, ordinary.find("/second")), "DP-1", "/a & b.png"},
-           {"<property/></property></property>", "DP-1", none},
-           {"", "DP-1", none},
-           {"no xml", "DP-1", none},
-       }) {
-    EXPECT_EQ(xfcePictureFromText(c.text, c.screen), c.address) << c.text;
-  }
-}
 
-TEST(Slideshow, NamesItsFirstPicture) {
-  const std::string background = "<background>", end = "</background>";
-  for (const Case& c : std::vector<Case>{
-           {background +
-                "<starttime><year>2020</year></starttime><static><duration>1</duration><file>\n /a.png </file>"
-                "</static><transition><from>/a.png</from><to>/b.png</to></transition>" +
-                end,
-            "/a.png"},
-           {background + "<transition><from>/b.png</from></transition><static><file>/c.png</file></static>" + end,
-            "/b.png"},
-           {background + "<static><file><size width=\"1\" height=\"1\">/small.png</size><size>/large.png</size></file>",
-            "/small.png"},
-           {background + "<static><file></file><duration>5</duration></static>" + end, none},
-           {"<background/>", none},
-           {"<!DOCTYPE b [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\"><!ENTITY c "
-            "\"&b;&b;&b;&b;&b;&b;&b;&b;\"><!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;\"><!ENTITY e "
-            "\"&d;&d;&d;&d;&d;&d;&d;&d;\">]><b><file>&e;</file></b>",
-            none},
-       }) {
-    EXPECT_EQ(slideshowPictureFromText(c.text), c.address) << c.text;
-  }
-}
+  const std::string entities =
+      "<!DOCTYPE b [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\"><!ENTITY c "
+      "\"&b;&b;&b;&b;&b;&b;&b;&b;\"><!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;\"><!ENTITY e "
+      "\"&d;&d;&d;&d;&d;&d;&d;&d;\">]><b><file>&e;</file></b>";
 
-/// Arguments with ' ' for the NUL after each and '|' for the one after each process.
-TEST(SwaybgArguments, NameThePictureOfTheOutput) {
-  for (const ScreenCase& c : std::vector<ScreenCase>{
-           {"swaybg -i /a.png -m fill |", "DP-1", "/a.png"},
-           {"swaybg --image /a.png |", "DP-1", "/a.png"},
-           {"swaybg --image=/a.png |", "DP-1", "/a.png"},
-           {"swaybg -i/a.png |", "DP-1", "/a.png"},
-           {"swaybg -o * -i /every.png -o DP-1 -i /one.png -m fit |", "DP-1", "/one.png"},
-           {"swaybg -o DP-1 -i /one.png -o * -i /every.png |", "HDMI-1", "/every.png"},
-           {"swaybg -o DP-1 -i /one.png -o DP-2 -i /two.png |", "HDMI-1", "/one.png"},
-           {"swaybg --output=DP-1 -i /one.png |swaybg -i /every.png |", "HDMI-1", "/every.png"},
-           {"swaybg -c #000000 |", "DP-1", none},
-           {"swaybg -i |", "DP-1", none},
-           {"swaybg -i", "DP-1", none},
-           {"--imagery /a.png |", "DP-1", none},
-           {"", "DP-1", none},
-       }) {
-    std::string text = c.text;
-    for (char& letter : text) letter = letter == ' ' || letter == '|' ? '\0' : letter;
-    EXPECT_EQ(swaybgPictureFromText(text, c.screen), c.address) << c.text;
-  }
-}
-
-TEST(SwwwQuery, ReportsThePictureOfTheOutput) {
-  const std::string two =
+  const std::string swwwLines =
       "eDP-1: 1920x1080, scale: 1, currently displaying: image: /home/u/a b.png\n"
       ": DP-2: 2560x1440, scale: 1, currently displaying: image: /c.png\n";
-  for (const ScreenCase& c : std::vector<ScreenCase>{
-           {two, "eDP-1", "/home/u/a b.png"},
-           {two, "DP-2", "/c.png"},
-           {two, "DP-3", "/home/u/a b.png"},
-           {"eDP-1: 1920x1080, scale: 1, currently displaying: color: 000000\n", "eDP-1", none},
-           {"eDP-1: image: ", "eDP-1", none},
-           {"", "", none},
-       }) {
-    EXPECT_EQ(swwwPictureFromText(c.text, c.screen), c.address) << c.text;
-  }
-}
 
-TEST(HyprpaperSettings, NameThePictureOfTheMonitor) {
-  const std::string lines =
+  const std::string paperLines =
       "preload = /a.png\n# wallpaper = DP-1,/commented.png\nwallpaper = , /every.png\n"
       "wallpaper=DP-1,contain:~/one.png # mine\n";
-  const std::string blocks =
+  const std::string paperBlocks =
       "wallpaper {\n  monitor = DP-1\n  path = /one.png\n  fit_mode = cover\n}\nwallpaper {\n path = /every.png\n}\n";
-  for (const ScreenCase& c : std::vector<ScreenCase>{
-           {lines, "DP-1", "~/one.png"},
-           {lines, "DP-2", "/every.png"},
-           {lines + "wallpaper = DP-1,/newer.png", "DP-1", "/newer.png"},
-           {blocks, "DP-1", "/one.png"},
-           {blocks, "DP-2", "/every.png"},
-           {"wallpaper {\nmonitor = DP-1\n}\n", "DP-1", none},
-           {"wallpaper {\npath = /open.png\n", "DP-1", none},
-           {"wallpaper = DP-1\nwallpaper = DP-1,\n}\n", "DP-1", none},
-           {"", "", none},
-       }) {
-    EXPECT_EQ(hyprpaperPictureFromText(c.text, c.screen), c.address) << c.text;
-  }
+
+  const struct {
+    Read read;
+    std::string text;
+    std::string screen;
+    Address address;
+  } cases[] = {
+      {lightGsettings, bothStyles, "", "file:///light.png"},
+      {gsettings, bothStyles, "", "file:///dark.png"},
+      {gsettings, "", "", none},
+      {gsettings, "s picture-uri ''\n", "", none},
+      {gsettings, "s picture-uri-dark ''\ns picture-uri '/a'", "", "/a"},
+      {gsettings, "org.mate.background picture-filename '/m.jpg'\n", "", "/m.jpg"},
+      {gsettings, "s picture-uri 'file:///a.png'\ns picture-options 'none'\n", "", none},
+      {gsettings, R"(s picture-uri "file:///it's \"one\".png")", "", "file:///it's \"one\".png"},
+      {gsettings, R"(s picture-uri '/a\\n\'b')", "", R"(/a\n'b)"},
+      {gsettings, R"(s picture-uri '/a\nb')", "", none},
+      {gsettings, R"(s picture-uri '/a\')", "", none},
+      {gsettings, "s picture-uri '/half", "", none},
+      {gsettings, "s picture-uri '", "", none},
+      {gsettings, "s picture-uri uint32 5", "", none},
+      {gsettings, "s picture-urix '/a'\n picture-uri\npicture-uri '/b'", "", none},
+      {gsettings, "No such schema “org.gnome.desktop.background”\n", "", none},
+      {plasmaFile, second + first, "", "file:///first.png"},
+      {plasmaFile, first + second, "", "file:///first.png"},
+      {plasmaFile, second, "", "file:///second.png"},
+      {plasmaFile, "[Containments][1][Wallpaper][org.kde.image][General]\nImage[$e]=$HOME/a b\r\n", "", "$HOME/a b"},
+      {plasmaFile, "[Containments][1]" + image + R"(\s/a\\b\n)", "", R"( /a\b\n)"},
+      {plasmaFile,
+       "[Containments][1]\nwallpaperplugin=org.kde.slideshow\n"
+       "[Containments][1][Wallpaper][org.kde.slideshow][General]\nImage=/slide.jpg\n" +
+           stale,
+       "", "/slide.jpg"},
+      {plasmaFile, "[Containments][1]\nwallpaperplugin=org.kde.color\n" + stale, "", none},
+      {plasmaFile, "[Containments][1]\nlastScreen=0\nImage=/a\n", "", none},
+      {plasmaFile, "[Others][1]" + image + "/a\n", "", none},
+      {plasmaFile, "Image=/a\n[Containments\nImage=/a\n[]\nImage=/a\n[[][[\nImage=/a\n[Containments][\nImage=/a", "",
+       none},
+      {xfcePictureFromText, ordinary, "DP-1", "/a & b.png"},
+      {xfcePictureFromText, ordinary, "HDMI-1", "/a & b.png"},
+      {xfcePictureFromText, three, "HDMI-1", "/right.png"},
+      {xfcePictureFromText, three, "DP-9", "/zero.png"},
+      {xfcePictureFromText, xfceBackdrop("monitorDP-1", hidden), "DP-1", none},
+      {xfcePictureFromText, xfceBackdrop("monitorDP-1", hidden + xfceWorkspace("1", "5", "/shown.png")), "DP-1",
+       "/shown.png"},
+      {xfcePictureFromText, xfceBackdrop("monitor0", R"(<property name="image-path" type="string" value="/old.png"/>)"),
+       "DP-1", "/old.png"},
+      {xfcePictureFromText, xfceBackdrop("desk", xfceWorkspace("0", "5", "/a.png")), "DP-1", none},
+      {xfcePictureFromText, ordinary.substr(0, ordinary.find("/second")), "DP-1", "/a & b.png"},
+      {xfcePictureFromText, "<property/></property></property>", "DP-1", none},
+      {xfcePictureFromText, "no xml", "DP-1", none},
+      {slideshow, "<background><starttime><year>2020</year></starttime><static><file>\n /a.png </file></static>", "",
+       "/a.png"},
+      {slideshow, "<b><transition><from>/b.png</from></transition><static><file>/c.png</file>", "", "/b.png"},
+      {slideshow, "<b><static><file><size width=\"1\">/small.png</size><size>/large.png</size></file>", "",
+       "/small.png"},
+      {slideshow, "<b><static><file></file><duration>5</duration></static></b>", "", none},
+      {slideshow, entities, "", none},
+      {swaybgArguments, "swaybg -i /a.png -m fill |", "DP-1", "/a.png"},
+      {swaybgArguments, "swaybg --image /a.png |", "DP-1", "/a.png"},
+      {swaybgArguments, "swaybg --image=/a.png |", "DP-1", "/a.png"},
+      {swaybgArguments, "swaybg -i/a.png |", "DP-1", "/a.png"},
+      {swaybgArguments, "swaybg -o * -i /every.png -o DP-1 -i /one.png -m fit |", "DP-1", "/one.png"},
+      {swaybgArguments, "swaybg -o DP-1 -i /one.png -o * -i /every.png |", "HDMI-1", "/every.png"},
+      {swaybgArguments, "swaybg -o DP-1 -i /one.png -o DP-2 -i /two.png |", "HDMI-1", "/one.png"},
+      {swaybgArguments, "swaybg --output=DP-1 -i /one.png |swaybg -i /every.png |", "HDMI-1", "/every.png"},
+      {swaybgArguments, "swaybg -c #000000 |", "DP-1", none},
+      {swaybgArguments, "swaybg -i |", "DP-1", none},
+      {swaybgArguments, "swaybg -i", "DP-1", none},
+      {swaybgArguments, "--imagery /a.png |", "DP-1", none},
+      {swaybgArguments, "", "DP-1", none},
+      {swwwPictureFromText, swwwLines, "eDP-1", "/home/u/a b.png"},
+      {swwwPictureFromText, swwwLines, "DP-2", "/c.png"},
+      {swwwPictureFromText, swwwLines, "DP-3", "/home/u/a b.png"},
+      {swwwPictureFromText, "eDP-1: 1920x1080, scale: 1, currently displaying: color: 000000\n", "eDP-1", none},
+      {swwwPictureFromText, "eDP-1: image: ", "eDP-1", none},
+      {swwwPictureFromText, "", "", none},
+      {hyprpaperPictureFromText, paperLines, "DP-1", "~/one.png"},
+      {hyprpaperPictureFromText, paperLines, "DP-2", "/every.png"},
+      {hyprpaperPictureFromText, paperLines + "wallpaper = DP-1,/newer.png", "DP-1", "/newer.png"},
+      {hyprpaperPictureFromText, paperBlocks, "DP-1", "/one.png"},
+      {hyprpaperPictureFromText, paperBlocks, "DP-2", "/every.png"},
+      {hyprpaperPictureFromText, "wallpaper {\nmonitor = DP-1\n}\n", "DP-1", none},
+      {hyprpaperPictureFromText, "wallpaper {\npath = /open.png\n", "DP-1", none},
+      {hyprpaperPictureFromText, "wallpaper = DP-1\nwallpaper = DP-1,\n}\n", "DP-1", none},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.read(c.text, c.screen), c.address) << c.text;
+  EXPECT_TRUE(gsettingsPrefersDark("'prefer-dark'\n"));
+  for (const char* text : {"", "'default'\n", "prefer-dark"}) EXPECT_FALSE(gsettingsPrefersDark(text)) << text;
 }
 
 TEST(PicturePackage, GivesTheSmallestLandscapePictureThatIsLargeEnough) {
   using Names = std::vector<std::string>;
-  for (const auto& [names, picture] : std::vector<std::pair<Names, Address>>{
-           {{"3840x2160.png", "1280x800.png", "5120x2880.png"}, "1280x800.png"},
-           {{"360x720.jpg", "1080x1920.jpg", "3840x2160.jpg"}, "3840x2160.jpg"},
-           {{"1080x1920.jpg", "360x720.jpg"}, "360x720.jpg"},
-           {{"47x48.png", "48x47.png", "16x16.png"}, none},
-           {{"48x48.webp"}, "48x48.webp"},
-           {{"readme.txt", "1920x1080", "x.png", "1920x.png", "99999999999x99999999999.png", "-5x-5.png", ""}, none},
-           {{}, none},
-       }) {
-    EXPECT_EQ(packagePicture(names, 48), picture);
-  }
+  const std::pair<Names, Address> cases[] = {
+      {{"3840x2160.png", "1280x800.png", "5120x2880.png"}, "1280x800.png"},
+      {{"360x720.jpg", "1080x1920.jpg", "3840x2160.jpg"}, "3840x2160.jpg"},
+      {{"1080x1920.jpg", "360x720.jpg"}, "360x720.jpg"},
+      {{"47x48.png", "48x47.png", "16x16.png"}, none},
+      {{"48x48.webp"}, "48x48.webp"},
+      {{"readme.txt", "1920x1080", "x.png", "1920x.png", "99999999999x99999999999.png", "-5x-5.png", ""}, none},
+      {{}, none},
+  };
+  for (const auto& [names, picture] : cases) EXPECT_EQ(packagePicture(names, 48), picture);
 }
 
 TEST(PictureAddress, LeadsToFilesOfThisMachineOnly) {
-  using Path = std::optional<fs::path>;
-  for (const auto& [address, path] : std::vector<std::pair<std::string, Path>>{
-           {"/a%20b.png", "/a%20b.png"},
-           {"file:///a%20b%C3%A9.png", "/a b\u00e9.png"},
-           {"file://localhost/a.png", "/a.png"},
-           {"file:/a.png", "/a.png"},
-           {"file:///a?b#c.png", "/a?b#c.png"},
-           {"file:///a%00b.png", none},
-           {"file://server/a.png", none},
-           {"file://", none},
-           {"file:", none},
-           {"file:a.png", none},
-           {"~/a.png", "/home/u/a.png"},
-           {"$HOME/a.png", "/home/u/a.png"},
-           {"file://$HOME/a%20b.png", "/home/u/a b.png"},
-           {"~//etc/a.png", "/home/u/etc/a.png"},
-           {"~other/a.png", none},
-           {"a.png", none},
-           {"../a.png", none},
-           {"https://example.invalid/a.png", none},
-           {"", none},
-           {std::string("/a\0b", 4), none},
-           {"/" + std::string(5000, 'a'), none},
-       }) {
-    EXPECT_EQ(localPath(address, "/home/u"), path) << address.substr(0, 60);
-  }
+  const std::pair<std::string, std::optional<fs::path>> cases[] = {
+      {"/a%20b.png", "/a%20b.png"},          {"file:///a%20b%C3%A9.png", "/a b\u00e9.png"},
+      {"file://localhost/a.png", "/a.png"},  {"file:/a.png", "/a.png"},
+      {"file:///a?b#c.png", "/a?b#c.png"},   {"~/a.png", "/home/u/a.png"},
+      {"$HOME/a.png", "/home/u/a.png"},      {"file://$HOME/a%20b.png", "/home/u/a b.png"},
+      {"~//etc/a.png", "/home/u/etc/a.png"},
+  };
+  for (const auto& [address, path] : cases) EXPECT_EQ(localPath(address, "/home/u"), path) << address;
   EXPECT_EQ(localPath("~/a.png", ""), none);
+  for (const std::string& address :
+       {std::string("file:///a%00b.png"), std::string("file://server/a.png"), std::string("file://"),
+        std::string("file:"), std::string("file:a.png"), std::string("~other/a.png"), std::string("a.png"),
+        std::string("../a.png"), std::string("https://example.invalid/a.png"), std::string(), std::string("/a\0b", 4),
+        "/" + std::string(5000, 'a')}) {
+    EXPECT_EQ(localPath(address, "/home/u"), none) << address.substr(0, 60);
+  }
 }
 
 TEST(PictureSources, FollowTheDesktopInUse) {

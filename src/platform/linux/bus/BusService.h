@@ -16,7 +16,7 @@
 
 namespace veloria {
 
-// What follows a service. Each object waits for the bus when it is made, never for the service, and calls back on the
+// Classes that follow a service. Each waits for the bus when it is made, never for the service, and calls back on the
 // thread that it was made on.
 
 /// Identifies a signal of a D-Bus service.

@@ -10,7 +10,7 @@ namespace veloria {
 
 Result<Monitor> monitorOf(const Output& output) {
   if (output.monitorIndex == PA_INVALID_INDEX || output.monitorName.empty()) {
-    return Failure{"The output \"" + output.description + "\" has no monitor, so what it plays can't be heard."};
+    return Failure{"The output \"" + output.description + "\" has no monitor, so its sound can't be captured."};
   }
   return Monitor{output.monitorIndex, output.monitorName};
 }

@@ -120,7 +120,7 @@ void PulseSession::findMonitor() {
 }
 
 void PulseSession::onServer(const pa_server_info* server) {
-  if (server == nullptr) return fail("The sound server does not say what it plays on: " + reason() + ".");
+  if (server == nullptr) return fail("The sound server does not report its default output: " + reason() + ".");
   if (orEmpty(server->default_sink_name).empty()) return monitorFound();
   const auto answered = [](pa_context*, const pa_sink_info* info, int end, void* self) {
     session(self).onOutput(info, end);
@@ -188,7 +188,7 @@ void PulseSession::onStreamState() {
 }
 
 void PulseSession::onStreamReady() {
-  if (!recordsTheMonitor()) return fail("The sound server offers another source than what is playing.");
+  if (!recordsTheMonitor()) return fail("The sound server offers a source other than the output's monitor.");
   const bool first = !std::exchange(started_, true);
   streamReady_ = true;
   lostIndex_.reset();

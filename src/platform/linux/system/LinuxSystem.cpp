@@ -122,7 +122,7 @@ class LinuxSystem::Parts final : public QObject {
         return startDetached(*program, {command.begin() + 1, command.end()});
       }
     }
-    return Failure{"No settings program of this desktop was found. Open its settings yourself."};
+    return Failure{"Couldn't find the settings program of this desktop. Please open it yourself."};
   }
 
  private:

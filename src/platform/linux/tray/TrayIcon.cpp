@@ -26,8 +26,7 @@ namespace veloria {
 namespace {
 
 constexpr const char* noTray =
-    "Veloria: this desktop shows no status icons now, so there is none to click. To reach the settings, start veloria "
-    "again.";
+    "Veloria: this desktop shows no status icons now. To open the settings, run veloria again.";
 
 const auto appearance = QStringLiteral("org.freedesktop.appearance");
 constexpr uint prefersLight = 2;

@@ -100,7 +100,7 @@ class Transfer final : public QObject {
   void follow(const QUrl& target) {
     const QString objection = objectionToRedirect(reply_->url(), target);
     if (!objection.isEmpty()) return end(failure(objection));
-    if (++redirects_ > mostRedirects) return end(failure(QString("sent on more than %1 times").arg(mostRedirects)));
+    if (++redirects_ > mostRedirects) return end(failure(QString("more than %1 redirects").arg(mostRedirects)));
     send(target);
   }
 
@@ -119,7 +119,7 @@ class Transfer final : public QObject {
     }
     const QUrl target = reply_->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
     if (!target.isEmpty()) return follow(reply_->url().resolved(target));
-    if (isPacked(*reply_)) return end(failure("the answer is compressed, though it was asked for as it is"));
+    if (isPacked(*reply_)) return end(failure("the answer is compressed, which was not requested"));
     if (isCutOff(*reply_, body_.size())) return end(failure("Connection closed"));
     end(body_.toStdString());
   }
