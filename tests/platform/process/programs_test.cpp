@@ -1,6 +1,7 @@
 #include "platform/posix/process/Programs.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -66,8 +67,7 @@ TEST(CommandOutput, KillsTheSessionAtATimeOutButNotWhatAProgramLeavesRunning) {
     const auto output = commandOutput({"sh", "-c", script + (timeOut ? "; wait" : "")}, timeOut ? 0.5 : longTime, cap);
     EXPECT_EQ(output, timeOut ? std::nullopt : std::optional("done\n"));
     const int left = std::stoi(contentWhenThere(folder.file("pid")));
-    if (timeOut) EXPECT_TRUE(becomesTrue([&] { return !isAlive(left); }));
-    if (!timeOut) EXPECT_TRUE(isAlive(left));
+    EXPECT_TRUE(timeOut ? becomesTrue([&] { return !isAlive(left); }) : isAlive(left));
     ::kill(left, SIGKILL);
   }
 }
@@ -93,6 +93,30 @@ TEST(Programs, AreFoundInAbsoluteFoldersIfTheyCanBeRun) {
   fs::current_path(folder.file("a"));
   EXPECT_EQ(findProgram("tool", "::."), std::nullopt) << "not from the current folder";
   fs::current_path(here);
+}
+
+// As root every folder can be written, so a child that is nobody checks.
+TEST(Programs, KnowTheFoldersThatTheUserMayWrite) {
+  const TemporaryFolder folder;
+  fs::permissions(folder.path(), fs::perms(0755));
+  for (const auto& [name, mode] : {std::pair{"closed", 0555U}, {"unsearchable", 0666U}, {"open", 0777U}}) {
+    fs::create_directory(folder.file(name));
+    fs::permissions(folder.file(name), fs::perms(mode));
+  }
+  folder.write("file", "");
+  fs::permissions(folder.file("file"), fs::perms(0777));
+  const pid_t child = ::fork();
+  if (child == 0) {
+    if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0)) ::_exit(99);
+    int writable = 0;
+    for (const char* name : {"closed", "unsearchable", "file", "none", "open"}) {
+      writable = writable * 2 + (isWritableFolder(folder.file(name)) ? 1 : 0);
+    }
+    ::_exit(writable);
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 1) << "a bit each";
 }
 
 TEST(Programs, AreStartedWithTheirArgumentsAndOutliveThisOne) {
