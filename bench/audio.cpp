@@ -54,16 +54,16 @@ double threadSeconds(const std::string& name) {
 }
 
 void recordTone(benchmark::State& state) {
-  if (const auto missing = desktop::SoundServer::missing(); !missing.empty()) {
+  if (const auto missing = tests::SoundServer::missing(); !missing.empty()) {
     state.SkipWithError(missing.c_str());
     return;
   }
-  desktop::SoundServer server;
+  tests::SoundServer server;
   server.enter();
   const auto tone = server.playSine(100);
   AudioSource source(std::make_unique<PulseAudioTap>());
   source.start();
-  if (!desktop::poll(20, [&] { return source.bands().bass > 0.5; })) {
+  if (!poll(20, [&] { return source.bands().bass > 0.5; })) {
     state.SkipWithError("nothing is heard");
     return;
   }

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/linux/pulse/Deinterleave.h"
+#include "platform/linux/pulse/Monitor.h"
 #include "sources/AudioAnalysis.h"
 
 namespace {

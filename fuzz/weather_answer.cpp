@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "sources/WeatherReadings.h"
+#include "sources/WeatherSource.h"
 
 namespace {
 

@@ -24,12 +24,12 @@ ActivityWatcher::ActivityWatcher(Ports ports) : ports_(std::move(ports)) {
 }
 
 void ActivityWatcher::notify(Notification notification) {
-  take(notification);
+  apply(notification);
   if (notification == Notification::didWake) probe();
   recompute();
 }
 
-void ActivityWatcher::take(Notification notification) {
+void ActivityWatcher::apply(Notification notification) {
   switch (notification) {
     case Notification::screensDidSleep:
     case Notification::willSleep:

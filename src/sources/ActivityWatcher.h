@@ -10,27 +10,27 @@
 
 namespace veloria {
 
-/// Decides whether the band is drawn at all: enabled, displays awake, session active, and neither behind a full-screen
-/// window nor on battery where the user wants a pause for these. Main thread.
+/// Decides whether the band is drawn at all: it is enabled, the displays are awake, the session is active, and there is
+/// neither a full-screen window nor battery power if the user wants a pause for these. Main thread.
 class ActivityWatcher {
  public:
-  /// How often is looked at what no notification tells.
+  /// Poll interval and its tolerance for facts without a notification, in seconds.
   static constexpr double pollSeconds = 1;
   static constexpr double pollTolerance = 0.5;
 
   using Notification = ActivityNotification;
 
-  /// Everything must outlive the watcher. The probes are plain reads of something known: they run each second.
+  /// Everything must outlive the watcher. The probes run each second and must return at once.
   struct Ports {
     std::function<const NimbraConfig&()> settings;
     TimerFactory* timers = nullptr;
-    /// Whether a full-screen window is in front on the first screen. Empty: never. Only called while the settings ask
+    /// True if a full-screen window is in front on the first screen. Empty: never. Called only while the settings ask
     /// for a pause.
     std::function<bool()> isFullScreenSpaceActive = {};
-    /// Whether the computer runs on battery. Empty: never. Only called while the settings ask for a pause.
+    /// True if the computer runs on battery. Empty: never. Called only while the settings ask for a pause.
     std::function<bool()> isOnBattery = {};
-    /// Called first in each poll, in the constructor too: what has no events of its own is asked here, and may call
-    /// notify() (but in the constructor, where the watcher is not known to anybody yet).
+    /// Called first in each poll, for sources without events of their own. It may call notify(), but not in the
+    /// constructor's poll.
     std::function<void()> onPoll = {};
   };
 
@@ -39,24 +39,23 @@ class ActivityWatcher {
   ActivityWatcher(const ActivityWatcher&) = delete;
   ActivityWatcher& operator=(const ActivityWatcher&) = delete;
 
-  /// Takes it in and recomputes. After a wake everything is probed again first, so that onChange tells what is true
-  /// now.
+  /// Applies the notification and recomputes. After a wake it probes first, so that onChange reports the state of now.
   void notify(Notification notification);
-  /// Derives shouldRender() again, after the settings changed for instance. Probes nothing.
+  /// Derives shouldRender() again, after a change of the settings for example. Does not probe.
   void recompute();
-  /// Probes, and recomputes when something is not as it was.
+  /// Probes, and recomputes if something has changed.
   void poll();
 
   /// True until the first recompute.
   bool shouldRender() const { return shouldRender_; }
-  /// Why shouldRender() is false, for people: the first that applies, in the order of the rule. Empty when it is true.
+  /// Why shouldRender() is false, for people: the first reason in the order above. Empty if it is true.
   const std::string& reason() const { return reason_; }
 
   /// Called after shouldRender() has changed.
   std::function<void()> onChange;
 
  private:
-  void take(Notification notification);
+  void apply(Notification notification);
   bool probe();
 
   Ports ports_;

@@ -61,7 +61,7 @@ AudioAnalysis::~AudioAnalysis() = default;
 std::optional<AudioBands> AudioAnalysis::add(std::span<const std::span<const float>> channels) {
   fold(channels);
   if (pending_.size() < blockSize) return std::nullopt;
-  const AudioBands bands = analyse(std::span(pending_).last(blockSize));
+  const AudioBands bands = analyze(std::span(pending_).last(blockSize));
   pending_.clear();
   return bands;
 }
@@ -82,7 +82,7 @@ void AudioAnalysis::fold(std::span<const std::span<const float>> channels) {
   }
 }
 
-AudioBands AudioAnalysis::analyse(std::span<const float> block) {
+AudioBands AudioAnalysis::analyze(std::span<const float> block) {
   transform(block);
   AudioBands bands;
   bands.level = loudness(rootMeanSquare(block) * 14);

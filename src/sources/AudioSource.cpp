@@ -81,13 +81,13 @@ AudioSource::Diagnostics AudioSource::diagnostics() const {
 void AudioSource::receive(const AudioBlock& block) {
   if (block.isAudio) describe(block);
   const bool usable = block.isAudio && isUsable(block);
-  const auto analysed = usable ? analysis_.add(block.channels) : std::nullopt;
+  const auto analyzed = usable ? analysis_.add(block.channels) : std::nullopt;
   const std::lock_guard guard(lock_);
   ++diagnostics_.callbackCount;
   diagnostics_.audioCallbackCount += block.isAudio ? 1 : 0;
   diagnostics_.decodeFailures += block.isAudio && !usable ? 1 : 0;
-  // A stop may just be waiting for this call to end.
-  if (analysed && isRunning_) bands_ = *analysed;
+  // stop() may be waiting for this call.
+  if (analyzed && isRunning_) bands_ = *analyzed;
 }
 
 void AudioSource::describe(const AudioBlock& block) {

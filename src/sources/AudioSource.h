@@ -7,24 +7,22 @@
 
 #include "ports/AudioTap.h"
 #include "sources/AudioAnalysis.h"
-#include "sources/AudioBands.h"
 
 namespace veloria {
 
-/// Hears what is playing and says how loud it is, five numbers at a time.
+/// The loudness of the sound that is playing, as five numbers.
 ///
-/// Main thread, but for bands(), isRunning(), lastError() and diagnostics(), which any thread may ask. Analysis runs on
-/// the tap's thread. A tap that fails leaves the bands at zero and the reason in lastError(); nothing is tried again by
-/// itself.
+/// Main thread, but for bands(), isRunning(), lastError() and diagnostics(), which any thread may call. Analysis runs
+/// on the tap's thread. If the tap fails, the bands are zero and lastError() has the reason; there is no retry.
 class AudioSource {
  public:
   using Bands = AudioBands;
 
-  /// What has come from the tap since this object was made.
+  /// Counts of the deliveries from the tap since this object was made.
   struct Diagnostics {
     int callbackCount = 0;       ///< deliveries of any kind
     int audioCallbackCount = 0;  ///< those with audio
-    int decodeFailures = 0;      ///< those of which the samples could not be used
+    int decodeFailures = 0;      ///< those with unusable samples
     std::string lastFormatNote = "none";
   };
 
@@ -35,8 +33,8 @@ class AudioSource {
   AudioSource(const AudioSource&) = delete;
   AudioSource& operator=(const AudioSource&) = delete;
 
-  /// Returns at once; isRunning() holds from now on, until a stop or a failure. Does nothing while it runs. Starting
-  /// after a stop or a failure begins afresh: no error, no memory of the sound before.
+  /// Returns at once; isRunning() is true from now on, until a stop or a failure. No effect while it runs. A start
+  /// after a stop or a failure clears the error and the memory of earlier sound.
   void start();
 
   /// The bands are zero from now on. Keeps lastError().
@@ -45,7 +43,7 @@ class AudioSource {
   /// The newest analysis; zeros when silent, stopped or failed.
   Bands bands() const;
   bool isRunning() const;
-  /// Why the tap failed since the last start; nothing when it did not.
+  /// Why the tap failed since the last start; empty if it did not.
   std::optional<std::string> lastError() const;
   Diagnostics diagnostics() const;
 

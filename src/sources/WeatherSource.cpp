@@ -1,5 +1,6 @@
 #include "sources/WeatherSource.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -14,6 +15,23 @@
 namespace veloria {
 
 namespace {
+
+constexpr double mostOfAnything = 1000;
+constexpr double fullCoverPercent = 100;
+constexpr double fullRainMillimetres = 5;
+
+double number(const nlohmann::json& current, const char* name) {
+  const auto member = current.find(name);
+  return member != current.end() && member->is_number() ? member->get<double>() : 0;
+}
+
+double plausible(double value) {
+  return std::clamp(value, -mostOfAnything, mostOfAnything);
+}
+
+double share(double value, double full) {
+  return std::clamp(value, 0.0, full) / full;
+}
 
 constexpr std::string_view noSuchPlace = "The location must lie within latitude ±90 and longitude ±180.";
 
@@ -47,6 +65,20 @@ double whole(double value) {
 
 }  // namespace
 
+Result<WeatherReadings> readWeather(std::string_view body) {
+  const auto answer = parseStrictJson(body);
+  if (!answer) return Failure{answer.error()};
+  const auto current = answer->is_object() ? answer->find("current") : answer->end();
+  if (current == answer->end() || !current->is_object()) return Failure{"Unexpected response"};
+  return WeatherReadings{
+      .temp = plausible(number(*current, "temperature_2m")),
+      .wind = plausible(number(*current, "wind_speed_10m")),
+      .gust = plausible(number(*current, "wind_gusts_10m")),
+      .cloud = share(number(*current, "cloud_cover"), fullCoverPercent),
+      .rain = share(number(*current, "precipitation"), fullRainMillimetres),
+  };
+}
+
 WeatherSource::WeatherSource(Ports ports) : ports_(std::move(ports)) {}
 
 void WeatherSource::refreshIfStale(double latitude, double longitude) {
@@ -71,13 +103,13 @@ void WeatherSource::finish(const Result<std::string>& answer) {
   inFlight_ = false;
   const auto readings = answer ? readWeather(*answer) : Failure{answer.error()};
   if (readings) {
-    take(*readings);
+    accept(*readings);
   } else {
     lastError_ = readings.error();
   }
 }
 
-void WeatherSource::take(const WeatherReadings& readings) {
+void WeatherSource::accept(const WeatherReadings& readings) {
   readings_ = readings;
   lastSuccess_ = ports_.clock();
   lastError_.reset();

@@ -42,9 +42,9 @@ class NimbraFixture : public testing::Test {
     return runProcess("/bin/sh", {"-c", script}, folder.path(), environment());
   }
   /// A program in a process group of its own, looked up on the PATH; once it has written `ready`.
-  std::unique_ptr<desktop::ChildProcess> start(const Texts& argv, const std::string& ready = "") {
-    auto process = std::make_unique<desktop::ChildProcess>(argv, variables(), folder.file(std::to_string(++started)));
-    EXPECT_TRUE(desktop::poll(patience, [&] { return process->output().find(ready) != std::string::npos; }));
+  std::unique_ptr<ChildProcess> start(const Texts& argv, const std::string& ready = "") {
+    auto process = std::make_unique<ChildProcess>(argv, variables(), folder.file(std::to_string(++started)));
+    EXPECT_TRUE(poll(patience, [&] { return process->output().find(ready) != std::string::npos; }));
     return process;
   }
 

@@ -10,7 +10,7 @@ namespace veloria::tests {
 namespace {
 
 namespace fs = std::filesystem;
-using desktop::ChildProcess;
+using ChildProcess;
 using nlohmann::json;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -86,7 +86,7 @@ TEST_F(NimbraTest, FiftyWritersLoseNothing) {
   for (int i = 0; i < 50; ++i)
     writers.push_back(start({program, "set", "name" + std::to_string(i), std::to_string(i)}));
   bool whole = true;
-  EXPECT_TRUE(desktop::poll(60, [&] {
+  EXPECT_TRUE(poll(60, [&] {
     whole = whole && (!fs::exists(statePath) || state().is_object());
     return std::ranges::none_of(writers, [](const auto& writer) { return writer->running(); });
   }));

@@ -11,7 +11,7 @@
 namespace veloria::tests {
 namespace {
 
-using desktop::poll;
+using poll;
 using nlohmann::json;
 using testing::HasSubstr;
 

@@ -11,7 +11,7 @@
 
 #include "base/OwnedDescriptor.h"
 
-namespace veloria::desktop {
+namespace veloria::tests {
 
 namespace {
 
@@ -252,4 +252,4 @@ xcb_atom_t DesktopSession::atom(const std::string& name) const {
   return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
-}  // namespace veloria::desktop
+}  // namespace veloria::tests

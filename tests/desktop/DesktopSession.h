@@ -6,7 +6,7 @@
 
 #include "desktop/Session.h"
 
-namespace veloria::desktop {
+namespace veloria::tests {
 
 /// One mapped window: a child of the root, or the program's own window inside a window manager's frame.
 struct WindowInfo {
@@ -91,4 +91,4 @@ class DesktopSession final : public Session {
   xcb_window_t root_ = XCB_WINDOW_NONE;
 };
 
-}  // namespace veloria::desktop
+}  // namespace veloria::tests

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <stdexcept>
 
-namespace veloria::desktop {
+namespace veloria::tests {
 
 namespace {
 
@@ -89,4 +89,4 @@ void Session::require(const std::string& what, ChildProcess& process, const std:
   if (!done) throw std::runtime_error(what + ". It wrote:\n" + process.output());
 }
 
-}  // namespace veloria::desktop
+}  // namespace veloria::tests

@@ -11,7 +11,7 @@
 
 #include "Process.h"
 
-namespace veloria::desktop {
+namespace veloria::tests {
 
 /// The colour of one pixel on the screen.
 struct Pixel {
@@ -90,4 +90,4 @@ class Session {
   int runs_ = 0;
 };
 
-}  // namespace veloria::desktop
+}  // namespace veloria::tests

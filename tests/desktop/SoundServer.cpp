@@ -14,7 +14,7 @@
 
 #include "base/OwnedDescriptor.h"
 
-namespace veloria::desktop {
+namespace veloria::tests {
 
 namespace {
 
@@ -154,4 +154,4 @@ void SoundServer::kill() {
   server_->wait(commandSeconds);
 }
 
-}  // namespace veloria::desktop
+}  // namespace veloria::tests

@@ -8,7 +8,7 @@
 
 #include "desktop/Session.h"
 
-namespace veloria::desktop {
+namespace veloria::tests {
 
 /// A private PulseAudio server for tests, with outputs that lead nowhere. It never touches the one that runs already.
 ///
@@ -66,4 +66,4 @@ class SoundServer {
   std::unique_ptr<ChildProcess> server_;
 };
 
-}  // namespace veloria::desktop
+}  // namespace veloria::tests

@@ -6,7 +6,7 @@
 #include <sstream>
 #include <stdexcept>
 
-namespace veloria::desktop {
+namespace veloria::tests {
 
 namespace {
 
@@ -83,4 +83,4 @@ Screenshot SwaySession::screenshot(const std::string& output) const {
   return screenshotFromPixmap(runToEnd({"grim", "-t", "ppm", "-o", output.empty() ? "HEADLESS-1" : output, "-"}));
 }
 
-}  // namespace veloria::desktop
+}  // namespace veloria::tests

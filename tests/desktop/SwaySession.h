@@ -2,7 +2,7 @@
 
 #include "desktop/Session.h"
 
-namespace veloria::desktop {
+namespace veloria::tests {
 
 /// A private Wayland desktop: sway without a display, with its own wallpaper program and panel.
 ///
@@ -40,4 +40,4 @@ class SwaySession final : public Session {
   std::unique_ptr<ChildProcess> sway_;
 };
 
-}  // namespace veloria::desktop
+}  // namespace veloria::tests

@@ -18,7 +18,7 @@
 #include "settings/LookPreset.h"
 #include "settings/SettingsCodec.h"
 
-namespace veloria::desktop {
+namespace veloria::tests {
 namespace {
 
 constexpr int width = 1920;
@@ -130,7 +130,7 @@ void makePicture(const std::string& output) {
 }
 
 }  // namespace
-}  // namespace veloria::desktop
+}  // namespace veloria::tests
 
 int main(int argc, char** argv) {
   if (argc != 2) {
@@ -138,7 +138,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    veloria::desktop::makePicture(argv[1]);
+    veloria::tests::makePicture(argv[1]);
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "desktop_picture: %s\n", error.what());

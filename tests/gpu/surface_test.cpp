@@ -32,9 +32,9 @@ class SurfaceTest : public GpuTest {
   void SetUp() override { start(Way::driver); }
 
   void start(Way way) {
-    if (const std::string missing = desktop::DesktopSession::missing(); !missing.empty()) GTEST_SKIP() << missing;
+    if (const std::string missing = DesktopSession::missing(); !missing.empty()) GTEST_SKIP() << missing;
     GpuTest::SetUp();
-    desktop_ = std::make_unique<desktop::DesktopSession>();
+    desktop_ = std::make_unique<DesktopSession>();
     owned_.reset(xcb_connect(desktop_->display().c_str(), nullptr));
     connection_ = owned_.get();
     depth_ = way == Way::driver ? 24 : 32;
@@ -108,7 +108,7 @@ class SurfaceTest : public GpuTest {
   // Asks again and again, as a frame timer would; nullptr after a while.
   Drawable* waitForDrawable() {
     Drawable* drawable = nullptr;
-    desktop::poll(5, [&] { return (drawable = surface_->nextDrawable()) != nullptr; });
+    poll(5, [&] { return (drawable = surface_->nextDrawable()) != nullptr; });
     return drawable;
   }
 
@@ -140,9 +140,9 @@ class SurfaceTest : public GpuTest {
 
   // Red grows to the right and green downwards over the whole window; blue is half, as for any target of encoded bytes.
   bool shows(Size size) {
-    const desktop::Screenshot shot = desktop_->screenshot();
+    const Screenshot shot = desktop_->screenshot();
     for (const auto& [x, y] : {std::pair{1U, 1U}, {size.width - 2, 1U}, {1U, size.height - 2}, {size.width / 2, 9U}}) {
-      const desktop::Pixel pixel = shot.at(static_cast<int>(x), static_cast<int>(y));
+      const Pixel pixel = shot.at(static_cast<int>(x), static_cast<int>(y));
       const int red = pixel.red - static_cast<int>((2 * x + 1) * 255 / (2 * size.width));
       const int green = pixel.green - static_cast<int>((2 * y + 1) * 255 / (2 * size.height));
       if (std::max({std::abs(red), std::abs(green), std::abs(pixel.blue - 128)}) > 2) return false;
@@ -150,10 +150,10 @@ class SurfaceTest : public GpuTest {
     return true;
   }
   void expectPicture(Size size) {
-    EXPECT_TRUE(desktop::poll(5, [&] { return shows(size); }));
+    EXPECT_TRUE(poll(5, [&] { return shows(size); }));
   }
 
-  std::unique_ptr<desktop::DesktopSession> desktop_;
+  std::unique_ptr<DesktopSession> desktop_;
   std::unique_ptr<xcb_connection_t, Disconnect> owned_;
   xcb_connection_t* connection_ = nullptr;
   xcb_window_t window_ = XCB_WINDOW_NONE;
@@ -222,7 +222,7 @@ TEST_F(SurfaceTest, FollowsAWindowThatIsLate) {
   surface_->configure({111, 22}, PixelFormat::bgra8Unorm);
   presentFrame();
   resizeWindow({111, 22});
-  EXPECT_TRUE(desktop::poll(5, [&] {
+  EXPECT_TRUE(poll(5, [&] {
     presentFrame();
     const Drawable* drawable = surface_->nextDrawable();
     return drawable != nullptr && drawable->texture().size() == Size{111, 22};
@@ -232,13 +232,13 @@ TEST_F(SurfaceTest, FollowsAWindowThatIsLate) {
 TEST_F(SurfaceTest, AWindowThatGoesIsMissedAndANewOneFound) {
   presentFrame();
   closeWindow();
-  EXPECT_TRUE(desktop::poll(5, [&] {
+  EXPECT_TRUE(poll(5, [&] {
     Drawable* drawable = surface_->nextDrawable();
     if (drawable != nullptr) present(*drawable);
     return drawable == nullptr;
   }));
   const int before = nativeSurfaces_;
-  EXPECT_FALSE(desktop::poll(1.2, [&] { return surface_->nextDrawable() != nullptr; }));
+  EXPECT_FALSE(poll(1.2, [&] { return surface_->nextDrawable() != nullptr; }));
   EXPECT_EQ(surface_->format(), PixelFormat::invalid);
   EXPECT_LE(nativeSurfaces_ - before, 6) << "tries must grow rarer";
 
@@ -255,7 +255,7 @@ TEST_F(SurfaceTest, AServerThatGoesIsSurvived) {
   desktop_->stopServer();
   present(*drawable);
   device_->waitIdle();
-  EXPECT_TRUE(desktop::poll(5, [&] { return surface_->nextDrawable() == nullptr; }));
+  EXPECT_TRUE(poll(5, [&] { return surface_->nextDrawable() == nullptr; }));
   EXPECT_FALSE(device_->lost());
 }
 

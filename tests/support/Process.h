@@ -98,9 +98,3 @@ class TemporaryFolder {
 };
 
 }  // namespace veloria::tests
-
-namespace veloria::desktop {
-
-using tests::ChildProcess, tests::missingProgram, tests::now, tests::poll, tests::sleepBriefly;
-
-}  // namespace veloria::desktop

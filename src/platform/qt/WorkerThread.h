@@ -6,8 +6,8 @@
 
 namespace veloria {
 
-/// A QObject on a thread of its own, for work that may wait. `Worker` has a stop() that ends whatever belongs to the
-/// thread. Made, used and destroyed on one thread; what the worker's reports touch must outlive this.
+/// A QObject on a thread of its own, for work that may wait. `Worker` has a stop() that ends everything that belongs to
+/// the thread. Make, use and destroy it on one thread; everything that the worker's reports touch must outlive it.
 template <typename Worker>
 class WorkerThread {
  public:
@@ -15,7 +15,7 @@ class WorkerThread {
   explicit WorkerThread(Arguments&&... arguments) : worker_(std::forward<Arguments>(arguments)...) {
     worker_.moveToThread(&thread_);
   }
-  /// Waits for the work at hand, after which stop() is called and the thread ends.
+  /// Waits for the posted work, calls stop() and ends the thread.
   ~WorkerThread() {
     if (!thread_.isRunning()) return;
     post([this](Worker& worker) {
@@ -27,7 +27,7 @@ class WorkerThread {
   WorkerThread(const WorkerThread&) = delete;
   WorkerThread& operator=(const WorkerThread&) = delete;
 
-  /// Does `work` on the thread, after what was posted before. The thread starts with the first work.
+  /// Runs `work` on the thread, after everything that was posted before. The first call starts the thread.
   template <typename Work>
   void post(Work work) {
     if (!thread_.isRunning()) thread_.start();
@@ -35,7 +35,7 @@ class WorkerThread {
         &worker_, [this, work = std::move(work)]() mutable { work(worker_); }, Qt::QueuedConnection);
   }
 
-  /// For what the worker lets any thread read.
+  /// For members that any thread may read.
   const Worker& worker() const { return worker_; }
 
  private:

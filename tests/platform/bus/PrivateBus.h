@@ -1,54 +1,183 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
 #include <QString>
-#include <QVariant>
+#include <QUuid>
 #include <QVariantList>
+#include <functional>
+#include <map>
 #include <memory>
-#include <string>
-#include <vector>
+#include <stdexcept>
 
 #include "Process.h"
+#include "base/Environment.h"
 
 namespace veloria::tests {
 
-/// A message bus of its own with mocked services, each a program of its own. Throws std::runtime_error when something
-/// does not start. Services that it may start itself are described in dbus-1/services of the folder.
+/// A message bus of its own with mocked services, each a program of its own. Throws std::runtime_error if one does not
+/// start. Services that the bus may start itself are described in dbus-1/services of the folder.
 class PrivateBus {
  public:
-  /// A sentence that names what is missing for it; empty when nothing is.
-  static std::string missing();
+  /// A sentence that names what is missing for it; empty if nothing is.
+  static std::string missing() {
+    if (const auto program = missingProgram({"dbus-daemon", python}); !program.empty()) {
+      return program + " is not installed (script/bootstrap installs it)";
+    }
+    const bool mocks = runProcess(python, {"-c", "import dbusmock, gi"}).exitCode == 0;
+    return mocks ? "" : "python3-dbusmock is not installed (script/bootstrap installs it)";
+  }
 
-  explicit PrivateBus(const TemporaryFolder& folder, const std::string& name);
-  ~PrivateBus();
+  PrivateBus() { start(); }
+  ~PrivateBus() { stop(); }
   PrivateBus(const PrivateBus&) = delete;
   PrivateBus& operator=(const PrivateBus&) = delete;
 
+  const TemporaryFolder& folder() const { return folder_; }
   const std::string& address() const { return address_; }
-  /// Starts the bus; done in the constructor once.
-  void start();
+
+  void start() {
+    daemon_ = run({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address_}, "XDG_DATA_HOME",
+                  folder_.path());
+    connectionName_ = QUuid::createUuid().toString();
+    const bool up = poll(bound, [&] {
+      if (QDBusConnection::connectToBus(QString::fromStdString(address_), connectionName_).isConnected()) return true;
+      QDBusConnection::disconnectFromBus(connectionName_);
+      return false;
+    });
+    if (!up) throw std::runtime_error("the bus does not start: " + daemon_->output());
+  }
+
   /// Ends the bus and, with it, the services.
-  void stop();
+  void stop() {
+    QDBusConnection::disconnectFromBus(connectionName_);
+    daemon_.reset();
+  }
 
-  /// A service from one of the mock's templates, or one with `arguments` "NAME PATH INTERFACE", until it is let go.
-  [[nodiscard]] std::unique_ptr<desktop::ChildProcess> serve(const QString& service,
-                                                             const std::vector<std::string>& arguments);
+  /// A service from one of the mock's templates, or one with `arguments` "NAME PATH INTERFACE".
+  [[nodiscard]] std::unique_ptr<ChildProcess> serve(const QString& service,
+                                                             const std::vector<std::string>& arguments) {
+    std::vector<std::string> command{python, "-m", "dbusmock", "--session"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    auto program = run(command, "DBUS_SESSION_BUS_ADDRESS", address_);
+    auto* names = QDBusConnection(connectionName_).interface();
+    if (!poll(bound, [&] { return names->isServiceRegistered(service).value(); })) {
+      throw std::runtime_error(service.toStdString() + " does not start: " + program->output());
+    }
+    return program;
+  }
 
-  /// What a method replies; throws when it fails.
+  /// The reply of a method; throws if it fails.
   QVariantList call(const QString& service, const QString& path, const QString& interface, const QString& method,
-                    const QVariantList& arguments = {});
+                    const QVariantList& arguments = {}) {
+    auto message = QDBusMessage::createMethodCall(service, path, interface, method);
+    message.setArguments(arguments);
+    const QDBusMessage reply = QDBusConnection(connectionName_).call(message);
+    if (reply.type() == QDBusMessage::ReplyMessage) return reply.arguments();
+    throw std::runtime_error(method.toStdString() + ": " + reply.errorMessage().toStdString());
+  }
+
   /// The same on the mock's own interface.
-  QVariantList mock(const QString& service, const QString& path, const QString& method, const QVariantList& arguments);
-  /// How often a method of the service's main object was called.
-  int calls(const QString& service, const QString& path, const QString& method);
+  QVariantList mock(const QString& service, const QString& path, const QString& method, const QVariantList& arguments) {
+    return call(service, path, "org.freedesktop.DBus.Mock", method, arguments);
+  }
+  void sendSignal(const QString& service, const QString& path, const QString& interface, const QString& name,
+                  const QString& signature, const QVariantList& arguments) {
+    mock(service, path, "EmitSignal", {interface, name, signature, QVariant(arguments)});
+  }
+  void setProperty(const QString& service, const QString& path, const QString& interface, const QString& name,
+                   const QVariant& value) {
+    mock(service, path, "UpdateProperties", {interface, QVariantMap{{name, value}}});
+  }
+  /// The arguments of each call of a method of the service's main object.
+  std::vector<QVariantList> calls(const QString& service, const QString& path, const QString& method) {
+    const auto reply = mock(service, path, "GetMethodCalls", {method});
+    const auto calls = qvariant_cast<QDBusArgument>(reply.constFirst());
+    std::vector<QVariantList> result;
+    for (calls.beginArray(); !calls.atEnd();) {
+      qulonglong time = 0;
+      calls.beginStructure();
+      calls >> time >> result.emplace_back();
+      calls.endStructure();
+    }
+    calls.endArray();
+    return result;
+  }
 
  private:
-  std::string folder_;
-  std::string name_;
-  std::string address_;
+  static constexpr double bound = 20;
+  // The system's own: that is where distributions put the mock.
+  static constexpr const char* python = "/usr/bin/python3";
+
+  std::unique_ptr<ChildProcess> run(const std::vector<std::string>& command, const char* name,
+                                             const std::string& value) {
+    return std::make_unique<ChildProcess>(command, std::map<std::string, std::string>{{name, value}},
+                                                   folder_.file(std::to_string(++programs_) + ".log"));
+  }
+
+  TemporaryFolder folder_;
+  std::string address_ = "unix:path=" + folder_.file("bus");
   QString connectionName_;
   int programs_ = 0;
-  std::unique_ptr<desktop::ChildProcess> daemon_;
+  std::unique_ptr<ChildProcess> daemon_;
+};
+
+/// Tests with a bus that lasts for the suite, services that last for a test, and an event loop. The bus is the session
+/// bus of this process.
+class BusTest : public testing::Test {
+ protected:
+  static void startBus() {
+    if (!PrivateBus::missing().empty()) return;
+    bus_ = std::make_unique<PrivateBus>();
+    qputenv("DBUS_SESSION_BUS_ADDRESS", QByteArray::fromStdString(bus_->address()));
+  }
+  /// With a QCoreApplication.
+  static void SetUpTestSuite() {
+    startBus();
+    static int argc = 1;
+    static char name[] = "veloria";
+    static char* argv[] = {name, nullptr};
+    static QCoreApplication application(argc, argv);
+  }
+  static void TearDownTestSuite() { bus_.reset(); }
+  void SetUp() override {
+    if (!bus_) GTEST_SKIP() << PrivateBus::missing();
+  }
+  void TearDown() override { services_.clear(); }
+
+  static PrivateBus& bus() { return *bus_; }
+  void serve(const QString& service, const std::vector<std::string>& arguments) {
+    services_[service] = bus_->serve(service, arguments);
+  }
+  /// Runs the event loop until the condition holds.
+  static bool waitFor(const std::function<bool()>& condition, double seconds = 20) {
+    return poll(seconds, [&] {
+      QCoreApplication::processEvents(QEventLoop::AllEvents);
+      return condition();
+    });
+  }
+  /// Runs the event loop for a while in which nothing may happen.
+  static void runFor(double seconds) {
+    waitFor([] { return false; }, seconds);
+  }
+  /// Answers from `variables_`.
+  Environment environment() const {
+    return [this](std::string_view name) -> std::optional<std::string> {
+      const auto found = variables_.find(name);
+      return found == variables_.end() ? std::nullopt : std::optional(found->second);
+    };
+  }
+
+  std::map<std::string, std::string, std::less<>> variables_;
+  std::map<QString, std::unique_ptr<ChildProcess>> services_;
+
+ private:
+  inline static std::unique_ptr<PrivateBus> bus_;
 };
 
 }  // namespace veloria::tests

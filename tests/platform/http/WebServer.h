@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -7,29 +8,32 @@
 
 namespace veloria::tests {
 
-/// A certificate and its key in two files.
-struct Certificate {
-  std::string file;
-  std::string keyFile;
-};
-
-/// Makes a self-signed certificate for `hosts` ("DNS:localhost,IP:127.0.0.1") with the openssl program. Throws
-/// std::runtime_error when that fails.
-Certificate makeCertificate(const TemporaryFolder& folder, const std::string& name, const std::string& hosts);
-
-/// The web server of server.py, which says what its addresses answer. Ends with this object.
+/// The web server of server.py on 127.0.0.1, which describes what its addresses answer. Ends with this object. Throws
+/// std::runtime_error if it does not start.
 class WebServer {
  public:
-  /// Throws std::runtime_error when it does not start.
-  explicit WebServer(const Certificate* certificate = nullptr);
+  /// `certificate`: for https, the files with the certificate and its key.
+  explicit WebServer(const std::vector<std::string>& certificate = {})
+      : process_(commandLine(certificate), {}, folder_.file("output")), secure_(!certificate.empty()) {
+    const bool printed = poll(60, [this] { return process_.output().ends_with('\n') || !process_.running(); });
+    if (!printed || !process_.running()) throw std::runtime_error("The web server fails: " + process_.output());
+    port_ = std::stoi(process_.output());
+  }
 
-  /// The address of `path` on 127.0.0.1.
-  std::string url(const std::string& path) const;
+  std::string url(const std::string& path) const {
+    return (secure_ ? "https://127.0.0.1:" : "http://127.0.0.1:") + std::to_string(port_) + path;
+  }
   int port() const { return port_; }
 
  private:
+  static std::vector<std::string> commandLine(const std::vector<std::string>& certificate) {
+    std::vector<std::string> argv{"python3", VELORIA_WEB_SERVER};
+    argv.insert(argv.end(), certificate.begin(), certificate.end());
+    return argv;
+  }
+
   TemporaryFolder folder_;
-  desktop::ChildProcess process_;
+  ChildProcess process_;
   bool secure_;
   int port_ = 0;
 };

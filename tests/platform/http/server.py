@@ -6,7 +6,6 @@ import json
 import ssl
 import sys
 import threading
-import time
 import urllib.parse
 
 FORECAST = {"current": {"temperature_2m": 12.3, "wind_speed_10m": 8, "wind_gusts_10m": 15.5, "cloud_cover": 75,
@@ -44,9 +43,6 @@ class Handler(http.server.BaseHTTPRequestHandler):
     def redirect(self, target):
         self.body(b"It has moved.", 302, Location=target)
 
-    def end_connection(self):
-        self.close_connection = True
-
     def do_CONNECT(self):
         note(self.requestline)
         self.body(b"", 403)
@@ -60,7 +56,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
             getattr(self, "get_" + name, self.get_json)(argument)
         except OSError:  # the client had enough
             note("closed " + path)
-            self.end_connection()
+            self.close_connection = True
 
     def get_json(self, _):
         self.reply({"answer": "well"})
@@ -76,27 +72,16 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.reply({name.lower(): value for name, value in self.headers.items()}, Set_Cookie="visitor=7; Path=/")
 
     def get_status(self, status):
-        self.reply({"status": int(status)}, int(status))
-
-    def get_login(self, scheme):
-        self.reply({"login": scheme}, 401, WWW_Authenticate=scheme)
+        self.reply({"status": int(status)}, int(status), WWW_Authenticate="Basic realm=x")
 
     def get_redirect(self, times):
         self.redirect("/redirect/%d" % (int(times) - 1)) if int(times) else self.get_json("")
-
-    def get_loop(self, _):
-        self.redirect("loop")
 
     def get_to(self, target):
         self.redirect(target)
 
     def get_bytes(self, count):
         self.body(b"x" * int(count), Content_Type="application/octet-stream")
-
-    def get_big(self, _):
-        self.head(Content_Length=str(100 * len(MEGABYTE)))
-        for _ in range(100):
-            self.wfile.write(MEGABYTE)
 
     def get_endless(self, _):
         self.head(Transfer_Encoding="chunked")
@@ -110,35 +95,21 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.connection.settimeout(60)
         if not self.connection.recv(1):
             note("closed " + self.path)
-        self.end_connection()
+        self.close_connection = True
 
     def get_half(self, _):
         self.head(Content_Length="1000")
         self.wfile.write(b"[" + b" " * 499)
-        self.end_connection()
-
-    def get_chunk(self, _):
-        self.head(Transfer_Encoding="chunked")
-        self.wfile.write(b"64\r\n[1,")
-        self.end_connection()
-
-    def get_drip(self, _):
-        self.head(Content_Length="1000000")
-        while True:
-            self.wfile.write(b" ")
-            time.sleep(0.02)
+        self.close_connection = True
 
     def get_header(self, _):
         self.wfile.write(b"HTTP/1.1 200 OK\r\n")
         for number in range(1_000_000_000):
             self.wfile.write(b"X-%d: " % number + MEGABYTE[:1000] + b"\r\n")
 
-    def get_nothing(self, _):
-        self.end_connection()
-
     def get_garbage(self, _):
         self.wfile.write(b"\x16\x03\x01 what is this?\r\n\r\n")
-        self.end_connection()
+        self.close_connection = True
 
 
 class Server(http.server.ThreadingHTTPServer):

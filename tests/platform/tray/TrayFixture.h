@@ -1,89 +1,227 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QApplication>
-#include <functional>
-#include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
+#include <QDBusObjectPath>
+#include <QDBusPendingCall>
+#include <QDBusVariant>
+#include <QWidget>
 
 #include "PrivateBus.h"
-#include "Process.h"
-#include "app/MenuBarController.h"
 #include "desktop/DesktopSession.h"
 #include "desktop/SwaySession.h"
 #include "platform/linux/tray/TrayIcon.h"
 
 namespace veloria::tests {
 
-class MemoryStorage final : public SettingsStorage {
- public:
-  std::optional<std::string> read(std::string_view) override { return std::nullopt; }
-  bool write(std::string_view, std::string_view) override { return true; }
-};
+/// A line of a menu as a panel gets it; the menu itself is a line too.
+struct MenuLine {
+  int id = 0;  ///< 0: there is no such line
+  QVariantMap properties;
+  std::vector<MenuLine> children;
 
-class CountingPresenter final : public SettingsPresenter {
- public:
-  void show(const std::optional<Rect>& at) override {
-    shown = true;
-    place = at;
-    ++shows;
+  explicit MenuLine(const QDBusArgument& argument = {}) {
+    if (argument.currentType() != QDBusArgument::StructureType) return;
+    QVariantList lines;
+    argument.beginStructure();
+    argument >> id >> properties >> lines;
+    argument.endStructure();
+    for (const QVariant& each : lines) children.emplace_back(qvariant_cast<QDBusArgument>(each));
   }
-  void close() override { shown = false; }
-  bool isShown() const override { return shown; }
 
-  bool shown = false;
-  int shows = 0;
-  std::optional<Rect> place;
+  QString label() const { return properties.value("label").toString(); }
+
+  /// The first line of that label, at any depth.
+  MenuLine find(const QString& wanted) const {
+    for (const MenuLine& line : children) {
+      if (line.label() == wanted) return line;
+      if (const MenuLine inner = line.find(wanted); inner.id != 0) return inner;
+    }
+    return MenuLine();
+  }
+
+  /// A line each, with "---" for separators, a mark, the shortcut and "disabled", and submenus in parentheses.
+  std::string text() const {
+    std::string result;
+    for (const MenuLine& line : children) {
+      const bool separator = line.properties.value("type").toString() == "separator";
+      result += separator ? "---" : line.label().toStdString();
+      const int state = line.properties.value("toggle-state", -1).toInt();
+      if (state >= 0) result += state == 1 ? " [x]" : " [ ]";
+      if (const QVariant shortcut = line.properties.value("shortcut"); shortcut.isValid()) {
+        QList<QStringList> keys;
+        qvariant_cast<QDBusArgument>(shortcut) >> keys;
+        result += " " + keys.value(0).join('+').toStdString();
+      }
+      if (!separator && !line.properties.value("enabled", true).toBool()) result += " disabled";
+      if (!line.children.empty()) result += " (" + line.text() + ")";
+      result += ';';
+    }
+    return result;
+  }
 };
 
-/// The status icon of a real application on a desktop and a session bus of their own, with the controller behind it.
-/// The application lives as long as the test program: what the library finds out about the desktop it keeps. Each suite
-/// starts one of the desktops.
-class TrayTest : public testing::Test {
+/// One picture of an icon: rows of pixels of four bytes, alpha first.
+struct IconPicture {
+  int width = 0;
+  int height = 0;
+  QByteArray pixels;
+
+  /// The mean brightness, 0 to 255, of the opaque pixels; -1 if there are none.
+  int brightness() const {
+    int sum = 0;
+    int count = 0;
+    for (qsizetype i = 0; i + 3 < pixels.size(); i += 4) {
+      if (static_cast<uchar>(pixels[i]) < 250) continue;
+      sum += static_cast<uchar>(pixels[i + 2]);
+      ++count;
+    }
+    return count > 0 ? sum / count : -1;
+  }
+};
+
+const QString hostConnection = "status-host";
+const QString watcherName = "org.kde.StatusNotifierWatcher";
+const QString watcherPath = "/StatusNotifierWatcher";
+
+/// The status icon of a real application on a desktop and a session bus of their own, and a panel that hosts status
+/// notifiers: its watcher is a program of its own, and it queries the icon over a connection of its own. The
+/// application lives as long as the test program, because the library keeps what it finds out about the desktop. Each
+/// suite starts one of the desktops.
+class TrayTest : public BusTest {
  protected:
-  static void startOnX11();
-  static void startOnWayland();
-  static void TearDownTestSuite();
-  void SetUp() override;
-  void TearDown() override;
-
-  void startIcon();
-  /// Runs the event loop until the condition holds.
-  static bool waitFor(const std::function<bool()>& condition, double seconds = 20);
-  /// Runs the event loop for a while in which nothing may happen.
-  static void runFor(double seconds) {
-    waitFor([] { return false; }, seconds);
+  static void startOnX11() {
+    missing_ = DesktopSession::missing({"xdotool", "openbox", "tint2"});
+    startBus();
+    if (!missing_.empty()) return;
+    x11_ = std::make_unique<DesktopSession>();
+    x11_->setIdle([] { QApplication::processEvents(QEventLoop::AllEvents); });
+    startApplication("xcb", x11_->environment());
   }
+
+  static void startOnWayland() {
+    missing_ = SwaySession::missing();
+    startBus();
+    if (!missing_.empty()) return;
+    wayland_ = std::make_unique<SwaySession>(SwaySession::Options{});
+    startApplication("wayland", wayland_->environment());
+  }
+
+  static void TearDownTestSuite() {
+    QDBusConnection::disconnectFromBus(hostConnection);
+    application_.reset();
+    x11_.reset();
+    wayland_.reset();
+    BusTest::TearDownTestSuite();
+  }
+
+  void SetUp() override {
+    BusTest::SetUp();
+    if (!IsSkipped() && !missing_.empty()) GTEST_SKIP() << missing_;
+  }
+
+  void TearDown() override {
+    if (!IsSkipped()) closeMenu();
+    icon_.reset();
+    BusTest::TearDown();
+  }
+
+  /// Like the application, it shows the menu after a secondary click or one with the control key.
+  void startIcon() {
+    icon_ = std::make_unique<TrayIcon>([this](std::string_view text) { log_.emplace_back(text); });
+    icon_->setHandlers({.clicked =
+                            [this](Click click, bool control) {
+                              clicks_ += click == Click::secondary ? (control ? 'S' : 's') : (control ? 'P' : 'p');
+                              if (control || click == Click::secondary) icon_->showMenu();
+                            },
+                        .chosen = [this](const MenuItem& item) { chosen_ += item.title; }});
+    icon_->setMenu(model_);
+  }
+
   static bool menuIsOpen() { return QApplication::activePopupWidget() != nullptr; }
-  static void closeMenu();
-  /// The desktop of startOnX11().
-  static desktop::DesktopSession& desktop() { return *x11_; }
-  static PrivateBus& bus() { return *bus_; }
+  static void closeMenu() {
+    while (QWidget* popup = QApplication::activePopupWidget()) popup->close();
+  }
+  static DesktopSession& desktop() { return *x11_; }
 
-  const NimbraConfig& config() const { return settings_.config(); }
+  void startWatcher(bool withHost = true) {
+    services_.clear();
+    const char* parameters = withHost ? R"({"host": true})" : R"({"host": false})";
+    serve(watcherName, {"-t", VELORIA_TEST_DATA "/watcher.py", "-p", parameters});
+  }
+  static std::vector<QVariantList> registrations() {
+    return bus().calls(watcherName, watcherPath, "RegisterStatusNotifierItem");
+  }
+  static bool hasIcon() {
+    return waitFor([] { return !registrations().empty(); });
+  }
 
-  SettingsStore settings_{std::make_unique<MemoryStorage>(), [](std::string_view) { return std::nullopt; }};
-  SettingsEditor editor_{settings_};
-  CountingPresenter presenter_;
+  // Of the icon that registered first.
+  QVariant property(const QString& name) {
+    const auto reply =
+        ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", {"org.kde.StatusNotifierItem", name});
+    return qvariant_cast<QDBusVariant>(reply.value(0)).variant();
+  }
+  std::vector<IconPicture> pictures() {
+    const auto argument = qvariant_cast<QDBusArgument>(property("IconPixmap"));
+    std::vector<IconPicture> pictures;
+    for (argument.beginArray(); !argument.atEnd();) {
+      IconPicture& picture = pictures.emplace_back();
+      argument.beginStructure();
+      argument >> picture.width >> picture.height >> picture.pixels;
+      argument.endStructure();
+    }
+    argument.endArray();
+    return pictures;
+  }
+  MenuLine menu() {
+    const auto reply = askMenu("GetLayout", {0, -1, QStringList()});
+    return MenuLine(qvariant_cast<QDBusArgument>(reply.value(1)));
+  }
+  /// Clicks a line of the menu, which may take effect later. False if there is no such line.
+  bool choose(const QString& label) {
+    const int id = menu().find(label).id;
+    if (id != 0) askMenu("Event", {id, "clicked", QVariant::fromValue(QDBusVariant(0)), QVariant::fromValue(0U)});
+    return id != 0;
+  }
+  /// "Activate", "SecondaryActivate" or "ContextMenu".
+  void click(const QString& method) { ask("/StatusNotifierItem", "org.kde.StatusNotifierItem", method, {100, 10}); }
+
+  Menu model_;
   std::vector<std::string> log_;
-  int resets_ = 0;
-  int ends_ = 0;
+  std::string clicks_;  ///< a letter each: primary, secondary; in upper case with the control key
+  std::string chosen_;  ///< titles
   std::unique_ptr<TrayIcon> icon_;
-  std::unique_ptr<MenuBarController> controller_;
 
  private:
-  static void startBus();
-  static void startApplication(const char* platform, const std::map<std::string, std::string>& environment);
+  static void startApplication(const char* platform, const std::map<std::string, std::string>& environment) {
+    for (const auto& [name, value] : environment) qputenv(name.c_str(), QByteArray::fromStdString(value));
+    qputenv("QT_QPA_PLATFORM", platform);
+    static int argc = 1;
+    static char name[] = "veloria";
+    static char* argv[] = {name, nullptr};
+    QApplication::setQuitOnLastWindowClosed(false);
+    application_ = std::make_unique<QApplication>(argc, argv);
+  }
+
+  QVariantList askMenu(const QString& method, const QVariantList& arguments) {
+    return ask(qvariant_cast<QDBusObjectPath>(property("Menu")).path(), "com.canonical.dbusmenu", method, arguments);
+  }
+
+  QVariantList ask(const QString& path, const QString& interface, const QString& method,
+                   const QVariantList& arguments) {
+    const QString icon = registrations().at(0).value(0).toString();
+    auto message = QDBusMessage::createMethodCall(icon, path, interface, method);
+    message.setArguments(arguments);
+    const auto call =
+        QDBusConnection::connectToBus(QString::fromStdString(bus().address()), hostConnection).asyncCall(message);
+    EXPECT_TRUE(waitFor([&] { return call.isFinished(); })) << method.toStdString();
+    EXPECT_FALSE(call.isError()) << method.toStdString() << ": " << call.error().message().toStdString();
+    return call.reply().arguments();
+  }
 
   inline static std::string missing_;
-  inline static std::unique_ptr<TemporaryFolder> folder_;
-  inline static std::unique_ptr<PrivateBus> bus_;
-  inline static std::unique_ptr<desktop::DesktopSession> x11_;
-  inline static std::unique_ptr<desktop::SwaySession> wayland_;
+  inline static std::unique_ptr<DesktopSession> x11_;
+  inline static std::unique_ptr<SwaySession> wayland_;
   inline static std::unique_ptr<QApplication> application_;
 };
 

@@ -4,19 +4,23 @@
 #include <QString>
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
 
-#include "BusFact.h"
-#include "platform/linux/bus/BusAddresses.h"
 #include "platform/linux/bus/BusLink.h"
 
 namespace veloria {
 
-/// What is asked of the buses and of the kernel, on a thread that may wait. Everything but what is marked otherwise
-/// happens on that thread.
+/// Facts that services on the buses report.
+enum class BusFact { systemSleeping, sessionHidden, saverActive };
+
+/// Reports a fact; no value: it is unknown, or no longer known.
+using FactReport = std::function<void(BusFact fact, std::optional<bool> value)>;
+
+/// Queries the buses and the kernel on a thread that may wait. Call everything on that thread unless marked otherwise.
 class BusWorker final : public QObject {
  public:
   struct Options {
@@ -29,13 +33,13 @@ class BusWorker final : public QObject {
 
   void start();
   void stop();
-  /// Looks at the power supplies unless a service tells.
-  void lookAtSupplies();
+  /// Reads the power supplies unless a service reports the battery.
+  void readSupplies();
 
-  /// What is known now. Any thread.
+  /// The last known value. Any thread.
   bool isOnBattery() const { return onBattery_; }
-  /// True when lookAtSupplies() is all there is. Any thread.
-  bool dependsOnSupplies() const { return !serviceTellsBattery_; }
+  /// True if only readSupplies() updates isOnBattery(). Any thread.
+  bool dependsOnSupplies() const { return !serviceReportsBattery_; }
 
  private:
   BusLink::Followers followSystem(const QDBusConnection& bus);
@@ -46,7 +50,7 @@ class BusWorker final : public QObject {
   Options options_;
   FactReport report_;
   std::atomic<bool> onBattery_{false};
-  std::atomic<bool> serviceTellsBattery_{false};
+  std::atomic<bool> serviceReportsBattery_{false};
   std::set<QString> activeSavers_;
   std::unique_ptr<BusLink> system_;
   std::unique_ptr<BusLink> session_;

@@ -16,48 +16,48 @@ class LinuxActivity::Parts final : public QObject {
  public:
   explicit Parts(BusWorker::Options options)
       : thread_(std::move(options), [this](BusFact fact, std::optional<bool> value) {
-          QMetaObject::invokeMethod(this, [this, fact, value] { take(fact, value.value_or(false)); });
+          QMetaObject::invokeMethod(this, [this, fact, value] { accept(fact, value.value_or(false)); });
         }) {
     thread_.post([](BusWorker& worker) { worker.start(); });
   }
 
   void setHandler(std::function<void(Notification)> handler) {
     handler_ = std::move(handler);
-    for (const Notification each : facts_.departures()) tell(each);
+    for (const Notification each : facts_.initialNotifications()) notify(each);
   }
 
-  void setDisplaysOff(bool off) { tell(facts_.setDisplaysOff(off)); }
+  void setDisplaysOff(bool off) { notify(facts_.setDisplaysOff(off)); }
 
   bool isOnBattery() {
-    if (thread_.worker().dependsOnSupplies() && !looking_.exchange(true)) {
+    if (thread_.worker().dependsOnSupplies() && !reading_.exchange(true)) {
       thread_.post([this](BusWorker& worker) {
-        worker.lookAtSupplies();
-        looking_ = false;
+        worker.readSupplies();
+        reading_ = false;
       });
     }
     return thread_.worker().isOnBattery();
   }
 
  private:
-  void take(BusFact fact, bool value) {
+  void accept(BusFact fact, bool value) {
     switch (fact) {
       case BusFact::systemSleeping:
-        return tell(facts_.setSystemSleeping(value));
+        return notify(facts_.setSystemSleeping(value));
       case BusFact::sessionHidden:
-        return tell(facts_.setSessionHidden(value));
+        return notify(facts_.setSessionHidden(value));
       case BusFact::saverActive:
-        return tell(facts_.setSaverActive(value));
+        return notify(facts_.setSaverActive(value));
     }
   }
 
-  void tell(std::optional<Notification> notification) {
+  void notify(std::optional<Notification> notification) {
     if (notification && handler_) handler_(*notification);
   }
 
   ActivityFacts facts_;
   std::function<void(Notification)> handler_;
-  std::atomic<bool> looking_{false};
-  WorkerThread<BusWorker> thread_;  ///< the last one: it reports to the others until it ends
+  std::atomic<bool> reading_{false};
+  WorkerThread<BusWorker> thread_;  ///< last: it reports to the other members until it ends
 };
 
 LinuxActivity::LinuxActivity(const Options& options)

@@ -5,24 +5,24 @@
 #include <memory>
 
 #include "base/Environment.h"
-#include "platform/linux/activity/PowerSupplies.h"
+#include "platform/linux/activity/ActivityFacts.h"
 #include "ports/SystemActivity.h"
 
 namespace veloria {
 
-/// Tells the activity watcher what happens to this computer and session:
+/// Reports changes of this computer and session to the activity watcher:
 ///
 /// - sleep: the login manager's PrepareForSleep;
-/// - session: in front and not locked, as the login manager says (a lock screen hides the desktop); a process that
-///   belongs to no session counts as in front;
-/// - displays: off as setDisplaysOff() is told, or under an active screen saver, which hides them just as well;
+/// - session: active and not locked according to the login manager (a lock screen hides the desktop); a process that
+///   belongs to no session counts as active;
+/// - displays: off according to setDisplaysOff(), or covered by a screen saver;
 /// - power: UPower's OnBattery, else the kernel's list of supplies.
 ///
-/// Services may be absent, come late, end, restart, answer nonsense or not at all: what is not known counts as awake,
-/// in front and on mains. None is started by being asked, and nothing ever delays or prevents sleep.
+/// Services may be absent, start late, end, restart, send nonsense or not answer. Unknown counts as awake, active and
+/// on mains. A query starts no service, and nothing delays or prevents sleep.
 ///
-/// Main thread, with a QCoreApplication that outlives it. Everything is asked on a thread of its own, so nothing waits
-/// but the destructor, should a bus have accepted a connection and not answered (half a minute at most).
+/// Main thread, with a QCoreApplication that outlives it. All queries run on a thread of their own. Only the destructor
+/// can wait, half a minute at most, if a bus has accepted a connection and not answered.
 class LinuxActivity final : public SystemActivity {
  public:
   using Notification = ActivityNotification;
@@ -31,22 +31,22 @@ class LinuxActivity final : public SystemActivity {
     /// Read while constructing: DBUS_SYSTEM_BUS_ADDRESS, DBUS_SESSION_BUS_ADDRESS, XDG_RUNTIME_DIR, XDG_SESSION_ID.
     Environment environment;
     std::filesystem::path powerSupplies = powerSupplyFolder;
-    /// After which a bus that is not there or has ended is tried again.
+    /// Delay before a missing or ended bus is tried again.
     double retrySeconds = 60;
   };
 
   explicit LinuxActivity(const Options& options);
   ~LinuxActivity() override;
 
-  /// `handler` gets every change from now on, and at once what is already not as at the start of a watcher. It must not
+  /// `handler` gets every change from now on, and at once those that bring a new watcher up to date. It must not
   /// destroy this object.
   void setHandler(std::function<void(Notification)> handler) override;
 
-  /// What the display server says of the displays' power; nothing but a change counts.
+  /// The power state of the displays according to the display server. No effect if unchanged.
   void setDisplaysOff(bool off) override;
 
-  /// What was last known; doesn't wait. Without UPower the supplies are looked at again because of this call, so it
-  /// follows them when it is asked regularly.
+  /// The last known state; doesn't wait. Without UPower, each call also starts a new read of the supplies for the calls
+  /// after it.
   bool isOnBattery() override;
 
  private:

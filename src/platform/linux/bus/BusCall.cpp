@@ -15,7 +15,7 @@ void callOnBus(QDBusConnection bus, const BusMethod& method, const QVariantList&
   QDBusMessage message = QDBusMessage::createMethodCall(method.service, method.path, method.interface, method.member);
   message.setArguments(arguments);
   message.setAutoStartService(options.startService);
-  // Its owner ends it, unless it has ended itself.
+  // The owner deletes it unless it has deleted itself.
   auto* watcher =
       std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, options.patienceSeconds * 1000), owner)
           .release();

@@ -7,8 +7,8 @@
 
 namespace veloria {
 
-/// The names of the desktop in lower case, the most specific one first: those in XDG_CURRENT_DESKTOP, or in
-/// XDG_SESSION_DESKTOP where that says nothing. Any thread.
+/// The names of the desktop in lower case, the most specific one first: from XDG_CURRENT_DESKTOP, or from
+/// XDG_SESSION_DESKTOP if that has none. Any thread.
 std::vector<std::string> desktopNames(const Environment& environment);
 
 }  // namespace veloria

@@ -5,16 +5,16 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QVariantList>
 #include <QVariantMap>
 #include <algorithm>
 #include <map>
 #include <utility>
 #include <vector>
 
-#include "NotifyArguments.h"
 #include "base/Log.h"
 #include "platform/linux/bus/BusCall.h"
-#include "platform/linux/bus/BusSignal.h"
+#include "platform/linux/bus/BusService.h"
 
 namespace veloria {
 
@@ -23,10 +23,39 @@ namespace {
 const auto serviceName = QStringLiteral("org.freedesktop.Notifications");
 const auto servicePath = QStringLiteral("/org/freedesktop/Notifications");
 constexpr BusCallOptions patient{.patienceSeconds = 30, .startService = true};
-constexpr std::size_t mostShown = 8;  // whose actions are remembered
+constexpr std::size_t mostShown = 8;  // notifications whose actions are remembered
+constexpr std::size_t mostActions = 2;
+constexpr int expiryMilliseconds = 30000;
+constexpr uchar normalUrgency = 1;
 
 BusSignalName serviceSignal(const char* member) {
   return {serviceName, servicePath, serviceName, QString::fromLatin1(member)};
+}
+
+/// The key of an action on the bus; `index` is its place in the notification.
+QString actionKey(std::size_t index) {
+  return QStringLiteral("veloria-%1").arg(index);
+}
+
+/// The arguments of Notify for a service with these capabilities: escapes the text if the service reads markup, and
+/// uses the other text if it shows no actions.
+QVariantList notifyArguments(const Notification& notification, const QStringList& capabilities) {
+  const bool withActions = capabilities.contains(QStringLiteral("actions"));
+  QString body = QString::fromStdString(withActions ? notification.text : notification.textWithoutActions);
+  if (capabilities.contains(QStringLiteral("body-markup"))) body = body.toHtmlEscaped();
+  QStringList actions;
+  const std::size_t count = withActions ? std::min(notification.actions.size(), mostActions) : 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    actions << actionKey(i) << QString::fromStdString(notification.actions[i].label);
+  }
+  return {QStringLiteral("Veloria"),
+          0U,
+          QStringLiteral("veloria"),
+          QString::fromStdString(notification.title),
+          body,
+          actions,
+          QVariantMap{{QStringLiteral("urgency"), QVariant::fromValue(normalUrgency)}},
+          expiryMilliseconds};
 }
 
 }  // namespace
@@ -35,7 +64,7 @@ class DesktopNotifier::Service final : public QObject {
  public:
   Service()
       : bus_(QDBusConnection::sessionBus()),
-        invoked_(bus_, serviceSignal("ActionInvoked"), [this](const auto& message) { takeAction(message); }),
+        invoked_(bus_, serviceSignal("ActionInvoked"), [this](const auto& message) { runAction(message); }),
         closed_(bus_, serviceSignal("NotificationClosed"), [this](const auto& message) { forget(message); }) {}
 
   void show(Notification notification, std::function<void()> delivered) {
@@ -55,7 +84,7 @@ class DesktopNotifier::Service final : public QObject {
          });
   }
 
-  /// `then` gets a reply of this signature; any other ends the matter.
+  /// `then` gets a reply of this signature; any other reply is logged and ignored.
   template <typename Then>
   void call(const char* method, const QVariantList& arguments, const char* signature, Then then) {
     callOnBus(
@@ -67,11 +96,11 @@ class DesktopNotifier::Service final : public QObject {
         patient);
   }
 
-  void takeAction(const QDBusMessage& message) {
+  void runAction(const QDBusMessage& message) {
     if (message.signature() != QLatin1String("us")) return;
     const auto notification = shown_.find(message.arguments().at(0).toUInt());
     if (notification == shown_.end()) return;
-    const auto actions = notification->second;  // what is done may show another notification
+    const auto actions = notification->second;  // an action may show another notification
     for (std::size_t i = 0; i < actions.size(); ++i) {
       if (message.arguments().at(1).toString() == actionKey(i)) return actions[i].chosen();
     }

@@ -6,9 +6,9 @@
 
 namespace veloria {
 
-/// Notifications through the desktop's notification service, org.freedesktop.Notifications on the session bus, which
-/// may be started for it. Main thread, with a QCoreApplication that must outlive it. Waits for the bus itself when it
-/// is made, but for no service on it: one that doesn't answer in half a minute counts as absent.
+/// Shows notifications through org.freedesktop.Notifications on the session bus, which may start that service. Main
+/// thread, with a QCoreApplication that must outlive it. The constructor waits for the bus but for no service; one that
+/// doesn't answer in half a minute counts as absent.
 class DesktopNotifier final : public Notifier {
  public:
   DesktopNotifier();

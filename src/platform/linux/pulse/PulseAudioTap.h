@@ -9,16 +9,15 @@ namespace veloria {
 class PulseSession;
 
 /// Records the monitor of the default output through the PulseAudio client library: 48 kHz, two channels, 32-bit
-/// floats, about 1024 frames at a time. Follows the default output when the user chooses another one; without any
-/// output it waits for one. Never records anything but a monitor, lets no one move the recording elsewhere, does not
-/// keep an idle output awake, and never starts a sound server.
+/// floats, about 1024 frames at a time. Follows the default output if the user chooses another one, and waits for one
+/// if there is none. Records nothing but a monitor, lets nobody move the recording elsewhere, does not keep an idle
+/// output awake, and never starts a sound server.
 ///
-/// Fails when the server can't be reached, refuses or goes away, when the default output has no monitor, and when
-/// somebody ends the recording. Everything happens on a thread of its own named "veloria-audio", connecting included,
-/// so start() waits for nothing and stop() only for what that thread is just doing.
+/// Fails if the server can't be reached, refuses or goes away, if the default output has no monitor, or if somebody
+/// ends the recording. Everything, connecting included, runs on a thread of its own named "veloria-audio", so start()
+/// never waits and stop() waits only for that thread's current callback.
 ///
-/// PipeWire's server for PulseAudio programs offers the same interface; this was written for it too but has been run
-/// with PulseAudio 16 only.
+/// PipeWire offers the same interface to PulseAudio programs, but this has been run with PulseAudio 16 only.
 class PulseAudioTap final : public AudioTap {
  public:
   PulseAudioTap();

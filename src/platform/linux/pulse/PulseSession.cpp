@@ -8,7 +8,6 @@
 #include <span>
 #include <utility>
 
-#include "platform/linux/pulse/Deinterleave.h"
 #include "sources/AudioAnalysis.h"
 
 namespace veloria {
@@ -105,7 +104,7 @@ void PulseSession::watchOutputs() {
 void PulseSession::onEvent(pa_subscription_event_type_t event) {
   const int facility = event & PA_SUBSCRIPTION_EVENT_FACILITY_MASK;
   const int kind = event & PA_SUBSCRIPTION_EVENT_TYPE_MASK;
-  // An output's own changes are its volume and the like, many a second while somebody turns the knob.
+  // An output's own changes are its volume and the like, many per second while somebody turns the knob.
   if (facility == PA_SUBSCRIPTION_EVENT_SINK && kind == PA_SUBSCRIPTION_EVENT_CHANGE) return;
   findMonitor();
 }
@@ -121,7 +120,7 @@ void PulseSession::findMonitor() {
 }
 
 void PulseSession::onServer(const pa_server_info* server) {
-  if (server == nullptr) return fail("The sound server does not say what it plays on: " + reason() + ".");
+  if (server == nullptr) return fail("The sound server does not report its default output: " + reason() + ".");
   if (orEmpty(server->default_sink_name).empty()) return monitorFound();
   const auto answered = [](pa_context*, const pa_sink_info* info, int end, void* self) {
     session(self).onOutput(info, end);
@@ -131,7 +130,7 @@ void PulseSession::onServer(const pa_server_info* server) {
 
 void PulseSession::onOutput(const pa_sink_info* output, int end) {
   if (end != 0) {
-    // An output that has gone in between is no failure: the server tells of the next one.
+    // An output that has vanished in between is no failure: the server reports the next one.
     const bool refused = end < 0 && pa_context_errno(context_.get()) != PA_ERR_NOENTITY;
     return refused ? fail("The sound server does not describe its output: " + reason() + ".") : monitorFound();
   }
@@ -148,8 +147,8 @@ void PulseSession::monitorFound() {
 
 void PulseSession::follow(const Monitor& monitor) {
   if (stream_ && monitor.index == monitor_.index) return;
-  // A stream that is still being made can't be closed. Once it is there, the monitor is looked for again. (PulseAudio
-  // answers in order, so it is there by now; other servers need not.)
+  // A stream that is still being made can't be closed. Once it is ready, findMonitor() runs again. (PulseAudio answers
+  // in order, so it is ready by now; other servers may not.)
   if (stream_ && !streamReady_) return;
   if (monitor.index == lostIndex_) return fail("The sound server refuses the recording: " + lostReason_ + ".");
   openStream(monitor);
@@ -189,7 +188,7 @@ void PulseSession::onStreamState() {
 }
 
 void PulseSession::onStreamReady() {
-  if (!recordsTheMonitor()) return fail("The sound server offers another source than what is playing.");
+  if (!recordsTheMonitor()) return fail("The sound server offers a source other than the output's monitor.");
   const bool first = !std::exchange(started_, true);
   streamReady_ = true;
   lostIndex_.reset();
@@ -254,7 +253,7 @@ void PulseSession::handOverSilence() {
   handOver(nullptr, AudioAnalysis::blockSize * frameBytes);
 }
 
-/// A suspended output, a server that hangs and a changing output deliver nothing at all, and the last sound would stay.
+/// A suspended output, a hanging server and a changing output deliver nothing, so the last sound would stay.
 void PulseSession::expectMore() {
   pa_context_rttime_restart(context_.get(), quiet_, pa_rtclock_now() + patience);
 }

@@ -1,22 +1,36 @@
 #pragma once
 
+#include <pulse/context.h>
 #include <pulse/introspect.h>
+#include <pulse/proplist.h>
+#include <pulse/stream.h>
 #include <pulse/subscribe.h>
+#include <pulse/thread-mainloop.h>
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
-#include "PulseHandles.h"
 #include "platform/linux/pulse/Monitor.h"
 #include "ports/AudioTap.h"
 
 namespace veloria {
 
-/// One run of PulseAudioTap, from connecting until the end: what is here belongs to the loop's thread as long as that
-/// runs. Made and destroyed on the main thread.
+struct PulseRelease {
+  void operator()(pa_threaded_mainloop* loop) const { pa_threaded_mainloop_free(loop); }
+  void operator()(pa_context* context) const { pa_context_unref(context); }
+  void operator()(pa_stream* stream) const { pa_stream_unref(stream); }
+  void operator()(pa_proplist* properties) const { pa_proplist_free(properties); }
+};
+
+template <typename T>
+using PulsePtr = std::unique_ptr<T, PulseRelease>;
+
+/// One run of PulseAudioTap, from connecting until the end. Made and destroyed on the main thread; while the loop's
+/// thread runs, everything in it belongs to that thread.
 class PulseSession {
  public:
   explicit PulseSession(AudioTap::Handlers handlers);
@@ -66,13 +80,13 @@ class PulseSession {
   bool started_ = false;
   bool failed_ = false;
 
-  bool finding_ = false;    // a question is with the server
-  bool findAgain_ = false;  // its answer will be out of date
+  bool finding_ = false;    // the server has been asked
+  bool findAgain_ = false;  // the answer will be out of date
   std::optional<Output> output_;
 
-  Monitor monitor_;  // of stream_, or of the last one
+  Monitor monitor_;  // of stream_, or of the previous one
   bool streamReady_ = false;
-  std::optional<std::uint32_t> lostIndex_;  // the monitor that a stream has been lost on
+  std::optional<std::uint32_t> lostIndex_;  // the monitor whose stream was lost
   std::string lostReason_;
 
   std::array<float, maxFrames> left_{};

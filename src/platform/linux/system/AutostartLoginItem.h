@@ -1,29 +1,41 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
+#include <string_view>
 
 #include "base/Environment.h"
+#include "base/Result.h"
 #include "ports/LoginItemPort.h"
 
 namespace veloria {
 
-/// Starts this program with the desktop by an entry `veloria.desktop` in the user's autostart folder. An entry that is
-/// there counts as the desktop would take it: one that hides itself, as desktops' own tools write it, is off.
+/// Starts this program at login by an entry `veloria.desktop` in the user's autostart folder. Reads an existing entry
+/// as desktops do: a hidden one, which is how their own tools switch it off, is off.
 class AutostartLoginItem final : public LoginItemPort {
  public:
-  /// `program` is what the entry starts, an absolute path. The folder is $XDG_CONFIG_HOME/autostart (see
-  /// UserFolders.h), looked up now; without a home every change fails.
+  /// The entry starts `program`, an absolute path. The folder is $XDG_CONFIG_HOME/autostart (see UserFolders.h), read
+  /// from the environment here; without a home every change fails.
   AutostartLoginItem(const Environment& environment, std::filesystem::path program);
 
   bool isRegistered() override;
-  /// Writes the entry, whole or not at all, in place of one that is there.
+  /// Writes the entry atomically, replacing an existing one.
   Result<Done> add() override;
-  /// Removes the entry, unless it is off already.
+  /// Removes the entry if it is on.
   Result<Done> remove() override;
 
  private:
   std::filesystem::path program_;
   std::filesystem::path file_;
 };
+
+/// A desktop entry that starts `program`, an absolute path, without arguments; quoted and escaped by the sections "The
+/// Exec key" and "Value types" of the Desktop Entry format 1.5. Entries are UTF-8, so other paths are an error. Any
+/// thread.
+Result<std::string> autostartEntry(const std::filesystem::path& program);
+
+/// True if desktops start an autostart entry (any bytes) at login: it has a command, and neither Hidden nor
+/// X-GNOME-Autostart-enabled turns it off. Any thread.
+bool startsAtLogin(std::string_view entry);
 
 }  // namespace veloria

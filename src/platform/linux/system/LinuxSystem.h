@@ -10,23 +10,23 @@ namespace veloria {
 
 /// The settings of a Linux desktop:
 ///
-/// - reduced transparency: as `transparencyReduced` says (on X11: no compositor runs);
-/// - increased contrast: what the desktop portal says (its common setting or GNOME's high contrast), else GNOME's own
+/// - reduced transparency: `transparencyReduced` (on X11: no compositor runs);
+/// - increased contrast: from the desktop portal (its common setting or GNOME's high contrast), else from GNOME's own
 ///   settings;
-/// - glass tint: there is none;
-/// - panes: the settings programs of GNOME, KDE, XFCE, Cinnamon and MATE, as XDG_CURRENT_DESKTOP names the desktop.
+/// - glass tint: none;
+/// - panes: the settings programs of GNOME, KDE, XFCE, Cinnamon and MATE, chosen by XDG_CURRENT_DESKTOP.
 ///
-/// Services may be absent, come late, end, answer nonsense or not at all: what is not known is off. None is started by
-/// being asked. Main thread, with a QCoreApplication that outlives it. Buses and programs are asked on a thread of its
-/// own, so nothing waits but the destructor, should a bus have accepted a connection and not answered (half a minute at
-/// most). Nothing runs by itself: without a call only a change that the portal tells of wakes it.
+/// Services may be absent, start late, end, send nonsense or not answer. Unknown counts as off, and a query starts no
+/// service. Main thread, with a QCoreApplication that outlives it. Buses and programs are queried on a thread of their
+/// own. Only the destructor can wait, half a minute at most, if a bus has accepted a connection and not answered. Idle
+/// without calls, but for changes that the portal reports.
 class LinuxSystem final : public SystemPort {
  public:
   struct Options {
     /// Read while constructing: DBUS_SESSION_BUS_ADDRESS, XDG_RUNTIME_DIR, XDG_CURRENT_DESKTOP, XDG_SESSION_DESKTOP,
     /// PATH.
     Environment environment;
-    /// A plain read of something known, asked by facts(). Empty: never.
+    /// Called by facts(); must return at once. Empty: never reduced.
     std::function<bool()> transparencyReduced = {};
   };
 

@@ -19,7 +19,7 @@ Commands withPrograms(const std::vector<std::string>& programs, const SettingsCo
   return commands;
 }
 
-// The top bar has no pane of its own.
+// The panel has no pane of its own.
 Commands gnome(SystemPane pane) {
   const std::map<SystemPane, SettingsCommand> panels{{SystemPane::menuBar, {}},
                                                      {SystemPane::appearance, {"background"}},

@@ -14,7 +14,6 @@
 #include <utility>
 
 #include "platform/linux/wallpaper/PictureDecoder.h"
-#include "platform/linux/wallpaper/PictureFile.h"
 #include "platform/linux/wallpaper/PictureFinder.h"
 #include "platform/linux/wallpaper/RootPixmap.h"
 
@@ -25,7 +24,7 @@ namespace {
 constexpr std::chrono::seconds longestWait{1};
 constexpr int lowPriority = 10;
 
-/// Signals are the main thread's affair (a display server that goes away raises one), and frames come first.
+/// The main thread handles signals (losing the display server raises one), and frames come first.
 void becomeQuietThread() {
   sigset_t all;
   sigfillset(&all);
@@ -35,13 +34,13 @@ void becomeQuietThread() {
 
 }  // namespace
 
-/// Finds the picture and makes its thumbnail, on one thread after the other. Outlives the owner while one of them runs.
+/// Finds the picture and makes its thumbnail, on one thread after another. Outlives the owner while a thread runs.
 struct LinuxDesktopPicture::Loader {
   DesktopSurroundings surroundings;
   PictureFile file;
   PostToMain postToMain;
 
-  /// The first source that leads to a readable picture decides; the failure is that of the first one that names one.
+  /// The first readable picture; else the failure of the first source that names one.
   Result<Pixels> load(const std::string& screen) {
     std::optional<Failure> problem;
     for (const PictureSource source : pictureSources(surroundings)) {
@@ -60,7 +59,7 @@ struct LinuxDesktopPicture::Loader {
 /// One request, shared by its thread and the owner.
 struct LinuxDesktopPicture::Request {
   std::mutex mutex;
-  bool wanted = true;  ///< under the mutex; what is not wanted is not posted
+  bool wanted = true;  ///< under the mutex; false: the answer is not posted
   std::promise<void> ended;
 };
 

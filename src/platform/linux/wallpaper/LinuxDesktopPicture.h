@@ -9,19 +9,19 @@
 
 namespace veloria {
 
-/// The desktop's picture on Linux: from the settings of the desktop in use, or from the X root window. Each request is
-/// worked on by a thread of its own with low priority; the main thread never waits for the disk, for other programs or
-/// for a decoder. The screen's name tells which monitor's picture is meant.
+/// The desktop's picture on Linux: from the settings of the desktop in use, or from the X root window. Each request
+/// runs on a thread of its own with low priority; the main thread never waits for the disk, for other programs or for a
+/// decoder. The screen's name selects the monitor.
 class LinuxDesktopPicture final : public DesktopPicture {
  public:
   /// Runs a function on the main thread, later. Called from any thread, but not after this object is gone; must not
-  /// wait for the main thread nor throw, and may drop the function where the main loop has ended.
+  /// wait for the main thread or throw, and may drop the function if the main loop has ended.
   using PostToMain = std::function<void(std::function<void()>)>;
 
   /// The environment is read here and not again. `decoder`: the program that decodes picture files (PictureDecoder.h).
   LinuxDesktopPicture(const Environment& environment, const std::string& decoder, PostToMain postToMain);
-  /// Waits for a thread that is still at work, a second at most; one that hangs (on a network share that is gone, say)
-  /// is left behind and keeps away from this object and from `postToMain`.
+  /// Waits a second at most for a thread that still runs; a hanging one (on a lost network share, say) is left behind
+  /// and touches neither this object nor `postToMain`.
   ~LinuxDesktopPicture() override;
 
   void thumbnail(const Screen& screen, Answer answer) override;
@@ -34,7 +34,7 @@ class LinuxDesktopPicture final : public DesktopPicture {
 
   std::shared_ptr<Loader> loader_;
   std::shared_ptr<Request> request_;
-  std::shared_ptr<LinuxDesktopPicture*> self_;  ///< gone with this object; posted functions check it
+  std::shared_ptr<LinuxDesktopPicture*> self_;  ///< ends with this object; posted functions check it
   Answer answer_;
 };
 

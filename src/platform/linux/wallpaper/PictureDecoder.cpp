@@ -19,7 +19,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/posix/process/CommandOutput.h"
+#include "platform/posix/process/Programs.h"
 
 namespace veloria {
 
@@ -31,7 +31,7 @@ constexpr long long mostPixels = 512'000'000;
 constexpr int side = DesktopPicture::side;
 
 bool isPlausible(const QSize& size) {
-  const bool unknown = !size.isValid();  // the decoder's own limit holds then
+  const bool unknown = !size.isValid();  // then the decoder's own limit applies
   return unknown || (!size.isEmpty() && size.width() <= longestSide && size.height() <= longestSide &&
                      static_cast<long long>(size.width()) * size.height() <= mostPixels);
 }
@@ -61,7 +61,7 @@ DesktopPicture::Pixels pixelsOf(const QImage& image) {
   return pixels;
 }
 
-/// Formats are named by the files' endings, so that a person knows what to install.
+/// Names the format by the file's ending, so that a person knows what to install.
 Failure unreadable(const std::filesystem::path& file, const QImageReader& reader) {
   const QByteArray dotAndEnding = QByteArray::fromStdString(file.extension().native()).toLower();
   if (dotAndEnding.size() > 1 && !QImageReader::supportedImageFormats().contains(dotAndEnding.sliced(1))) {
@@ -76,7 +76,7 @@ constexpr std::size_t mostBytes = std::size_t{1} << 16;
 constexpr rlim_t mostMemory = rlim_t{1} << 30;
 constexpr int firstSignalCode = 128;
 
-/// The sanitizers' own bookkeeping takes terabytes of addresses.
+/// The sanitizers reserve terabytes of addresses.
 constexpr bool memoryCanBeBounded() {
 #if defined(__SANITIZE_ADDRESS__)
   return false;
@@ -92,7 +92,7 @@ void bound(decltype(RLIMIT_CPU) resource, rlim_t most) {
   ::setrlimit(resource, &limit);
 }
 
-/// One byte a component.
+/// One byte per component.
 std::string bytesOf(const DesktopPicture::Pixels& pixels) {
   std::string bytes;
   for (const ColorStop& pixel : pixels) {
@@ -106,6 +106,12 @@ DesktopPicture::Pixels pixelsFrom(std::string_view bytes) {
   const auto at = [&](std::size_t i) { return static_cast<float>(static_cast<unsigned char>(bytes[i])) / 255; };
   for (std::size_t i = 0; i < bytes.size(); i += 3) pixels.push_back({at(i), at(i + 1), at(i + 2)});
   return pixels;
+}
+
+constexpr off_t mostFileBytes = off_t{256} << 20;
+
+Failure about(const std::filesystem::path& path, const std::string& problem) {
+  return {path.native() + ": " + problem};
 }
 
 }  // namespace
@@ -134,9 +140,9 @@ Result<DesktopPicture::Pixels> decodePicture(const std::filesystem::path& file) 
 Result<DesktopPicture::Pixels> decodePictureWith(const std::string& program, const std::filesystem::path& file,
                                                  double seconds) {
   const auto output = runProgram({program, std::string(option), file.native()}, seconds, mostBytes);
-  if (!output) return Failure{"it takes too long to decode"};
+  if (!output) return Failure{"decoding takes too long"};
   if (output->exitCode == 0 && output->text.size() == components) return pixelsFrom(output->text);
-  if (output->exitCode >= firstSignalCode || output->text.empty()) return Failure{"its decoder gave up"};
+  if (output->exitCode >= firstSignalCode || output->text.empty()) return Failure{"the decoder failed"};
   return Failure{output->text};
 }
 
@@ -154,6 +160,21 @@ void runAsDecoder(int argc, char** argv) {
   std::fwrite(text.data(), 1, text.size(), stdout);
   std::fflush(stdout);
   std::_Exit(pixels ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
+Result<PictureFile::Pixels> PictureFile::thumbnail(const std::filesystem::path& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) return about(path, std::strerror(errno));
+  if (!S_ISREG(status.st_mode)) return about(path, "this is not a file");
+  if (status.st_size > mostFileBytes) return about(path, "it is too large");
+  const Identity identity{path,           status.st_dev,         status.st_ino,
+                          status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+  if (last_ != identity) {
+    const auto pixels = decode_(path);
+    lastResult_ = pixels ? pixels : about(path, pixels.error());
+    last_ = identity;
+  }
+  return lastResult_;
 }
 
 }  // namespace veloria

@@ -17,7 +17,7 @@
 #include "platform/linux/files/DesktopNames.h"
 #include "platform/linux/wallpaper/PictureSettings.h"
 #include "platform/posix/files/UserFolders.h"
-#include "platform/posix/process/CommandOutput.h"
+#include "platform/posix/process/Programs.h"
 #include "ports/DesktopPicture.h"
 
 namespace veloria {
@@ -53,7 +53,7 @@ std::string percentDecoded(std::string_view text) {
   return QByteArray::fromPercentEncoding(QByteArray(text.data(), static_cast<qsizetype>(text.size()))).toStdString();
 }
 
-/// What stands behind "file:", without the name of this machine.
+/// The part after "file:", without the name of this machine.
 std::string_view withoutHost(std::string_view rest) {
   for (const std::string_view host : {"//localhost/", "///"}) {
     if (rest.starts_with(host)) return rest.substr(host.size() - 1);
@@ -88,13 +88,13 @@ std::string ask(const std::vector<std::string>& argv) {
   return commandOutput(argv, commandSeconds, mostSettingsBytes).value_or("");
 }
 
-/// Empty when it can't be read.
+/// Empty if it can't be read.
 std::string textOf(const fs::path& file, std::size_t cap = mostSettingsBytes) {
   auto text = readFileBounded(file, cap);
   return text ? *std::move(text) : std::string();
 }
 
-/// `folder` is empty when nobody knows it.
+/// `folder` is empty if unknown.
 std::string settingsOf(const fs::path& folder, const char* file) {
   return folder.empty() ? std::string() : textOf(folder / file);
 }

@@ -25,8 +25,8 @@ std::optional<std::string> choosePicture(std::span<const ScreenPicture> pictures
 
 namespace {
 
-/// A string as GVariant's text form has it: in quotes of either kind, with a backslash before what needs one. Nothing
-/// for a value of another type. Escapes that stand for control characters have no place in a path and are refused.
+/// A string in GVariant's text form: in quotes of either kind, with backslash escapes. Empty for a value of another
+/// type. Refuses escapes for control characters, which do not occur in paths.
 std::optional<std::string> unquoted(std::string_view value) {
   if (value.size() < 2 || (value.front() != '\'' && value.front() != '"') || value.back() != value.front()) {
     return std::nullopt;
@@ -89,7 +89,7 @@ struct Containment {
   }
 };
 
-/// "[Containments][1][General]" as its names; nothing that is no group's head.
+/// The names in "[Containments][1][General]"; none if the line is not a group's head.
 std::vector<std::string_view> groupNames(std::string_view line) {
   if (!line.starts_with('[') || !line.ends_with(']')) return {};
   std::vector<std::string_view> names = splitText(line.substr(1, line.size() - 2), ']');
@@ -105,11 +105,11 @@ class PlasmaReader {
     if (line.starts_with('[')) {
       group_ = groupNames(line);
     } else if (const auto entry = keyAndValue(line); entry && group_.size() >= 2 && group_[0] == "Containments") {
-      take(entry->first.substr(0, entry->first.find('[')), entry->second);
+      readEntry(entry->first.substr(0, entry->first.find('[')), entry->second);
     }
   }
 
-  /// The first one's on the first screen, else the first one's.
+  /// The picture of the first containment on the first screen, else of the first one that has a picture.
   std::string_view choice() const {
     std::string_view choice;
     for (const Containment& containment : containments_) {
@@ -121,7 +121,7 @@ class PlasmaReader {
   }
 
  private:
-  void take(std::string_view key, std::string_view value) {
+  void readEntry(std::string_view key, std::string_view value) {
     Containment& containment = containmentOfGroup();
     if (group_.size() == 2 && key == "wallpaperplugin") containment.plugin = value;
     if (group_.size() == 2 && key == "lastScreen") containment.onFirstScreen = value == "0";
@@ -171,7 +171,7 @@ namespace {
 
 constexpr std::string_view monitorPrefix = "monitor";
 
-/// Properties of type "empty" hold others. A backdrop is such a one: it holds last-image (image-path in old versions)
+/// Properties of type "empty" hold others. A backdrop is one of them: it holds last-image (image-path in old versions)
 /// and image-style, somewhere below the property of a monitor.
 class BackdropReader {
  public:
@@ -238,7 +238,7 @@ namespace {
 
 constexpr std::string_view everyOutput = "*";
 
-/// What follows an option: behind '=' in a long one, right behind a short one, or the next argument.
+/// The value of an option: after '=' in a long one, right after a short one, or the next argument.
 std::optional<std::string_view> optionValue(std::string_view argument, std::string_view next, std::string_view letter,
                                             std::string_view word) {
   if (argument == letter || argument == word) return next;
@@ -300,14 +300,14 @@ class HyprpaperReader {
       if (block_ && !block_->address.empty()) pictures_.push_back(*block_);
       block_.reset();
     } else if (const auto entry = keyAndValue(line)) {
-      take(entry->first, entry->second);
+      readEntry(entry->first, entry->second);
     }
   }
 
   const std::vector<ScreenPicture>& pictures() const { return pictures_; }
 
  private:
-  void take(std::string_view key, std::string_view value) {
+  void readEntry(std::string_view key, std::string_view value) {
     if (block_ && key == "monitor") block_->screen = value;
     if (block_ && key == "path") block_->address = value;
     const auto comma = value.find(',');

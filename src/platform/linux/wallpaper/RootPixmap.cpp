@@ -70,7 +70,7 @@ class RootReader {
     formats_ = server_.reply(xcb_render_query_pict_formats_reply, xcb_render_query_pict_formats(raw()));
   }
 
-  /// The root window's own format where the depth is the same, else any with that depth.
+  /// The root window's own format if it has this depth, else any format that has.
   xcb_render_pictformat_t formatOf(std::uint8_t depth) const {
     const auto own = depth == server_.screen().root_depth ? rootFormat() : xcb_render_pictformat_t{XCB_NONE};
     return own != XCB_NONE ? own : directFormat(depth);

@@ -6,14 +6,14 @@
 
 namespace veloria {
 
-/// Remembers, over restarts, that something was done: an empty file. Any thread.
+/// Remembers across restarts, by an empty file, that something was done. Any thread.
 class OnceMark {
  public:
-  /// The file `name` in `folder`, which need not exist; without a folder nothing can be remembered.
+  /// The file is `name` in `folder`, which need not exist. Without a folder nothing is remembered.
   OnceMark(const std::optional<std::filesystem::path>& folder, const std::string& name);
 
   bool isSet() const;
-  /// Failures go to the diagnostics: the worst that follows is that it is done again.
+  /// A failure goes to the diagnostics only: at worst the thing is done again.
   void set() const;
 
  private:

@@ -7,13 +7,17 @@
 #include <array>
 #include <system_error>
 
-#include "platform/posix/files/FolderRules.h"
-
 namespace veloria {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+/// The value of an environment variable that must be an absolute path; else empty.
+std::optional<fs::path> absolutePath(const std::optional<std::string>& value) {
+  if (!value || !fs::path(*value).is_absolute()) return std::nullopt;
+  return *value;
+}
 
 std::optional<fs::path> homeInUserDatabase() {
   passwd entry{};
@@ -28,6 +32,14 @@ std::optional<fs::path> homeInUserDatabase() {
 std::optional<fs::path> homeFolder(const Environment& environment) {
   const auto named = absolutePath(environment("HOME"));
   return named ? named : homeInUserDatabase();
+}
+
+std::optional<fs::path> folderBy(const FolderRule& rule, const Environment& environment) {
+  if (rule.variable != nullptr) {
+    if (const auto named = absolutePath(environment(rule.variable))) return *named / "Veloria";
+  }
+  if (const auto home = homeFolder(environment)) return *home / rule.belowHome / "Veloria";
+  return std::nullopt;
 }
 
 std::optional<fs::path> configFolder(const Environment& environment) {

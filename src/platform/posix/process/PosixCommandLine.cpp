@@ -1,6 +1,5 @@
 #include "platform/posix/process/PosixCommandLine.h"
 
-#include "platform/posix/process/CommandOutput.h"
 #include "platform/posix/process/Programs.h"
 
 namespace veloria {

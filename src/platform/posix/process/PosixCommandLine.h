@@ -8,11 +8,11 @@
 
 namespace veloria {
 
-/// This program's own nimbra: beside `executable`, or in the folder `bin` beside its folder; the former when there is
-/// neither. `executable` is absolute. Any thread.
+/// The path of this program's own nimbra: beside `executable`, or in the folder `bin` beside its folder; the former if
+/// neither exists. `executable` is absolute. Any thread.
 std::filesystem::path commandBeside(const std::filesystem::path& executable);
 
-/// Asks the system for the installer of the command-line tool. Programs have `seconds` and 256 KiB to answer. Any
+/// The system's side of the installer of the command-line tool. Programs have `seconds` and 256 KiB to answer. Any
 /// thread.
 class PosixCommandLine final : public CommandLinePort {
  public:

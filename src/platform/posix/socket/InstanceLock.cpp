@@ -16,7 +16,7 @@ Failure failureAt(const std::filesystem::path& path, const std::string& reason) 
   return Failure{path.string() + ": " + reason};
 }
 
-/// Another user may have made the folder first where all may write, so what it is gets looked at.
+/// Checks the folder, because another user may have made it first in a folder that all may write.
 Result<Done> makePrivateFolder(const std::filesystem::path& folder) {
   if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return failureAt(folder, std::strerror(errno));
   struct stat attributes {};

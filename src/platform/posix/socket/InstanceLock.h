@@ -8,13 +8,13 @@
 
 namespace veloria {
 
-/// The right to be this user's one running application, held until it is destroyed or the process ends, however that
-/// happens. Any thread.
+/// The lock of this user's one running application, held until it is destroyed or the process ends in any way. Any
+/// thread.
 class InstanceLock {
  public:
-  /// Takes the lock of a control socket at `socket` (the file beside it, with ".lock"). The socket's folder is made for
-  /// the owner alone; one that belongs to another user or lets others in is refused. Nothing when somebody else holds
-  /// it. The error is a text for a person.
+  /// Acquires the lock of a control socket at `socket` (the file beside it, with ".lock"). Makes the socket's folder,
+  /// for the owner alone, and closes it to others; a folder of another user is an error. Empty if another process holds
+  /// the lock. The error is a text for a person.
   static Result<std::optional<InstanceLock>> take(const std::filesystem::path& socket);
 
  private:

@@ -38,7 +38,7 @@ Result<std::unique_ptr<LocalServer>> LocalServer::listen(const std::filesystem::
   OwnedDescriptor socket = makeLocalSocket();
   if (!socket) return failureAt(path);
   ::unlink(path.c_str());
-  // The folder lets nobody else in; the socket's own permissions are a second door.
+  // The folder keeps others out already; the socket's own permissions do so again.
   const mode_t mask = ::umask(0177);
   const bool bound = ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
   ::umask(mask);
@@ -68,7 +68,7 @@ void LocalServer::acceptAll() {
     }
     if (errno == EINTR || errno == ECONNABORTED) continue;
     if (errno == EAGAIN) return;
-    // Out of descriptors: the waiting connection would call again at once, and again.
+    // Out of descriptors: the waiting connection would wake the watch again and again.
     watch_.reset();
     pause_ = ports_.timers->after(
         pauseSeconds, [this] { watchForConnections(); }, pauseSeconds);
@@ -104,7 +104,7 @@ void LocalServer::respond(Connections::iterator connection) {
   const std::string answer = ports_.answer(connection->received) + "\n";
   const int room = static_cast<int>(answer.size()) * 2;
   ::setsockopt(connection->socket.get(), SOL_SOCKET, SO_SNDBUF, &room, sizeof(room));
-  // One that did not all fit into the socket's buffer is cut off, which the other side sees by its missing line feed.
+  // If the answer does not fit into the socket's buffer it is cut off; the peer misses its line feed.
   [[maybe_unused]] const auto sent = sendQuietly(connection->socket.get(), answer);
   close(connection);
 }

@@ -17,12 +17,12 @@ namespace veloria {
 /// Answers this user's programs on a local socket: one line in, one line out, then the connection is closed. The
 /// protocol and its limits are those of base/LocalSocket.h. Main thread; nothing here waits.
 ///
-/// Only the user may open the socket, by its permissions and by a look at who connects. Whoever sends too much, no line
-/// in two seconds, or does not read the answer is cut off. At most sixteen connections are open; one more takes the
-/// place of the oldest, so that idle ones can't shut others out.
+/// Only the user may connect: the socket's permissions and a check of the peer see to that. A peer that sends too much,
+/// sends no line in two seconds or does not read the answer is cut off. At most sixteen connections are open; one more
+/// replaces the oldest, so that idle ones can't shut others out.
 class LocalServer {
  public:
-  /// Calls the function whenever the descriptor can be read, until what is returned is let go.
+  /// Calls the function whenever the descriptor can be read, until the returned object is released.
   using Watch = DescriptorWatcher;
 
   struct Ports {
@@ -32,9 +32,9 @@ class LocalServer {
     std::function<std::string(std::string_view question)> answer;
   };
 
-  /// Listens at `path`, in place of whatever stands there, in a folder that exists. The error is a text for a person.
+  /// Listens at `path`, replacing any file there; its folder must exist. The error is a text for a person.
   static Result<std::unique_ptr<LocalServer>> listen(const std::filesystem::path& path, Ports ports);
-  /// Takes the socket's file away.
+  /// Removes the socket's file.
   ~LocalServer();
   LocalServer(const LocalServer&) = delete;
   LocalServer& operator=(const LocalServer&) = delete;

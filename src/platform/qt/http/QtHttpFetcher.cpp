@@ -15,7 +15,6 @@
 
 #include "base/MediaClock.h"
 #include "platform/qt/WorkerThread.h"
-#include "platform/qt/http/RequestPacing.h"
 #include "platform/qt/http/WebAddress.h"
 
 namespace veloria {
@@ -36,7 +35,7 @@ double patience(double seconds) {
 QNetworkRequest requestFor(const QUrl& url) {
   QNetworkRequest request(url);
   request.setHeader(QNetworkRequest::UserAgentHeader, "Veloria/" VELORIA_VERSION);
-  // A small answer that grows when it is unpacked can't do harm when nothing is unpacked.
+  // A decompression bomb does no harm if nothing is decompressed.
   request.setRawHeader("Accept-Encoding", "identity");
   request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
   for (const auto what : {QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::CookieSaveControlAttribute,
@@ -68,14 +67,13 @@ Failure failure(const QString& reason) {
   return {reason.left(longestReason).toStdString()};
 }
 
-/// One request, sent on as redirects say, and its answer, on the thread of the manager. Ends without a word when it is
-/// destroyed.
+/// One request with its redirects, on the thread of the manager. The destructor ends it without calling `ended`.
 class Transfer final : public QObject {
  public:
   using Ended = std::function<void(Result<std::string>)>;
 
   /// Sends the request. `ended` is called once, on this thread and later, and must not destroy this. A body of more
-  /// than `cap` bytes is a failure as soon as that is seen.
+  /// than `cap` bytes is a failure at once.
   Transfer(QNetworkAccessManager& manager, const QUrl& url, qint64 cap, Ended ended)
       : manager_(manager), cap_(cap), ended_(std::move(ended)) {
     send(url);
@@ -102,7 +100,7 @@ class Transfer final : public QObject {
   void follow(const QUrl& target) {
     const QString objection = objectionToRedirect(reply_->url(), target);
     if (!objection.isEmpty()) return end(failure(objection));
-    if (++redirects_ > mostRedirects) return end(failure(QString("sent on more than %1 times").arg(mostRedirects)));
+    if (++redirects_ > mostRedirects) return end(failure(QString("more than %1 redirects").arg(mostRedirects)));
     send(target);
   }
 
@@ -121,7 +119,7 @@ class Transfer final : public QObject {
     }
     const QUrl target = reply_->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
     if (!target.isEmpty()) return follow(reply_->url().resolved(target));
-    if (isPacked(*reply_)) return end(failure("the answer is compressed, though it was asked for as it is"));
+    if (isPacked(*reply_)) return end(failure("the answer is compressed, which was not requested"));
     if (isCutOff(*reply_, body_.size())) return end(failure("Connection closed"));
     end(body_.toStdString());
   }
@@ -153,8 +151,8 @@ std::unique_ptr<QNetworkAccessManager> makeManager() {
   return manager;
 }
 
-/// The requests that are under way, on a thread of their own: what looks up the system's proxy, loads the TLS library
-/// or reads certificates may take its time there. All calls, but for the constructor and destructor, on that thread.
+/// The active requests, on a thread of their own: looking up the system's proxy, loading the TLS library and reading
+/// certificates may take time. All calls but the constructor and the destructor are on that thread.
 class Worker final : public QObject {
  public:
   /// Sends request number `id`. `ended` is called on this thread, later than this call.
@@ -168,10 +166,10 @@ class Worker final : public QObject {
                                                 });
   }
 
-  /// Ends a request without a word; one that has ended already is no error.
+  /// Ends a request without calling `ended`. No effect if it has ended already.
   void cancel(int id) { transfers_.erase(id); }
 
-  /// Ends all requests and everything that belongs to the thread; it comes before the thread's end.
+  /// Ends all requests and everything that belongs to the thread. Called before the thread ends.
   void stop() {
     transfers_.clear();
     manager_.reset();
@@ -184,7 +182,7 @@ class Worker final : public QObject {
 
 }  // namespace
 
-/// Where requests wait for their answers, on the main thread.
+/// The requests that wait for their answers, on the main thread.
 class QtHttpFetcher::Requests final : public QObject {
  public:
   void accept(const QUrl& url, qint64 cap, double seconds, Done done) {
@@ -212,7 +210,7 @@ class QtHttpFetcher::Requests final : public QObject {
     deliver(id, Failure{"no answer within " + QString::number(seconds).toStdString() + " s"});
   }
 
-  /// Last of all, as `done` may end this.
+  /// Calls `done` last, because it may destroy this object.
   void deliver(int id, Result<std::string> result) {
     const auto request = waiting_.extract(id);
     if (!request.empty()) request.mapped()(std::move(result));
@@ -227,7 +225,7 @@ class QtHttpFetcher::Requests final : public QObject {
   int lastId_ = 0;
   RequestPacing pacing_;
   std::unordered_map<int, Done> waiting_;
-  WorkerThread<Worker> thread_;  ///< the last one: it reports to the others until it ends
+  WorkerThread<Worker> thread_;  ///< last: it reports to the other members until it ends
 };
 
 QtHttpFetcher::QtHttpFetcher() : requests_(std::make_unique<Requests>()) {}

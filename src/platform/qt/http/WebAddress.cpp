@@ -30,9 +30,9 @@ QString objectionTo(const QUrl& url) {
 }
 
 QString objectionToRedirect(const QUrl& from, const QUrl& to) {
-  if (from.scheme() == "https" && to.scheme() == "http") return "sent on from https to http";
+  if (from.scheme() == "https" && to.scheme() == "http") return "redirected from https to http";
   const QString objection = objectionTo(to);
-  return objection.isEmpty() ? QString() : "sent on, but " + objection;
+  return objection.isEmpty() ? QString() : "redirected, but " + objection;
 }
 
 Result<std::string> weatherBaseUrl(const std::optional<std::string>& fromEnvironment) {

@@ -1,0 +1,136 @@
+#include "platform/linux/activity/ActivityFacts.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <map>
+
+#include "Process.h"
+#include "platform/linux/bus/BusLink.h"
+
+namespace veloria::tests {
+namespace {
+
+namespace fs = std::filesystem;
+using enum ActivityNotification;
+using Notifications = std::vector<ActivityNotification>;
+
+TEST(ActivityFacts, NotifyOfChangesOnlyAndNeverWakeWhatAnotherSourceHoldsAsleep) {
+  ActivityFacts facts;
+  const auto sleeping = [&](bool value) { return facts.setSystemSleeping(value); };
+  const auto off = [&](bool value) { return facts.setDisplaysOff(value); };
+  const auto saver = [&](bool value) { return facts.setSaverActive(value); };
+  const auto hidden = [&](bool value) { return facts.setSessionHidden(value); };
+  const struct {
+    std::function<std::optional<ActivityNotification>(bool)> set;
+    bool value;
+    std::optional<ActivityNotification> notification;
+    Notifications initial;
+  } steps[] = {
+      {off, false, std::nullopt, {}},
+      {off, true, screensDidSleep, {screensDidSleep}},
+      {saver, true, std::nullopt, {screensDidSleep}},
+      {off, false, std::nullopt, {screensDidSleep}},
+      {sleeping, true, willSleep, {willSleep, screensDidSleep}},
+      {sleeping, true, std::nullopt, {willSleep, screensDidSleep}},
+      {saver, false, std::nullopt, {willSleep}},
+      {off, true, std::nullopt, {willSleep, screensDidSleep}},
+      {sleeping, false, std::nullopt, {screensDidSleep}},
+      {off, false, screensDidWake, {}},
+      {saver, true, screensDidSleep, {screensDidSleep}},
+      {saver, false, screensDidWake, {}},
+      {hidden, true, sessionDidResignActive, {sessionDidResignActive}},
+      {hidden, true, std::nullopt, {sessionDidResignActive}},
+      {sleeping, true, willSleep, {willSleep, sessionDidResignActive}},
+      {sleeping, false, didWake, {sessionDidResignActive}},
+      {hidden, false, sessionDidBecomeActive, {}},
+  };
+  for (const auto& step : steps) {
+    const auto index = &step - steps;
+    EXPECT_EQ(step.set(step.value), step.notification) << "step " << index;
+    EXPECT_EQ(facts.initialNotifications(), step.initial) << "step " << index;
+  }
+}
+
+using Attributes = std::map<std::string, std::string>;
+
+void write(const fs::path& folder, const std::vector<Attributes>& supplies) {
+  for (std::size_t i = 0; i < supplies.size(); ++i) {
+    const fs::path supply = folder / ("supply" + std::to_string(i));
+    fs::create_directory(supply);
+    for (const auto& [name, value] : supplies[i]) std::ofstream(supply / name, std::ios::binary) << value;
+  }
+}
+
+TEST(PowerSupplies, TellBatteryFromMains) {
+  const auto mains = [](const std::string& online, const std::string& type = "Mains") {
+    return Attributes{{"type", type + "\n"}, {"online", online + "\n"}};
+  };
+  const auto battery = [](const std::string& status, const std::string& type = "Battery") {
+    return Attributes{{"type", type + "\n"}, {"status", status + "\n"}, {"present", "1\n"}};
+  };
+  const Attributes inUse = battery("Discharging");
+  const struct {
+    const char* what;
+    std::vector<Attributes> supplies;
+    bool onBattery;
+  } cases[] = {
+      {"a desktop computer", {}, false},
+      {"a laptop, unplugged", {mains("0"), inUse}, true},
+      {"a laptop, plugged in", {mains("1"), battery("Charging")}, false},
+      {"plugged in, but the charger is too weak", {mains("1"), inUse}, false},
+      {"the battery before the mains", {inUse, mains("1")}, false},
+      {"unplugged and full", {mains("0"), battery("Full")}, false},
+      {"two batteries, one in use", {mains("0"), battery("Unknown"), inUse}, true},
+      {"charged through a port", {mains("0"), mains("1", "USB"), inUse}, false},
+      {"an idle port", {mains("0"), mains("0", "USB"), inUse}, true},
+      {"a fixed program of the charger", {mains("2", "USB"), inUse}, false},
+      {"a mouse's battery", {{{"type", "Battery\n"}, {"status", "Discharging\n"}, {"scope", "Device\n"}}}, false},
+      {"an uninterruptible supply in use", {battery("Discharging", "UPS")}, true},
+      {"rubbish", {{{"type", std::string("\0\xff\n", 3)}, {"online", "99999999999"}}, mains("1", "")}, false},
+      {"rubbish beside a battery", {{{"online", "1\n"}}, {{"type", "Mains"}}, inUse}, true},
+      {"another case", {battery("discharging")}, false},
+      {"a huge attribute", {battery("Discharging\n" + std::string(100000, 'x'))}, false},
+  };
+  for (const auto& c : cases) {
+    const TemporaryFolder folder;
+    write(folder.path(), c.supplies);
+    EXPECT_EQ(runsOnBattery(folder.path()), c.onBattery) << c.what;
+  }
+  const TemporaryFolder folder;
+  write(folder.path(), {inUse});
+  folder.write("file", "Battery\n");
+  fs::create_symlink(folder.path(), folder.file("loop"));
+  fs::create_directory(folder.file("pipes"));
+  ASSERT_EQ(mkfifo(folder.file("pipes/type").c_str(), 0600), 0);
+  ASSERT_EQ(mkfifo(folder.file("pipes/online").c_str(), 0600), 0);
+  EXPECT_TRUE(runsOnBattery(folder.path())) << "other files change nothing and block nothing";
+  EXPECT_FALSE(runsOnBattery(folder.file("file")));
+  EXPECT_FALSE(runsOnBattery(folder.file("missing")));
+}
+
+TEST(BusAddresses, ComeFromTheEnvironment) {
+  using Variables = std::map<std::string, std::string, std::less<>>;
+  const char* usual = "unix:path=/var/run/dbus/system_bus_socket";
+  for (const auto& [variables, system, session] : {
+           std::tuple{Variables{}, usual, ""},
+           {{{"XDG_RUNTIME_DIR", "/run/u"}}, usual, "unix:path=/run/u/bus"},
+           {{{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/a"},
+             {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/b"},
+             {"XDG_RUNTIME_DIR", "/run/u"}},
+            "unix:path=/a",
+            "unix:path=/b"},
+           {{{"DBUS_SYSTEM_BUS_ADDRESS", ""}, {"DBUS_SESSION_BUS_ADDRESS", "autolaunch:"}}, usual, ""},
+       }) {
+    const auto addresses = busAddresses([&](std::string_view name) -> std::optional<std::string> {
+      const auto found = variables.find(name);
+      return found == variables.end() ? std::nullopt : std::optional(found->second);
+    });
+    EXPECT_EQ(addresses.system, system);
+    EXPECT_EQ(addresses.session, session);
+  }
+}
+
+}  // namespace
+}  // namespace veloria::tests

@@ -1,0 +1,245 @@
+// The lock and the server of the running application, on Qt's real event loop, with the real client and hostile ones.
+
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <csignal>
+#include <functional>
+#include <future>
+#include <thread>
+
+#include "Process.h"
+#include "base/LocalSocket.h"
+#include "base/MediaClock.h"
+#include "platform/posix/socket/InstanceLock.h"
+#include "platform/posix/socket/LocalServer.h"
+#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/QtTimerFactory.h"
+
+namespace veloria::tests {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+mode_t permissions(const std::string& path) {
+  struct stat attributes {};
+  EXPECT_EQ(::lstat(path.c_str(), &attributes), 0);
+  return attributes.st_mode & 0777;
+}
+
+template <typename Work>
+pid_t startProcess(Work work) {
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(work());
+  return child;
+}
+
+class InstanceLockTest : public testing::Test {
+ protected:
+  TemporaryFolder folder_;
+  const std::string app_ = folder_.file("Veloria");
+  const std::string socket_ = app_ + "/control";
+};
+
+TEST_F(InstanceLockTest, OneProcessHoldsItUntilItsEnd) {
+  const auto isFree = [&] { return InstanceLock::take(socket_)->has_value(); };
+  EXPECT_TRUE(isFree());
+  {
+    const auto held = InstanceLock::take(socket_);
+    EXPECT_FALSE(isFree());
+  }
+  EXPECT_TRUE(isFree());
+  int ready[2];
+  ASSERT_EQ(::pipe(ready), 0);
+  const pid_t holder = startProcess([&] {
+    const auto lock = InstanceLock::take(socket_);
+    [[maybe_unused]] const auto told = ::write(ready[1], "x", 1);
+    return ::pause();
+  });
+  char byte = 0;
+  ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+  EXPECT_FALSE(isFree());
+  ::kill(holder, SIGKILL);
+  ::waitpid(holder, nullptr, 0);
+  EXPECT_TRUE(isFree()) << "the holder was killed";
+  ::close(ready[0]);
+  ::close(ready[1]);
+}
+
+TEST_F(InstanceLockTest, ItsFolderIsTheUsersAlone) {
+  ASSERT_EQ(::mkdir(app_.c_str(), 0777), 0);
+  ASSERT_EQ(::chmod(app_.c_str(), 0777), 0);
+  ASSERT_TRUE(InstanceLock::take(socket_));
+  EXPECT_EQ(permissions(app_), 0700U);
+  EXPECT_EQ(permissions(socket_ + ".lock"), 0600U);
+  if (::chown(app_.c_str(), 65534, 65534) == 0) {  // as root only
+    EXPECT_THAT(InstanceLock::take(socket_).error(), HasSubstr("belongs to another user"));
+  }
+  std::filesystem::remove_all(app_);
+  folder_.write("Veloria", "a file");
+  EXPECT_EQ(InstanceLock::take(socket_).error(), app_ + ": this is not a folder");
+  ::unlink(app_.c_str());
+  ASSERT_EQ(::symlink("/", app_.c_str()), 0);
+  EXPECT_FALSE(InstanceLock::take(socket_));
+  EXPECT_THAT(InstanceLock::take(folder_.file("missing/Veloria/control")).error(), HasSubstr("No such file"));
+}
+
+class LocalServerTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    auto server = LocalServer::listen(path_, {.watch = watchDescriptor, .timers = &timers_, .answer = [this](auto q) {
+                                                return ++questions_, prefix_ + std::string(q);
+                                              }});
+    ASSERT_TRUE(server) << server.error();
+    server_ = *std::move(server);
+  }
+
+  static bool spinUntil(const std::function<bool()>& condition) {
+    const double end = mediaTime() + 20;
+    while (!condition()) {
+      if (mediaTime() > end) return false;
+      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
+    }
+    return true;
+  }
+
+  std::string ask(const std::string& question) {
+    auto reply = std::async(std::launch::async, [&] { return askLocalSocket(path_, question, 20); });
+    spinUntil([&] { return reply.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
+    const auto result = reply.get();
+    return result ? result->answer : result.error();
+  }
+
+  sockaddr_un address() const {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path_.copy(address.sun_path, sizeof(address.sun_path) - 1);
+    return address;
+  }
+
+  OwnedDescriptor connect(const std::string& bytes) {
+    OwnedDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const sockaddr_un to = address();
+    EXPECT_TRUE(
+        spinUntil([&] { return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&to), sizeof to) == 0; }));
+    send(socket, bytes);
+    return socket;
+  }
+
+  static void send(const OwnedDescriptor& socket, const std::string& bytes) {
+    [[maybe_unused]] const auto sent = ::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+  }
+
+  /// True once the server has closed a connection without an answer.
+  static bool closedByServer(const OwnedDescriptor& socket) {
+    char byte = 0;
+    return spinUntil([&] {
+      const ssize_t got = ::recv(socket.get(), &byte, 1, 0);
+      return got == 0 || (got < 0 && errno != EAGAIN);
+    });
+  }
+
+  static std::ptrdiff_t openDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  }
+
+  TemporaryFolder folder_;
+  std::string path_ = folder_.file("control");
+  QtTimerFactory timers_;
+  std::string prefix_ = "you said ";
+  int questions_ = 0;
+  std::unique_ptr<LocalServer> server_;
+};
+
+TEST_F(LocalServerTest, AnswersLineByLine) {
+  for (const std::string question : {"hello", "", "{\"command\": \"status\"}"}) {
+    EXPECT_EQ(ask(question), "you said " + question);
+  }
+  EXPECT_EQ(permissions(path_), 0600U);
+  const OwnedDescriptor pieces = connect("");
+  for (const char* piece : {"o", "n", "e\ntw", "o\n"}) {
+    send(pieces, piece);
+    for (int i = 0; i < 5; ++i) QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+  }
+  char bytes[64] = {};
+  ASSERT_TRUE(spinUntil([&] { return ::recv(pieces.get(), bytes, sizeof(bytes), 0) > 0; }));
+  EXPECT_STREQ(bytes, "you said one\n");
+  prefix_ = std::string(100'000, 'x');
+  EXPECT_EQ(ask("q").size(), 100'001U) << "a long answer arrives whole";
+  server_.reset();
+  EXPECT_FALSE(std::filesystem::exists(path_));
+  folder_.write("control", "left behind");
+  SetUp();
+  EXPECT_THAT(ask("hello"), testing::EndsWith("hello")) << "in place of what was left behind";
+}
+
+TEST_F(LocalServerTest, RubbishAndHalfMessagesGetNoAnswer) {
+  const OwnedDescriptor bad[] = {connect(std::string(maximumQuestionBytes + 1, 'x')),
+                                 connect(std::string(maximumQuestionBytes + 1, 'x') + "\n"), connect("{\"command\": ")};
+  connect("gone at once").reset();
+  EXPECT_EQ(ask("still there?"), "you said still there?");
+  for (const OwnedDescriptor& socket : bad) EXPECT_TRUE(closedByServer(socket));
+  EXPECT_EQ(questions_, 1);
+}
+
+TEST_F(LocalServerTest, HundredsOfConnectionsShutNobodyOut) {
+  const auto before = openDescriptors();
+  std::vector<OwnedDescriptor> idle;
+  for (int i = 0; i < 900; ++i) idle.push_back(connect(i % 3 == 0 ? "half a" : ""));
+  EXPECT_EQ(ask("me too?"), "you said me too?");
+  EXPECT_LE(openDescriptors(), before + static_cast<std::ptrdiff_t>(idle.size()) + 17);
+  for (const OwnedDescriptor& socket : idle) ASSERT_TRUE(closedByServer(socket));
+  idle.clear();
+  EXPECT_LE(openDescriptors(), before);
+}
+
+TEST_F(LocalServerTest, OtherUsersAreRefused) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  ASSERT_EQ(::chmod(folder_.path().c_str(), 0755), 0);
+  ASSERT_EQ(::chmod(path_.c_str(), 0666), 0);  // as if permissions did not protect it
+  const sockaddr_un to = address();
+  const pid_t other = startProcess([&] {
+    if (::setgid(65534) != 0 || ::setuid(65534) != 0) return 9;
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    if (::connect(socket, reinterpret_cast<const sockaddr*>(&to), sizeof to) != 0) return 8;
+    [[maybe_unused]] const auto sent = ::send(socket, "hello\n", 6, MSG_NOSIGNAL);
+    char byte = 0;
+    return ::recv(socket, &byte, 1, 0) > 0 ? 7 : 0;
+  });
+  int status = -1;
+  ASSERT_TRUE(spinUntil([&] { return ::waitpid(other, &status, WNOHANG) == other; }));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  EXPECT_EQ(questions_, 0);
+}
+
+TEST_F(LocalServerTest, TheClientSaysWhatWentWrong) {
+  server_.reset();
+  EXPECT_FALSE(askLocalSocket(path_, "q", 1)->connected);
+  EXPECT_FALSE(askLocalSocket(std::string(300, 'x'), "q", 1)->connected);
+  const OwnedDescriptor mute(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const sockaddr_un own = address();
+  ASSERT_EQ(::bind(mute.get(), reinterpret_cast<const sockaddr*>(&own), sizeof own), 0);
+  ASSERT_EQ(::listen(mute.get(), 1), 0);
+  EXPECT_THAT(askLocalSocket(path_, "q", 0.2).error(), StartsWith("the running application does not answer"));
+  const OwnedDescriptor givenUpOn(::accept(mute.get(), nullptr, nullptr));
+  for (const std::string& half : {std::string("half"), std::string(maximumAnswerBytes + 1, 'x')}) {
+    const std::jthread peer([&] { send(OwnedDescriptor(::accept(mute.get(), nullptr, nullptr)), half); });
+    EXPECT_FALSE(askLocalSocket(path_, "q", 20));
+  }
+}
+
+}  // namespace
+}  // namespace veloria::tests
+
+int main(int argc, char** argv) {
+  QCoreApplication application(argc, argv);
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
