@@ -9,7 +9,6 @@
 
 namespace veloria::tests {
 
-using namespace desktop;
 using nlohmann::json;
 
 /// The program itself on a desktop of any kind. A test gives the desktop to useDesktop() and starts the program on it.

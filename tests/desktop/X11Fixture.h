@@ -8,7 +8,6 @@
 
 namespace veloria::tests {
 
-using namespace desktop;
 
 constexpr Pixel bandColor{0x20, 0xE0, 0x60};
 constexpr PixelRect stripPixels{0, 0, 1920, 32};
