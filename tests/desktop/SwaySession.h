@@ -5,12 +5,6 @@
 namespace veloria::tests {
 
 /// A private Wayland desktop: sway without a display, with its own wallpaper program and panel.
-///
-///     if (const auto missing = SwaySession::missing(); !missing.empty()) GTEST_SKIP() << missing;
-///     SwaySession desktop({.outputs = 2, .configuration = "output HEADLESS-2 scale 2\n"});
-///     const auto program = desktop.run({"/path/of/program"}, {{"NIMBRA_LAYER", "aboveMenuBar"}});
-///     EXPECT_EQ(desktop.screenshot("HEADLESS-1").at(960, 16), ...);
-///
 /// sway refuses to run as root, so there it runs as nobody; the programs of run() keep the test's own user.
 class SwaySession final : public Session {
  public:
