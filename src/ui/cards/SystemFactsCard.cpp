@@ -15,7 +15,7 @@ SystemFactsCard::SystemFactsCard(SystemState& system, const SystemPanes& panes, 
     addButton(tr("Change the tint…"), "openTint", SystemPane::appearance);
   }
   addButton(tr("Change the bar…"), "openMenuBar", SystemPane::menuBar);
-  addButton(tr("Change the desktop picture…"), "openWallpaper", SystemPane::wallpaper);
+  addButton(tr("Change the wallpaper…"), "openWallpaper", SystemPane::wallpaper);
   body().addWidget(error_);
   subscription_ = system_.facts().subscribe([this](const SystemFacts& facts) { showFacts(facts); });
 }
