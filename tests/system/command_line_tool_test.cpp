@@ -109,20 +109,17 @@ TEST_F(CommandLineToolTest, FindsTheFirstRunnableCommand) {
   }
 }
 
-TEST_F(CommandLineToolTest, ChoosesTheFirstWritableFolder) {
+TEST_F(CommandLineToolTest, ChoosesTheFirstWritableAbsoluteFolder) {
   folder.write("file", "");
   setPath({"none", "file", "a", "b"});
   EXPECT_EQ(tool().installDirectory(), at("a"));
   port.readOnly = {at("a")};
   EXPECT_EQ(tool().installDirectory(), at("b"));
   port.readOnly = {at("a"), at("b")};
-  EXPECT_EQ(tool().installDirectory(), std::nullopt);
   EXPECT_EQ(installError(), "No directory on your PATH is writable.");
-}
-
-TEST_F(CommandLineToolTest, UsesAbsoluteFoldersOnly) {
   const fs::path here = fs::current_path();
   fs::current_path(folder.path());
+  port.readOnly.clear();
   port.answer = "a:./b:.:" + at("a").string() + std::string(1, '\0') + "/b:Welcome\n" + at("a").string();
   EXPECT_EQ(tool().installDirectory(), std::nullopt);
   folder.writeProgram("a/nimbra", "");
@@ -177,8 +174,6 @@ TEST_F(CommandLineToolTest, ReplacesOnlyALink) {
     EXPECT_EQ(fs::read_symlink(link), command) << target;
     fs::remove(link);
   }
-  EXPECT_TRUE(fs::exists(at("other/nimbra")));
-
   folder.writeProgram("a/nimbra", "somebody's own");
   EXPECT_THAT(installError(), StartsWith(link.string() + " is not a link and was left as it is"));
   EXPECT_FALSE(tool().installedHere());

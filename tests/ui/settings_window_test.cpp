@@ -81,6 +81,11 @@ class SettingsWindowTest : public UiFixture {
   static void keyToFocus(Qt::Key k, Qt::KeyboardModifiers modifiers = {}) {
     key(*QApplication::focusWidget(), k, modifiers);
   }
+  static void enter(ValueField& field, const QString& text) {
+    field.setFocus();
+    field.selectAll();
+    QTest::keyClicks(&field, text);
+  }
   static void turnWheel(QWidget& widget, int by) {
     const QPointF at = widget.rect().center();
     QWheelEvent turned(at, widget.mapToGlobal(at), {}, QPoint(0, by), Qt::NoButton, {}, Qt::NoScrollPhase, false);
@@ -147,9 +152,7 @@ TEST_F(SettingsWindowTest, EachControlMovesItsFieldOnlyAndGoesBackToItsDefault) 
       EXPECT_EQ(config(), NimbraConfig());
     }
     ValueField& typed = field(moved);
-    typed.setFocus();
-    typed.selectAll();
-    QTest::keyClicks(&typed, typed.locale().toString(setting.range.maximum, 'f', setting.range.decimals));
+    enter(typed, typed.locale().toString(setting.range.maximum, 'f', setting.range.decimals));
     EXPECT_EQ(config(), NimbraConfig()) << "changed before Enter";
     key(typed, Qt::Key_Return);
     expectMoved();
@@ -194,20 +197,22 @@ TEST_F(SettingsWindowTest, KeysMoveANumberByStepsOfEachSize) {
   open();
   SettingControl& exposure = control("exposure");
   const auto after = [&](double travel) { return movedBy(exposure.setting().range, 1.25, travel); };
-  const std::tuple<Qt::Key, Qt::KeyboardModifier, double> keys[] = {{Qt::Key_Right, Qt::ShiftModifier, 1.26},
-                                                                    {Qt::Key_Down, Qt::ControlModifier, 1.24},
-                                                                    {Qt::Key_Up, Qt::NoModifier, after(0.02)},
-                                                                    {Qt::Key_Left, Qt::NoModifier, after(-0.02)},
-                                                                    {Qt::Key_PageUp, Qt::NoModifier, after(0.1)},
-                                                                    {Qt::Key_PageDown, Qt::NoModifier, after(-0.1)},
-                                                                    {Qt::Key_Home, Qt::NoModifier, 0},
-                                                                    {Qt::Key_End, Qt::NoModifier, 6}};
-  for (const auto& [pressed, modifier, value] : keys) {
-    for (QWidget* part : {static_cast<QWidget*>(&slider(exposure)), static_cast<QWidget*>(&field(exposure))}) {
-      const bool textKey = pressed == Qt::Key_Left || pressed == Qt::Key_Right || value == 0 || value == 6;
-      if (part == &field(exposure) && textKey) continue;  // moves the cursor
+  const std::tuple<Qt::Key, Qt::KeyboardModifier, double, bool> keys[] = {
+      // whether the field moves as well; there the other keys move the cursor
+      {Qt::Key_Down, Qt::ControlModifier, 1.24, true},
+      {Qt::Key_Up, Qt::ShiftModifier, 1.26, true},
+      {Qt::Key_Up, Qt::NoModifier, after(0.02), true},
+      {Qt::Key_Down, Qt::NoModifier, after(-0.02), true},
+      {Qt::Key_PageUp, Qt::NoModifier, after(0.1), true},
+      {Qt::Key_PageDown, Qt::NoModifier, after(-0.1), true},
+      {Qt::Key_Right, Qt::NoModifier, after(0.02), false},
+      {Qt::Key_Left, Qt::NoModifier, after(-0.02), false},
+      {Qt::Key_Home, Qt::NoModifier, 0, false},
+      {Qt::Key_End, Qt::NoModifier, 6, false}};
+  for (const auto& [pressed, modifier, value, alsoField] : keys) {
+    for (const bool inField : {false, alsoField}) {
       store_.setConfig({});
-      key(*part, pressed, modifier);
+      inField ? key(field(exposure), pressed, modifier) : key(slider(exposure), pressed, modifier);
       EXPECT_DOUBLE_EQ(config().exposure, value) << pressed;
     }
   }
@@ -225,44 +230,29 @@ QPoint handleOf(const QSlider& slider) {
 
 TEST_F(SettingsWindowTest, ADragIsOneStepOfUndoAndIsNotFoughtWith) {
   open();
-  const auto drag = [&](SettingSlider& dragged, double NimbraConfig::*value) {
-    const QPoint start = handleOf(dragged);
-    std::vector<double> values;
-    QTest::mousePress(&dragged, Qt::LeftButton, {}, start);
-    for (int i = 1; i < 8; ++i) {
-      now_ += 0.1;
-      QTest::mouseMove(&dragged, start + QPoint(6 * i, 0));
-      values.push_back(config().*value);
-    }
-    QTest::mouseRelease(&dragged, Qt::LeftButton, {}, start + QPoint(42, 0));
-    EXPECT_TRUE(std::is_sorted(values.begin(), values.end()) && values.front() < values.back());
+  SettingSlider& dragged = slider(control("exposure"));
+  const QPoint start = handleOf(dragged);
+  const auto dragTo = [&](int x) {
+    now_ += 0.1;
+    QTest::mouseMove(&dragged, start + QPoint(x, 0));
+    return config().exposure;
   };
-  drag(slider(control("exposure")), &NimbraConfig::exposure);
-  const NimbraConfig one = config();
-  now_ += 5;
-  drag(slider(control("saturation")), &NimbraConfig::saturation);
-  const NimbraConfig two = config();
-  EXPECT_THAT(differingKeys(two), ElementsAre("exposure", "saturation"));
-  keyToFocus(Qt::Key_Z, Qt::ControlModifier);
-  EXPECT_EQ(config(), one);
+  QTest::mousePress(&dragged, Qt::LeftButton, {}, start);
+  const double little = dragTo(10);
+  EXPECT_GT(little, 1.25);
+  EXPECT_GT(dragTo(40), little);
+  const int place = dragged.value();
+  NimbraConfig others;
+  others.exposure = 0;
+  store_.setConfig(others);
+  EXPECT_EQ(dragged.value(), place);
+  QTest::mouseRelease(&dragged, Qt::LeftButton, {}, start + QPoint(40, 0));
+  EXPECT_EQ(dragged.value(), 0) << "the handle shows the record once it is let go";
+  EXPECT_EQ(config().exposure, 0);
   keyToFocus(Qt::Key_Z, Qt::ControlModifier);
   EXPECT_EQ(config(), NimbraConfig());
   keyToFocus(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-  keyToFocus(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-  EXPECT_EQ(config(), two);
-
-  SettingSlider& held = slider(control("exposure"));
-  const QPoint start = handleOf(held);
-  QTest::mousePress(&held, Qt::LeftButton, {}, start);
-  QTest::mouseMove(&held, start + QPoint(10, 0));
-  const int place = held.value();
-  NimbraConfig others = config();
-  others.exposure = 0;
-  store_.setConfig(others);
-  EXPECT_EQ(held.value(), place);
-  QTest::mouseRelease(&held, Qt::LeftButton, {}, start + QPoint(10, 0));
-  EXPECT_EQ(held.value(), 0) << "the handle shows the record once it is let go";
-  EXPECT_EQ(config().exposure, 0);
+  EXPECT_GT(config().exposure, little);
 }
 
 TEST_F(SettingsWindowTest, UndoAndRedoTakeTypingBackFirstAndThenTheSetting) {
@@ -273,8 +263,7 @@ TEST_F(SettingsWindowTest, UndoAndRedoTakeTypingBackFirstAndThenTheSetting) {
   EXPECT_FALSE(undo.isEnabled() || redo.isEnabled());
   moveByKeyboard(control("hdrGlow"), config());
   undo.click();
-  EXPECT_EQ(config(), NimbraConfig());
-  EXPECT_FALSE(undo.isEnabled());
+  EXPECT_TRUE(config().hdrGlow && !undo.isEnabled());
   redo.click();
   EXPECT_FALSE(config().hdrGlow || redo.isEnabled());
   undo.click();
@@ -282,22 +271,20 @@ TEST_F(SettingsWindowTest, UndoAndRedoTakeTypingBackFirstAndThenTheSetting) {
   ValueField& exposure = field(control("exposure"));
   exposure.setFocus();
   key(exposure, Qt::Key_Up);
-  ASSERT_NE(config(), NimbraConfig());
-  exposure.selectAll();
-  QTest::keyClicks(&exposure, "3");
-  NimbraConfig others = config();
+  enter(exposure, "3");
+  NimbraConfig others;
   others.exposure = 5;
   store_.setConfig(others);
   EXPECT_EQ(exposure.text(), "3") << "what is being typed is left alone";
   key(exposure, Qt::Key_Escape);
-  EXPECT_TRUE(window_->isVisible());
   EXPECT_NE(exposure.text(), "3");
-  key(exposure, Qt::Key_Z, Qt::ControlModifier);
-  EXPECT_EQ(config(), NimbraConfig());
-  moveByKeyboard(control("opacity"), config());
-  search().setFocus();
-  key(search(), Qt::Key_Z, Qt::ControlModifier);
-  EXPECT_EQ(config(), NimbraConfig());
+  for (QWidget* focus : {static_cast<QWidget*>(&exposure), static_cast<QWidget*>(&search())}) {
+    focus->setFocus();
+    key(*focus, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(config(), NimbraConfig());
+    key(*focus, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_NE(config(), NimbraConfig());
+  }
 }
 
 TEST_F(SettingsWindowTest, ValuesOutOfRangeAreShownAndLeftAloneUntilTheyAreChanged) {
@@ -305,30 +292,26 @@ TEST_F(SettingsWindowTest, ValuesOutOfRangeAreShownAndLeftAloneUntilTheyAreChang
   absurd.exposure = 50;
   absurd.opacity = -3;
   absurd.glowAmount = 1e300;
-  absurd.dyeDissipation = 1.5;
   absurd.framesPerSecond = std::numeric_limits<std::int64_t>::max();
   absurd.pressureIterations = -7;
   absurd.contrast = std::numeric_limits<double>::infinity();
   absurd.saturation = 1.23456789012345;
   open(absurd);
-  for (int tab = 0; tab < settingTabCount; ++tab) {
-    window_->showTab(static_cast<SettingTab>(tab));
-    QTest::qWait(0);
-    for (int i = 0; i < 40; ++i) keyToFocus(Qt::Key_Tab);
+  const std::pair<const char*, const char*> texts[] = {
+      {"exposure", "50.00"}, {"pressureIterations", "-7"}, {"saturation", "1.2345678901"}, {"opacity", "-3.00"}};
+  for (const auto& [name, text] : texts) {
+    EXPECT_EQ(field(control(name)).text(), text);
+    field(control(name)).setFocus();
+    keyToFocus(Qt::Key_Return);  // nothing was typed
+    keyToFocus(Qt::Key_Tab);
   }
-  key(field(control("exposure")), Qt::Key_Return);  // nothing was typed
   EXPECT_EQ(config(), absurd);
-  const std::pair<const char*, const char*> texts[] = {{"exposure", "50.00"}, {"pressureIterations", "-7"}};
-  for (const auto& [name, text] : texts) EXPECT_EQ(field(control(name)).text(), text);
-  EXPECT_EQ(field(control("saturation")).text().left(8), "1.234567");
   key(field(control("exposure")), Qt::Key_Down, Qt::ShiftModifier);
   EXPECT_DOUBLE_EQ(config().exposure, 5.99);
   key(slider(control("glowAmount")), Qt::Key_End);
   EXPECT_EQ(config().glowAmount, 4);
   ValueField& latitude = field(control("weatherLatitude"));
-  latitude.setFocus();
-  latitude.selectAll();
-  QTest::keyClicks(&latitude, "90.5");
+  enter(latitude, "90.5");
   key(latitude, Qt::Key_Return);
   EXPECT_EQ(config().weatherLatitude, 90);
   EXPECT_EQ(latitude.text(), QString::fromUtf8("90.0000°"));
@@ -416,17 +399,7 @@ class WholeWindowTest : public SettingsWindowTest {
  protected:
   WholeWindowTest() {
     const std::string path = "/a/path/without/a/single/space/in/it/that/is/longer/than/the/window/is/wide";
-    readouts_ = {.darkness = "Nothing is drawn: the display sleeps.",
-                 .hint = "The panel is opaque, so the band behind it can't be seen. Draw it over the panel instead.",
-                 .figures = "1.2 ms GPU · 60 fps · 634x32 grid",
-                 .cutout = "Cutout 200 × 32 pt · menu bar 37 pt tall.",
-                 .weather = "12°C · wind 9 mph · gusts 17 mph · cloud 75%",
-                 .weatherError = path,
-                 .audio = "Listening: level 0.31",
-                 .picture = path,
-                 .capture = path,
-                 .pointer = "This compositor does not tell where the pointer is.",
-                 .script = {}};
+    readouts_ = {path, path, path, path, path, path, path, path, path, path, path};
     byHand_.manualCommand = "sudo ln -sf '" + path + "' /usr/local/bin/nimbra";
     system_.now = {true, true, 1};
     state_.refresh();
