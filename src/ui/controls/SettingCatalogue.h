@@ -71,18 +71,6 @@ class SettingCatalogue {
 
   /// English, to be translated.
   static const char* tabTitle(SettingTab tab);
-
- private:
-  struct Builder;
-  static void addLook(Builder& builder);
-  static void addMotion(Builder& builder);
-  static void addBar(Builder& builder);
-  static void addDrive(Builder& builder);
-  static void addPointer(Builder& builder);
-  static void addSystem(Builder& builder);
-  static std::vector<Choice> layerChoices();
-  static std::vector<Choice> notchChoices();
-  static std::vector<Choice> pointerChoices();
 };
 
 }  // namespace veloria
