@@ -17,6 +17,22 @@ inline QString translated(const char* context, std::string_view text) {
 }
 
 /// The text with places to break a line inside of words that are too long for one: paths, and what others wrote.
-QString breakable(const QString& text);
+inline QString breakable(const QString& text) {
+  constexpr int longestWord = 28;
+  constexpr QChar zeroWidthSpace(0x200B);
+  QString result;
+  result.reserve(text.size());
+  int length = 0;
+  for (const QChar character : text) {
+    const bool splits = character.isLowSurrogate() || character.isMark();
+    if (length >= longestWord && !splits) {
+      result += zeroWidthSpace;
+      length = 0;
+    }
+    result += character;
+    length = character.isSpace() ? 0 : length + 1;
+  }
+  return result;
+}
 
 }  // namespace veloria

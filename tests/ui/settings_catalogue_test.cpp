@@ -7,7 +7,7 @@
 #include "settings/GlassTuning.h"
 #include "settings/LookPreset.h"
 #include "settings/SettingsCodec.h"
-#include "ui/controls/SettingSearch.h"
+#include "ui/window/Pages.h"
 #include "ui/controls/SettingValue.h"
 
 namespace veloria::tests {

@@ -28,8 +28,7 @@
 #include "ui/controls/GlyphButton.h"
 #include "ui/controls/SettingControl.h"
 #include "ui/controls/SettingLabel.h"
-#include "ui/controls/SettingSlider.h"
-#include "ui/controls/ValueField.h"
+#include "ui/controls/NumberWidgets.h"
 #include "ui/script/ScriptCard.h"
 
 namespace veloria::tests {

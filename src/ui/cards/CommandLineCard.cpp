@@ -5,7 +5,7 @@
 
 #include "ui/Background.h"
 #include "ui/QtText.h"
-#include "ui/controls/TileLayout.h"
+#include "ui/controls/Tile.h"
 
 namespace veloria {
 

@@ -4,7 +4,7 @@
 
 #include "settings/GlassTuning.h"
 #include "ui/QtText.h"
-#include "ui/controls/TileLayout.h"
+#include "ui/controls/Tile.h"
 
 namespace veloria {
 

@@ -1,7 +1,7 @@
 #include "ui/cards/LoginItemCard.h"
 
 #include "ui/QtText.h"
-#include "ui/controls/ButtonRow.h"
+#include "ui/controls/SettingLabel.h"
 
 namespace veloria {
 

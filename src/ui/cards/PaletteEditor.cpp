@@ -11,7 +11,7 @@
 #include "scene/ColorStops.h"
 #include "ui/QtText.h"
 #include "ui/controls/Swatch.h"
-#include "ui/controls/TileLayout.h"
+#include "ui/controls/Tile.h"
 
 namespace veloria {
 

@@ -1,8 +1,8 @@
 #include "ui/cards/PaletteGallery.h"
 
 #include "ui/QtText.h"
-#include "ui/controls/ButtonRow.h"
-#include "ui/controls/TileLayout.h"
+#include "ui/controls/SettingLabel.h"
+#include "ui/controls/Tile.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "ui/QtText.h"
-#include "ui/controls/TileLayout.h"
+#include "ui/controls/Tile.h"
 
 namespace veloria {
 

@@ -1,6 +1,7 @@
 #include "ui/cards/ReadoutCard.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "ui/QtText.h"
 
@@ -22,6 +23,24 @@ constexpr const char* whatIsHeard = QT_TRANSLATE_NOOP("veloria::ReadoutCard",
 #endif
 
 }  // namespace
+
+ReadoutTicker::ReadoutTicker(QWidget* window, ReadoutSource source)
+    : QObject(window), source_(std::move(source)), watch_(window, [this](bool seen) { setRunning(seen); }) {
+  timer_.setInterval(intervalMs);
+  timer_.setTimerType(Qt::CoarseTimer);
+  connect(&timer_, &QTimer::timeout, this, &ReadoutTicker::ask);
+  if (window->isVisible()) setRunning(true);
+}
+
+void ReadoutTicker::setRunning(bool on) {
+  if (!on) return timer_.stop();
+  ask();
+  timer_.start();
+}
+
+void ReadoutTicker::ask() {
+  if (source_) last_.set(source_());
+}
 
 ReadoutCard::ReadoutCard(const QString& title, ReadoutTicker& ticker, QWidget* parent)
     : Card(title, parent), fallback_(makeSentence({}, this)) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QAbstractButton>
 #include <QLabel>
+#include <QLayout>
 
 namespace veloria {
 
@@ -31,5 +33,9 @@ class SettingLabel : public QLabel {
   Tone tone_;
   bool settingTone_ = false;
 };
+
+/// A check box or radio button without a text of its own, and beside it a title and a help, which wrap. Clicking on
+/// them clicks the button. The labels become children of `parent`.
+QLayout* makeButtonRow(QAbstractButton& button, const QString& title, const QString& help, QWidget& parent);
 
 }  // namespace veloria

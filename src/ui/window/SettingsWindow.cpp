@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "ui/controls/GlyphButton.h"
-#include "ui/window/SearchPage.h"
+#include "ui/window/Pages.h"
 #include "ui/window/TabStrip.h"
 
 namespace veloria {

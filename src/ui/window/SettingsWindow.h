@@ -4,7 +4,7 @@
 #include <array>
 
 #include "settings/SettingsEditor.h"
-#include "ui/window/TabPage.h"
+#include "ui/window/Pages.h"
 
 class QHBoxLayout;
 class QLineEdit;
