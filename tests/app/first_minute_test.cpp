@@ -54,19 +54,19 @@ TEST(LightOffers, ChangeWhatTheySayAndNothingElse) {
   NimbraConfig kept = before;
   kept.layerMode = LayerMode::aboveMenuBar;
   kept.preserveMenuBarText = true;
-  EXPECT_EQ(take(LightOffer::overPanel, before, true), kept);
+  EXPECT_EQ(withOffer(LightOffer::overPanel, before, true), kept);
 
   NimbraConfig faint = kept;
   faint.preserveMenuBarText = false;
   faint.opacity = 0.5;
-  EXPECT_EQ(take(LightOffer::overPanel, before, false), faint) << "the panel must stay readable";
+  EXPECT_EQ(withOffer(LightOffer::overPanel, before, false), faint) << "the panel must stay readable";
   before.opacity = 0.2;
-  EXPECT_EQ(take(LightOffer::overPanel, before, false).opacity, 0.2) << "never made stronger";
+  EXPECT_EQ(withOffer(LightOffer::overPanel, before, false).opacity, 0.2) << "never made stronger";
 
   for (const double height : {5, 30}) {
     NimbraConfig hanging = before;
     hanging.extraHeight = height;
-    const NimbraConfig taken = take(LightOffer::belowPanel, hanging, true);
+    const NimbraConfig taken = withOffer(LightOffer::belowPanel, hanging, true);
     hanging.extraHeight = std::max(height, 24.0);
     EXPECT_EQ(taken, hanging);
   }

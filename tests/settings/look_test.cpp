@@ -7,7 +7,6 @@
 #include <set>
 #include <utility>
 
-#include "settings/GlassTuning.h"
 #include "settings/LookPreset.h"
 #include "settings/NimbraConfig.h"
 #include "settings/SettingsCodec.h"

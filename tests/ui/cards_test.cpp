@@ -11,7 +11,7 @@
 #include "../support/ManualTimers.h"
 #include "../system/SystemFakes.h"
 #include "UiFixture.h"
-#include "settings/GlassTuning.h"
+#include "settings/LookPreset.h"
 #include "ui/cards/AgentCard.h"
 #include "ui/cards/CommandLineCard.h"
 #include "ui/cards/DriveModeChooser.h"
@@ -151,11 +151,11 @@ TEST_F(CardsTest, WhatIsNoColorChangesNothingAndIsExplained) {
     type(field, text);
     QTest::keyClick(&field, Qt::Key_Return);
     EXPECT_FALSE(config().customPalette) << text;
-    EXPECT_TRUE(sentences(*card).contains("six digits")) << text;
+    EXPECT_TRUE(sentences(*card).contains("hexadecimal digits")) << text;
   }
   type(field, "#1234567");  // the field takes seven characters
   EXPECT_EQ(hexOf(config().palette().stops[2]), "#123456");
-  EXPECT_FALSE(sentences(*card).contains("six digits"));
+  EXPECT_FALSE(sentences(*card).contains("hexadecimal digits"));
   type(field, "#12");
   card.reset();
   EXPECT_EQ(hexOf(config().palette().stops[2]), "#123456") << "closed while a field has the focus";
@@ -167,7 +167,7 @@ TEST_F(CardsTest, TheColorDialogIsFollowedWhileItIsOpen) {
   std::optional<Palette> before;
   for (const bool accept : {false, true, false}) {
     SCOPED_TRACE(accept);
-    child<QPushButton>(card, "colour4").click();
+    child<QPushButton>(card, "color4").click();
     auto* dialog = card.findChild<QColorDialog*>();
     ASSERT_NE(dialog, nullptr);
     dialog->setCurrentColor(QColor(200, 0, 200));

@@ -4,11 +4,10 @@
 #include <limits>
 
 #include "UiFixture.h"
-#include "settings/GlassTuning.h"
 #include "settings/LookPreset.h"
 #include "settings/SettingsCodec.h"
-#include "ui/window/Pages.h"
 #include "ui/controls/SettingValue.h"
+#include "ui/window/Pages.h"
 
 namespace veloria::tests {
 namespace {

@@ -73,7 +73,7 @@ void ReadoutCard::showFacts(const Readouts& readouts) {
   setSilent(empty && fallbackText_.isEmpty());
 }
 
-// Only changes count, so that whoever else hides the card is not overruled four times a second.
+// Acts on changes only; otherwise it would undo four times a second what others hide.
 void ReadoutCard::setSilent(bool silent) {
   if (silent == silent_) return;
   silent_ = silent;
@@ -99,7 +99,7 @@ ReadoutCard* ReadoutCard::makeWeather(ReadoutTicker& ticker, QWidget* parent) {
   auto* card = new ReadoutCard(tr("Weather now"), ticker, parent);
   card->addLine(&Readouts::weather);
   card->addLine(&Readouts::weatherError);
-  card->setFallback(tr("No readings yet. They are asked for while the weather or the wind drives the band."));
+  card->setFallback(tr("No weather data yet. It is fetched only in Weather and Wind modes."));
   return card;
 }
 
@@ -107,7 +107,7 @@ ReadoutCard* ReadoutCard::makeAudio(ReadoutTicker& ticker, QWidget* parent) {
   auto* card = new ReadoutCard(tr("Sound"), ticker, parent);
   card->body().insertWidget(0, makeSentence(tr(whatIsHeard), card));
   card->addLine(&Readouts::audio);
-  card->setFallback(tr("Nothing is listened to. That happens only while music drives the band."));
+  card->setFallback(tr("Not listening. Veloria listens only in Music mode."));
   return card;
 }
 

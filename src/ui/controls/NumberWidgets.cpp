@@ -38,7 +38,7 @@ int directionOf(int key, Qt::LayoutDirection layout) {
   }
 }
 
-/// Digits that a typed or stored value may have; more are not told apart.
+/// Decimals that are kept of a typed or stored value.
 constexpr int keptDecimals = 10;
 
 double finite(double value, double instead) {
@@ -144,14 +144,14 @@ QValidator::State ValueField::validate(QString& text, int& position) const {
 
 QSize ValueField::sizeHint() const {
   const auto width = [this](const QString& text) { return fontMetrics().horizontalAdvance(text); };
-  // As wide as most values need, so that the fields of a card stand in a column.
+  // Wide enough for most values, so that the fields of a card align.
   const int number = std::max({width(QStringLiteral("-00.0000")), width(textFromValue(range_.minimum) + suffix()),
                                width(textFromValue(range_.maximum) + suffix())});
   return {number + 18, QDoubleSpinBox::sizeHint().height()};
 }
 
 bool ValueField::event(QEvent* event) {
-  // Taking back belongs to the window unless there is typing to take back.
+  // Undo belongs to the window unless there is typing to undo.
   if (event->type() == QEvent::ShortcutOverride && !lineEdit()->isModified()) {
     const auto& key = static_cast<QKeyEvent&>(*event);
     if (key.matches(QKeySequence::Undo) || key.matches(QKeySequence::Redo)) return false;

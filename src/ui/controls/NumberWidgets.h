@@ -7,26 +7,26 @@
 
 namespace veloria {
 
-/// What a key does to a number: arrows move by a fiftieth of the travel, with Shift or Ctrl by one fine step, Page Up
+/// The value after a key: arrows move it by a fiftieth of the travel, or with Shift or Ctrl by one fine step; Page Up
 /// and Page Down by a tenth. Nothing for other keys.
 std::optional<double> valueAfterKey(const NumberRange& range, double value, int key, Qt::KeyboardModifiers modifiers,
                                     Qt::LayoutDirection direction);
 
-/// A slider over a range with a curve. The value that it is given may lie outside: the handle then stands at the end,
-/// and nothing is moved before a person does so. The wheel counts only while it has the focus.
+/// A slider over a range with a curve. For a value outside the range the handle is at the end, and the value stays
+/// until the user moves it. The wheel works only while the slider has the focus.
 class SettingSlider : public QSlider {
   Q_OBJECT
 
  public:
   SettingSlider(const NumberRange& range, QWidget* parent);
 
-  /// Shows a value without moved(). The handle is left alone while it is dragged.
+  /// Shows a value without emitting moved(). A handle that is being dragged stays where it is.
   void setShownValue(double value);
 
  Q_SIGNALS:
-  /// A person moved it.
+  /// The user moved it.
   void moved(double value);
-  /// A person double-clicked on it.
+  /// The user double-clicked it.
   void defaultWanted();
 
  protected:
@@ -41,8 +41,8 @@ class SettingSlider : public QSlider {
   double value_ = 0;
 };
 
-/// The number beside a slider, to be typed. It shows a value outside the range as it is, until a person changes it;
-/// what is typed counts on Enter or when the focus leaves, Escape takes it back. The wheel counts only while it has the
+/// The editable number beside a slider. It shows a value outside the range unchanged until the user edits it. Input
+/// takes effect on Enter or when the focus leaves; Escape discards it. The wheel works only while the field has the
 /// focus.
 class ValueField : public QDoubleSpinBox {
   Q_OBJECT
@@ -50,7 +50,7 @@ class ValueField : public QDoubleSpinBox {
  public:
   ValueField(const NumberRange& range, QWidget* parent);
 
-  /// Shows a value without moved(). Text that is being typed is left alone.
+  /// Shows a value without emitting moved(). Leaves text alone while it is being edited.
   void setShownValue(double value);
 
   QString textFromValue(double value) const override;
@@ -59,7 +59,7 @@ class ValueField : public QDoubleSpinBox {
   QSize minimumSizeHint() const override { return sizeHint(); }
 
  Q_SIGNALS:
-  /// A person changed it. May lie outside the range when the value did before.
+  /// The user changed it. May be outside the range if the value was before.
   void moved(double value);
 
  protected:

@@ -6,14 +6,14 @@
 
 namespace veloria {
 
-/// A wrapping label of a control that can be clicked in its stead.
+/// A wrapping label that can be clicked instead of its control.
 class SettingLabel : public QLabel {
   Q_OBJECT
 
  public:
   enum class Tone {
     title,
-    help,  ///< smaller and dimmer, in the colours of whichever palette is set
+    help,  ///< smaller and dimmer, following the palette
   };
   SettingLabel(Tone tone, const QString& text, QWidget* parent);
 
@@ -34,8 +34,8 @@ class SettingLabel : public QLabel {
   bool settingTone_ = false;
 };
 
-/// A check box or radio button without a text of its own, and beside it a title and a help, which wrap. Clicking on
-/// them clicks the button. The labels become children of `parent`.
+/// Lays out a check box or radio button that has no text, with a wrapping title and help beside it. Clicking a label
+/// clicks the button. The labels become children of `parent`.
 QLayout* makeButtonRow(QAbstractButton& button, const QString& title, const QString& help, QWidget& parent);
 
 }  // namespace veloria

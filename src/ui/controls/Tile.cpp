@@ -27,14 +27,14 @@ bool isArrow(int key) {
   return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down;
 }
 
-/// A tick on a disc, so that the choice can be told without its colour.
-void paintMark(QPainter& painter, QPointF centre, const QPalette& colors) {
+/// A tick on a disc, so that the choice is visible without colour.
+void paintMark(QPainter& painter, QPointF center, const QPalette& colors) {
   painter.setPen(Qt::NoPen);
   painter.setBrush(colors.color(QPalette::Highlight));
-  painter.drawEllipse(centre, markRadius, markRadius);
-  QPainterPath tick(centre + QPointF(-4, 0));
-  tick.lineTo(centre + QPointF(-1, 3.5));
-  tick.lineTo(centre + QPointF(4.5, -3.5));
+  painter.drawEllipse(center, markRadius, markRadius);
+  QPainterPath tick(center + QPointF(-4, 0));
+  tick.lineTo(center + QPointF(-1, 3.5));
+  tick.lineTo(center + QPointF(4.5, -3.5));
   painter.setBrush(Qt::NoBrush);
   painter.setPen(QPen(colors.color(QPalette::HighlightedText), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   painter.drawPath(tick);
@@ -152,7 +152,7 @@ QList<Tile*> Tile::siblings() const {
   return found;
 }
 
-Tile* Tile::neighbour(int key) const {
+Tile* Tile::neighbor(int key) const {
   const auto all = siblings();
   const qsizetype at = all.indexOf(const_cast<Tile*>(this));
   if (key == Qt::Key_Left || key == Qt::Key_Right) {
@@ -173,7 +173,7 @@ Tile* Tile::neighbour(int key) const {
 void Tile::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) return click();
   if (!isArrow(event->key())) return QRadioButton::keyPressEvent(event);
-  if (Tile* next = neighbour(event->key())) next->setFocus(Qt::OtherFocusReason);
+  if (Tile* next = neighbor(event->key())) next->setFocus(Qt::OtherFocusReason);
 }
 
 void Tile::focusInEvent(QFocusEvent* event) {

@@ -81,7 +81,7 @@ class PreviewCanvas {
 
 }  // namespace
 
-/// What the thread holds while something is wanted.
+/// What the thread keeps while something is wanted.
 class PreviewPainter::Canvases {
  public:
   explicit Canvases(PreviewGpu gpu) : gpu_(std::move(gpu)) {
@@ -94,7 +94,7 @@ class PreviewPainter::Canvases {
   }
   void endFrames() { frames_.reset(); }
 
-  /// Draws the next frame of a still; the picture, when it was the last.
+  /// Draws the next frame of a still; returns the picture after the last.
   std::optional<QImage> advance(const Job& job) {
     if (job.number != stillNumber_) beginStill(job);
     const PreviewStill& still = job.still;
@@ -200,7 +200,7 @@ void PreviewPainter::run() {
   }
 }
 
-/// Waits for something to do. Frames and stills take turns where both are wanted.
+/// Waits for something to do. Frames and stills take turns if both are wanted.
 PreviewPainter::Task PreviewPainter::next(bool hasCanvases, Task last) {
   std::unique_lock guard(lock_);
   for (;; wanted_.wait(guard)) {

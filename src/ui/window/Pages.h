@@ -21,40 +21,40 @@ class SettingsPage : public QScrollArea {
  public:
   explicit SettingsPage(QWidget* parent);
 
-  /// What scrolls.
+  /// The content.
   QVBoxLayout& column() { return *column_; }
 
  private:
   QVBoxLayout* column_;
 };
 
-/// A card of its own kind, and where it belongs.
+/// A card that is not made from the catalogue, and its place.
 struct CardPlacement {
   SettingTab tab{};
-  /// The English title of the group of ordinary controls that it follows; null: above all of them. Cards of one place
-  /// stand in the order in which they were added.
+  /// The English title of the catalogue group that it follows; null: it comes first. Cards in the same place keep the
+  /// order in which they were added.
   const char* afterGroup = nullptr;
-  QString title;     ///< as people read it; the search finds it by this and its synonyms. Empty: not to be searched for
+  QString title;     ///< shown, and searched together with the synonyms; empty: not searchable
   QString synonyms;  ///< other words for it, may be empty
-  /// Makes it, when its tab is about to be seen for the first time. The page becomes its parent.
+  /// Called before its tab is first shown. The page becomes the parent.
   std::function<QWidget*()> make;
 };
 
-/// One tab: its cards, and its ordinary settings in a card for each group. It is empty until it is built. Main
-/// thread; the editor must outlive it.
+/// One tab: its own cards, and a card for each group of the catalogue. Empty until build(). Main thread; the editor
+/// must outlive it.
 class TabPage : public SettingsPage {
   Q_OBJECT
 
  public:
   TabPage(SettingTab tab, SettingsEditor& editor, QWidget* parent);
 
-  /// Before it is built.
+  /// Only before build().
   void addCard(CardPlacement placement);
 
-  /// Makes what is in it, unless that is there already: before it is shown for the first time.
+  /// Creates the content; further calls do nothing. Call it before the tab is first shown.
   void build();
 
-  /// Scrolls to a card, by its title.
+  /// Scrolls to the card with this title.
   void showCard(const QString& title);
 
  private:
@@ -68,39 +68,38 @@ class TabPage : public SettingsPage {
   bool built_ = false;
 };
 
-/// What a person typed into the search field, as words: case and accents don't count, nor do the words' order and the
-/// space around them.
+/// Splits a search into words, without case and accents.
 QStringList searchWords(const QString& typed);
 
-/// Whether each of the words is somewhere in the text.
+/// Whether the text contains each of the words.
 bool containsWords(const QString& text, const QStringList& words);
 
-/// All in which a setting is looked for: its key, and its title, help, group, tab, choices and synonyms both in the
-/// person's language and in English.
+/// The text by which a setting is found: its key, and its title, help, group, tab, choices and synonyms, both
+/// translated and in English.
 QString searchText(const Setting& setting);
 
-/// What a search found: the controls themselves, each under the name of its place, and links to cards.
+/// The results of a search: the controls themselves, each below the name of its place, and links to cards.
 class SearchPage : public SettingsPage {
   Q_OBJECT
 
  public:
   SearchPage(SettingsEditor& editor, QWidget* parent);
 
-  /// Makes a card findable.
+  /// Adds a card to the search.
   void addLink(SettingTab tab, const QString& title, const QString& synonyms);
 
-  /// Shows what has all the words in it, in the order of the tabs. How many there are.
+  /// Shows everything that contains all the words, in tab order, and returns how many there are.
   int search(const QString& typed);
 
  Q_SIGNALS:
-  /// A person followed the link to a card.
+  /// The user followed a link to a card.
   void cardWanted(veloria::SettingTab tab, const QString& title);
 
  private:
   struct Entry {
     SettingTab tab{};
-    QString text;                    ///< in which the words are looked for
-    std::function<QWidget*()> make;  ///< made when it is found for the first time
+    QString text;                    ///< searched for the words
+    std::function<QWidget*()> make;  ///< called when it is first found
     QWidget* row = nullptr;
   };
   QWidget* makeRow(const Setting& setting);
