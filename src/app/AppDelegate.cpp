@@ -13,9 +13,9 @@ namespace {
 
 constexpr const char* alertTitle = "Veloria could not start";
 constexpr int maximumRecoveryAttempts = 20;
-/// Panels and compositors that start together with us need a moment before they can be looked at.
+/// Panels and compositors that start with us need a moment before they can be inspected.
 constexpr double hintDelay = 2.0;
-/// How far around a window, in points, the pointer still counts as on it; further where it may stir from outside.
+/// How far outside a window, in points, the pointer still counts; further if it may act from outside.
 constexpr double pointerMargin = 40;
 constexpr double widePointerMargin = 120;
 
@@ -294,7 +294,7 @@ void AppDelegate::recoverDevice() {
 }
 
 std::string AppDelegate::hintFor(const NimbraWindow& window) const {
-  // A bleed below the bar is seen whatever the panel is like.
+  // A bleed below the panel is visible whatever the panel is like.
   const StripGeometry& geometry = window.geometry();
   if (geometry.windowFrame.height > geometry.menuBarHeight + 0.5) return {};
   return services_.panels->visibilityHint(window.screen(), window.level());

@@ -39,28 +39,28 @@ struct AppServices {
   SceneDriver* driver = nullptr;
   /// Null: the band is drawn whenever it is enabled.
   ActivityWatcher* activity = nullptr;
-  /// Null: nobody follows the pointer.
+  /// Null: the pointer is not followed.
   PointerTracker* pointer = nullptr;
-  /// Null where the menu bar can't be captured; `captureProblem` then says why, for people.
+  /// Null if the menu bar can't be captured; `captureProblem` then says why, for people.
   BarCaptureStream* captureStream = nullptr;
   std::string captureProblem;
-  /// Why the desktop's picture gives no colours. Empty: nobody can say.
+  /// Why the wallpaper gives no colours. May be empty.
   std::function<std::optional<std::string>()> pictureError = {};
   Environment environment;
-  /// What the panels are made on, for people: "x11" or "wayland".
+  /// The display system, for people: "x11" or "wayland".
   std::string backendName;
-  /// Shows a critical message (a title and what it is about) until it is read.
+  /// Shows a critical message until it is dismissed.
   std::function<void(const std::string& message, const std::string& informative)> alert;
-  /// Ends the event loop: what an alert told of can't be mended.
+  /// Ends the event loop, after an error that can't be recovered from.
   std::function<void()> terminate;
-  /// Tells the user something, at most once each; it can be overlooked.
+  /// Shows the user a hint, which may go unnoticed. Each text once at most.
   std::function<void(const std::string& text)> hint;
 };
 
 /// The screens that get a band: all of them, or the first one only.
 std::vector<Screen> targetScreens(const NimbraConfig& config, const std::vector<Screen>& screens);
 
-/// The work that a change of settings needs beyond the next frame's.
+/// The extra work that a change of settings needs.
 struct ChangePlan {
   bool recompile = false;
   bool rebuildWindows = false;
@@ -69,8 +69,8 @@ struct ChangePlan {
 };
 ChangePlan planChange(const std::optional<NimbraConfig>& last, const NimbraConfig& now);
 
-/// The spine of the application: one device and shader library, a window and renderer for each target screen, and the
-/// smallest rebuild for each change of settings or screens. Main thread.
+/// The controller of the application: owns one GPU device and shader library, and a window and renderer for each target
+/// screen. Rebuilds as little as possible when settings or screens change. Main thread.
 class AppDelegate {
  public:
   explicit AppDelegate(AppServices services);
@@ -78,17 +78,17 @@ class AppDelegate {
   AppDelegate(const AppDelegate&) = delete;
   AppDelegate& operator=(const AppDelegate&) = delete;
 
-  /// Makes the device, its shader library and the capture. Where that fails it shows the alert and returns false: the
-  /// program should end, and nothing else need have been made.
+  /// Makes the device, its shader library and the capture. If that fails, shows the alert and returns false; the
+  /// program should then end.
   bool startGpu();
   /// Starts everything else, once startGpu() has returned true.
   void didFinishLaunching();
   void willTerminate();
 
-  /// Tries the capture of the menu bar again where it is wanted and does not run: when what it lacked has come.
+  /// Retries the capture of the menu bar if it is wanted and not running, for example once a permission is granted.
   void updateCapture();
 
-  /// Empties every fluid; the next frames start from nothing.
+  /// Clears every fluid; the next frames start empty.
   void restartSimulation();
 
   AppStatus status() const;
@@ -97,7 +97,7 @@ class AppDelegate {
   const std::map<std::uint32_t, std::shared_ptr<NimbraRenderer>>& renderers() const { return renderers_; }
 
  private:
-  /// Why the GPU can't be used; empty when it can.
+  /// Why the GPU can't be used; empty if it can.
   std::string makeGpu();
   void rebuildWindows();
   void makeWindow(const Screen& screen, const NimbraConfig& config);

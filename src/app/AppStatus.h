@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/Geometry.h"
-#include "settings/Modes.h"
+#include "settings/NimbraConfig.h"
 #include "sources/AudioSource.h"
 
 namespace veloria {
@@ -44,32 +44,32 @@ struct CaptureStatus {
 
 struct PointerStatus {
   bool available = false;
-  std::string reason;  ///< why it is not; empty when it is
+  std::string reason;  ///< why it is not; empty if it is
 };
 
-/// What the running application can say about itself.
+/// The state of the running application.
 struct AppStatus {
   bool rendering = false;
-  std::string reason;  ///< why not; empty when it is
+  std::string reason;  ///< why not; empty if it is
   Visualizer visualizer = Visualizer::autonomous;
   LayerMode layer = LayerMode::desktopStrip;
-  std::string backend;  ///< what it draws on, "x11" or "wayland"
+  std::string backend;  ///< the display system, "x11" or "wayland"
   std::string device;   ///< the GPU's name
   std::vector<ScreenStatus> screens;
   std::optional<std::string> scriptError;
   AudioStatus audio;
   std::optional<WeatherStatus> weather;     ///< nothing before the first answer or error
-  std::optional<std::string> pictureError;  ///< why the desktop's picture gives no colours, while they are wanted
+  std::optional<std::string> pictureError;  ///< why the wallpaper gives no colours, while they are wanted
   CaptureStatus capture;
   PointerStatus pointer;
-  std::string hint;  ///< what a person should be told about this desktop; may be empty
+  std::string hint;  ///< advice for the user about this desktop; may be empty
 };
 
-/// As programs read it, "running" being true.
+/// For programs; "running" is true.
 nlohmann::ordered_json toJson(const AppStatus& status);
 
-/// As people read it: lines for the object that toJson() made, or one that came from a socket. Members that are missing
-/// or of the wrong type are left out; control characters are not let through.
+/// For people: lines of text from the object that toJson() makes, which may come from a socket. Missing members and
+/// those of a wrong type are skipped; control characters become spaces.
 std::string statusText(const nlohmann::ordered_json& status);
 
 }  // namespace veloria

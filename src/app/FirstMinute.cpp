@@ -7,14 +7,13 @@ namespace veloria {
 
 namespace {
 
-constexpr double bleed = 24;  // points: as tall as the lowest bar, so it is seen below most of them
+constexpr double bleed = 24;  // points: as tall as the lowest panel, so that it is visible below most of them
 constexpr double readableOpacity = 0.5;
 
 constexpr const char* title = "Veloria is running";
 constexpr const char* situation = "Its light is behind the panel at the top of the screen, and the panel may hide it.";
 constexpr const char* advice =
-    " To change that, start veloria again: it opens the settings, where the light can be put over the panel or hang "
-    "below it.";
+    " To change that, run veloria again to open the settings. Under Bar, choose \"Over the bar\" or raise \"Bleed\".";
 
 }  // namespace
 
@@ -24,10 +23,10 @@ std::vector<LightOffer> lightOffers(const NimbraConfig& config) {
 }
 
 std::string_view label(LightOffer offer) {
-  return offer == LightOffer::overPanel ? "Show it over the panel" : "Let it hang below";
+  return offer == LightOffer::overPanel ? "Show it over the panel" : "Hang below the panel";
 }
 
-NimbraConfig take(LightOffer offer, const NimbraConfig& config, bool textCanBeKept) {
+NimbraConfig withOffer(LightOffer offer, const NimbraConfig& config, bool textCanBeKept) {
   NimbraConfig taken = config;
   if (offer == LightOffer::belowPanel) {
     taken.extraHeight = std::max(taken.extraHeight, bleed);
@@ -54,7 +53,7 @@ void FirstMinute::lightIsHidden() {
 }
 
 void FirstMinute::accept(LightOffer offer) {
-  ports_.settings->setConfig(take(offer, ports_.settings->config(), ports_.textCanBeKept()));
+  ports_.settings->setConfig(withOffer(offer, ports_.settings->config(), ports_.textCanBeKept()));
 }
 
 }  // namespace veloria

@@ -9,21 +9,21 @@
 
 namespace veloria {
 
-/// A change of settings that brings light into view which a panel hides.
+/// A change of settings that shows light which a panel hides.
 enum class LightOffer { overPanel, belowPanel };
 
-/// The offers that would help with these settings, the better one first; none where the band is not behind a panel.
+/// The offers that help with these settings, the better one first; none if the band is not behind a panel.
 std::vector<LightOffer> lightOffers(const NimbraConfig& config);
 
-/// What is written on its button.
+/// The text of its button.
 std::string_view label(LightOffer offer);
 
-/// The settings with the offer taken. Over the panel its text is kept where that can be done (`textCanBeKept`);
-/// elsewhere the band is made faint enough to read through.
-NimbraConfig take(LightOffer offer, const NimbraConfig& config, bool textCanBeKept);
+/// The settings after accepting the offer. Over the panel its text is kept readable if `textCanBeKept`; otherwise the
+/// band is made faint enough to read through.
+NimbraConfig withOffer(LightOffer offer, const NimbraConfig& config, bool textCanBeKept);
 
-/// Tells a newcomer, once, that a panel hides the light, with a way out that is one click away. It is called back by
-/// the notifier, so it must live until no more events come. Main thread.
+/// Tells a new user once that a panel hides the light, and offers to fix that with one click. The notifier calls back,
+/// so this must live until the event loop has ended. Main thread.
 class FirstMinute {
  public:
   struct Ports {
@@ -31,16 +31,15 @@ class FirstMinute {
     Notifier* notifier = nullptr;
     /// Whether the panel's text can be kept readable under the band now.
     std::function<bool()> textCanBeKept;
-    /// Whether a newcomer was told before, by this process or an earlier one.
+    /// Whether the user was told before, in this session or an earlier one.
     std::function<bool()> wasTold;
-    /// Called when they have been.
+    /// Called once the user has been told.
     std::function<void()> rememberTold;
   };
 
   explicit FirstMinute(Ports ports);
 
-  /// To be called when a panel hides the light, or may hide it. A desktop that shows no notifications does no harm, and
-  /// leaves it untold.
+  /// Call it when a panel hides the light or may do so. On a desktop without notifications the user counts as not told.
   void lightIsHidden();
 
  private:

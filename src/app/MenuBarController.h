@@ -4,15 +4,24 @@
 #include <string>
 #include <string_view>
 
-#include "app/MenuModel.h"
+#include "ports/Menu.h"
 #include "ports/SettingsPresenter.h"
 #include "ports/StatusItem.h"
+#include "settings/NimbraConfig.h"
 #include "settings/SettingsEditor.h"
 
 namespace veloria {
 
-/// The program's only visible control: a status item that opens the settings, and its quick menu. It changes settings
-/// through the editor and in no other way, so that the settings window can take its changes back. Main thread.
+/// The quick menu for these settings. `version` is the program's, as people see it.
+Menu quickMenu(const NimbraConfig& config, std::string_view version);
+
+enum class ClickResponse { showMenu, openSettings, closeSettings };
+
+/// What a click does. The menu leaves open settings open.
+ClickResponse responseTo(Click click, bool controlHeld, bool settingsShown);
+
+/// The status item, which opens the settings, and its quick menu. It changes settings through the editor only, so that
+/// the settings window can undo them. Main thread.
 class MenuBarController {
  public:
   /// What the pointers point to must outlive the controller.
@@ -20,29 +29,29 @@ class MenuBarController {
     SettingsEditor* settings = nullptr;
     StatusItem* statusItem = nullptr;
     SettingsPresenter* presenter = nullptr;
-    /// Looks at the desktop's state anew, before the settings are shown; may be empty.
+    /// Refreshes the desktop's state before the settings are shown; may be empty.
     std::function<void()> refreshSystemState = {};
     /// Ends the program.
     std::function<void()> terminate = {};
     std::string version = {};  ///< as people see it
   };
 
-  /// Gives the status item its menu, and keeps the menu as the settings are.
+  /// Sets the status item's menu and keeps it up to date.
   explicit MenuBarController(Ports ports);
   ~MenuBarController();
   MenuBarController(const MenuBarController&) = delete;
   MenuBarController& operator=(const MenuBarController&) = delete;
 
-  /// Empties the fluids; what it does is the delegate's affair.
+  /// Called to clear the fluids.
   std::function<void()> onResetSim;
 
   void buttonClicked(Click click, bool controlHeld);
 
   void toggleEnabled();
-  /// A name of no preset changes nothing.
+  /// An unknown name changes nothing.
   void choosePreset(std::string_view name);
   void choosePalette(std::string_view name);
-  /// A raw value of no mode changes nothing.
+  /// An unknown raw value changes nothing.
   void choosePointer(std::string_view rawValue);
   void openSettings();
   void restartSim();

@@ -14,7 +14,7 @@
 
 namespace veloria {
 
-/// The number that NIMBRA_DEBUG_LEVEL gives: a base-10 integer with an optional sign; nothing for all else.
+/// Reads NIMBRA_DEBUG_LEVEL: a base-10 integer with an optional sign, otherwise nothing.
 std::optional<long> debugWindowLevel(const std::optional<std::string>& text);
 
 /// The level for a layer mode. `debugLevel` (NIMBRA_DEBUG_LEVEL) wins when it is a base-10 integer with an optional
@@ -24,7 +24,7 @@ OverlayLevel overlayLevelFor(LayerMode mode, const std::optional<std::string>& d
 /// The format to ask a surface for: extended range (rgba16Float) or 8 bits (bgra8Unorm).
 gpu::PixelFormat pixelFormatFor(bool hdrGlow);
 
-/// One screen's overlay: places and configures a panel by the settings and lets a renderer draw into it. Main thread.
+/// One screen's band: places and configures its window from the settings and lets a renderer draw into it. Main thread.
 class NimbraWindow {
  public:
   struct Options {
@@ -38,10 +38,10 @@ class NimbraWindow {
   NimbraWindow(const NimbraWindow&) = delete;
   NimbraWindow& operator=(const NimbraWindow&) = delete;
 
-  /// Places and configures the panel again for these settings and this screen.
+  /// Places and configures the window again for these settings and this screen.
   void apply(const NimbraConfig& config, const Screen& screen);
 
-  /// Shows the panel and lets it draw, or hides it and lets it rest.
+  /// Shows the band and draws, or hides it and stops drawing.
   void setRendering(bool on);
 
   const StripGeometry& geometry() const { return geometry_; }

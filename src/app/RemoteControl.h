@@ -9,19 +9,20 @@
 
 namespace veloria {
 
-/// Answers what this user's other programs ask over the local socket; base/LocalSocket.h has the protocol. Main thread.
+/// Answers requests of this user's other programs over the local socket; base/LocalSocket.h has the protocol. Main
+/// thread.
 class RemoteControl {
  public:
   struct Ports {
     SettingsEditor* settings = nullptr;
     std::function<AppStatus()> status;
-    /// Brings up the settings; empty where there is no window for them.
+    /// Opens the settings; empty if there is no window for them.
     std::function<void()> showSettings = {};
   };
 
   explicit RemoteControl(Ports ports) : ports_(std::move(ports)) {}
 
-  /// One line of JSON, whatever the question is: {"error": text} when it could not be done.
+  /// Always one line of JSON; {"error": text} if the request failed.
   std::string answer(std::string_view question);
 
  private:

@@ -15,8 +15,8 @@ struct ProgramPlaces {
   std::filesystem::path currentFolder;
 };
 
-/// The files that may be the shader library, in the order in which they are tried: in the resource folder (listed only
-/// when it is there), beside the executable, in the current folder, in its build folder.
+/// The files that may be the shader library, in search order: in the resource folder (listed only if it exists), beside
+/// the executable, in the current folder, in its build folder.
 std::vector<std::filesystem::path> shaderLibraryCandidates(const ProgramPlaces& places);
 
 /// Loads the first candidate that is a library. Throws RendererError::noLibrary, which lists them all.

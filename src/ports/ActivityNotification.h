@@ -2,7 +2,7 @@
 
 namespace veloria {
 
-/// What the system tells; each may come at any time, any number of times and in any order.
+/// Events from the system: at any time, any number of times and in any order.
 enum class ActivityNotification {
   screensDidSleep,
   screensDidWake,

@@ -10,14 +10,14 @@ namespace veloria {
 
 /// One delivery of an audio tap. The samples are valid during the call that hands it over.
 struct AudioBlock {
-  /// False for what else the system delivers in the same way (a screen stream carries pictures too): counted, ignored.
+  /// False for other deliveries on the same stream, such as pictures: counted and ignored.
   bool isAudio = true;
-  /// Nothing when the system gave no description; the samples are then not used.
+  /// Nothing if the system gave no format; the samples are then ignored.
   std::optional<AudioFormat> format;
-  /// Why the samples could not be had, as diagnostics show it ("bufferListStatus=-12731"); empty when they could.
+  /// Why the samples could not be read, for diagnostics ("bufferListStatus=-12731"); empty if they could.
   std::string unreadable;
-  /// One buffer of samples a channel, nominally within -1...1, but whatever the system holds may be in them. A system
-  /// that interleaves its channels and does not take them apart hands over one buffer.
+  /// One buffer of samples per channel, nominally within -1...1 but unchecked. A system with interleaved channels
+  /// passes one buffer.
   std::span<const std::span<const float>> channels;
 };
 

@@ -25,7 +25,7 @@ struct BarRegion {
 struct BarPicture {
   gpu::Size size;
   /// Tightly packed rows from the top, four bytes a pixel (blue, green, red, alpha), sRGB encoded and premultiplied.
-  /// What is beside the bar has no contrast to it that could be taken for text. Valid during the call only.
+  /// Anything beside the bar has too little contrast to be mistaken for text. Valid during the call only.
   std::span<const std::byte> rows;
 };
 
@@ -33,9 +33,8 @@ struct BarPicture {
 struct BarCaptureHandlers {
   std::function<void(gpu::Size)> started;  ///< once, before the first picture: the pictures' size
   std::function<void(const BarPicture&)> picture;
-  /// Instead of `picture`, where the system's pictures are textures already: bgra8Unorm, read by shaders, of the device
-  /// that the renderers draw with. What BarPicture says of the colours holds. The memory may be the system's, which
-  /// gets it back when the texture is released.
+  /// Called instead of `picture` if the system's pictures are textures already: bgra8Unorm, readable by shaders, of the
+  /// renderers' device, with colours as in BarPicture. Releasing the texture may return its memory to the system.
   std::function<void(std::shared_ptr<gpu::Texture>)> texture = {};
   std::function<void(const std::string&)> failed;  ///< a sentence for a person; the stream has stopped
 };
@@ -44,10 +43,10 @@ struct BarCaptureHandlers {
 class BarCaptureStream {
  public:
   virtual ~BarCaptureStream() = default;
-  /// Captures `region`: a picture at once or soon, then one whenever the bar has changed, at most 30 a second. Ends
-  /// what ran before. The handlers may be called from within. A display that is not there stands for the first one.
+  /// Captures `region`: a picture at once or soon, then one whenever the bar has changed, at most 30 a second. Stops a
+  /// previous capture. The handlers may be called from inside. An unknown display means the first one.
   virtual void start(const BarRegion& region, BarCaptureHandlers handlers) = 0;
-  /// Nothing happens when it doesn't run.
+  /// No effect if it isn't running.
   virtual void stop() = 0;
 };
 

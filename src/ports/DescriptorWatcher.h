@@ -5,7 +5,7 @@
 
 namespace veloria {
 
-/// Calls back when a descriptor can be read, until the returned object is let go.
+/// Calls `onReadable` whenever the descriptor can be read, until the returned object is destroyed.
 using DescriptorWatcher = std::function<std::shared_ptr<void>(int descriptor, std::function<void()> onReadable)>;
 
 }  // namespace veloria

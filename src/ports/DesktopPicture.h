@@ -23,10 +23,10 @@ class DesktopPicture {
   DesktopPicture(const DesktopPicture&) = delete;
   DesktopPicture& operator=(const DesktopPicture&) = delete;
 
-  /// Looks up what the desktop of `screen` shows now. `answer` (not empty) is called once on the main thread, inside
-  /// this call or later, but never after this object is gone; it may ask again or destroy the object. Where there
-  /// is no picture, where it is not known and where it can't be read, the failure says so to a person. One request is
-  /// under way at most: while it is, a further one is dropped and its `answer` is never called.
+  /// Reads the current picture on the desktop of `screen`. `answer` (not empty) is called once on the main thread,
+  /// inside this call or later, but never after this object is destroyed; it may ask again or destroy the object. If
+  /// there is no picture, or it is unknown or unreadable, the failure says so, for people. While a request is running,
+  /// further ones are dropped and their `answer` is never called.
   virtual void thumbnail(const Screen& screen, Answer answer) = 0;
 
  protected:

@@ -4,7 +4,7 @@
 
 namespace veloria {
 
-/// What the desktop starts when the user logs in. Main thread; short waits for the disk only.
+/// Port: whether this program starts at login. Main thread; short waits for the disk only.
 class LoginItemPort {
  public:
   virtual ~LoginItemPort() = default;
@@ -12,7 +12,7 @@ class LoginItemPort {
   LoginItemPort& operator=(const LoginItemPort&) = delete;
 
   virtual bool isRegistered() = 0;
-  /// Doing what is done already succeeds. The error is a text for a person.
+  /// Repeating either succeeds. The error is a text for people.
   virtual Result<Done> add() = 0;
   virtual Result<Done> remove() = 0;
 

@@ -23,7 +23,7 @@ struct MenuItem {
   std::string title;  ///< plain text, empty for a separator
   bool separator = false;
   bool enabled = true;
-  std::optional<bool> checked = std::nullopt;  ///< nothing: it is not of the kind that can be checked
+  std::optional<bool> checked = std::nullopt;  ///< nothing: it can't be checked
   std::string keyEquivalent = {};              ///< one character, with the platform's menu modifier; empty: none
   MenuAction action = MenuAction::none;
   std::string value = {};
@@ -36,8 +36,8 @@ using Menu = std::vector<MenuItem>;
 /// How the status item was clicked.
 enum class Click {
   primary,    ///< any click that isn't secondary
-  secondary,  ///< the right mouse button, or whatever else the desktop takes for it
-  unknown,    ///< it is not known what happened
+  secondary,  ///< the right mouse button, or the desktop's equivalent
+  unknown,    ///< the desktop doesn't say which
 };
 
 }  // namespace veloria

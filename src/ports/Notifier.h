@@ -6,7 +6,7 @@
 
 namespace veloria {
 
-/// A message to the person at the desktop that can be overlooked, in plain text.
+/// A message in plain text to the user, which may go unnoticed.
 struct Notification {
   struct Action {
     std::string label;
@@ -16,15 +16,15 @@ struct Notification {
   std::string title;
   std::string text;                ///< shown together with the actions
   std::vector<Action> actions;     ///< two at most are shown
-  std::string textWithoutActions;  ///< shown instead where the desktop offers no actions
+  std::string textWithoutActions;  ///< shown instead if the desktop has no actions
 };
 
 /// Port: shows notifications. Main thread; never waits for the desktop.
 class Notifier {
  public:
   virtual ~Notifier() = default;
-  /// `delivered` is called, later, when the desktop has taken it; never where there is nobody to take it. An action is
-  /// called when it is chosen, as long as the notifier lives.
+  /// `delivered` is called later, once the desktop has accepted the notification; never without a notification service.
+  /// A chosen action is called as long as the notifier exists.
   virtual void show(Notification notification, std::function<void()> delivered) = 0;
 };
 

@@ -10,9 +10,9 @@ namespace veloria {
 
 /// Port: where the pointer is. Main thread.
 struct PointerSource {
-  /// The pointer now, in global points (y up); absent while the system doesn't tell. Asked up to 60 times a second from
-  /// the thread that draws: may wait for one answer of the display server, and for nothing else. Empty where the system
-  /// never tells.
+  /// The pointer's position in global points (y up); nothing while it is unknown. Called up to 60 times a second on the
+  /// thread that draws: may wait for one reply of the display server, and for nothing else. Empty if the system never
+  /// reports it.
   std::function<std::optional<Point>()> location;
   /// For people: why `location` is empty.
   std::string reason;

@@ -29,8 +29,7 @@ struct Screen {
 class ScreenProvider {
  public:
   virtual ~ScreenProvider() = default;
-  /// All screens now, the one with the menu bar first; empty when there are none. What the display server says is
-  /// checked before it gets here: no screen without a size, none larger than 65535 pixels.
+  /// All screens, the one with the menu bar first; may be empty. Sizes are validated: above 0, at most 65535 pixels.
   virtual std::vector<Screen> screens() = 0;
   /// Called after the list has changed, once for a burst of changes.
   virtual void setChangeHandler(std::function<void()> handler) = 0;

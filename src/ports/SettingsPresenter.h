@@ -6,12 +6,12 @@
 
 namespace veloria {
 
-/// Port: the settings, where a person can see and change them. Main thread.
+/// Port: the settings window. Main thread.
 class SettingsPresenter {
  public:
   virtual ~SettingsPresenter() = default;
-  /// Shows them, or brings them to the front, ready for the keyboard. `place` is what the person clicked, as
-  /// StatusItem::place() gives it; nothing: wherever windows appear.
+  /// Shows it, or brings it to the front, with the keyboard focus. `place` is what the user clicked (see
+  /// StatusItem::place()); nothing: the default place.
   virtual void show(const std::optional<Rect>& place) = 0;
   virtual void close() = 0;
   virtual bool isShown() const = 0;

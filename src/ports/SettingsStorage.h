@@ -14,7 +14,7 @@ class SettingsStorage {
   virtual std::optional<std::string> read(std::string_view key) = 0;
   /// Replaces what is stored under `key`, all or nothing. False when that failed; what was there is then still there.
   virtual bool write(std::string_view key, std::string_view bytes) = 0;
-  /// Returns when everything that was written is where it outlasts the program. Any thread.
+  /// Returns once everything that was written is on disk, or has failed. Any thread.
   virtual void flush() {}
 };
 

@@ -8,7 +8,7 @@
 
 namespace veloria {
 
-/// Port: the program's icon among those that the desktop's panel shows. Main thread.
+/// Port: the program's icon in the desktop's status area. Main thread.
 class StatusItem {
  public:
   struct Handlers {
@@ -21,10 +21,10 @@ class StatusItem {
   virtual void setHandlers(Handlers handlers) = 0;
   /// Replaces the menu. May be called from a handler.
   virtual void setMenu(const Menu& menu) = 0;
-  /// Opens the menu, where the desktop lets a program do so.
+  /// Opens the menu, if the desktop lets programs do so.
   virtual void showMenu() = 0;
-  /// Where the icon is, or, where only that is known, the spot that was clicked last. In the coordinates in which the
-  /// platform places windows, top-down: for the SettingsPresenter, which is of the same platform, and nobody else.
+  /// The place of the icon, or of the last click if only that is known. In the platform's window coordinates (y down),
+  /// for the SettingsPresenter of the same platform only.
   virtual std::optional<Rect> place() const = 0;
 };
 

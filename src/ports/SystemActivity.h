@@ -6,22 +6,21 @@
 
 namespace veloria {
 
-/// Port: what happens to this computer and session. Main thread.
+/// Port: power and session events of this computer. Main thread.
 class SystemActivity {
  public:
   virtual ~SystemActivity() = default;
   SystemActivity(const SystemActivity&) = delete;
   SystemActivity& operator=(const SystemActivity&) = delete;
 
-  /// `handler` gets every change from now on, and at once what is not as at the start of an ActivityWatcher, where the
-  /// system tells that. It must not destroy this object. An empty one ends it.
+  /// `handler` gets every change from now on, and at once each state that differs from the initial one of an
+  /// ActivityWatcher, if the system reports it. It must not destroy this object. An empty handler ends the calls.
   virtual void setHandler(std::function<void(ActivityNotification)> handler) = 0;
 
-  /// What was last known; doesn't wait.
+  /// The last known state; doesn't wait.
   virtual bool isOnBattery() = 0;
 
-  /// What the display server says of the displays' power, for systems that don't tell it otherwise. Nothing but a
-  /// change counts.
+  /// The power state of the displays from the display server, for systems with no other source. Only changes count.
   virtual void setDisplaysOff(bool) {}
 
  protected:

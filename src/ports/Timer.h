@@ -17,7 +17,7 @@ class Timer {
   Timer() = default;
 };
 
-/// A call to come, or none. Move-only; the call is off when this is destroyed.
+/// A pending call, or none. Move-only; destroying it cancels the call.
 class OneShot {
  public:
   OneShot() = default;

@@ -1,8 +1,8 @@
-// Every field of the settings record, once, in the order in which the fields are written. Define what is wanted of
-// these and include it; the rest is left out.
-//   VELORIA_FIELD(type, name, default, group)              each field; the name is also its key in the file
-//   VELORIA_NUMBER(type, name, default, group, low, high)  each number, with the range that the settings window offers
-//   VELORIA_KEYWORD(name, low, high, keyword)              each number that scripts drive, with the range they keep to
+// Every field of the settings record, in the order in which they are stored. Define the macros that you need and
+// include this file; the others expand to nothing. VELORIA_FIELD(type, name, default, group)              each field;
+// the name is also its key in the file VELORIA_NUMBER(type, name, default, group, low, high)  each number, with the
+// range that the settings window offers VELORIA_KEYWORD(name, low, high, keyword)              each number that scripts
+// drive, with the range they keep to
 
 #ifndef VELORIA_FIELD
 #define VELORIA_FIELD(type, name, initial, group)

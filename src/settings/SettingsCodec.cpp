@@ -21,8 +21,8 @@ using OrderedJson = nlohmann::ordered_json;
 constexpr std::size_t leastStops = 4;
 constexpr std::size_t stopChannels = std::tuple_size_v<ColorStop>;
 
-// Each type of field says what its values are (`kind`), reads one (`read`, nothing when it is not such a value) and
-// writes one (`write`, nothing when `read` would refuse it). An enum is the general case.
+// For each type of field `kind` describes its values, `read` reads one (nothing if the JSON is of another kind) and
+// `write` writes one (nothing if `read` would refuse it). The general case is an enum.
 
 template <typename E>
 struct Coding {
@@ -160,7 +160,7 @@ constexpr bool mayBeMissing = false;
 template <typename T>
 constexpr bool mayBeMissing<std::optional<T>> = true;
 
-/// Sets a field from a value. The error when that fails is what is wrong with it.
+/// Sets a field from a value; the error says what is wrong.
 template <typename T>
 Result<Done> assign(T& field, std::string_view key, const Json& json) {
   auto value = Coding<T>::read(json);
@@ -189,7 +189,7 @@ SettingsField describe(std::string_view key, const T& initial) {
   return {key, Coding<T>::kind(), Coding<T>::write(initial)->dump()};
 }
 
-/// How many letters must be put in, left out or changed to make one word of the other.
+/// The number of letters to insert, delete or change to turn one word into the other.
 std::size_t editDistance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
@@ -203,7 +203,7 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
-/// How unlike a key is to what was typed; a key that holds it (or is held by it) is as near as one wrong letter.
+/// How much a key differs from what was typed. A key that contains it, or the reverse, counts as one wrong letter.
 std::size_t unlikeness(std::string_view typed, std::string_view key) {
   const std::string a = lowerCased(typed);
   const std::string b = lowerCased(key);
@@ -211,7 +211,7 @@ std::size_t unlikeness(std::string_view typed, std::string_view key) {
   return std::min(editDistance(a, b), holds ? std::size_t{1} : a.size() + b.size());
 }
 
-/// The keys that somebody may have meant, the likeliest first.
+/// The keys that may have been meant, the most likely first.
 std::vector<std::string_view> nearestKeys(std::string_view typed) {
   constexpr std::size_t longestTyped = 64;
   constexpr std::size_t most = 3;

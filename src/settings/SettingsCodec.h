@@ -17,13 +17,12 @@ namespace veloria {
 std::optional<std::string> encodeSettings(const NimbraConfig& config);
 
 /// Reads a record from bytes of any origin, all or nothing. Fails when the bytes are no JSON object (see
-/// parseStrictJson()), when any key but `customPalette` is missing, or when a value is of the wrong kind:
-/// - a truth value is true or false, a string is a string, an enum is exactly one of its raw values;
-/// - a double is any number; an integer is a number without a fraction that fits 64 bits (60.0 is 60);
-/// - `customPalette` is null (as if missing) or an object with a string `name` and `stops`: at least four, each of at
-///   least three numbers from 0 to 1, of which the first three count.
-/// Keys that are not known are ignored. Of a key that is there twice the last one counts. No value is capped. The error
-/// names the key and says what would be right.
+/// parseStrictJson()), when any key but `customPalette` is missing, or when a value is of the wrong kind: - a truth
+/// value is true or false, a string is a string, an enum is exactly one of its raw values; - a double is any number; an
+/// integer is a number without a fraction that fits 64 bits (60.0 is 60); - `customPalette` is null (as if missing) or
+/// an object with a string `name` and `stops`: at least four, each of at least three numbers from 0 to 1, of which the
+/// first three count. Unknown keys are ignored; of duplicate keys the last counts. No value is clamped. The error names
+/// the key and says what is expected.
 Result<NimbraConfig> decodeSettings(std::string_view bytes);
 
 /// One field, for help texts.
@@ -37,7 +36,7 @@ struct SettingsField {
 const std::vector<SettingsField>& settingsFields();
 
 /// Sets one field to a value given as JSON text, checked as decodeSettings() does. On failure the record is unchanged
-/// and the error says what would be right; for an unknown key it names those that are spelled nearly so.
+/// and the error says what is expected; for an unknown key it suggests similar ones.
 Result<Done> setField(NimbraConfig& config, std::string_view key, std::string_view json);
 
 }  // namespace veloria

@@ -6,7 +6,7 @@ namespace veloria {
 
 namespace {
 
-/// Replaces in `config` every field in which `from` and `to` differ by that of `to`.
+/// Copies to `config` every field of `to` that differs from `from`.
 void applyDifference(NimbraConfig& config, const NimbraConfig& from, const NimbraConfig& to) {
 #define VELORIA_FIELD(type, name, initial, group) \
   if (!(from.name == to.name)) config.name = to.name;
@@ -29,7 +29,7 @@ void SettingsEditor::change(std::string_view what, const std::function<void(Nimb
   if (joins) {
     done_.back().after = after;
     done_.back().time = now;
-    if (done_.back().before == after) done_.pop_back();  // back to where it was: nothing to take back
+    if (done_.back().before == after) done_.pop_back();  // back where it was: nothing to undo
   } else {
     if (done_.size() == maximumSteps) done_.erase(done_.begin());
     done_.push_back({std::string(what), before, after, now});
@@ -60,18 +60,18 @@ void SettingsEditor::useOwnPalette() {
 }
 
 void SettingsEditor::undo() {
-  takeStep(done_, undone_, false);
+  moveStep(done_, undone_, false);
 }
 
 void SettingsEditor::redo() {
-  takeStep(undone_, done_, true);
+  moveStep(undone_, done_, true);
 }
 
-void SettingsEditor::takeStep(std::vector<Step>& from, std::vector<Step>& to, bool forwards) {
+void SettingsEditor::moveStep(std::vector<Step>& from, std::vector<Step>& to, bool forwards) {
   if (from.empty()) return;
   Step step = std::move(from.back());
   from.pop_back();
-  step.time = -joinSeconds;  // nothing joins a step that was taken back
+  step.time = -joinSeconds;  // nothing joins an undone step
   NimbraConfig config = store_.config();
   applyDifference(config, forwards ? step.before : step.after, forwards ? step.after : step.before);
   to.push_back(std::move(step));

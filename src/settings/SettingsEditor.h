@@ -12,11 +12,11 @@
 
 namespace veloria {
 
-/// The hand of the person: what they change in the settings window, in the quick menu or by the nimbra command goes
-/// through here into the store, and can be taken back. Main thread. The store must outlive it.
+/// Changes that the user makes in the settings window, in the quick menu or with the nimbra command. They go through
+/// here into the store and can be undone. Main thread. The store must outlive it.
 class SettingsEditor {
  public:
-  /// Changes of the same thing that follow each other within this many seconds are one step of undo: a dragged slider.
+  /// Changes of the same thing within this many seconds of each other are one undo step, such as a dragged slider.
   static constexpr double joinSeconds = 1.0;
   static constexpr std::size_t maximumSteps = 100;
 
@@ -27,11 +27,11 @@ class SettingsEditor {
   /// The current record; good until the next change.
   const NimbraConfig& config() const { return store_.config(); }
 
-  /// Applies `edit` to a copy of the record and stores it when that changed anything. `what` names what is changed: a
-  /// field's key or the title of an action.
+  /// Applies `edit` to a copy of the record and stores the copy if it differs. `what` names what is changed: a field's
+  /// key or the title of an action.
   void change(std::string_view what, const std::function<void(NimbraConfig&)>& edit);
 
-  /// Choices of colours. A palette of one's own that goes out of use by them is kept: see useOwnPalette().
+  /// These replace the palette. The user's own, if it goes out of use, is kept for useOwnPalette().
   void choosePreset(const LookPreset& preset);
   void choosePalette(std::string_view name);
   void putOwnPaletteAside();
@@ -39,8 +39,8 @@ class SettingsEditor {
   const std::optional<Palette>& ownPalette() const { return store_.ownPalette(); }
   void useOwnPalette();
 
-  /// Takes back, or makes again, the last step. Nothing happens when there is none. What others changed in between is
-  /// kept where the step itself did not touch it.
+  /// Undo or redo the last step, if there is one. Fields that the step did not touch keep what others changed
+  /// meanwhile.
   void undo();
   void redo();
   bool canUndo() const { return !done_.empty(); }
@@ -55,7 +55,7 @@ class SettingsEditor {
     NimbraConfig before, after;
     double time = 0;
   };
-  void takeStep(std::vector<Step>& from, std::vector<Step>& to, bool forwards);
+  void moveStep(std::vector<Step>& from, std::vector<Step>& to, bool forwards);
 
   SettingsStore& store_;
   MediaClock clock_;

@@ -16,7 +16,7 @@ std::unique_ptr<SettingsStore>& sharedHolder() {
   return store;
 }
 
-/// The text with each byte that is not UTF-8 replaced by U+FFFD: otherwise the record could not be stored any more.
+/// Replaces bytes that are not UTF-8 by U+FFFD; otherwise the record could not be stored.
 std::string repaired(const std::string& text) {
   using Json = nlohmann::json;
   return Json::parse(Json(text).dump(-1, ' ', false, Json::error_handler_t::replace)).get<std::string>();
@@ -98,7 +98,7 @@ void SettingsStore::persist() {
   storage_->write(settingsKey, *bytes);
 }
 
-/// Puts aside what is about to be overwritten, so that a slip in a file edited by hand doesn't cost a person's work.
+/// Keeps a copy of the invalid file, so that a slip in a file edited by hand does not cost the user's work.
 void SettingsStore::keepRejected() {
   if (rejected_.empty()) return;
   storage_->write(std::string(settingsKey) + ".rejected", rejected_);

@@ -15,41 +15,37 @@ namespace veloria {
 /// The key under which the record is kept. The version is part of it: there is no migration.
 inline constexpr std::string_view settingsKey = "NimbraConfig.v1";
 
-/// The record that had the palette of the user's own which was put aside last. The palette is not kept in the record
-/// itself, whose fields are fixed.
+/// Holds the record with the user's own palette that was last put aside. The main record has no field for it.
 inline constexpr std::string_view ownPaletteKey = "NimbraConfig.v1.ownPalette";
 
-/// Owns the one live record: loads it, tells of every change and stores it whenever it really changed. Main thread.
+/// Owns the live record: loads it, notifies observers of each change, and stores it if it differs. Main thread.
 class SettingsStore {
  public:
-  /// Loads the stored record; one that is missing or doesn't decode gives the defaults, silently. Then the environment
-  /// overrides (NIMBRA_VISUALIZER, NIMBRA_LAYER, NIMBRA_HDR, NIMBRA_SCRIPT), which are not stored until something
-  /// else changes. Never fails. The environment is not kept.
+  /// Loads the stored record, or the defaults if it is missing or invalid. Then applies the environment overrides
+  /// (NIMBRA_VISUALIZER, NIMBRA_LAYER, NIMBRA_HDR, NIMBRA_SCRIPT), which are stored only with the next change. Never
+  /// fails. Does not keep the environment.
   SettingsStore(std::unique_ptr<SettingsStorage> storage, const Environment& environment);
 
-  /// Makes the store of the process, once, before anything asks for it; a second call throws std::logic_error.
+  /// Creates the process-wide store. Call it once, before shared(); a second call throws std::logic_error.
   static SettingsStore& makeShared(std::unique_ptr<SettingsStorage> storage, const Environment& environment);
 
-  /// The store of the process; throws std::logic_error before makeShared(). It lives until the process ends.
+  /// The process-wide store; throws std::logic_error before makeShared(). It lives until the process ends.
   static SettingsStore& shared();
 
-  /// The current record. The reference is good until the next change; copy what has to last.
+  /// The current record. The reference is valid until the next change.
   const NimbraConfig& config() const { return config_.get(); }
 
-  /// Replaces the record and tells the observers; then, when it differs from the one before, stores it. Observers
-  /// are told of an equal record too. A record that can't be encoded is kept in memory but not stored; one that can't
-  /// be written is the storage's to tell of.
+  /// Replaces the record, notifies the observers, also of an equal record, and then stores it if it differs. A record
+  /// that can't be encoded stays in memory only. The storage reports write failures.
   void setConfig(NimbraConfig config);
 
-  /// Returns when the storage has put the last change where it outlasts the program, or could not. Any thread.
+  /// Returns once the last change is on disk or has failed to get there. Any thread.
   void flush() { storage_->flush(); }
 
-  /// The palette of the user's own: the one in use, else the one that was put aside last, if need be by an earlier
-  /// process.
+  /// The user's own palette: the one in use, else the one last put aside, possibly in an earlier session.
   const std::optional<Palette>& ownPalette() const;
 
-  /// To be called before a palette of the user's own goes out of use: keeps it, stored. Does nothing when there is
-  /// none.
+  /// Stores the user's own palette, if there is one. Call it before that goes out of use.
   void keepOwnPalette();
 
   /// Calls the observer at once with the current record, and then with each new one; config() is then the new one

@@ -14,18 +14,16 @@ namespace veloria {
 
 /// Keeps settings in memory and writes them to a slow storage a little later, on a thread of its own: 0.3 s after the
 /// last change, and once a second while changes go on. Keys are written in the order in which they were first set. A
-/// program that is killed loses the last second at most; one that ends, nothing.
-///
-/// What can't be written is told in the system log, once, stays readable, and is tried again with the next change and
-/// at the end.
+/// program that is killed loses the last second at most; one that ends, nothing.  A failed write is reported once in
+/// the system log, stays readable, and is tried again with the next change and at the end.
 class WriteBehindStorage final : public SettingsStorage {
  public:
-  /// `slow` must bear one read() beside one write().
+  /// `slow` must allow a read() during a write().
   explicit WriteBehindStorage(std::unique_ptr<SettingsStorage> slow);
   /// Waits for flush().
   ~WriteBehindStorage() override;
 
-  /// What was written last, wherever it is by now.
+  /// What was written last, on disk or not.
   std::optional<std::string> read(std::string_view key) override;
   /// Never waits for the slow storage. Always true.
   bool write(std::string_view key, std::string_view bytes) override;
@@ -37,7 +35,7 @@ class WriteBehindStorage final : public SettingsStorage {
   struct Entry {
     std::string key;
     std::string bytes;
-    bool due = false;  ///< the slow storage has something older
+    bool due = false;  ///< not yet in the slow storage
   };
 
   Entry* find(std::string_view key);

@@ -16,12 +16,12 @@ constexpr const char* toolName = "nimbra";
 constexpr const char* defaultShell = "/bin/zsh";
 constexpr const char* manualLink = "/usr/local/bin/nimbra";
 
-/// False for what a profile printed, which is on no disk.
+/// False for text that a profile printed.
 bool canBeFolder(const fs::path& path) {
   return path.is_absolute() && path.native().find('\0') == std::string::npos;
 }
 
-/// As shells take it: nothing within the quotes has a meaning but the quote itself.
+/// Quoted for a shell, to which only the quote itself is special.
 std::string singleQuoted(const std::string& text) {
   std::string quoted = "'";
   for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);

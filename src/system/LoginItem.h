@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Log.h"
 #include "base/Result.h"
 #include "ports/LoginItemPort.h"
 
@@ -12,8 +13,12 @@ class LoginItem {
   explicit LoginItem(LoginItemPort& port) : port_(port) {}
 
   bool isEnabled() { return port_.isRegistered(); }
-  /// The error, a text for a person, is written to the system log as well.
-  Result<Done> set(bool enabled);
+  /// The error, a text for people, also goes to the system log.
+  Result<Done> set(bool enabled) {
+    Result<Done> changed = enabled ? port_.add() : port_.remove();
+    if (!changed) systemLog("Veloria: login item change failed: " + changed.error());
+    return changed;
+  }
 
  private:
   LoginItemPort& port_;

@@ -8,9 +8,8 @@
 
 namespace veloria {
 
-/// Follows the desktop's display settings, and opens them. Changes that the system tells of are followed all the time;
-/// those that it doesn't tell of only between start() and stop(), so that nothing wakes up while nobody looks. Main
-/// thread.
+/// Follows the desktop's display settings, and opens them. Changes that the system reports are followed all the time;
+/// the others are polled between start() and stop(), so that nothing wakes up while the window is closed. Main thread.
 class SystemState {
  public:
   using Pane = SystemPane;
@@ -23,12 +22,12 @@ class SystemState {
   SystemState(const SystemState&) = delete;
   SystemState& operator=(const SystemState&) = delete;
 
-  /// The settings now; observers are told of each change.
+  /// The current settings; observers are notified of each change.
   Observable<SystemFacts>& facts() { return facts_; }
 
-  /// Looks now. An answer that takes time comes later.
+  /// Reads the settings now; slow answers arrive later.
   void refresh();
-  /// Looks now and from now on regularly, until stop().
+  /// Reads the settings now and then regularly, until stop().
   void start();
   void stop();
 

@@ -8,9 +8,9 @@
 
 namespace veloria {
 
-/// Calls `work` on a thread of the pool and then `done` with its result on the main thread; `done` is not called when
-/// `owner` is gone by then. Call it on the main thread. `work` must not throw and must not touch `owner`; whatever it
-/// holds has to be good on any thread, until the program ends.
+/// Runs `work` on a pool thread, then calls `done` with its result on the main thread, unless `owner` is gone by then.
+/// Call it on the main thread. `work` must not throw or touch `owner`; what it captures must be usable on any thread
+/// until the program ends.
 template <typename Work, typename Done>
 void runInBackground(QObject* owner, Work work, Done done) {
   QThreadPool::globalInstance()->start([held = QPointer<QObject>(owner), work = std::move(work), done] {

@@ -12,13 +12,13 @@ VisibilityWatch::VisibilityWatch(QWidget* watched, std::function<void(bool seen)
 
 bool VisibilityWatch::eventFilter(QObject* object, QEvent* event) {
   const bool ofWatched = object == watched_;
-  if (ofWatched && event->type() == QEvent::Show) look(true);
-  if (ofWatched && event->type() == QEvent::Hide) look(false);
-  if (object == window_ && event->type() == QEvent::WindowStateChange) look(watched_->isVisible());
+  if (ofWatched && event->type() == QEvent::Show) update(true);
+  if (ofWatched && event->type() == QEvent::Hide) update(false);
+  if (object == window_ && event->type() == QEvent::WindowStateChange) update(watched_->isVisible());
   return false;
 }
 
-void VisibilityWatch::look(bool shown) {
+void VisibilityWatch::update(bool shown) {
   if (QWidget* window = watched_->window(); window != window_) {
     if (window_ && window_ != watched_) window_->removeEventFilter(this);
     window_ = window;

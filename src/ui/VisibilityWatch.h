@@ -6,13 +6,13 @@
 
 namespace veloria {
 
-/// Tells when a widget begins and ceases to be seen: shown, in a window that is not minimised.
+/// Reports when a widget becomes visible or hidden. Visible means shown in a window that is not minimised.
 class VisibilityWatch : public QObject {
   Q_OBJECT
 
  public:
-  /// `changed` is called on changes only, never from here, and never after this is gone: an owner that derives from
-  /// the watched widget holds it as a member, for a widget is hidden once more while it is destroyed.
+  /// `changed` is called on changes only, never by the constructor and never after this object is gone. A widget that
+  /// watches itself must hold this as a member, because it is hidden once more during its destruction.
   VisibilityWatch(QWidget* watched, std::function<void(bool seen)> changed);
 
   bool seen() const { return seen_; }
@@ -21,7 +21,7 @@ class VisibilityWatch : public QObject {
   bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
-  void look(bool shown);
+  void update(bool shown);
 
   QWidget* watched_;
   QPointer<QWidget> window_;

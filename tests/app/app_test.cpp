@@ -1,73 +1,83 @@
 // The delegate on invented screens and panels: what is built, rebuilt and left alone.
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 
-#include "AppFakes.h"
+#include "../support/ManualTimers.h"
+#include "../support/MemoryStorage.h"
 #include "app/AppDelegate.h"
 #include "gpu/recording/RecordingDevice.h"
-#include "render/RendererError.h"
-#include "settings/LookPreset.h"
 
 namespace veloria::tests {
 namespace {
 
 using gpu::recording::RecordingDevice;
 using gpu::recording::RecordingSurface;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
-const std::set<std::string> allFunctions{
-    "k_advect_velocity", "k_curl",       "k_forces", "k_divergence", "k_jacobi", "k_project", "k_advect_dye",
-    "k_clear",           "v_fullscreen", "f_nimbra", "f_down",       "f_blur",   "f_final"};
+class FakeScreens final : public ScreenProvider {
+ public:
+  std::vector<Screen> screens() override { return list; }
+  void setChangeHandler(std::function<void()> handler) override { changed = std::move(handler); }
+  void change(std::vector<Screen> now) {
+    list = std::move(now);
+    changed();
+  }
+  std::vector<Screen> list;
+  std::function<void()> changed;
+};
 
-struct PanelState {
-  std::string screen;
+Screen screenNamed(const std::string& name, std::uint32_t number, double x) {
+  Screen screen;
+  screen.number = number;
+  screen.name = name;
+  screen.frame = {x, 0, 1920, 1080};
+  screen.visibleFrame = {x, 0, 1920, 1048};
+  return screen;
+}
+
+class FakePanel final : public OverlayPanel {
+ public:
+  FakePanel(std::map<std::string, FakePanel*>& live, const std::string& screen, RecordingDevice& device)
+      : live_(live), screen_(screen), surface_(device) {
+    live_[screen] = this;
+  }
+  ~FakePanel() override { live_.erase(screen_); }
+
+  void setFrame(const Rect& now, double scale) override {
+    frame = now;
+    ++frames;
+    size_ = {static_cast<std::uint32_t>(frame.width * scale), static_cast<std::uint32_t>(frame.height * scale)};
+    surface_.configure(size_, format);
+  }
+  void setLevel(OverlayLevel now) override { level = now; }
+  void setPixelFormat(gpu::PixelFormat wanted) override { surface_.configure(size_, format = wanted); }
+  void setPreferredFramesPerSecond(double now) override { rate = now; }
+  void setPaused(bool now) override { paused = now; }
+  void setDrawHandler(std::function<void()> handler) override { draw = std::move(handler); }
+  void orderFront() override { shown = true; }
+  void orderOut() override { shown = false; }
+  gpu::Size drawableSize() const override { return surface_.size(); }
+  gpu::PixelFormat colorPixelFormat() const override { return surface_.format(); }
+  gpu::Drawable* currentDrawable() override { return surface_.nextDrawable(); }
+
   Rect frame;
-  double scale = 0;
   OverlayLevel level = OverlayLevel::desktop;
   gpu::PixelFormat format = gpu::PixelFormat::invalid;
   double rate = 0;
   bool paused = true;
   bool shown = false;
-  bool gone = false;
   int frames = 0;  ///< how often setFrame was called
   std::function<void()> draw;
-};
-
-class FakePanel final : public OverlayPanel {
- public:
-  FakePanel(std::shared_ptr<PanelState> state, gpu::Device& device)
-      : state_(std::move(state)), surface_(dynamic_cast<RecordingDevice&>(device)) {}
-  ~FakePanel() override { state_->gone = true; }
-
-  void setFrame(const Rect& frame, double scale) override {
-    state_->frame = frame;
-    state_->scale = scale;
-    ++state_->frames;
-    configure();
-  }
-  void setLevel(OverlayLevel level) override { state_->level = level; }
-  void setPixelFormat(gpu::PixelFormat wanted) override {
-    state_->format = wanted;
-    configure();
-  }
-  void setPreferredFramesPerSecond(double rate) override { state_->rate = rate; }
-  void setPaused(bool paused) override { state_->paused = paused; }
-  void setDrawHandler(std::function<void()> handler) override { state_->draw = std::move(handler); }
-  void orderFront() override { state_->shown = true; }
-  void orderOut() override { state_->shown = false; }
-  gpu::Size drawableSize() const override { return surface_.size(); }
-  gpu::PixelFormat colorPixelFormat() const override { return surface_.format(); }
-  gpu::Drawable* currentDrawable() override { return surface_.nextDrawable(); }
 
  private:
-  void configure() {
-    surface_.configure({static_cast<std::uint32_t>(state_->frame.width * state_->scale),
-                        static_cast<std::uint32_t>(state_->frame.height * state_->scale)},
-                       state_->format);
-  }
-  std::shared_ptr<PanelState> state_;
+  std::map<std::string, FakePanel*>& live_;
+  std::string screen_;
+  gpu::Size size_;
   RecordingSurface surface_;
 };
 
@@ -75,209 +85,19 @@ class FakePanels final : public OverlayPanelFactory {
  public:
   std::unique_ptr<OverlayPanel> makePanel(const Screen& screen) override {
     if (screen.name == refused) throw std::runtime_error("no window for this one");
-    made.push_back(std::make_shared<PanelState>());
-    made.back()->screen = screen.name;
-    return std::make_unique<FakePanel>(made.back(), **device);
+    ++made;
+    return std::make_unique<FakePanel>(live, screen.name, *device);
   }
   std::string visibilityHint(const Screen&, OverlayLevel level) override {
     return level == OverlayLevel::desktop ? hint : "";
   }
 
-  std::shared_ptr<PanelState> live(const std::string& screen) const {
-    for (auto it = made.rbegin(); it != made.rend(); ++it) {
-      if ((*it)->screen == screen && !(*it)->gone) return *it;
-    }
-    return nullptr;
-  }
-
-  gpu::Device** device = nullptr;
-  std::vector<std::shared_ptr<PanelState>> made;
+  RecordingDevice* device = nullptr;
+  std::map<std::string, FakePanel*> live;
+  int made = 0;
   std::string hint;
   std::string refused;  ///< the screen that gets no panel
 };
-
-class AppTest : public testing::Test {
- protected:
-  AppTest() : settings_(std::make_unique<MemoryStorage>(), [](std::string_view) { return std::nullopt; }) {
-    libraryPath_ = std::filesystem::temp_directory_path() / ("veloria-app-test-" + std::to_string(::getpid()) + ".spv");
-    std::ofstream(libraryPath_) << "any bytes will do for the recording device";
-    screens_.list = {left_, right_};
-    panels_.device = &device_;
-  }
-  ~AppTest() override { std::filesystem::remove(libraryPath_); }
-
-  AppServices services() {
-    return {
-        .makeDevice = [this]() -> std::unique_ptr<gpu::Device> {
-          if (devicesLeft_-- <= 0) throw gpu::NoDeviceError("there is no GPU");
-          auto device = std::make_unique<RecordingDevice>(allFunctions);
-          device_ = device.get();
-          return device;
-        },
-        .shaderLibraries = {libraryPath_},
-        .screens = &screens_,
-        .panels = &panels_,
-        .timers = &timers_,
-        .settings = &settings_,
-        .driver = &driver_,
-        .captureProblem = "nobody can see the panel",
-        .environment = [](std::string_view) { return std::nullopt; },
-        .backendName = "none",
-        .alert = [this](const std::string& title, const std::string& text) { alerts_.push_back(title + "|" + text); },
-        .terminate = [this] { ++terminations_; },
-        .hint = [this](const std::string& text) { hints_.push_back(text); }};
-  }
-
-  static void launch(AppDelegate& delegate) {
-    ASSERT_TRUE(delegate.startGpu());
-    delegate.didFinishLaunching();
-  }
-
-  void change(const std::function<void(NimbraConfig&)>& edit) {
-    NimbraConfig config = settings_.config();
-    edit(config);
-    settings_.setConfig(config);
-  }
-
-  const Screen left_ = screenNamed("left", 1, 0);
-  const Screen right_ = screenNamed("right", 2, 1920);
-  std::filesystem::path libraryPath_;
-  gpu::Device* device_ = nullptr;
-  int devicesLeft_ = 1000;
-  FakeScreens screens_;
-  FakePanels panels_;
-  ManualTimers timers_;
-  SettingsStore settings_;
-  SceneDriver driver_{{.settings = [this]() -> const NimbraConfig& { return settings_.config(); },
-                       .mediaClock = mediaTime,
-                       .wallClock = [] { return 0.0; },
-                       .timers = &timers_}};
-  std::vector<std::string> alerts_;
-  int terminations_ = 0;
-  std::vector<std::string> hints_;
-};
-
-TEST_F(AppTest, oneBandOnTheFirstScreenAndMoreWhenAskedFor) {
-  AppDelegate delegate(services());
-  launch(delegate);
-  ASSERT_EQ(delegate.windowCount(), 1U);
-  const auto first = panels_.live("left");
-  EXPECT_EQ(first->frame, (Rect{0, 1048, 1920, 32}));
-  EXPECT_TRUE(first->shown);
-  EXPECT_FALSE(first->paused);
-  EXPECT_EQ(first->rate, 60);
-  EXPECT_EQ(first->format, gpu::PixelFormat::rgba16Float);
-
-  change([](NimbraConfig& config) { config.allDisplays = true; });
-  EXPECT_EQ(delegate.windowCount(), 2U);
-  EXPECT_EQ(panels_.live("left"), first) << "kept, not made again";
-  EXPECT_EQ(panels_.live("right")->frame, (Rect{1920, 1048, 1920, 32}));
-
-  screens_.change({right_});
-  EXPECT_EQ(delegate.windowCount(), 1U);
-  EXPECT_TRUE(first->gone);
-  screens_.change({});
-  EXPECT_EQ(delegate.windowCount(), 0U);
-  screens_.change({left_, right_});
-  EXPECT_EQ(delegate.windowCount(), 2U);
-  EXPECT_TRUE(panels_.live("left")->shown);
-  const Rect place = std::exchange(panels_.live("left")->frame, Rect{});
-  screens_.change({left_, right_});
-  EXPECT_EQ(panels_.live("left")->frame, place) << "put back where the system had moved it";
-}
-
-TEST_F(AppTest, aScreenThatCanHaveNoBandDoesNotCostTheOthersTheirs) {
-  change([](NimbraConfig& config) { config.allDisplays = true; });
-  panels_.refused = "left";
-  AppDelegate delegate(services());
-  testing::internal::CaptureStderr();
-  launch(delegate);
-  EXPECT_TRUE(
-      testing::internal::GetCapturedStderr().starts_with("Veloria: renderer init failed: no window for this one\n"));
-  EXPECT_EQ(delegate.windowCount(), 1U);
-  EXPECT_TRUE(panels_.live("right")->shown);
-}
-
-TEST_F(AppTest, eachChangeDoesTheSmallestWork) {
-  const NimbraConfig base;
-  EXPECT_EQ(planChange(std::nullopt, base), (ChangePlan{true, true, true}));
-  const std::pair<std::function<void(NimbraConfig&)>, ChangePlan> table[] = {
-      {[](auto& c) { c.exposure = 3; }, {}},
-      {[](auto& c) { c.pauseOnBattery = true; }, {}},
-      {[](auto& c) { c.fadeSide = 0.5; }, {}},
-      {[](auto& c) { c.visualizer = Visualizer::music; }, {true, false, false}},
-      {[](auto& c) { c.customScript = "x"; }, {true, false, false}},
-      {[](auto& c) { c.matchWallpaper = true; }, {true, false, false}},
-      {[](auto& c) { c.enabled = false; }, {true, false, false}},
-      {[](auto& c) { c.allDisplays = true; }, {false, true, false}},
-      {[](auto& c) { c.layerMode = LayerMode::desktopFull; }, {false, true, false}},
-      {[](auto& c) { c.extraHeight = 9; }, {false, true, false}},
-      {[](auto& c) { c.notchMode = NotchMode::halo; }, {false, true, false}},
-      {[](auto& c) { c.notchPadding = 9; }, {false, true, false}},
-      {[](auto& c) { c.hdrGlow = false; }, {false, true, false}},
-      {[](auto& c) { c.framesPerSecond = 30; }, {false, true, false}},
-      {[](auto& c) { c.quality = 0.5; }, {false, false, true}},
-      {[](auto& c) { c.verticalStretch = 1; }, {false, false, true}},
-  };
-  for (const auto& [edit, expected] : table) {
-    NimbraConfig changed = base;
-    edit(changed);
-    EXPECT_EQ(planChange(base, changed), expected) << &edit - &table[0].first;
-  }
-}
-
-TEST_F(AppTest, settingsReachThePanelAndTheRenderer) {
-  AppDelegate delegate(services());
-  launch(delegate);
-  const auto panel = panels_.live("left");
-  const int placed = panel->frames;
-  change([](NimbraConfig& config) { config.exposure = 3; });
-  EXPECT_EQ(panel->frames, placed);
-  driver_.tick();
-  EXPECT_EQ(delegate.renderers().at(1)->config.exposure, 3);
-  change([](NimbraConfig& config) {
-    config.visualizer = Visualizer::script;
-    config.customScript = "set nothing 1";
-  });
-  EXPECT_TRUE(delegate.status().scriptError) << "the new mode's script runs at once";
-
-  change([](NimbraConfig& config) {
-    config.layerMode = LayerMode::aboveMenuBar;
-    config.extraHeight = 20;
-    config.hdrGlow = false;
-    config.framesPerSecond = 0;
-  });
-  EXPECT_EQ(panel->level, OverlayLevel::aboveMenuBar);
-  EXPECT_EQ(panel->frame, (Rect{0, 1028, 1920, 52}));
-  EXPECT_EQ(panel->format, gpu::PixelFormat::bgra8Unorm);
-  EXPECT_EQ(panel->rate, 60);
-
-  panel->draw();
-  EXPECT_EQ(delegate.renderers().at(1)->frameCount(), 1);
-  EXPECT_EQ(delegate.renderers().at(1)->sim().gridW(), 634);
-  change([](NimbraConfig& config) { config.quality = 0.5; });
-  EXPECT_EQ(delegate.renderers().at(1)->sim().gridW(), 317);
-}
-
-TEST_F(AppTest, disabledHidesAndPausesEverythingIncludingTheDriver) {
-  AppDelegate delegate(services());
-  launch(delegate);
-  const auto panel = panels_.live("left");
-  change([](NimbraConfig& config) { config.enabled = false; });
-  EXPECT_FALSE(panel->shown);
-  EXPECT_TRUE(panel->paused);
-  const auto ticking = [&] {
-    return std::any_of(timers_.entries.begin(), timers_.entries.end(),
-                       [](const auto& entry) { return entry->interval < 0.05; });
-  };
-  EXPECT_FALSE(ticking());
-  change([](NimbraConfig& config) { config.enabled = true; });
-  EXPECT_TRUE(panel->shown);
-  EXPECT_FALSE(panel->paused);
-  EXPECT_TRUE(ticking());
-  delegate.willTerminate();
-  EXPECT_FALSE(panel->shown);
-}
 
 class FakeStream final : public BarCaptureStream {
  public:
@@ -301,243 +121,399 @@ class FakeStream final : public BarCaptureStream {
   BarCaptureHandlers handlers_;
 };
 
-TEST_F(AppTest, activityPausesEverythingAndTheWakeLaysOutAnew) {
-  bool fullScreen = false;
-  ActivityWatcher activity({.settings = [&]() -> const NimbraConfig& { return settings_.config(); },
-                            .timers = &timers_,
-                            .isFullScreenSpaceActive = [&] { return fullScreen; }});
-  AppServices mine = services();
-  mine.activity = &activity;
-  AppDelegate delegate(mine);
-  launch(delegate);
-  const auto panel = panels_.live("left");
-  EXPECT_TRUE(panel->shown);
-
-  fullScreen = true;
-  activity.poll();
-  EXPECT_FALSE(panel->shown);
-  EXPECT_TRUE(panel->paused);
-  EXPECT_EQ(delegate.status().rendering, false);
-  EXPECT_EQ(delegate.status().reason, activity.reason());
-  EXPECT_NE(activity.reason(), "");
-
-  screens_.list = {right_};  // the change was missed while everything slept
-  fullScreen = false;
-  activity.poll();
-  EXPECT_TRUE(panel->gone);
-  ASSERT_NE(panels_.live("right"), nullptr);
-  EXPECT_TRUE(panels_.live("right")->shown);
-
-  change([](NimbraConfig& config) { config.enabled = false; });
-  EXPECT_FALSE(panels_.live("right")->shown);
-  activity.notify(ActivityWatcher::Notification::willSleep);
-  change([](NimbraConfig& config) { config.enabled = true; });
-  EXPECT_FALSE(panels_.live("right")->shown);
-  activity.notify(ActivityWatcher::Notification::didWake);
-  EXPECT_TRUE(panels_.live("right")->shown);
-}
-
-TEST_F(AppTest, thePanelsTextIsCapturedWhileItIsWanted) {
-  FakeStream stream;
-  AppServices mine = services();
-  mine.captureStream = &stream;
-  screens_.list[0].backingScale = 2;
-  AppDelegate delegate(mine);
-  launch(delegate);
-  EXPECT_TRUE(stream.regions.empty());
-  change([](NimbraConfig& config) {
-    config.allDisplays = true;
-    config.layerMode = LayerMode::aboveMenuBar;
-    config.preserveMenuBarText = true;
-  });
-  ASSERT_EQ(stream.regions.size(), 1U);
-  EXPECT_EQ(stream.regions[0], (BarRegion{1, {0, 0, 1920, 32}, 2}));
-  stream.show();
-  EXPECT_TRUE(delegate.status().capture.running);
-  ASSERT_NE(delegate.renderers().at(1)->backdrop, nullptr);
-  EXPECT_NE(delegate.renderers().at(1)->backdrop->stored(), nullptr);
-  EXPECT_EQ(delegate.renderers().at(2)->backdrop, nullptr) << "it is the first screen's bar";
-  change([](NimbraConfig& config) { config.exposure = 2; });
-  EXPECT_EQ(stream.regions.size(), 1U) << "started once";
-  change([](NimbraConfig& config) { config.extraHeight = 10; });
-  ASSERT_EQ(stream.regions.size(), 2U);
-  EXPECT_EQ(stream.regions[1].rect.height, 42);
-
-  stream.fail();
-  EXPECT_EQ(delegate.status().capture.error, "it broke");
-  EXPECT_TRUE(panels_.live("left")->shown);
-  delegate.updateCapture();
-  EXPECT_EQ(stream.regions.size(), 3U);
-  const NimbraConfig wanted = settings_.config();
-  const std::function<void(NimbraConfig&)> reasons[] = {[](auto& c) { c.enabled = false; },
-                                                        [](auto& c) { c.preserveMenuBarText = false; },
-                                                        [](auto& c) { c.layerMode = LayerMode::desktopStrip; }};
-  for (const auto& reason : reasons) {
-    SCOPED_TRACE(&reason - &reasons[0]);
-    settings_.setConfig(wanted);
-    ASSERT_TRUE(stream.running);
-    stream.show();
-    stream.fail();
-    delegate.updateCapture();
-    change(reason);
-    EXPECT_FALSE(stream.running);
-    EXPECT_EQ(delegate.renderers().at(1)->backdrop->stored(), nullptr);
-    EXPECT_EQ(delegate.status().capture.error, std::nullopt) << "nobody wants it any more";
+class AppTest : public testing::Test {
+ protected:
+  AppTest() {
+    std::ofstream(library_) << "any bytes will do for the recording device";
+    screens_.list = {left_, right_};
   }
-  settings_.setConfig(wanted);
-  delegate.willTerminate();
-  EXPECT_FALSE(stream.running);
-}
+  ~AppTest() override { std::filesystem::remove(library_); }
 
-TEST_F(AppTest, whereThePanelCantBeCapturedTheStatusSaysSoOnceItIsWanted) {
-  AppDelegate delegate(services());
-  launch(delegate);
-  EXPECT_EQ(delegate.status().capture.error, std::nullopt);
-  change([](NimbraConfig& config) {
-    config.layerMode = LayerMode::aboveMenuBar;
-    config.preserveMenuBarText = true;
-  });
-  EXPECT_EQ(delegate.status().capture.error, "nobody can see the panel");
-}
+  AppServices services() {
+    return {
+        .makeDevice = [this] { return makeDevice(); },
+        .shaderLibraries = {library_},
+        .screens = &screens_,
+        .panels = &panels_,
+        .timers = &timers_,
+        .settings = &settings_,
+        .driver = &driver_,
+        .activity = &activity_,
+        .captureProblem = "nobody can see the panel",
+        .environment = emptyEnvironment,
+        .backendName = "none",
+        .alert = [this](const std::string& title, const std::string& text) { alerts_.push_back(title + "|" + text); },
+        .terminate = [this] { ++terminations_; },
+        .hint = [this](const std::string& text) { hints_.push_back(text); }};
+  }
+  std::unique_ptr<gpu::Device> makeDevice() {
+    EXPECT_TRUE(drawsWithOldDevice_.expired()) << "what the old device made ends before it";
+    if (devicesLeft_-- <= 0) throw gpu::NoDeviceError("there is no GPU");
+    auto device = std::make_unique<RecordingDevice>(
+        std::set<std::string>{"k_advect_velocity", "k_curl", "k_forces", "k_divergence", "k_jacobi", "k_project",
+                              "k_advect_dye", "k_clear", "v_fullscreen", "f_nimbra", "f_down", "f_blur", "f_final"});
+    panels_.device = device.get();
+    return device;
+  }
+  AppDelegate& launch(AppServices services) {
+    delegate_ = std::make_unique<AppDelegate>(std::move(services));
+    EXPECT_TRUE(delegate_->startGpu());
+    delegate_->didFinishLaunching();
+    return *delegate_;
+  }
+  AppDelegate& launch() { return launch(services()); }
 
-TEST_F(AppTest, thePointerReachesTheBandsAroundIt) {
-  std::optional<Point> where;
-  double now = 10;
-  PointerTracker pointer(timers_, {[&] { return where; }, ""}, [&] { return now; });
-  bool fullScreen = false;
-  ActivityWatcher activity({.settings = [&]() -> const NimbraConfig& { return settings_.config(); },
-                            .timers = &timers_,
-                            .isFullScreenSpaceActive = [&] { return fullScreen; }});
-  AppServices mine = services();
-  mine.pointer = &pointer;
-  mine.activity = &activity;
-  AppDelegate delegate(mine);
-  launch(delegate);
-  change([](NimbraConfig& config) {
-    config.allDisplays = true;
-    config.pointerMode = PointerMode::none;
-  });
-  const std::size_t timers = timers_.entries.size();
-  change([](NimbraConfig& config) { config.pointerMode = PointerMode::push; });
-  EXPECT_EQ(timers_.entries.size(), timers + 1);
-  const auto& left = delegate.renderers().at(1)->pointer;
-  const auto& right = delegate.renderers().at(2)->pointer;
+  void change(const std::function<void(NimbraConfig&)>& edit) {
+    NimbraConfig config = settings_.config();
+    edit(config);
+    settings_.setConfig(config);
+  }
+  void setFullScreen(bool on) {
+    fullScreen_ = on;
+    activity_.poll();
+  }
+  bool driverTicks() const {
+    return std::ranges::any_of(timers_.entries, [](const auto& entry) { return entry->interval < 0.05; });
+  }
+  void loseGpu() {
+    drawsWithOldDevice_ = delegate_->renderers().at(1);
+    panels_.device->lose();
+    panels_.live.at("left")->draw();
+  }
 
-  where = Point{100, 1070};
-  timers_.fire();  // slow, then fast
-  now += 0.1;
-  where = Point{106, 1064};
-  timers_.fire();
-  ASSERT_TRUE(left.local);
-  EXPECT_TRUE(left.inside);
-  EXPECT_EQ(left.local->x, 106);
-  EXPECT_EQ(left.local->y, 16);
-  EXPECT_NEAR(left.velocity.x, 1, 1e-9);
-  EXPECT_NEAR(left.velocity.y, -1, 1e-9);
-  EXPECT_FALSE(right.inside);
+  const Screen left_ = screenNamed("left", 1, 0);
+  const Screen right_ = screenNamed("right", 2, 1920);
+  const std::filesystem::path library_ =
+      std::filesystem::temp_directory_path() / ("veloria-app-test-" + std::to_string(::getpid()) + ".spv");
+  int devicesLeft_ = 1000;
+  std::weak_ptr<NimbraRenderer> drawsWithOldDevice_;
+  bool fullScreen_ = false;
+  FakeScreens screens_;
+  FakePanels panels_;
+  ManualTimers timers_;
+  SettingsStore settings_{std::make_unique<MemoryStorage>(), emptyEnvironment};
+  SceneDriver driver_{{.settings = [this]() -> const NimbraConfig& { return settings_.config(); },
+                       .mediaClock = mediaTime,
+                       .wallClock = [] { return 0.0; },
+                       .timers = &timers_}};
+  ActivityWatcher activity_{{.settings = [this]() -> const NimbraConfig& { return settings_.config(); },
+                             .timers = &timers_,
+                             .isFullScreenSpaceActive = [this] { return fullScreen_; }}};
+  std::optional<Point> pointerPlace_;
+  double now_ = 10;
+  PointerTracker pointer_{timers_, {[this] { return pointerPlace_; }, ""}, [this] { return now_; }};
+  FakeStream stream_;
+  std::vector<std::string> alerts_, hints_;
+  int terminations_ = 0;
+  std::unique_ptr<AppDelegate> delegate_;
+};
 
-  where = Point{1940, 1015};  // within the margin of both
-  timers_.fire();
-  EXPECT_TRUE(left.inside);
-  EXPECT_TRUE(right.inside);
-  EXPECT_EQ(right.local->x, 20);
-  EXPECT_EQ(right.local->y, 65);
-  where = Point{1000, 950};  // beyond the margin, but not beyond the wide one
-  timers_.fire();
-  EXPECT_FALSE(left.inside);
-  change([](NimbraConfig& config) { config.pointerOnlyInStrip = false; });
-  timers_.fire();
-  EXPECT_TRUE(left.inside);
-  where = Point{1000, 500};
-  timers_.fire();
-  EXPECT_FALSE(left.inside);
-  EXPECT_FALSE(right.local.has_value());
-
-  where = Point{100, 1070};
-  timers_.fire();
-  EXPECT_TRUE(left.inside);
-  fullScreen = true;
-  activity.poll();
-  timers_.fire();
-  EXPECT_FALSE(left.inside) << "nobody asks for it while nothing is drawn";
-}
-
-TEST_F(AppTest, noGpuIsToldInPlainWords) {
-  devicesLeft_ = 0;
-  AppDelegate delegate(services());
-  EXPECT_FALSE(delegate.startGpu());
-  EXPECT_EQ(
-      alerts_,
-      (std::vector<std::string>{"Veloria could not start|This computer has no Vulkan device, so Veloria cannot run."}));
-  EXPECT_TRUE(panels_.made.empty());
-}
-
-TEST_F(AppTest, noShaderLibraryIsToldWithThePlacesTried) {
-  AppServices mine = services();
-  mine.shaderLibraries = shaderLibraryCandidates({"/nowhere/share", "/nowhere/bin", "/nowhere/here"});
-  AppDelegate delegate(mine);
-  EXPECT_FALSE(delegate.startGpu());
-  EXPECT_EQ(alerts_, (std::vector<std::string>{
-                         "Veloria could not start|Could not load the Vulkan library: default.spv not found. Looked "
-                         "in:\n/nowhere/bin/default.spv\n/nowhere/here/default.spv\n/nowhere/here/build/default.spv\n"
-                         "\nRun ./build.sh to compile the shaders."}));
-}
-
-TEST_F(AppTest, aLostGpuIsReplacedWithTheSettingsIntact) {
-  AppDelegate delegate(services());
-  launch(delegate);
-  change([](NimbraConfig& config) { config.extraHeight = 20; });
-  const auto before = panels_.live("left");
-  before->draw();
-  dynamic_cast<RecordingDevice*>(device_)->lose();
-  devicesLeft_ = 0;
-  before->draw();
-  for (int i = 0; i < 3; ++i) timers_.fire();
-  EXPECT_EQ(delegate.windowCount(), 0U);
-  devicesLeft_ = 1;
-  timers_.fire();
+TEST_F(AppTest, OneBandOnTheFirstScreenAndMoreOnRequest) {
+  AppDelegate& delegate = launch();
   ASSERT_EQ(delegate.windowCount(), 1U);
-  const auto after = panels_.live("left");
-  EXPECT_NE(after, before);
-  EXPECT_TRUE(after->shown);
-  EXPECT_EQ(after->frame.height, 52);
-  after->draw();
-  EXPECT_EQ(delegate.renderers().at(1)->frameCount(), 1);
-  EXPECT_TRUE(alerts_.empty());
+  FakePanel* first = panels_.live.at("left");
+  EXPECT_EQ(first->frame, (Rect{0, 1048, 1920, 32}));
+  EXPECT_TRUE(first->shown);
+  EXPECT_FALSE(first->paused);
+  EXPECT_EQ(first->rate, 60);
+  EXPECT_EQ(first->format, gpu::PixelFormat::rgba16Float);
+
+  change([](auto& c) { c.allDisplays = true; });
+  EXPECT_EQ(delegate.windowCount(), 2U);
+  EXPECT_EQ(panels_.live.at("right")->frame, (Rect{1920, 1048, 1920, 32}));
+  EXPECT_EQ(panels_.made, 2) << "the first is kept";
+
+  screens_.change({right_});
+  EXPECT_EQ(delegate.windowCount(), 1U);
+  EXPECT_FALSE(panels_.live.contains("left"));
+  screens_.change({});
+  EXPECT_EQ(delegate.windowCount(), 0U);
+  screens_.change({left_, right_});
+  EXPECT_TRUE(panels_.live.at("left")->shown);
+  const Rect place = std::exchange(panels_.live.at("left")->frame, Rect{});
+  screens_.change({left_, right_});
+  EXPECT_EQ(panels_.live.at("left")->frame, place) << "put back where the system had moved it";
+  delegate.willTerminate();
+  EXPECT_FALSE(panels_.live.at("left")->shown);
 }
 
-TEST_F(AppTest, aGpuThatStaysAwayEndsTheProgramWithAMessage) {
-  AppDelegate delegate(services());
-  launch(delegate);
-  devicesLeft_ = 0;
-  dynamic_cast<RecordingDevice*>(device_)->lose();
-  panels_.live("left")->draw();
-  for (int i = 0; i < 100 && terminations_ == 0; ++i) timers_.fire();
-  EXPECT_EQ(terminations_, 1);
-  EXPECT_EQ(alerts_.size(), 1U);
+TEST_F(AppTest, AScreenThatCanHaveNoBandDoesNotCostTheOthersTheirs) {
+  change([](auto& c) { c.allDisplays = true; });
+  panels_.refused = "left";
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(launch().windowCount(), 1U);
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::StartsWith("Veloria: renderer init failed: no window for this one\n"));
+  EXPECT_TRUE(panels_.live.at("right")->shown);
 }
 
-TEST_F(AppTest, restartEmptiesEveryFluid) {
-  AppDelegate delegate(services());
-  launch(delegate);
-  panels_.live("left")->draw();
+TEST(ChangePlan, IsTheSmallestWork) {
+  const NimbraConfig base;
+  EXPECT_EQ(planChange(std::nullopt, base), (ChangePlan{true, true, true}));
+  const ChangePlan recompile{true, false, false}, rebuild{false, true, false}, resize{false, false, true};
+  const std::pair<void (*)(NimbraConfig&), ChangePlan> table[] = {
+      {[](auto& c) { c.exposure = 3; }, {}},
+      {[](auto& c) { c.pauseOnBattery = true; }, {}},
+      {[](auto& c) { c.visualizer = Visualizer::music; }, recompile},
+      {[](auto& c) { c.customScript = "x"; }, recompile},
+      {[](auto& c) { c.matchWallpaper = true; }, recompile},
+      {[](auto& c) { c.enabled = false; }, recompile},
+      {[](auto& c) { c.allDisplays = true; }, rebuild},
+      {[](auto& c) { c.layerMode = LayerMode::desktopFull; }, rebuild},
+      {[](auto& c) { c.extraHeight = 9; }, rebuild},
+      {[](auto& c) { c.notchMode = NotchMode::halo; }, rebuild},
+      {[](auto& c) { c.notchPadding = 9; }, rebuild},
+      {[](auto& c) { c.hdrGlow = false; }, rebuild},
+      {[](auto& c) { c.framesPerSecond = 30; }, rebuild},
+      {[](auto& c) { c.quality = 0.5; }, resize},
+      {[](auto& c) { c.verticalStretch = 1; }, resize},
+  };
+  for (const auto& [edit, expected] : table) {
+    NimbraConfig changed = base;
+    edit(changed);
+    EXPECT_EQ(planChange(base, changed), expected) << &edit - &table[0].first;
+  }
+}
+
+TEST_F(AppTest, SettingsReachThePanelAndTheRenderer) {
+  AppDelegate& delegate = launch();
+  const NimbraRenderer& renderer = *delegate.renderers().at(1);
+  FakePanel* panel = panels_.live.at("left");
+  const int placed = panel->frames;
+  change([](auto& c) { c.exposure = 3; });
+  EXPECT_EQ(panel->frames, placed);
+  driver_.tick();
+  EXPECT_EQ(renderer.config.exposure, 3);
+  change([](auto& c) {
+    c.visualizer = Visualizer::script;
+    c.customScript = "set nothing 1";
+  });
+  EXPECT_TRUE(delegate.status().scriptError) << "the new mode's script runs at once";
+  change([](auto& c) {
+    c.layerMode = LayerMode::aboveMenuBar;
+    c.extraHeight = 20;
+    c.hdrGlow = false;
+    c.framesPerSecond = 0;
+  });
+  EXPECT_EQ(panel->level, OverlayLevel::aboveMenuBar);
+  EXPECT_EQ(panel->frame, (Rect{0, 1028, 1920, 52}));
+  EXPECT_EQ(panel->format, gpu::PixelFormat::bgra8Unorm);
+  EXPECT_EQ(panel->rate, 60);
+
+  panel->draw();
+  EXPECT_EQ(renderer.frameCount(), 1);
+  EXPECT_EQ(delegate.renderers().at(1)->sim().gridW(), 634);
+  change([](auto& c) { c.quality = 0.5; });
+  EXPECT_EQ(delegate.renderers().at(1)->sim().gridW(), 317);
+  panel->draw();
   EXPECT_FALSE(delegate.renderers().at(1)->sim().needsClear);
   delegate.restartSimulation();
   EXPECT_TRUE(delegate.renderers().at(1)->sim().needsClear);
 }
 
-TEST_F(AppTest, theHintIsGivenOnce) {
+TEST_F(AppTest, ActivityPausesEverythingAndTheWakeLaysOutAnew) {
+  AppDelegate& delegate = launch();
+  FakePanel* panel = panels_.live.at("left");
+  EXPECT_TRUE(driverTicks());
+  setFullScreen(true);
+  EXPECT_FALSE(panel->shown || driverTicks());
+  EXPECT_TRUE(panel->paused);
+  EXPECT_FALSE(delegate.status().rendering);
+  EXPECT_EQ(delegate.status().reason, activity_.reason());
+  EXPECT_NE(activity_.reason(), "");
+
+  screens_.list = {right_};  // the change was missed while everything slept
+  setFullScreen(false);
+  EXPECT_FALSE(panels_.live.contains("left"));
+  FakePanel* right = panels_.live.at("right");
+  EXPECT_TRUE(right->shown && driverTicks());
+  EXPECT_FALSE(right->paused);
+
+  change([](auto& c) { c.enabled = false; });
+  EXPECT_FALSE(right->shown);
+  activity_.notify(ActivityWatcher::Notification::willSleep);
+  change([](auto& c) { c.enabled = true; });
+  EXPECT_FALSE(right->shown);
+  activity_.notify(ActivityWatcher::Notification::didWake);
+  EXPECT_TRUE(right->shown);
+}
+
+TEST_F(AppTest, WithoutAWatcherTheSwitchAloneDecides) {
+  AppServices mine = services();
+  mine.activity = nullptr;
+  AppDelegate& delegate = launch(mine);
+  change([](auto& c) { c.enabled = false; });
+  EXPECT_FALSE(panels_.live.at("left")->shown || driverTicks());
+  EXPECT_EQ(delegate.status().reason, "it is switched off");
+  change([](auto& c) { c.enabled = true; });
+  EXPECT_TRUE(panels_.live.at("left")->shown);
+}
+
+TEST_F(AppTest, ThePanelsTextIsCapturedWhileItIsWanted) {
+  AppServices mine = services();
+  mine.captureStream = &stream_;
+  screens_.list[0].backingScale = 2;
+  AppDelegate& delegate = launch(mine);
+  EXPECT_THAT(stream_.regions, IsEmpty());
+  change([](auto& c) {
+    c.allDisplays = true;
+    c.layerMode = LayerMode::aboveMenuBar;
+    c.preserveMenuBarText = true;
+  });
+  EXPECT_THAT(stream_.regions, ElementsAre(BarRegion{1, {0, 0, 1920, 32}, 2}));
+  stream_.show();
+  EXPECT_TRUE(delegate.status().capture.running);
+  ASSERT_NE(delegate.renderers().at(1)->backdrop, nullptr);
+  EXPECT_NE(delegate.renderers().at(1)->backdrop->stored(), nullptr);
+  EXPECT_EQ(delegate.renderers().at(2)->backdrop, nullptr) << "it is the first screen's bar";
+  change([](auto& c) { c.exposure = 2; });
+  EXPECT_EQ(stream_.regions.size(), 1U) << "started once";
+  change([](auto& c) { c.extraHeight = 10; });
+  ASSERT_EQ(stream_.regions.size(), 2U);
+  EXPECT_EQ(stream_.regions[1].rect.height, 42);
+
+  stream_.fail();
+  EXPECT_EQ(delegate.status().capture.error, "it broke");
+  EXPECT_TRUE(panels_.live.at("left")->shown);
+  delegate.updateCapture();
+  EXPECT_EQ(stream_.regions.size(), 3U);
+  const NimbraConfig wanted = settings_.config();
+  const std::function<void()> reasons[] = {[&] { change([](auto& c) { c.enabled = false; }); },
+                                           [&] { change([](auto& c) { c.preserveMenuBarText = false; }); },
+                                           [&] { change([](auto& c) { c.layerMode = LayerMode::desktopStrip; }); },
+                                           [&] { setFullScreen(true); }};
+  for (const auto& reason : reasons) {
+    SCOPED_TRACE(&reason - &reasons[0]);
+    settings_.setConfig(wanted);
+    ASSERT_TRUE(stream_.running);
+    stream_.show();
+    stream_.fail();
+    delegate.updateCapture();
+    reason();
+    EXPECT_FALSE(stream_.running);
+    EXPECT_EQ(delegate.renderers().at(1)->backdrop->stored(), nullptr);
+    EXPECT_EQ(delegate.status().capture.error, std::nullopt) << "not wanted any more";
+  }
+  setFullScreen(false);
+  EXPECT_TRUE(stream_.running);
+  delegate.willTerminate();
+  EXPECT_FALSE(stream_.running);
+}
+
+TEST_F(AppTest, APanelThatCannotBeCapturedIsReportedOnceItIsWanted) {
+  AppDelegate& delegate = launch();
+  change([](auto& c) { c.layerMode = LayerMode::aboveMenuBar; });
+  EXPECT_EQ(delegate.status().capture.error, std::nullopt);
+  change([](auto& c) { c.preserveMenuBarText = true; });
+  EXPECT_EQ(delegate.status().capture.error, "nobody can see the panel");
+}
+
+TEST_F(AppTest, ThePointerReachesTheBandsAroundIt) {
+  AppServices mine = services();
+  mine.pointer = &pointer_;
+  AppDelegate& delegate = launch(mine);
+  change([](auto& c) {
+    c.allDisplays = true;
+    c.pointerMode = PointerMode::none;
+  });
+  const std::size_t timers = timers_.entries.size();
+  change([](auto& c) { c.pointerMode = PointerMode::push; });
+  EXPECT_EQ(timers_.entries.size(), timers + 1);
+  const PointerState& left = delegate.renderers().at(1)->pointer;
+  const PointerState& right = delegate.renderers().at(2)->pointer;
+  const auto moveTo = [&](double x, double y) {
+    pointerPlace_ = Point{x, y};
+    timers_.fire();
+  };
+  moveTo(100, 1070);  // slow, then fast
+  now_ += 0.1;
+  moveTo(106, 1064);
+  EXPECT_TRUE(left.inside);
+  EXPECT_EQ(left.local, (Point{106, 16}));
+  EXPECT_NEAR(left.velocity.x, 1, 1e-9);
+  EXPECT_NEAR(left.velocity.y, -1, 1e-9);
+  EXPECT_FALSE(right.inside);
+  moveTo(1940, 1015);  // within the margin of both
+  EXPECT_TRUE(left.inside);
+  EXPECT_TRUE(right.inside);
+  EXPECT_EQ(right.local, (Point{20, 65}));
+  moveTo(1000, 950);  // beyond the margin, but not beyond the wide one
+  EXPECT_FALSE(left.inside);
+  change([](auto& c) { c.pointerOnlyInStrip = false; });
+  timers_.fire();
+  EXPECT_TRUE(left.inside);
+  moveTo(1000, 500);
+  EXPECT_FALSE(left.inside);
+  EXPECT_FALSE(right.local.has_value());
+  moveTo(100, 1070);
+  EXPECT_TRUE(left.inside);
+  setFullScreen(true);
+  timers_.fire();
+  EXPECT_FALSE(left.inside) << "not followed while nothing is drawn";
+}
+
+TEST_F(AppTest, AStartWithoutAGpuOrALibraryIsExplained) {
+  AppServices mine = services();
+  mine.shaderLibraries = shaderLibraryCandidates({"/nowhere/share", "/nowhere/bin", "/nowhere/here"});
+  for (const int devices : {1, 0}) {
+    devicesLeft_ = devices;
+    EXPECT_FALSE(AppDelegate(mine).startGpu());
+  }
+  EXPECT_THAT(alerts_,
+              ElementsAre("Veloria could not start|Could not load the Vulkan library: default.spv not found. Looked "
+                          "in:\n/nowhere/bin/default.spv\n/nowhere/here/default.spv\n"
+                          "/nowhere/here/build/default.spv\n\nRun ./build.sh to compile the shaders.",
+                          "Veloria could not start|This computer has no Vulkan device, so Veloria cannot run."));
+  EXPECT_EQ(panels_.made, 0);
+}
+
+TEST_F(AppTest, ALostGpuIsReplacedWithTheSettingsIntact) {
+  AppDelegate& delegate = launch();
+  change([](auto& c) { c.extraHeight = 20; });
+  devicesLeft_ = 0;
+  loseGpu();
+  for (int i = 0; i < 3; ++i) timers_.fire();
+  EXPECT_EQ(delegate.windowCount(), 0U);
+  EXPECT_EQ(delegate.status().reason, "the GPU was lost and is not back yet");
+  devicesLeft_ = 1;
+  timers_.fire();
+  ASSERT_EQ(delegate.windowCount(), 1U);
+  FakePanel* after = panels_.live.at("left");
+  EXPECT_TRUE(after->shown);
+  EXPECT_EQ(after->frame.height, 52);
+  after->draw();
+  EXPECT_EQ(delegate.renderers().at(1)->frameCount(), 1);
+  EXPECT_THAT(alerts_, IsEmpty());
+}
+
+TEST_F(AppTest, AGpuThatStaysAwayEndsTheProgramWithAMessage) {
+  launch();
+  devicesLeft_ = 0;
+  loseGpu();
+  for (int i = 0; i < 100 && terminations_ == 0; ++i) timers_.fire();
+  EXPECT_EQ(terminations_, 1);
+  EXPECT_EQ(alerts_.size(), 1U);
+}
+
+TEST_F(AppTest, TheHintIsGivenOnceAndOnlyAboutABandThatIsDrawn) {
   panels_.hint = "The panel hides the band.";
-  AppDelegate delegate(services());
-  launch(delegate);
-  EXPECT_TRUE(hints_.empty());
+  fullScreen_ = true;
+  AppDelegate& delegate = launch();
+  timers_.fire();
+  EXPECT_THAT(hints_, IsEmpty());
+  EXPECT_EQ(delegate.status().hint, "");
+  setFullScreen(false);
+  EXPECT_THAT(hints_, IsEmpty());
   timers_.fire();
   screens_.change({left_});
   timers_.fire();
-  EXPECT_EQ(hints_, std::vector<std::string>{"The panel hides the band."});
+  EXPECT_THAT(hints_, ElementsAre(panels_.hint));
+  EXPECT_EQ(delegate.status().hint, panels_.hint);
+  change([](auto& c) { c.extraHeight = 20; });
+  EXPECT_EQ(delegate.status().hint, "") << "light below the panel is seen";
 }
 
-TEST(Level, debugLevelWinsWhenItIsANumber) {
+TEST(Level, TheDebugLevelWinsIfItIsANumber) {
   const std::pair<std::optional<std::string>, OverlayLevel> table[] = {
       {std::nullopt, OverlayLevel::aboveMenuBar}, {"0", OverlayLevel::desktop},
       {"+7", OverlayLevel::aboveMenuBar},         {"7x", OverlayLevel::aboveMenuBar},

@@ -1,49 +1,26 @@
 // The status item's menu and clicks, without any desktop.
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "AppFakes.h"
+#include "../support/MemoryStorage.h"
 #include "app/MenuBarController.h"
 #include "settings/LookPreset.h"
 
 namespace veloria::tests {
 namespace {
 
-/// One line a menu line: indent, mark, title, key, what it does.
-void write(const Menu& menu, const std::string& indent, std::vector<std::string>& lines) {
+using testing::ElementsAre;
+using Names = std::vector<std::string>;
+
+/// One line a menu line: mark, title, key.
+Names linesOf(const Menu& menu) {
+  Names lines;
   for (const MenuItem& item : menu) {
-    if (item.separator) {
-      lines.push_back(indent + "---");
-      continue;
-    }
     const std::string mark = item.checked ? (*item.checked ? "[x] " : "[ ] ") : "";
     const std::string key = item.keyEquivalent.empty() ? "" : " (" + item.keyEquivalent + ")";
-    lines.push_back(indent + mark + item.title + key + (item.enabled ? "" : " disabled"));
-    write(item.submenu, indent + "  ", lines);
+    lines.push_back(item.separator ? "---" : mark + item.title + key + (item.enabled ? "" : " disabled"));
   }
-}
-
-std::vector<std::string> linesOf(const Menu& menu) {
-  std::vector<std::string> lines;
-  write(menu, "", lines);
   return lines;
-}
-
-/// The titles of one submenu that are checked.
-std::vector<std::string> checkedIn(const Menu& menu, const std::string& title) {
-  std::vector<std::string> result;
-  for (const MenuItem& item : menu) {
-    if (item.title != title) continue;
-    for (const MenuItem& choice : item.submenu) {
-      if (choice.checked.value_or(false)) result.push_back(choice.title);
-    }
-  }
-  return result;
 }
 
 const MenuItem* find(const Menu& menu, const std::string& title) {
@@ -54,52 +31,38 @@ const MenuItem* find(const Menu& menu, const std::string& title) {
   return nullptr;
 }
 
-using Names = std::vector<std::string>;
-
-TEST(QuickMenu, hasItsLinesInOrder) {
-  const Menu menu = quickMenu(NimbraConfig(), "1.2");
-  Names lines;
-  for (const std::string& line : linesOf(menu)) {
-    if (!line.starts_with("  ")) lines.push_back(line);
+/// The titles of a submenu that are checked.
+Names checkedIn(const Menu& menu, const std::string& title) {
+  Names result;
+  for (const MenuItem& choice : find(menu, title)->submenu) {
+    if (choice.checked.value_or(false)) result.push_back(choice.title);
   }
-  EXPECT_EQ(lines,
-            (Names{"Veloria 1.2 disabled", "---", "Pause Nimbra", "---", "Preset", "Colour", "Pointer interaction",
-                   "---", "Settings… (,)", "Restart Simulation", "---", "Quit Veloria (q)"}));
-  EXPECT_EQ(linesOf(find(menu, "Pointer interaction")->submenu),
-            (Names{"[ ] None", "[ ] Glow follow", "[ ] Push the fluid", "[x] Swirl", "[ ] Calm"}));
+  return result;
 }
 
-TEST(QuickMenu, marksWhatTheSettingsSay) {
-  struct Case {
-    const char* what;
-    void (*edit)(NimbraConfig&);
-    const char* toggle;
-    Names palette, pointer;
+TEST(QuickMenu, HasItsLinesInOrder) {
+  const Menu menu = quickMenu(NimbraConfig(), "1.2");
+  EXPECT_THAT(linesOf(menu), ElementsAre("Veloria 1.2 disabled", "---", "Pause Nimbra", "---", "Preset", "Colour",
+                                         "Pointer interaction", "---", "Settings… (,)", "Restart Simulation", "---",
+                                         "Quit Veloria (q)"));
+  EXPECT_THAT(linesOf(find(menu, "Pointer interaction")->submenu),
+              ElementsAre("[ ] None", "[ ] Glow follow", "[ ] Push the fluid", "[x] Swirl", "[ ] Calm"));
+}
+
+TEST(QuickMenu, MarksWhatTheSettingsSay) {
+  const std::tuple<void (*)(NimbraConfig&), const char*, Names, Names> cases[] = {
+      {[](auto& c) { c.enabled = false; }, "Resume Nimbra", {"Classic Nimbra"}, {"Swirl"}},
+      {[](auto& c) { c.paletteName = "Nebula"; }, "Pause Nimbra", {"Nebula"}, {"Swirl"}},
+      {[](auto& c) { c.customPalette.emplace(); }, "Pause Nimbra", {}, {"Swirl"}},
+      {[](auto& c) { c.pointerMode = PointerMode::none; }, "Pause Nimbra", {"Classic Nimbra"}, {"None"}},
   };
-  const Case cases[] = {
-      {"paused", [](NimbraConfig& c) { c.enabled = false; }, "Resume Nimbra", {"Classic Nimbra"}, {"Swirl"}},
-      {"another palette", [](NimbraConfig& c) { c.paletteName = "Nebula"; }, "Pause Nimbra", {"Nebula"}, {"Swirl"}},
-      {"a palette that isn't built in", [](NimbraConfig& c) { c.paletteName = "Mine"; }, "Pause Nimbra", {}, {"Swirl"}},
-      {"a custom palette over a named one",
-       [](NimbraConfig& c) {
-         c.customPalette = Palette{"Mine", {}};
-       },
-       "Pause Nimbra",
-       {},
-       {"Swirl"}},
-      {"another pointer mode",
-       [](NimbraConfig& c) { c.pointerMode = PointerMode::none; },
-       "Pause Nimbra",
-       {"Classic Nimbra"},
-       {"None"}},
-  };
-  for (const Case& c : cases) {
+  for (const auto& [edit, toggle, palette, pointer] : cases) {
     NimbraConfig config;
-    c.edit(config);
+    edit(config);
     const Menu menu = quickMenu(config, "1");
-    EXPECT_NE(find(menu, c.toggle), nullptr) << c.what;
-    EXPECT_EQ(checkedIn(menu, "Colour"), c.palette) << c.what;
-    EXPECT_EQ(checkedIn(menu, "Pointer interaction"), c.pointer) << c.what;
+    EXPECT_NE(find(menu, toggle), nullptr);
+    EXPECT_EQ(checkedIn(menu, "Colour"), palette);
+    EXPECT_EQ(checkedIn(menu, "Pointer interaction"), pointer);
   }
 }
 
@@ -129,7 +92,7 @@ class FakePresenter final : public SettingsPresenter {
  public:
   void show(const std::optional<Rect>& at) override {
     shown = true;
-    place = at;
+    EXPECT_EQ(at, (Rect{1, 2, 3, 4}));
     log.push_back("show");
   }
   void close() override {
@@ -139,7 +102,6 @@ class FakePresenter final : public SettingsPresenter {
   bool isShown() const override { return shown; }
 
   bool shown = false;
-  std::optional<Rect> place;
   Names log;
 };
 
@@ -147,73 +109,67 @@ class MenuBarControllerTest : public testing::Test {
  protected:
   const NimbraConfig& config() const { return settings_.config(); }
 
-  SettingsStore settings_{std::make_unique<MemoryStorage>(), [](std::string_view) { return std::nullopt; }};
+  SettingsStore settings_{std::make_unique<MemoryStorage>(), emptyEnvironment};
   SettingsEditor editor_{settings_};
   FakeStatusItem item_;
   FakePresenter presenter_;
-  int resets_ = 0;
   int ends_ = 0;
-  MenuBarController controller_{{.settings = &editor_,
-                                 .statusItem = &item_,
-                                 .presenter = &presenter_,
-                                 .refreshSystemState = [this] { presenter_.log.push_back("refresh"); },
-                                 .terminate = [this] { ++ends_; },
-                                 .version = "1.2"}};
+  std::optional<MenuBarController> controller_{
+      std::in_place, MenuBarController::Ports{.settings = &editor_,
+                                              .statusItem = &item_,
+                                              .presenter = &presenter_,
+                                              .refreshSystemState = [this] { presenter_.log.push_back("refresh"); },
+                                              .terminate = [this] { ++ends_; },
+                                              .version = "1.2"}};
 };
 
-TEST_F(MenuBarControllerTest, chosenItemsDoWhatTheySay) {
+TEST_F(MenuBarControllerTest, ChosenItemsDoWhatTheySay) {
   item_.choose("Pause Nimbra");
   EXPECT_FALSE(config().enabled);
   item_.choose("Resume Nimbra");
   EXPECT_TRUE(config().enabled);
-
   item_.choose("Calm");
   EXPECT_EQ(config().pointerMode, PointerMode::calm);
-
   item_.choose("Restart Simulation");
-  controller_.onResetSim = [this] { ++resets_; };
+  int resets = 0;
+  controller_->onResetSim = [&] { ++resets; };
   item_.choose("Restart Simulation");
-  EXPECT_EQ(resets_, 1);
+  EXPECT_EQ(resets, 1);
   item_.choose("Quit Veloria");
   EXPECT_EQ(ends_, 1);
   item_.choose("Settings…");
   item_.choose("Settings…");
-  EXPECT_EQ(presenter_.log, (Names{"refresh", "show", "refresh", "show"})) << "the item never closes them";
-  EXPECT_EQ(presenter_.place, (Rect{1, 2, 3, 4}));
-
+  EXPECT_THAT(presenter_.log, ElementsAre("refresh", "show", "refresh", "show")) << "the item never closes them";
   const NimbraConfig before = config();
   item_.choose("Veloria 1.2");
   item_.choose("Preset");
   EXPECT_EQ(config(), before);
 }
 
-TEST_F(MenuBarControllerTest, aPresetReplacesTheLookAPaletteTheColoursAndBothAreOneStepOfUndo) {
+TEST_F(MenuBarControllerTest, APresetReplacesTheLookAPaletteTheColoursAndBothAreOneStepOfUndo) {
   NimbraConfig edited;
   edited.exposure = 3;
   edited.framesPerSecond = 30;
-  edited.customPalette = Palette{"Mine", {{0, 0, 0}, {1, 1, 1}, {0, 0, 0}, {1, 1, 1}}};
+  edited.customPalette = Palette{"Mine", {4, {1, 1, 1}}};
+  settings_.setConfig(edited);
   for (const LookPreset& preset : LookPreset::all()) {
-    settings_.setConfig(edited);
-    controller_.choosePreset(preset.name);
+    item_.choose(std::string(preset.name));
     EXPECT_EQ(config(), choose(edited, preset)) << preset.name;
-    EXPECT_EQ(config().framesPerSecond, 30);
-    EXPECT_EQ(config().palette().name, config().paletteName) << "not one's own any more";
     editor_.undo();
     EXPECT_EQ(config(), edited);
   }
-  controller_.choosePreset("no such preset");
-  controller_.choosePointer("no such mode");
+  controller_->choosePreset("no such preset");
+  controller_->choosePointer("no such mode");
   EXPECT_EQ(config(), edited);
-
   item_.choose(Palette::presets().back().name);
   EXPECT_EQ(config().palette(), Palette::presets().back());
   editor_.undo();
   EXPECT_EQ(config(), edited);
 }
 
-TEST_F(MenuBarControllerTest, theMenuFollowsTheSettingsAndNothingElse) {
+TEST_F(MenuBarControllerTest, TheMenuFollowsTheSettingsUntilTheControllerIsGone) {
   EXPECT_EQ(item_.menusSet, 1);
-  NimbraConfig changed = config();
+  NimbraConfig changed;
   changed.exposure = 2;
   settings_.setConfig(changed);
   EXPECT_EQ(item_.menusSet, 1) << "nothing in the menu depends on it";
@@ -221,36 +177,23 @@ TEST_F(MenuBarControllerTest, theMenuFollowsTheSettingsAndNothingElse) {
   settings_.setConfig(changed);
   EXPECT_EQ(item_.menusSet, 2);
   EXPECT_EQ(checkedIn(item_.menu, "Pointer interaction"), Names{"Glow follow"});
-  item_.choose("Glow follow");
-  EXPECT_EQ(config(), changed) << "chosen again";
+  controller_.reset();
+  EXPECT_FALSE(item_.handlers.clicked);
+  settings_.setConfig({});
+  EXPECT_EQ(item_.menusSet, 2);
 }
 
-TEST_F(MenuBarControllerTest, clicksToggleTheSettingsOrShowTheMenu) {
-  item_.handlers.clicked(Click::primary, false);
-  EXPECT_EQ(presenter_.log, (Names{"refresh", "show"}));
-  item_.handlers.clicked(Click::secondary, false);
-  item_.handlers.clicked(Click::primary, true);
-  EXPECT_EQ(item_.menusShown, 2);
-  item_.handlers.clicked(Click::unknown, true);
-  EXPECT_TRUE(presenter_.shown) << "they stay as they are";
-  item_.handlers.clicked(Click::primary, false);
-  EXPECT_FALSE(presenter_.shown);
-  item_.handlers.clicked(Click::unknown, false);
-  EXPECT_TRUE(presenter_.shown);
-  EXPECT_EQ(item_.menusShown, 2);
-}
-
-TEST(MenuBarController, leavesTheStatusItemAlone) {
-  SettingsStore settings(std::make_unique<MemoryStorage>(), [](std::string_view) { return std::nullopt; });
-  FakeStatusItem item;
-  FakePresenter presenter;
-  SettingsEditor editor(settings);
-  { MenuBarController controller({.settings = &editor, .statusItem = &item, .presenter = &presenter}); }
-  EXPECT_FALSE(item.handlers.clicked);
-  NimbraConfig paused;
-  paused.enabled = false;
-  settings.setConfig(paused);
-  EXPECT_EQ(item.menusSet, 1);
+TEST_F(MenuBarControllerTest, ClicksToggleTheSettingsOrShowTheMenu) {
+  const std::tuple<Click, bool, bool, int> steps[] = {
+      // the click, Control, then: settings shown, menus so far
+      {Click::primary, false, true, 0}, {Click::secondary, false, true, 1}, {Click::primary, true, true, 2},
+      {Click::unknown, true, true, 2},  {Click::primary, false, false, 2},  {Click::unknown, false, true, 2},
+  };
+  for (const auto& [click, control, shown, menus] : steps) {
+    item_.handlers.clicked(click, control);
+    EXPECT_EQ(presenter_.shown, shown);
+    EXPECT_EQ(item_.menusShown, menus);
+  }
 }
 
 }  // namespace

@@ -1,21 +1,16 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
+#include <functional>
 #include <vector>
 
+#include "ports/LoginItemPort.h"
 #include "ports/SystemPort.h"
-#include "ports/Timer.h"
-#include "system/LoginItem.h"
 
-namespace veloria {
+namespace veloria::tests {
 
 class FakeSystem final : public SystemPort {
  public:
-  SystemFacts facts() override {
-    ++asked;
-    return now;
-  }
+  SystemFacts facts() override { return now; }
   void setChangeHandler(std::function<void()> handler) override { changed = std::move(handler); }
   Result<Done> open(SystemPane pane) override {
     opened.push_back(pane);
@@ -24,32 +19,9 @@ class FakeSystem final : public SystemPort {
   }
 
   SystemFacts now;
-  int asked = 0;
   bool opens = false;
   std::function<void()> changed;
   std::vector<SystemPane> opened;
-};
-
-/// Has one timer at most, which fires when it is told to.
-class OneTimer final : public TimerFactory {
- public:
-  class Handle final : public Timer {
-   public:
-    explicit Handle(OneTimer& owner) : owner_(owner) {}
-    ~Handle() override { owner_.action = nullptr; }
-
-   private:
-    OneTimer& owner_;
-  };
-  std::unique_ptr<Timer> repeating(double, double toleranceSeconds, std::function<void()> newAction) override {
-    EXPECT_FALSE(action) << "a second timer";
-    tolerance = toleranceSeconds;
-    action = std::move(newAction);
-    return std::make_unique<Handle>(*this);
-  }
-
-  std::function<void()> action;
-  double tolerance = 0;
 };
 
 class FakeLogin final : public LoginItemPort {
@@ -69,4 +41,4 @@ class FakeLogin final : public LoginItemPort {
   }
 };
 
-}  // namespace veloria
+}  // namespace veloria::tests

@@ -1,16 +1,13 @@
 // Saves a picture of each tab of the settings window, light and dark: settings_pictures FOLDER [FONTSCALE]. It needs no
-// display. QT_SCALE_FACTOR=2 in the environment makes pictures of twice the size. Prints how long opening the window
-// takes.
+// display. QT_SCALE_FACTOR=2 in the environment makes pictures of twice the size.
 
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QScrollBar>
 #include <algorithm>
 #include <cstdio>
 
-#include "Palettes.h"
-#include "SettingsFixture.h"
+#include "../support/MemoryStorage.h"
+#include "DarkPalette.h"
 #include "ui/window/SettingsWindow.h"
 
 namespace {
@@ -27,49 +24,22 @@ bool savePictures(SettingsEditor& editor, const QString& folder, const QString& 
   SettingsWindow window(editor);
   window.show();
   bool saved = true;
-  const QString scale =
-      window.devicePixelRatio() > 1 ? QStringLiteral("@%1x").arg(window.devicePixelRatio()) : QString();
+  const double ratio = window.devicePixelRatio();
+  const QString end = ratio > 1 ? QStringLiteral("@%1x.png").arg(ratio) : QStringLiteral(".png");
   for (int i = 0; i < settingTabCount; ++i) {
     const auto tab = static_cast<SettingTab>(i);
     window.showTab(tab);
-    const QString name = QStringLiteral("%1/%2-%3").arg(folder, SettingCatalogue::tabTitle(tab), mood).toLower();
-    saved = save(window, name + scale + ".png") && saved;
+    const QString name = folder + '/' + QString(SettingCatalogue::tabTitle(tab)).toLower() + '-' + mood;
+    saved = save(window, name + end) && saved;
     window.resize(400, 1400);
-    saved = save(window, name + "-long" + scale + ".png") && saved;
+    saved = save(window, name + "-long" + end) && saved;
     window.resize(400, 520);
   }
-  window.search(QStringLiteral("glow"));
-  saved = save(window, folder + "/search-" + mood + scale + ".png") && saved;
-  window.search(QStringLiteral("xyzzy"));
-  return save(window, folder + "/nothing-" + mood + scale + ".png") && saved;
-}
-
-void printOpeningTimes(SettingsEditor& editor) {
-  for (const char* which : {"first", "second"}) {
-    QElapsedTimer timer;
-    timer.start();
-    SettingsWindow window(editor);
-    window.show();
-    QCoreApplication::processEvents();
-    window.grab();
-    std::printf("%s window: %lld ms\n", which, static_cast<long long>(timer.elapsed()));
-    timer.restart();
-    window.hide();
-    window.show();
-    QCoreApplication::processEvents();
-    window.grab();
-    std::printf("opened again: %lld ms\n", static_cast<long long>(timer.elapsed()));
-    for (int i = 1; i < settingTabCount; ++i) {
-      timer.restart();
-      window.showTab(static_cast<SettingTab>(i));
-      QCoreApplication::processEvents();
-      std::printf("  tab %d: %lld ms\n", i, static_cast<long long>(timer.elapsed()));
-    }
-    timer.restart();
-    window.search(QStringLiteral("e"));
-    QCoreApplication::processEvents();
-    std::printf("  all found: %lld ms\n", static_cast<long long>(timer.elapsed()));
+  for (const char* words : {"glow", "xyzzy"}) {
+    window.search(words);
+    saved = save(window, folder + "/search-" + words + "-" + mood + end) && saved;
   }
+  return saved;
 }
 
 }  // namespace
@@ -82,22 +52,17 @@ int main(int argc, char** argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(argc, argv);
   QApplication::setStyle(QStringLiteral("Fusion"));
-  if (argc == 3) {
-    QFont font = QApplication::font();
-    font.setPointSizeF(font.pointSizeF() * std::max(QByteArray(argv[2]).toDouble(), 0.5));
-    QApplication::setFont(font);
-  }
+  QFont font = QApplication::font();
+  font.setPointSizeF(font.pointSizeF() * (argc == 3 ? std::max(QByteArray(argv[2]).toDouble(), 0.5) : 1));
+  QApplication::setFont(font);
   const QString folder = QString::fromLocal8Bit(argv[1]);
   QDir().mkpath(folder);
-  NimbraConfig config;
-  config.exposure = 2;
-  config.pointerMode = PointerMode::glow;
-  EditedSettings settings(config);
-  settings.editor.change("glowAmount", [](NimbraConfig& edited) { edited.glowAmount = 1.4; });
-  printOpeningTimes(settings.editor);
-  bool saved = savePictures(settings.editor, folder, QStringLiteral("light"));
-  QApplication::setPalette(darkPalette());
-  saved = savePictures(settings.editor, folder, QStringLiteral("dark")) && saved;
+  SettingsStore store(std::make_unique<tests::MemoryStorage>(), tests::emptyEnvironment);
+  SettingsEditor editor(store);
+  editor.change("look", [](NimbraConfig& config) { config.exposure = 2; });
+  bool saved = savePictures(editor, folder, QStringLiteral("light"));
+  QApplication::setPalette(tests::darkPalette());
+  saved = savePictures(editor, folder, QStringLiteral("dark")) && saved;
   if (!saved) std::fprintf(stderr, "cannot write into %s\n", argv[1]);
   return saved ? 0 : 1;
 }

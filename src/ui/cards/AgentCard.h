@@ -4,7 +4,7 @@
 
 namespace veloria {
 
-/// Tells how programs drive the band.
+/// Explains how programs drive the band.
 class AgentCard : public Card {
   Q_OBJECT
 

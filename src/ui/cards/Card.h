@@ -6,7 +6,7 @@
 
 namespace veloria {
 
-/// A titled frame that groups controls of a tab, full width, as tall as its body.
+/// A titled frame around some controls of a tab.
 class Card : public QFrame {
   Q_OBJECT
 
@@ -14,7 +14,7 @@ class Card : public QFrame {
   explicit Card(const QString& title, QWidget* parent = nullptr);
 
   QString title() const { return title_->text(); }
-  /// Where the content goes.
+  /// The content goes here.
   QVBoxLayout& body() { return *body_; }
 
  private:

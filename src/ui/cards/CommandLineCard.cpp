@@ -5,7 +5,7 @@
 
 #include "ui/Background.h"
 #include "ui/QtText.h"
-#include "ui/controls/TileLayout.h"
+#include "ui/controls/Tile.h"
 
 namespace veloria {
 
@@ -44,8 +44,8 @@ QString commandLineSentence(const CommandLineToolState& view) {
                              : CommandLineCard::tr("nimbra is ready to use.");
   }
   const QString directory = pathText(*view.installDirectory);
-  if (!view.resolvedPath) return CommandLineCard::tr("nimbra can be put on your PATH, into %1.").arg(directory);
-  return CommandLineCard::tr("The nimbra on your PATH is not this program's: %1. This one can be put into %2.")
+  if (!view.resolvedPath) return CommandLineCard::tr("The nimbra command can be installed in %1.").arg(directory);
+  return CommandLineCard::tr("Another nimbra is installed: %1. This version can be installed in %2.")
       .arg(pathText(*view.resolvedPath), directory);
 }
 
@@ -62,9 +62,9 @@ CommandLineCard::CommandLineCard(CommandLinePorts ports, std::string byPackage, 
   body().addWidget(error_);
   auto* buttons = new QWidget(this);
   auto* layout = new TileLayout(TileLayout::Width::natural, buttons);
-  install_ = new QPushButton(tr("Put it on the PATH"), buttons);
+  install_ = new QPushButton(tr("Install the command"), buttons);
   install_->setObjectName(QStringLiteral("install"));
-  uninstall_ = new QPushButton(tr("Take it off the PATH"), buttons);
+  uninstall_ = new QPushButton(tr("Remove the command"), buttons);
   uninstall_->setObjectName(QStringLiteral("uninstall"));
   layout->addWidget(install_);
   layout->addWidget(uninstall_);

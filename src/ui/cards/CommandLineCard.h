@@ -12,18 +12,18 @@
 
 namespace veloria {
 
-/// What the card asks for. Each may take seconds: they are called on threads of the pool, one at a time, and must be
-/// good for as long as the program runs. What they throw is shown.
+/// What the card calls. Each may take seconds: they run on pool threads, one at a time, and must stay valid until the
+/// program ends. Exceptions are shown.
 struct CommandLinePorts {
   std::function<CommandLineToolState()> look;
   std::function<void()> install;
   std::function<void()> uninstall;
 };
 
-/// The command that installs Veloria, nimbra included, from a package; empty on systems that have none.
+/// The command that installs Veloria, with nimbra, from a package; empty on systems without one.
 extern const std::string packageCommand;
 
-/// Puts the nimbra command onto the PATH, or tells how to.
+/// Installs the nimbra command on the PATH, or explains how to.
 class CommandLineCard : public Card {
   Q_OBJECT
 
@@ -45,7 +45,7 @@ class CommandLineCard : public Card {
 
   Command addCommand(const QString& name);
   static void showCommand(const Command& command, const std::string& text);
-  /// Does `action`, which may be empty, and looks afterwards.
+  /// Runs `action` (may be empty), then looks up the state.
   void run(std::function<void()> action);
   void finish(const Outcome& outcome);
   void showView(const CommandLineToolState& view);

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "ui/QtText.h"
-#include "ui/controls/ButtonRow.h"
+#include "ui/controls/SettingLabel.h"
 
 namespace veloria {
 

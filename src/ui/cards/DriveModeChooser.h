@@ -8,10 +8,10 @@
 
 namespace veloria {
 
-/// What people call a drive mode.
+/// The name of a drive mode, for people.
 QString driveModeTitle(Visualizer mode);
 
-/// The drive modes to choose from, each with a line about it.
+/// A choice of the drive modes, each with a description.
 class DriveModeChooser : public Card {
   Q_OBJECT
 

@@ -2,16 +2,17 @@
 
 #include <QPushButton>
 
-#include "settings/GlassTuning.h"
+#include "settings/LookPreset.h"
 #include "ui/QtText.h"
-#include "ui/controls/TileLayout.h"
+#include "ui/controls/Tile.h"
 
 namespace veloria {
 
 GlassCard::GlassCard(SettingsEditor& editor, QWidget* parent) : Card(tr("Glass compensation"), parent) {
-  body().addWidget(makeSentence(tr("Makes the look you have stronger, for a bar that the band shines through. Tinted "
-                                   "glass swallows more light and colour than clear glass."),
-                                this));
+  body().addWidget(
+      makeSentence(tr("Boosts the current look for translucent bars. Use the tinted one if your bar darkens "
+                      "what is behind it."),
+                   this));
   auto* buttons = new QWidget(this);
   auto* layout = new TileLayout(TileLayout::Width::natural, buttons);
   for (const GlassTuning& tuning : GlassTuning::all()) {

@@ -5,7 +5,7 @@
 
 namespace veloria {
 
-/// Retunes the current look for a bar of glass.
+/// Adjusts the current look for a translucent bar.
 class GlassCard : public Card {
   Q_OBJECT
 

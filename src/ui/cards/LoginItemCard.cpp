@@ -1,7 +1,7 @@
 #include "ui/cards/LoginItemCard.h"
 
 #include "ui/QtText.h"
-#include "ui/controls/ButtonRow.h"
+#include "ui/controls/SettingLabel.h"
 
 namespace veloria {
 
@@ -22,8 +22,8 @@ void LoginItemCard::set(bool on) {
   const bool is = item_.isEnabled();
   box_->setChecked(is);
   if (is == on) return setSentence(*error_, {});
-  setSentence(*error_, changed ? tr("This could not be changed.")
-                               : breakable(tr("This could not be changed: %1").arg(toQString(changed.error()))));
+  setSentence(*error_, changed ? tr("Couldn't change this.")
+                               : breakable(tr("Couldn't change this: %1").arg(toQString(changed.error()))));
 }
 
 }  // namespace veloria

@@ -7,7 +7,7 @@
 
 namespace veloria {
 
-/// Whether Veloria starts when the person logs in.
+/// Whether Veloria starts at login.
 class LoginItemCard : public Card {
   Q_OBJECT
 

@@ -11,7 +11,7 @@
 #include "scene/ColorStops.h"
 #include "ui/QtText.h"
 #include "ui/controls/Swatch.h"
-#include "ui/controls/TileLayout.h"
+#include "ui/controls/Tile.h"
 
 namespace veloria {
 
@@ -27,7 +27,7 @@ QIcon chipOf(const QColor& color, double ratio) {
   return QIcon(pixmap);
 }
 
-/// The palette to edit: one's own, or a copy of the one in use. It has at least `stops` colours.
+/// The user's own palette, or a copy of the one in use, with at least `stops` colours.
 Palette ownPalette(const NimbraConfig& config, std::size_t stops) {
   Palette palette = config.palette();
   if (!config.customPalette) palette.name = customName;
@@ -53,7 +53,7 @@ PaletteEditor::PaletteEditor(SettingsEditor& editor, QWidget* parent)
 }
 
 PaletteEditor::~PaletteEditor() {
-  for (const Stop& stop : stops_) stop.hex->disconnect(this);  // one loses the focus after this is gone
+  for (const Stop& stop : stops_) stop.hex->disconnect(this);  // a field may lose the focus after this is gone
 }
 
 QWidget* PaletteEditor::makeStop(std::size_t index) {
@@ -63,7 +63,7 @@ QWidget* PaletteEditor::makeStop(std::size_t index) {
   Stop& stop = stops_[index];
   const QString number = QString::number(index + 1);
   stop.button = new QPushButton(box);
-  stop.button->setObjectName(QStringLiteral("colour") + number);
+  stop.button->setObjectName(QStringLiteral("color") + number);
   stop.button->setIconSize(chip);
   stop.button->setAccessibleName(tr("Choose colour %1").arg(number));
   stop.button->setToolTip(stop.button->accessibleName());
@@ -75,15 +75,15 @@ QWidget* PaletteEditor::makeStop(std::size_t index) {
   row->addWidget(stop.button);
   row->addWidget(stop.hex);
   connect(stop.button, &QPushButton::clicked, this, [this, index] { openDialog(index); });
-  connect(stop.hex, &QLineEdit::textEdited, this, [this, index] { takeHex(index, false); });
-  connect(stop.hex, &QLineEdit::editingFinished, this, [this, index] { takeHex(index, true); });
+  connect(stop.hex, &QLineEdit::textEdited, this, [this, index] { readHex(index, false); });
+  connect(stop.hex, &QLineEdit::editingFinished, this, [this, index] { readHex(index, true); });
   return box;
 }
 
 QWidget* PaletteEditor::makeButtons() {
   auto* box = new QWidget(this);
   auto* layout = new TileLayout(TileLayout::Width::natural, box);
-  copy_ = new QPushButton(tr("Copy the current palette"), box);
+  copy_ = new QPushButton(tr("Start from this palette"), box);
   copy_->setObjectName(QStringLiteral("copyPalette"));
   aside_ = new QPushButton(tr("Put your palette aside"), box);
   aside_->setObjectName(QStringLiteral("putAside"));
@@ -103,7 +103,7 @@ void PaletteEditor::showRecord(const NimbraConfig& config) {
   if (own) {
     state = tr("In use. Choosing a built-in palette puts it aside; its tile brings it back.");
   } else if (editor_.ownPalette()) {
-    state += QLatin1Char(' ') + tr("It takes the place of the one that is put aside.");
+    state += QLatin1Char(' ') + tr("It replaces the one that you put aside.");
   }
   setSentence(*state_, state);
   copy_->setEnabled(!own);
@@ -146,14 +146,14 @@ void PaletteEditor::openDialog(std::size_t index) {
   dialog->open();
 }
 
-void PaletteEditor::takeHex(std::size_t index, bool finished) {
+void PaletteEditor::readHex(std::size_t index, bool finished) {
   const auto color = colorFromHex(stops_.at(index).hex->text().trimmed().toStdString());
   if (color) {
     setSentence(*error_, {});
     const Palette shown = ownPalette(editor_.config(), stopCount);
     if (hexOf(*color) != hexOf(shown.stops.at(index))) setStop(index, *color);
   } else if (finished) {
-    setSentence(*error_, tr("Write a colour as # and six digits from 0 to 9 and a to f, such as #0dff8c."));
+    setSentence(*error_, tr("Enter a colour as # and six hexadecimal digits, such as #0dff8c."));
   }
 }
 

@@ -9,8 +9,8 @@
 
 namespace veloria {
 
-/// A palette of one's own: four colours from the first to the last of the gradient. While there is none it shows the
-/// one in use, and changing a colour makes a palette of one's own out of that.
+/// Edits the user's own palette of four colours, from the first to the last of the gradient. While there is none it
+/// shows the palette in use, and changing a colour makes an own palette from it.
 class PaletteEditor : public Card {
   Q_OBJECT
 
@@ -32,7 +32,7 @@ class PaletteEditor : public Card {
   void showStop(std::size_t index, const ColorStop& stop);
   void setStop(std::size_t index, const ColorStop& stop);
   void openDialog(std::size_t index);
-  void takeHex(std::size_t index, bool finished);
+  void readHex(std::size_t index, bool finished);
 
   SettingsEditor& editor_;
   std::array<Stop, stopCount> stops_;

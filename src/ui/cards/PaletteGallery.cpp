@@ -1,8 +1,8 @@
 #include "ui/cards/PaletteGallery.h"
 
 #include "ui/QtText.h"
-#include "ui/controls/ButtonRow.h"
-#include "ui/controls/TileLayout.h"
+#include "ui/controls/SettingLabel.h"
+#include "ui/controls/Tile.h"
 
 namespace veloria {
 
@@ -18,9 +18,9 @@ PaletteGallery::PaletteGallery(SettingsEditor& editor, QWidget* parent)
       wallpaper_(new QCheckBox(this)),
       pictureProblem_(makeSentence({}, this)) {
   wallpaper_->setObjectName(QStringLiteral("matchWallpaper"));
-  body().addLayout(makeButtonRow(*wallpaper_, tr("Colours of the desktop picture"),
-                                 tr("Takes the palette from your wallpaper. Those below are for when there is none."),
-                                 *this));
+  body().addLayout(
+      makeButtonRow(*wallpaper_, tr("Match the wallpaper"),
+                    tr("Takes the colours from your wallpaper. The palette below is used when there is none."), *this));
   body().addWidget(pictureProblem_);
   auto* tiles = new QWidget(this);
   auto* layout = new TileLayout(TileLayout::Width::fill, tiles);

@@ -10,8 +10,7 @@
 
 namespace veloria {
 
-/// The built-in palettes to choose from, one's own once there is one, and the wish to follow the desktop picture
-/// instead.
+/// The built-in palettes, the user's own if there is one, and a switch to match the wallpaper instead.
 class PaletteGallery : public Card {
   Q_OBJECT
 
@@ -19,7 +18,7 @@ class PaletteGallery : public Card {
   /// The editor must outlive it.
   explicit PaletteGallery(SettingsEditor& editor, QWidget* parent = nullptr);
 
-  /// Says from now on why the desktop picture gives no colours. The ticker must outlive it.
+  /// Shows from now on why the wallpaper gives no colours. The ticker must outlive this.
   void follow(ReadoutTicker& ticker);
 
  private:

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "ui/QtText.h"
-#include "ui/controls/TileLayout.h"
+#include "ui/controls/Tile.h"
 
 namespace veloria {
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr int pictureHeight = 56;
 
-/// The palette that a preset names, for the time until its picture is there.
+/// Shown until the preset's picture is drawn.
 Palette paletteOf(const LookPreset& preset) {
   return choose(NimbraConfig(), preset).palette();
 }

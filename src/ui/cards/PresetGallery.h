@@ -10,8 +10,8 @@
 
 namespace veloria {
 
-/// The look presets, each as a picture of itself. Choosing one puts its look into the record; the one that the record
-/// has is marked. Pictures that are missing are drawn while the gallery is seen.
+/// The look presets as pictures. Choosing one applies it to the record; the one in use is marked. Missing pictures are
+/// drawn while the gallery is visible.
 class PresetGallery : public Card {
   Q_OBJECT
 

@@ -1,6 +1,7 @@
 #include "ui/cards/ReadoutCard.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "ui/QtText.h"
 
@@ -22,6 +23,24 @@ constexpr const char* whatIsHeard = QT_TRANSLATE_NOOP("veloria::ReadoutCard",
 #endif
 
 }  // namespace
+
+ReadoutTicker::ReadoutTicker(QWidget* window, ReadoutSource source)
+    : QObject(window), source_(std::move(source)), watch_(window, [this](bool seen) { setRunning(seen); }) {
+  timer_.setInterval(intervalMs);
+  timer_.setTimerType(Qt::CoarseTimer);
+  connect(&timer_, &QTimer::timeout, this, &ReadoutTicker::ask);
+  if (window->isVisible()) setRunning(true);
+}
+
+void ReadoutTicker::setRunning(bool on) {
+  if (!on) return timer_.stop();
+  ask();
+  timer_.start();
+}
+
+void ReadoutTicker::ask() {
+  if (source_) last_.set(source_());
+}
 
 ReadoutCard::ReadoutCard(const QString& title, ReadoutTicker& ticker, QWidget* parent)
     : Card(title, parent), fallback_(makeSentence({}, this)) {
@@ -54,7 +73,7 @@ void ReadoutCard::showFacts(const Readouts& readouts) {
   setSilent(empty && fallbackText_.isEmpty());
 }
 
-// Only changes count, so that whoever else hides the card is not overruled four times a second.
+// Acts on changes only; otherwise it would undo four times a second what others hide.
 void ReadoutCard::setSilent(bool silent) {
   if (silent == silent_) return;
   silent_ = silent;
@@ -80,7 +99,7 @@ ReadoutCard* ReadoutCard::makeWeather(ReadoutTicker& ticker, QWidget* parent) {
   auto* card = new ReadoutCard(tr("Weather now"), ticker, parent);
   card->addLine(&Readouts::weather);
   card->addLine(&Readouts::weatherError);
-  card->setFallback(tr("No readings yet. They are asked for while the weather or the wind drives the band."));
+  card->setFallback(tr("No weather data yet. It is fetched only in Weather and Wind modes."));
   return card;
 }
 
@@ -88,7 +107,7 @@ ReadoutCard* ReadoutCard::makeAudio(ReadoutTicker& ticker, QWidget* parent) {
   auto* card = new ReadoutCard(tr("Sound"), ticker, parent);
   card->body().insertWidget(0, makeSentence(tr(whatIsHeard), card));
   card->addLine(&Readouts::audio);
-  card->setFallback(tr("Nothing is listened to. That happens only while music drives the band."));
+  card->setFallback(tr("Not listening. Veloria listens only in Music mode."));
   return card;
 }
 

@@ -8,19 +8,19 @@
 
 namespace veloria {
 
-/// A card of sentences that the running program tells about itself. It hides while it has nothing to tell.
+/// A card of sentences about the running program. Hidden while there are none.
 class ReadoutCard : public Card {
   Q_OBJECT
 
  public:
   ReadoutCard(const QString& title, ReadoutTicker& ticker, QWidget* parent = nullptr);
 
-  /// Adds a line that shows one of the readouts. While that is empty, so is the line.
+  /// Adds a line that shows one of the readouts; empty while the readout is.
   void addLine(std::string Readouts::*line);
-  /// What the card says while all its lines are empty.
+  /// Shown while all lines are empty.
   void setFallback(const QString& sentence);
 
-  /// Why nothing is drawn or can be seen, figures, and whether the bar's text is kept.
+  /// Why nothing is drawn or visible, performance figures, and why the bar's text is not kept.
   static ReadoutCard* makeStatus(ReadoutTicker& ticker, QWidget* parent = nullptr);
   /// The camera housing.
   static ReadoutCard* makeNotch(ReadoutTicker& ticker, QWidget* parent = nullptr);

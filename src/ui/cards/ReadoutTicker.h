@@ -9,18 +9,18 @@
 
 namespace veloria {
 
-/// Asks the running program how it is while a window is seen, four times a second, and hands the answers on: one timer
-/// for all that shows facts. Main thread.
+/// Reads the state of the running program four times a second while a window is visible, and passes it to all cards
+/// that show some of it. Main thread.
 class ReadoutTicker : public QObject {
   Q_OBJECT
 
  public:
   static constexpr int intervalMs = 250;
 
-  /// Belongs to `window`, and asks at once when that is shown.
+  /// A child of `window`. Reads at once when the window is shown.
   ReadoutTicker(QWidget* window, ReadoutSource source);
 
-  /// Calls `show` at once with the last answer (empty before the first) and then with each new one.
+  /// Calls `show` at once with the last readouts (empty before the first) and then with each change.
   Subscription subscribe(std::function<void(const Readouts&)> show) { return last_.subscribe(std::move(show)); }
 
  private:

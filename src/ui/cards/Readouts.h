@@ -6,8 +6,7 @@
 
 namespace veloria {
 
-/// What the running program tells about itself in the settings window: sentences for people, empty where there is
-/// nothing to tell.
+/// What the settings window shows about the running program: sentences, empty if there is nothing to say.
 struct Readouts {
   std::string darkness;  ///< why nothing is drawn; empty while the band is lit
   std::string hint;      ///< why the band, though drawn, can't be seen
@@ -15,14 +14,14 @@ struct Readouts {
   std::string cutout;    ///< the camera housing of the main screen
   std::string weather;   ///< the last readings
   std::string weatherError;
-  std::string audio;    ///< what is listened to and how loud it is, or why not
-  std::string picture;  ///< why the desktop's picture gives no colours, while they are wanted
+  std::string audio;    ///< the levels of the sound, or why there are none
+  std::string picture;  ///< why the wallpaper gives no colours, while they are wanted
   std::string capture;  ///< why the bar's text is not kept; empty while it is or need not be
-  std::string pointer;  ///< why the pointer is not followed; empty where it is
+  std::string pointer;  ///< why the pointer is not followed; empty if it is
   std::string script;   ///< the running script's error
 };
 
-/// Asked on the main thread, a few times a second while the window is open and never while it is closed.
+/// Called on the main thread, a few times a second while the window is open.
 using ReadoutSource = std::function<Readouts()>;
 
 }  // namespace veloria

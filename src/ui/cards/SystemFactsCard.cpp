@@ -5,7 +5,7 @@
 namespace veloria {
 
 SystemFactsCard::SystemFactsCard(SystemState& system, const SystemPanes& panes, QWidget* parent)
-    : Card(tr("What the system does to the band"), parent), system_(system), error_(makeSentence({}, this)) {
+    : Card(tr("System settings that affect the band"), parent), system_(system), error_(makeSentence({}, this)) {
   transparency_ = addFact();
   addButton(tr("Change transparency…"), "openTransparency", panes.transparency);
   contrast_ = addFact();
@@ -15,7 +15,7 @@ SystemFactsCard::SystemFactsCard(SystemState& system, const SystemPanes& panes, 
     addButton(tr("Change the tint…"), "openTint", SystemPane::appearance);
   }
   addButton(tr("Change the bar…"), "openMenuBar", SystemPane::menuBar);
-  addButton(tr("Change the desktop picture…"), "openWallpaper", SystemPane::wallpaper);
+  addButton(tr("Change the wallpaper…"), "openWallpaper", SystemPane::wallpaper);
   body().addWidget(error_);
   subscription_ = system_.facts().subscribe([this](const SystemFacts& facts) { showFacts(facts); });
 }
@@ -37,17 +37,16 @@ void SystemFactsCard::addButton(const QString& text, const char* name, SystemPan
 }
 
 void SystemFactsCard::showFacts(const SystemFacts& facts) {
-  setSentence(
-      *transparency_,
-      facts.reduceTransparency
-          ? tr("Transparency is reduced. The bar may hide a band that lies behind it; one over the bar is seen.")
-          : tr("Transparency is not reduced."));
+  setSentence(*transparency_,
+              facts.reduceTransparency
+                  ? tr("Transparency is reduced. The bar may hide the band behind it; over the bar it stays visible.")
+                  : tr("Transparency is not reduced."));
   setSentence(*contrast_, facts.increaseContrast
-                              ? tr("Contrast is increased. The bar may be less see-through, and the band fainter.")
+                              ? tr("Contrast is increased. The bar may be less transparent and the band fainter.")
                               : tr("Contrast is not increased."));
   if (tint_ == nullptr) return;
   setSentence(*tint_, facts.glassTint > 0
-                          ? tr("Glass is tinted (%1). The more, the less is seen of a band behind the bar.")
+                          ? tr("Glass is tinted (%1). A stronger tint hides more of the band behind the bar.")
                                 .arg(facts.glassTint, 0, 'f', 2)
                           : tr("Glass is not tinted."));
 }

@@ -13,7 +13,7 @@ struct SystemPanes {
   bool tintsGlass = false;
 };
 
-/// Says how the display settings are, and leads to them and to the other two that decide what is seen of the band.
+/// Shows the display settings that affect the band, and opens the desktop's own settings for them.
 class SystemFactsCard : public Card {
   Q_OBJECT
 

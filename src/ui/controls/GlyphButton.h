@@ -6,8 +6,8 @@ namespace veloria {
 
 enum class Glyph { undo, redo, toDefault };
 
-/// A small flat button with a drawn sign, in the colours of the palette at any scale. Its words are its tooltip and
-/// accessible name. A `toDefault` that is disabled shows nothing, but keeps its place.
+/// A small flat button with a drawn symbol in the colours of the palette. `words` become its tooltip and accessible
+/// name. A disabled `toDefault` is invisible but keeps its place.
 class GlyphButton : public QToolButton {
   Q_OBJECT
 

@@ -14,22 +14,22 @@ namespace veloria {
 enum class SettingTab { look, motion, bar, drive, pointer, system };
 inline constexpr int settingTabCount = 6;
 
-/// How a slider's travel is shared out over the range. Each is a monotone map of the value whose image the travel
-/// divides evenly; see SettingValue.h.
+/// How a slider's travel maps to its range: the travel is linear in a monotone function of the value; see
+/// SettingValue.h.
 enum class Curve {
   linear,
   squared,      ///< finer towards 0, from which it grows both ways
   cubed,        ///< much finer towards 0
-  logarithmic,  ///< each doubling takes the same way; the minimum is above 0
+  logarithmic,  ///< each doubling takes the same travel; the minimum is above 0
   nearOne,      ///< finer towards 1, which the maximum stays below
 };
 
-/// What the control of a number offers. The record itself may hold anything.
+/// What the control of a number offers; the record itself may hold anything.
 struct NumberRange {
   double step = 0.01;  ///< the fine step of the keyboard
-  int decimals = 2;    ///< to which a slider rounds
+  int decimals = 2;    ///< a slider rounds to these
   Curve curve = Curve::linear;
-  const char* unit = "";  ///< to be translated; stands behind the value as it is
+  const char* unit = "";  ///< shown right after the value; to be translated
   double minimum = 0;     ///< from the table of the settings, as is the maximum
   double maximum = 0;
 };
@@ -43,14 +43,14 @@ struct Choice {
 using SettingField = std::variant<bool NimbraConfig::*, std::int64_t NimbraConfig::*, double NimbraConfig::*,
                                   LayerMode NimbraConfig::*, NotchMode NimbraConfig::*, PointerMode NimbraConfig::*>;
 
-/// A field of the record that a person changes by an ordinary control. The texts are English and are translated where
-/// they are shown: SettingCatalogue::tr(setting.title).
+/// A field of the record that has an ordinary control. The texts are English; translate them for display:
+/// SettingCatalogue::tr(setting.title).
 struct Setting {
   std::string_view key;  ///< the field's name
   SettingField field;
   const char* title;
   const char* help;      ///< one line
-  const char* synonyms;  ///< what else people call it, for the search; words with spaces between them
+  const char* synonyms;  ///< other words for it, for the search, separated by spaces
   NumberRange range{};   ///< of numbers only
   SettingTab tab{};
   const char* group = "";  ///< the title of its card
@@ -60,7 +60,7 @@ class SettingCatalogue {
   Q_DECLARE_TR_FUNCTIONS(SettingCatalogue)
 
  public:
-  /// All of them, those of a tab together and those of a group together, in the order in which they are shown.
+  /// All settings in display order, by tab and by card.
   static const std::vector<Setting>& all();
 
   /// The setting of this key; null for a field that has no ordinary control.
@@ -71,18 +71,6 @@ class SettingCatalogue {
 
   /// English, to be translated.
   static const char* tabTitle(SettingTab tab);
-
- private:
-  struct Builder;
-  static void addLook(Builder& builder);
-  static void addMotion(Builder& builder);
-  static void addBar(Builder& builder);
-  static void addDrive(Builder& builder);
-  static void addPointer(Builder& builder);
-  static void addSystem(Builder& builder);
-  static std::vector<Choice> layerChoices();
-  static std::vector<Choice> notchChoices();
-  static std::vector<Choice> pointerChoices();
 };
 
 }  // namespace veloria

@@ -9,8 +9,8 @@ namespace veloria {
 
 class GlyphButton;
 
-/// The control of one setting: shows what the record holds while it is visible, whoever changed it, and writes what a
-/// person does through the editor. It never writes by itself. Main thread; the editor and the setting must outlive it.
+/// The control of one setting. While visible it shows the record's value, whoever changed it. It writes only what the
+/// user does, through the editor. Main thread; the editor and the setting must outlive it.
 class SettingControl : public QWidget {
   Q_OBJECT
 
@@ -28,7 +28,7 @@ class SettingControl : public QWidget {
   double currentValue() const { return valueIn(editor_.config(), setting_); }
   void write(double value);
   void writeDefault();
-  /// The button that leads back to the default.
+  /// The button that restores the default.
   QWidget* resetButton();
 
  private:
@@ -40,7 +40,7 @@ class SettingControl : public QWidget {
   Subscription subscription_;
 };
 
-/// The control that suits the setting.
+/// Makes the control for a setting.
 SettingControl* makeSettingControl(const Setting& setting, SettingsEditor& editor, QWidget* parent);
 
 }  // namespace veloria

@@ -1,6 +1,7 @@
 #include "ui/controls/SettingLabel.h"
 
 #include <QEvent>
+#include <QHBoxLayout>
 #include <QMouseEvent>
 
 namespace veloria {
@@ -49,6 +50,27 @@ void SettingLabel::mouseReleaseEvent(QMouseEvent* event) {
 
 void SettingLabel::mouseDoubleClickEvent(QMouseEvent* event) {
   if (event->button() == Qt::LeftButton) Q_EMIT doubleClicked();
+}
+
+QLayout* makeButtonRow(QAbstractButton& button, const QString& title, const QString& help, QWidget& parent) {
+  button.setAccessibleName(title);
+  button.setAccessibleDescription(help);
+  auto* words = new QVBoxLayout;
+  words->setSpacing(1);
+  for (const auto tone : {SettingLabel::Tone::title, SettingLabel::Tone::help}) {
+    auto* label = new SettingLabel(tone, tone == SettingLabel::Tone::title ? title : help, &parent);
+    if (tone == SettingLabel::Tone::title) label->setBuddy(&button);
+    QObject::connect(label, &SettingLabel::clicked, &button, [&button] {
+      button.setFocus(Qt::MouseFocusReason);
+      button.click();
+    });
+    words->addWidget(label);
+  }
+  auto* row = new QHBoxLayout;
+  row->setSpacing(8);
+  row->addWidget(&button, 0, Qt::AlignTop);
+  row->addLayout(words, 1);
+  return row;
 }
 
 }  // namespace veloria

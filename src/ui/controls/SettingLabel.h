@@ -1,17 +1,19 @@
 #pragma once
 
+#include <QAbstractButton>
 #include <QLabel>
+#include <QLayout>
 
 namespace veloria {
 
-/// A wrapping label of a control that can be clicked in its stead.
+/// A wrapping label that can be clicked instead of its control.
 class SettingLabel : public QLabel {
   Q_OBJECT
 
  public:
   enum class Tone {
     title,
-    help,  ///< smaller and dimmer, in the colours of whichever palette is set
+    help,  ///< smaller and dimmer, following the palette
   };
   SettingLabel(Tone tone, const QString& text, QWidget* parent);
 
@@ -31,5 +33,9 @@ class SettingLabel : public QLabel {
   Tone tone_;
   bool settingTone_ = false;
 };
+
+/// Lays out a check box or radio button that has no text, with a wrapping title and help beside it. Clicking a label
+/// clicks the button. The labels become children of `parent`.
+QLayout* makeButtonRow(QAbstractButton& button, const QString& title, const QString& help, QWidget& parent);
 
 }  // namespace veloria

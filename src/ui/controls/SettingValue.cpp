@@ -8,7 +8,7 @@ namespace veloria {
 
 namespace {
 
-/// The map that the travel divides evenly.
+/// The function of the value in which the travel is linear.
 double warp(Curve curve, double x) {
   switch (curve) {
     case Curve::linear:

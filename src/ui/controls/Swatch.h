@@ -11,9 +11,9 @@ namespace veloria {
 
 /// How colours of the band are shown and written in the settings window.
 
-/// What lies behind a picture of the band: light is shown on the dark, whatever the window's own colours are.
+/// The background of pictures of the band: dark, whatever the window's own colours are.
 inline constexpr QColor nightColor{11, 13, 20};
-/// Corners of pictures, in points.
+/// The corner radius of pictures, in points.
 inline constexpr double swatchRadius = 6;
 
 QColor colorOf(const ColorStop& stop);

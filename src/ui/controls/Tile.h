@@ -1,23 +1,26 @@
 #pragma once
 
 #include <QImage>
+#include <QLayout>
 #include <QRadioButton>
 #include <QString>
+#include <memory>
+#include <vector>
 
 #include "settings/Palette.h"
 
 namespace veloria {
 
-/// One of several pictures to choose from, with its name and a line about it. It is a radio button to the accessibility
-/// interface and the keyboard: one of its siblings is in the tab order, arrows move among them, Enter and Space choose.
-/// It shows what is chosen elsewhere; a click does not check it by itself.
+/// One of several pictures to choose from, with a name and a description. To the keyboard and to assistive software it
+/// is a radio button: one sibling is in the tab order, arrows move between them, Enter and Space choose. A click does
+/// not check it; its owner does.
 class Tile : public QRadioButton {
   Q_OBJECT
 
  public:
   Tile(const QString& name, const QString& description, int pictureHeight, QWidget* parent);
 
-  /// What to show until there is a picture, or instead of one.
+  /// Shown until there is a picture, or instead of one.
   void setColors(const Palette& palette);
   void setPicture(const QImage& picture);
   const QImage& picture() const { return picture_; }
@@ -36,7 +39,7 @@ class Tile : public QRadioButton {
 
  private:
   QList<Tile*> siblings() const;
-  Tile* neighbour(int key) const;
+  Tile* neighbor(int key) const;
   void paintPicture(QPainter& painter, const QRectF& area) const;
   void paintTexts(QPainter& painter, const QRect& area) const;
   int textHeight(int width) const;
@@ -46,6 +49,38 @@ class Tile : public QRadioButton {
   int pictureHeight_;
   Palette colors_;
   QImage picture_;
+};
+
+/// Lays out similar widgets in rows, as many per row as fit, all as wide as the widest needs. Longer texts make more
+/// rows, not a wider window.
+class TileLayout : public QLayout {
+  Q_OBJECT
+
+ public:
+  enum class Width { natural, fill };  ///< `fill` divides the whole row among its tiles
+
+  explicit TileLayout(Width width, QWidget* parent = nullptr);
+  ~TileLayout() override;
+
+  void addItem(QLayoutItem* item) override;
+  int count() const override { return static_cast<int>(items_.size()); }
+  QLayoutItem* itemAt(int index) const override;
+  QLayoutItem* takeAt(int index) override;
+
+  Qt::Orientations expandingDirections() const override { return Qt::Horizontal; }
+  bool hasHeightForWidth() const override { return true; }
+  int heightForWidth(int width) const override;
+  QSize sizeHint() const override;
+  QSize minimumSize() const override;
+  void setGeometry(const QRect& area) override;
+
+ private:
+  std::vector<QLayoutItem*> shown() const;
+  /// Returns the height of the tiles in `area`; moves them there if `place` is set.
+  int arrange(const QRect& area, bool place) const;
+
+  Width width_;
+  std::vector<std::unique_ptr<QLayoutItem>> items_;
 };
 
 }  // namespace veloria

@@ -21,9 +21,9 @@ class PresetPictures : public QObject {
   /// In the order of LookPreset::all(); null until it is drawn.
   const QImage& picture(int preset) const { return pictures_.at(static_cast<std::size_t>(preset)); }
 
-  /// Has those drawn that are missing.
+  /// Draws the missing pictures.
   void draw();
-  /// Leaves the others for the next draw().
+  /// Stops; the next draw() continues.
   void pause();
 
  Q_SIGNALS:

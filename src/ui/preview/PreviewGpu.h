@@ -8,7 +8,7 @@
 
 namespace veloria {
 
-/// A GPU device of the settings window's own, so that its pictures never wait for the band or hold it up.
+/// The settings window's own GPU device, so that its pictures and the band never wait for each other.
 struct PreviewGpu {
   std::unique_ptr<gpu::Device> device;
   std::unique_ptr<gpu::Library> library;

@@ -1,17 +1,87 @@
 #include "ui/preview/PreviewPainter.h"
 
+#include <QImage>
+#include <QSize>
 #include <QThread>
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
-#include "ui/preview/PreviewCanvas.h"
+#include "base/MediaClock.h"
+#include "render/FramePlan.h"
+#include "render/NimbraRenderer.h"
+#include "render/OffscreenTarget.h"
 
 namespace veloria {
 
-/// What the thread holds while something is wanted.
+namespace {
+
+constexpr double maximumQuality = 0.5;
+constexpr std::int64_t maximumPressureIterations = 24;
+
+gpu::Size gpuSize(QSize pixels) {
+  return {static_cast<std::uint32_t>(pixels.width()), static_cast<std::uint32_t>(pixels.height())};
+}
+
+StripGeometry stripOf(QSize pixels, double pixelsPerPoint) {
+  StripGeometry strip;
+  strip.windowFrame = {0, 0, pixels.width() / pixelsPerPoint, pixels.height() / pixelsPerPoint};
+  strip.menuBarHeight = strip.windowFrame.height;
+  strip.backingScale = pixelsPerPoint;
+  return strip;
+}
+
+/// The look alone, without what belongs to a screen, and not more work than a small picture is worth.
+NimbraConfig previewConfig(NimbraConfig config) {
+  config.layerMode = LayerMode::desktopStrip;
+  config.preserveMenuBarText = false;
+  config.notchMode = NotchMode::ignore;
+  config.pointerMode = PointerMode::none;
+  config.quality = std::min(config.quality, maximumQuality);
+  config.pressureIterations = std::min(config.pressureIterations, maximumPressureIterations);
+  return config;
+}
+
+/// Draws the band of a record into pictures.
+class PreviewCanvas {
+ public:
+  /// Throws what NimbraRenderer's constructor throws.
+  explicit PreviewCanvas(PreviewGpu& gpu, MediaClock clock = mediaTime)
+      : gpu_(gpu), stats_(clock), renderer_(*gpu.device, *gpu.library, stats_, clock) {}
+
+  /// The next frame, with nothing behind the band. Another size starts a new fluid. Throws gpu::DeviceError.
+  QImage draw(const NimbraConfig& config, QSize pixels, double pixelsPerPoint) {
+    renderer_.config = previewConfig(config);
+    setSize(pixels, pixelsPerPoint);
+    renderer_.draw(*target_);
+    const auto rows = target_->pixels();
+    constexpr auto format = QImage::Format_RGBA8888_Premultiplied;
+    return QImage(rows.data(), pixels.width(), pixels.height(), pixels.width() * 4, format).copy();
+  }
+
+ private:
+  void setSize(QSize pixels, double pixelsPerPoint) {
+    const gpu::Size wanted = gpuSize(pixels);
+    if (!target_ || target_->drawableSize() != wanted) target_.emplace(*gpu_.device, wanted);
+    renderer_.geometry = stripOf(pixels, pixelsPerPoint);
+    renderer_.resizeTargets(wanted);
+    const GridSize grid = gridSizeFor(wanted, renderer_.config.quality, renderer_.config.verticalStretch);
+    if (std::exchange(grid_, grid) != grid) renderer_.resizeSimGrid(wanted);
+  }
+
+  PreviewGpu& gpu_;
+  RenderStats stats_;
+  NimbraRenderer renderer_;
+  std::optional<OffscreenTarget> target_;
+  GridSize grid_;
+};
+
+}  // namespace
+
+/// What the thread keeps while something is wanted.
 class PreviewPainter::Canvases {
  public:
   explicit Canvases(PreviewGpu gpu) : gpu_(std::move(gpu)) {
@@ -24,7 +94,7 @@ class PreviewPainter::Canvases {
   }
   void endFrames() { frames_.reset(); }
 
-  /// Draws the next frame of a still; the picture, when it was the last.
+  /// Draws the next frame of a still; returns the picture after the last.
   std::optional<QImage> advance(const Job& job) {
     if (job.number != stillNumber_) beginStill(job);
     const PreviewStill& still = job.still;
@@ -130,7 +200,7 @@ void PreviewPainter::run() {
   }
 }
 
-/// Waits for something to do. Frames and stills take turns where both are wanted.
+/// Waits for something to do. Frames and stills take turns if both are wanted.
 PreviewPainter::Task PreviewPainter::next(bool hasCanvases, Task last) {
   std::unique_lock guard(lock_);
   for (;; wanted_.wait(guard)) {

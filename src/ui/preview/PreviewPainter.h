@@ -17,9 +17,9 @@ class QThread;
 
 namespace veloria {
 
-/// A picture of a record's band as it is after some time, on a clock of its own: the same record, the same picture.
+/// A picture of the band after some time on a clock of its own: the same record gives the same picture.
 struct PreviewStill {
-  int id = 0;  ///< comes back with the picture
+  int id = 0;  ///< passed back with the picture
   NimbraConfig config;
   QSize pixels;
   double pixelsPerPoint = 1;
@@ -27,10 +27,9 @@ struct PreviewStill {
   double framesPerSecond = 20;
 };
 
-/// Draws the settings window's pictures on a thread with a GPU device of its own. Both are there only while something
-/// is wanted; a GPU that can't be had, or is lost, means no pictures until everything was stopped and is asked for
-/// again. Its functions are called, and its signals come, on the main thread, and none of them waits but the
-/// destructor.
+/// Draws the settings window's pictures on its own thread and GPU device. The device exists only while something is
+/// wanted. After a GPU failure there are no pictures until all requests have been stopped and made again. Use it on the
+/// main thread, where its signals arrive; only the destructor waits.
 class PreviewPainter : public QObject {
   Q_OBJECT
 
@@ -39,20 +38,19 @@ class PreviewPainter : public QObject {
   /// Waits for the frame that is being drawn.
   ~PreviewPainter() override;
 
-  /// Draws one frame of a clip that goes on from frame to frame on the wall clock. Only the newest record that waits is
-  /// drawn.
+  /// Draws the next frame of a clip that runs on the wall clock. A newer request replaces one that is still waiting.
   void drawFrame(const NimbraConfig& config, QSize pixels, double pixelsPerPoint);
   void stopFrames();
 
   /// Draws a picture between the frames. Several are drawn in turn.
   void drawStill(const PreviewStill& still);
-  /// Those not yet drawn never are.
+  /// Drops the stills that are not drawn yet.
   void cancelStills();
 
  Q_SIGNALS:
   void frameDrawn(const QImage& picture);
   void stillDrawn(int id, const QImage& picture);
-  /// There are no pictures, and why.
+  /// Drawing failed, and why.
   void failed(const QString& reason);
 
  private:

@@ -75,7 +75,7 @@ void PreviewStrip::showPicture(const QImage& picture) {
 
 void PreviewStrip::showFailure(const QString& reason) {
   picture_ = {};
-  setFailure(tr("There is no preview: the GPU can't be used here."), reason);
+  setFailure(tr("No preview: the GPU is not available."), reason);
 }
 
 void PreviewStrip::setFailure(const QString& sentence, const QString& reason) {

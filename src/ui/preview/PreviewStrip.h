@@ -11,19 +11,19 @@
 
 namespace veloria {
 
-/// A live strip of the band, as wide as there is room. While it is seen it asks for the record before every frame and
-/// has that drawn; otherwise it does nothing.
+/// A live preview of the band, as wide as its space. While visible it reads the record before each frame; otherwise it
+/// does nothing.
 class PreviewStrip : public QWidget {
   Q_OBJECT
 
  public:
   static constexpr int heightPoints = 48;
-  /// Frames are no larger than this, in pixels, and enlarged where there is more room: light is soft.
+  /// The largest frame in pixels. Larger previews are scaled up, which soft light hides.
   static constexpr QSize maximumPixels{400, 48};
-  /// A longer one would show everything slower than it is: the renderer moves on by 50 ms at most.
+  /// The renderer advances by 50 ms at most, so a longer interval would slow the preview down.
   static constexpr int intervalMs = 50;
 
-  /// `config` is asked on the main thread. The painter must outlive the strip.
+  /// `config` is called on the main thread. The painter must outlive the strip.
   PreviewStrip(PreviewPainter& painter, std::function<NimbraConfig()> config, QWidget* parent = nullptr);
   ~PreviewStrip() override;
 
@@ -48,14 +48,14 @@ class PreviewStrip : public QWidget {
   PreviewPainter& painter_;
   std::function<NimbraConfig()> config_;
   QTimer timer_;
-  QTimer settling_;  ///< frames keep their size while the window is dragged larger
+  QTimer settling_;  ///< frames keep their size while the window is resized
   QSize pixels_;
   QImage picture_;
   QString failure_;
   VisibilityWatch watch_;
 };
 
-/// The pixels to draw for a strip of `points` on a screen with `ratio` pixels a point: its shape, within
+/// The frame size for a strip of `points` at `ratio` pixels per point: the same shape, within
 /// PreviewStrip::maximumPixels.
 QSize previewPixels(QSize points, double ratio);
 

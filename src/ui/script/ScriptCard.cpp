@@ -31,7 +31,7 @@ QString shortened(const QString& text) {
   return text.size() <= longestMessage ? text : text.left(longestMessage) + QChar(0x2026);
 }
 
-/// The record can be kept as it is, but not with this script.
+/// The record can be stored, but not with this script.
 bool tooLongToKeep(const NimbraConfig& config, const std::string& script) {
   NimbraConfig with = config;
   with.customScript = script;
@@ -49,8 +49,8 @@ ScriptCard::ScriptCard(SettingsEditor& editor, ScriptDraft& draft, QWidget* pare
       notice_(makeSentence({}, this)),
       error_(makeSentence({}, this)),
       state_(makeSentence({}, this)),
-      takeBuiltIn_(new QPushButton(tr("Edit as a custom script"), this)),
-      discard_(new QPushButton(tr("Back to the script in use"), this)) {
+      editBuiltIn_(new QPushButton(tr("Edit as a custom script"), this)),
+      discard_(new QPushButton(tr("Discard changes"), this)) {
   build();
   if (draft_.text) load(*draft_.text);
   connect(text_, &QPlainTextEdit::textChanged, this, &ScriptCard::typed);
@@ -65,7 +65,7 @@ ScriptCard::ScriptCard(SettingsEditor& editor, ScriptDraft& draft, QWidget* pare
     storeDue_ = true;
     if (checked_) store();
   });
-  connect(takeBuiltIn_, &QPushButton::clicked, this, &ScriptCard::takeBuiltIn);
+  connect(editBuiltIn_, &QPushButton::clicked, this, &ScriptCard::editBuiltIn);
   connect(discard_, &QPushButton::clicked, this, &ScriptCard::discard);
   subscription_ = editor_.subscribe([this](const NimbraConfig& config) { showRecord(config); });
 }
@@ -81,13 +81,13 @@ void ScriptCard::build() {
   storeTimer_.setSingleShot(true);
   storeTimer_.setInterval(storeMs);
   text_->setAccessibleName(tr("Your script"));
-  takeBuiltIn_->setObjectName(QStringLiteral("editAsCustomScript"));
+  editBuiltIn_->setObjectName(QStringLiteral("editAsCustomScript"));
   discard_->setObjectName(QStringLiteral("discardDraft"));
   error_->setObjectName(QStringLiteral("scriptError"));
   state_->setObjectName(QStringLiteral("scriptState"));
   notice_->setObjectName(QStringLiteral("scriptNotice"));
   body().addWidget(mode_);
-  body().addWidget(takeBuiltIn_, 0, Qt::AlignLeading);
+  body().addWidget(editBuiltIn_, 0, Qt::AlignLeading);
   body().addWidget(text_);
   for (QLabel* line : {notice_, error_, state_}) body().addWidget(line);
   body().addWidget(discard_, 0, Qt::AlignLeading);
@@ -97,8 +97,8 @@ void ScriptCard::build() {
 
 void ScriptCard::showRecord(const NimbraConfig& config) {
   const bool runs = config.visualizer == Visualizer::script;
-  setSentence(*mode_, runs ? QString() : tr("Your script runs while Script drives the band."));
-  takeBuiltIn_->setVisible(!builtInScript(config.visualizer).empty());
+  setSentence(*mode_, runs ? QString() : tr("Used when Script is selected above."));
+  editBuiltIn_->setVisible(!builtInScript(config.visualizer).empty());
   if (draft_.text || shown_ == config.customScript) return showState();
   shown_ = config.customScript;
   load(toQString(config.customScript));
@@ -131,15 +131,15 @@ void ScriptCard::typed() {
 void ScriptCard::check() {
   checkTimer_.stop();
   const QString text = text_->toPlainText();
-  if (const auto unfit = scriptEditProblem(text)) return take(ScriptError(0, unfit->toStdString()));
+  if (const auto unfit = scriptEditProblem(text)) return showVerdict(ScriptError(0, unfit->toStdString()));
   runInBackground(
       this, [script = text.toStdString()] { return verdictOn(script); },
       [this, asked = texts_](const Verdict& verdict) {
-        if (asked == texts_) take(verdict);
+        if (asked == texts_) showVerdict(verdict);
       });
 }
 
-void ScriptCard::take(const Verdict& verdict) {
+void ScriptCard::showVerdict(const Verdict& verdict) {
   checked_ = true;
   problem_ = verdict ? shortened(toQString(verdict->line > 0 ? verdict->description() : verdict->message)) : QString();
   text_->markLine(verdict ? verdict->line : 0);
@@ -152,7 +152,7 @@ void ScriptCard::store() {
   if (!draft_.text || !problem_.isEmpty()) return;
   std::string script = draft_.text->toStdString();
   if (tooLongToKeep(editor_.config(), script)) {
-    problem_ = tr("This is too long to be kept with the settings.");
+    problem_ = tr("This script is too long to save.");
     return showState();
   }
   storeTimer_.stop();
@@ -169,7 +169,7 @@ void ScriptCard::settle() {
   ++texts_;
   checkTimer_.stop();
   const auto unfit = scriptEditProblem(*draft_.text);
-  take(unfit ? ScriptError(0, unfit->toStdString()) : verdictOn(draft_.text->toStdString()));
+  showVerdict(unfit ? ScriptError(0, unfit->toStdString()) : verdictOn(draft_.text->toStdString()));
 }
 
 void ScriptCard::hideEvent(QHideEvent* event) {
@@ -177,7 +177,7 @@ void ScriptCard::hideEvent(QHideEvent* event) {
   settle();
 }
 
-void ScriptCard::takeBuiltIn() {
+void ScriptCard::editBuiltIn() {
   const std::string script(builtInScript(editor_.config().visualizer));
   const std::string before = editor_.config().customScript;
   draft_.text.reset();
@@ -188,8 +188,7 @@ void ScriptCard::takeBuiltIn() {
   if (text_->toPlainText() != toQString(script)) load(toQString(script));
   text_->setFocus(Qt::OtherFocusReason);
   const bool replaced = !before.empty() && before != script;
-  setSentence(*notice_,
-              replaced ? tr("This took the place of the script that you had. Undo brings that back.") : QString());
+  setSentence(*notice_, replaced ? tr("This replaced your previous script. Undo restores it.") : QString());
 }
 
 void ScriptCard::discard() {
@@ -202,10 +201,12 @@ void ScriptCard::showState() {
   const bool draft = draft_.text && checked_ && !problem_.isEmpty();
   setSentence(*error_, breakable(problem_));
   text_->setAccessibleDescription(problem_);
-  setSentence(*state_, draft
-                           ? tr("This text is not in use: the script before it still is. It stays here, also when you "
-                                "close the window, until you mend it or Veloria ends.")
-                           : QString());
+  setSentence(
+      *state_,
+      draft
+          ? tr("This script has an error, so the last working one keeps running. Your text stays here until you fix it "
+               "or quit Veloria.")
+          : QString());
   discard_->setVisible(draft);
 }
 

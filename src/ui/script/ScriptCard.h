@@ -12,14 +12,14 @@
 
 namespace veloria {
 
-/// What stands in the script editor and not in the record: text that is not right yet. Kept apart from the card, so
-/// that it is still there when the window is opened again.
+/// Text in the script editor that is not in the record because it has an error. Kept outside the card, so that it
+/// survives closing the window.
 struct ScriptDraft {
   std::optional<QString> text;
 };
 
-/// The person's own scene script and the language on a card. Text is checked as it is typed; what is right goes into
-/// the record after a pause, or when the editor is left, and what is not never does.
+/// The user's own scene script, with a summary of the language. Text is checked while it is typed. Valid text is stored
+/// after a pause or when the editor loses the focus; invalid text never is.
 class ScriptCard : public Card {
   Q_OBJECT
 
@@ -29,25 +29,25 @@ class ScriptCard : public Card {
 
   /// Both must outlive it.
   ScriptCard(SettingsEditor& editor, ScriptDraft& draft, QWidget* parent = nullptr);
-  /// Stores what is right and not stored yet.
+  /// Stores valid text that is not stored yet.
   ~ScriptCard() override;
 
  protected:
   void hideEvent(QHideEvent* event) override;
 
  private:
-  using Verdict = std::optional<ScriptError>;  ///< nothing: the text is right
+  using Verdict = std::optional<ScriptError>;  ///< nothing: the text is valid
 
   void build();
   void showRecord(const NimbraConfig& config);
   void load(const QString& text);
   void typed();
   void check();
-  void take(const Verdict& verdict);
+  void showVerdict(const Verdict& verdict);
   void store();
   /// Checks and stores what is not stored yet, at once.
   void settle();
-  void takeBuiltIn();
+  void editBuiltIn();
   void discard();
   void showState();
 
@@ -58,16 +58,16 @@ class ScriptCard : public Card {
   QLabel* notice_;
   QLabel* error_;
   QLabel* state_;
-  QPushButton* takeBuiltIn_;
+  QPushButton* editBuiltIn_;
   QPushButton* discard_;
   QTimer checkTimer_, storeTimer_;
 
   std::optional<std::string> shown_;  ///< the record's script that the editor was last given
   bool loading_ = false;
-  int texts_ = 0;         ///< counts them, so that an answer about an older one is known
-  bool checked_ = false;  ///< the text as it is now
+  int texts_ = 0;         ///< counts changes, to recognise answers about older text
+  bool checked_ = false;  ///< whether the current text was
   bool storeDue_ = false;
-  QString problem_;  ///< why the text can't be used; empty while it can, or is not known
+  QString problem_;  ///< why the text can't be used; empty if it can or is unchecked
   Subscription subscription_;
 };
 

@@ -18,7 +18,7 @@ namespace {
 constexpr int visibleLines = 12;
 constexpr QColor errorTint{220, 60, 60, 70};
 
-/// Every line end of the scene language as the one that the editor counts lines by.
+/// Turns every line end of the scene language into the editor's.
 QString withPlainLines(QString text) {
   text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
   for (const char16_t end : {u'\r', u'\v', u'\f', u'\u0085', u'\u2028', u'\u2029'}) {

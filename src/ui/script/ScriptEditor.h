@@ -7,21 +7,21 @@
 
 namespace veloria {
 
-/// Why a text of so many bytes, or with such long lines, can't be edited here; nothing when it can.
+/// Why this text is too large to edit, in bytes or in the length of a line; nothing if it is not.
 std::optional<QString> scriptEditProblem(const QString& text);
 
-/// Where a scene script is written: fixed pitch, one line a line, text only. What is too large is refused when it is
-/// pasted or dropped, so that the window never stands still over it.
+/// The editor for scene scripts: fixed pitch, no wrapping, plain text. It refuses pastes and drops that are too large,
+/// so that the window never freezes.
 class ScriptEditor : public QPlainTextEdit {
   Q_OBJECT
 
  public:
-  /// A longer line takes an editor seconds to lay out; no script needs one.
+  /// Longer lines take seconds to lay out; no script needs them.
   static constexpr qsizetype maximumLineLength = 20000;
 
   explicit ScriptEditor(QWidget* parent = nullptr);
 
-  /// Replaces everything as if it had been typed: the editor's own undo brings the old text back.
+  /// Replaces everything as if typed, so that the editor's undo restores the old text.
   void replaceText(const QString& text);
 
   /// Marks a line, counted from 1; 0 for none.
@@ -30,7 +30,7 @@ class ScriptEditor : public QPlainTextEdit {
 
  Q_SIGNALS:
   void focusLost();
-  /// A paste that was not taken, and why.
+  /// A paste was refused, and why.
   void refused(const QString& reason);
 
  protected:

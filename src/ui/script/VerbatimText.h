@@ -5,13 +5,13 @@
 
 namespace veloria {
 
-/// Text to be read and copied as it is: fixed pitch, never wrapped, as tall as its lines, with a scroll bar where the
-/// window is too narrow for them.
+/// Read-only text to copy: fixed pitch, not wrapped, as tall as its lines, with a scroll bar if the window is too
+/// narrow.
 class VerbatimText : public QPlainTextEdit {
   Q_OBJECT
 
  public:
-  /// `name` is for those who hear the window.
+  /// `name` is the accessible name.
   VerbatimText(const QString& name, const QString& text, QWidget* parent);
 
  protected:
@@ -22,7 +22,7 @@ class VerbatimText : public QPlainTextEdit {
   void fit();
 };
 
-/// A button that copies a text to the clipboard and says so for a moment.
+/// A button that copies a text to the clipboard and briefly confirms it.
 QPushButton* makeCopyButton(const VerbatimText& text, QWidget* parent);
 
 }  // namespace veloria

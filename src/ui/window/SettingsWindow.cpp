@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "ui/controls/GlyphButton.h"
-#include "ui/window/SearchPage.h"
+#include "ui/window/Pages.h"
 #include "ui/window/TabStrip.h"
 
 namespace veloria {
@@ -41,7 +41,7 @@ SettingsWindow::SettingsWindow(SettingsEditor& editor, Kind kind)
   addShortcuts();
   subscription_ = editor_.subscribe([this](const NimbraConfig&) { showUndoable(); });
   if (kind_ == Kind::popup) {
-    // Later: once the window that is used instead is known.
+    // Queued: by then the newly active window is known.
     connect(qApp, &QGuiApplication::focusWindowChanged, this, &SettingsWindow::closeWhenLeft, Qt::QueuedConnection);
   }
   setMinimumSize(360, 400);
@@ -181,7 +181,7 @@ void SettingsWindow::keyPressEvent(QKeyEvent* event) {
   }
 }
 
-/// Undo in the search field is the window's when nothing was typed, and Down leads from there to what was found.
+/// In the search field undo acts on the window if nothing was typed, and Down moves to the first result.
 bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {
   if (watched != search_) return QWidget::eventFilter(watched, event);
   if (event->type() == QEvent::ShortcutOverride) {
@@ -201,7 +201,7 @@ bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {
   return QWidget::eventFilter(watched, event);
 }
 
-/// Dialogs and lists of its own don't count as leaving it.
+/// Its own dialogs and pop-up lists don't count as leaving it.
 void SettingsWindow::closeWhenLeft() {
   const QWidget* active = QApplication::activeWindow();
   while (active != nullptr && active != this) active = active->parentWidget();

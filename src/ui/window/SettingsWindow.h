@@ -4,7 +4,7 @@
 #include <array>
 
 #include "settings/SettingsEditor.h"
-#include "ui/window/TabPage.h"
+#include "ui/window/Pages.h"
 
 class QHBoxLayout;
 class QLineEdit;
@@ -17,23 +17,23 @@ class GlyphButton;
 class SearchPage;
 class TabStrip;
 
-/// The settings window: a header with the search and undo, a preview, and six tabs of cards. Ctrl+F goes to the search,
-/// Ctrl+Z and Ctrl+Shift+Z take back and make again, Ctrl+Tab goes to the next tab, Escape clears the search and then
-/// closes. Main thread; the editor must outlive it.
+/// The settings window: a header with the search and undo, a preview, and six tabs of cards. Ctrl+F focuses the search,
+/// Ctrl+Z and Ctrl+Shift+Z undo and redo, Ctrl+Tab shows the next tab, and Escape clears the search, then closes the
+/// window. Main thread; the editor must outlive it.
 class SettingsWindow : public QWidget {
   Q_OBJECT
 
  public:
   enum class Kind {
     ordinary,
-    popup,  ///< without a frame; closes when another window is used. Its place is up to the caller.
+    popup,  ///< frameless; closes when another window becomes active; the caller places it
   };
 
   explicit SettingsWindow(SettingsEditor& editor, Kind kind = Kind::ordinary);
 
-  /// Puts the live picture above the tabs, 48 points high. The window becomes its parent.
+  /// Places the live preview above the tabs, 48 points high. The window becomes its parent.
   void setPreview(QWidget* preview);
-  /// Adds a card to a tab that has not been seen yet.
+  /// Adds a card to a tab that has not been shown yet.
   void addCard(const CardPlacement& placement);
 
   void showTab(SettingTab tab);
@@ -43,7 +43,7 @@ class SettingsWindow : public QWidget {
   void setVisible(bool visible) override;
 
  Q_SIGNALS:
-  /// It was opened or closed: work that only serves to be seen should begin or end.
+  /// The window was opened or closed. Work that only feeds the display can start or stop.
   void visibleChanged(bool visible);
 
  protected:
@@ -67,7 +67,7 @@ class SettingsWindow : public QWidget {
 
   SettingsEditor& editor_;
   Kind kind_;
-  SettingTab tab_ = SettingTab::look;  ///< the one that is seen unless something is searched for
+  SettingTab tab_ = SettingTab::look;  ///< shown unless a search is active
   QVBoxLayout* column_;
   QHBoxLayout* previewSlot_;
   QLineEdit* search_ = nullptr;

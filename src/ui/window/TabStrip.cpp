@@ -9,7 +9,7 @@ namespace veloria {
 
 namespace {
 
-/// A word with a line below it when it is the chosen one.
+/// A word, underlined if it is the current tab.
 class TabButton : public QToolButton {
  public:
   TabButton(const QString& title, QWidget* parent) : QToolButton(parent) {

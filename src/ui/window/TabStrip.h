@@ -6,15 +6,15 @@
 
 namespace veloria {
 
-/// The names of the tabs, all of them seen at any width: side by side where they fit, else in rows of equal columns.
-/// One of them is chosen; arrow keys move the choice.
+/// The names of the tabs, all visible at any width: side by side if they fit, otherwise in rows of equal columns. Arrow
+/// keys change the tab.
 class TabStrip : public QWidget {
   Q_OBJECT
 
  public:
   TabStrip(const QStringList& titles, QWidget* parent);
 
-  /// -1: none is chosen.
+  /// -1: none.
   void setCurrent(int index);
 
   bool hasHeightForWidth() const override { return true; }
@@ -23,7 +23,7 @@ class TabStrip : public QWidget {
   QSize minimumSizeHint() const override;
 
  Q_SIGNALS:
-  /// A person chose a tab, perhaps the one that was chosen already.
+  /// The user chose a tab, possibly the current one.
   void chosen(int index);
 
  protected:

@@ -1,15 +1,18 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QLabel>
-#include <memory>
+#include <QLineEdit>
+#include <QTest>
+#include <QThreadPool>
 #include <string>
+#include <vector>
 
-#include "SettingsFixture.h"
+#include "../support/MemoryStorage.h"
+#include "settings/SettingsEditor.h"
 
 namespace veloria::tests {
 
@@ -26,14 +29,23 @@ inline void runFor(int milliseconds) {
   runUntil([] { return false; }, milliseconds);
 }
 
-/// A settings store with an editor on it, and widgets found by their object names.
-class CardsFixture : public testing::Test {
+/// The keys of the fields in which two records differ.
+inline std::vector<std::string> differingKeys(const NimbraConfig& a, const NimbraConfig& b = {}) {
+  std::vector<std::string> keys;
+#define VELORIA_FIELD(type, name, initial, group) \
+  if (!(a.name == b.name)) keys.emplace_back(#name);
+#include "settings/NimbraConfigFields.h"
+  return keys;
+}
+
+/// A settings store with an editor, whose clock stands until it is moved, and widgets found by their object names.
+class UiFixture : public testing::Test {
  protected:
   const NimbraConfig& config() const { return store_.config(); }
 
   template <typename W>
   static W& child(const QWidget& parent, const char* name) {
-    W* found = parent.findChild<W*>(QString::fromLatin1(name));
+    W* found = parent.findChild<W*>(QString::fromUtf8(name));
     if (found == nullptr) throw std::runtime_error(std::string("there is no ") + name);
     return *found;
   }
@@ -47,8 +59,16 @@ class CardsFixture : public testing::Test {
     return all.remove(QChar(0x200B));
   }
 
-  SettingsStore store_{std::make_unique<NoStorage>(), [](std::string_view) { return std::nullopt; }};
-  SettingsEditor editor_{store_};
+  static void type(QLineEdit& field, const QString& text) {
+    field.setFocus();
+    field.selectAll();
+    QTest::keyClick(&field, Qt::Key_Delete);
+    QTest::keyClicks(&field, text);
+  }
+
+  double now_ = 100;
+  SettingsStore store_{std::make_unique<MemoryStorage>(), emptyEnvironment};
+  SettingsEditor editor_{store_, [this] { return now_; }};
 };
 
 }  // namespace veloria::tests

@@ -2,7 +2,7 @@
 
 #include <QPalette>
 
-namespace veloria {
+namespace veloria::tests {
 
 /// The colours of a dark desktop.
 inline QPalette darkPalette() {
@@ -18,4 +18,4 @@ inline QPalette darkPalette() {
   return palette;
 }
 
-}  // namespace veloria
+}  // namespace veloria::tests

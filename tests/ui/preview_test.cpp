@@ -1,0 +1,205 @@
+// Previews as the software GPU really draws them.
+
+#include <atomic>
+#include <cmath>
+#include <filesystem>
+#include <iterator>
+#include <thread>
+
+#include "UiFixture.h"
+#include "app/ShaderLibrary.h"
+#include "gpu/vulkan/VulkanFactory.h"
+#include "ui/cards/PresetGallery.h"
+#include "ui/preview/PreviewStrip.h"
+
+namespace veloria::tests {
+namespace {
+
+/// The validation layer slows a frame down several times over; one test has it.
+PreviewGpu makeGpu(bool validation = false) {
+  gpu::vulkan::VulkanOptions options;
+  options.validation = validation;
+  options.validationHandler = [](std::string_view text) { ADD_FAILURE() << "validation: " << text; };
+  PreviewGpu gpu;
+  gpu.device = gpu::vulkan::makeVulkanDevice(options);
+  gpu.library = loadShaderLibrary(*gpu.device, {std::filesystem::path(VELORIA_SHADER_LIBRARY)});
+  return gpu;
+}
+
+/// The means of a picture's premultiplied colours, and the brightest of all.
+struct Light {
+  explicit Light(const QImage& picture) {
+    const QImage plain = picture.convertToFormat(QImage::Format_RGBA8888_Premultiplied);
+    for (int y = 0; y < plain.height(); ++y) {
+      const uchar* pixel = plain.constScanLine(y);
+      for (int x = 0; x < plain.width(); ++x, pixel += 4) {
+        red += pixel[0];
+        blue += pixel[2];
+        brightest = std::max({brightest, int{pixel[0]}, int{pixel[1]}, int{pixel[2]}});
+      }
+    }
+  }
+  double red = 0, blue = 0;
+  int brightest = 0;
+};
+
+/// The mean difference of two pictures of one size, 0 to 255.
+double differenceOf(const QImage& a, const QImage& b) {
+  double sum = 0;
+  for (int y = 0; y < a.height(); ++y) {
+    for (int x = 0; x < a.width(); ++x) {
+      const QRgb p = a.pixel(x, y), q = b.pixel(x, y);
+      sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
+    }
+  }
+  return sum / (3.0 * a.width() * a.height());
+}
+
+std::ptrdiff_t threadCount() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+}
+
+class PreviewTest : public UiFixture {
+ protected:
+  PreviewTest() {
+    QObject::connect(&painter_, &PreviewPainter::frameDrawn, &context_, [this] { ++frames_; });
+    QObject::connect(&painter_, &PreviewPainter::stillDrawn, &context_, [this] { ++stills_; });
+    QObject::connect(&painter_, &PreviewPainter::failed, &context_,
+                     [this](auto& why) { ADD_FAILURE() << why.toStdString(); });
+    strip_.resize(400, PreviewStrip::heightPoints);
+  }
+  bool drawsFrames(int count) {
+    return runUntil([this, until = frames_ + count] { return frames_ >= until; });
+  }
+
+  const std::thread::id mainThread_ = std::this_thread::get_id();
+  QObject context_;  ///< so that signals come to this thread
+  std::atomic<int> devices_ = 0;
+  bool validation_ = false;
+  PreviewPainter painter_{[this] {
+    ++devices_;
+    return makeGpu(validation_);
+  }};
+  PreviewStrip strip_{painter_, [this] {
+                        EXPECT_EQ(std::this_thread::get_id(), mainThread_);
+                        return config();
+                      }};
+  int frames_ = 0, stills_ = 0;
+};
+
+TEST_F(PreviewTest, TheStripShowsLightThatMovesAndFollowsTheRecord) {
+  validation_ = true;
+  strip_.show();
+  ASSERT_TRUE(runUntil([&] { return frames_ > 20 && Light(strip_.picture()).brightest > 60; }));
+  EXPECT_EQ(strip_.picture().size(), QSize(400, 48));
+  const QImage before = strip_.picture();
+  ASSERT_TRUE(drawsFrames(15));
+  EXPECT_GT(differenceOf(before, strip_.picture()), 0.5);
+  // Dye keeps its colour until it fades.
+  editor_.change("customPalette", [&](NimbraConfig& c) {
+    c.customPalette = Palette{"one", {4, {1, 0.1F, 0.1F}}};
+    c.hueSpread = c.colorCycle = 0;
+  });
+  EXPECT_TRUE(runUntil([&] { return Light(strip_.picture()).red > 2 * Light(strip_.picture()).blue; }, 40000));
+  EXPECT_GT(Light(strip_.grab().toImage()).brightest, 60) << "the picture is on the widget too";
+}
+
+TEST_F(PreviewTest, AHiddenStripDrawsNothingAndKeepsNoDevice) {
+  const auto threads = threadCount();
+  runFor(100);
+  EXPECT_EQ(devices_, 0) << "nothing is made before it is seen";
+  const auto expectRest = [this] {
+    runFor(100);
+    const int before = frames_;
+    runFor(200);
+    EXPECT_EQ(frames_, before);
+  };
+  strip_.show();
+  ASSERT_TRUE(drawsFrames(3));
+  EXPECT_EQ(devices_, 1);
+  EXPECT_GT(threadCount(), threads + 1) << "a device has threads of its own";
+  strip_.hide();
+  EXPECT_TRUE(runUntil([&] { return threadCount() <= threads + 1; })) << "all but the one that waits have ended";
+  expectRest();
+  strip_.show();
+  ASSERT_TRUE(drawsFrames(3));
+  EXPECT_EQ(devices_, 2) << "the first device had been let go";
+  strip_.setWindowState(Qt::WindowMinimized);
+  expectRest();
+}
+
+TEST_F(PreviewTest, PresetPicturesAreDrawnOnceBetweenTheFramesAndCanBeToldApart) {
+  PresetPictures pictures(painter_);
+  auto gallery = std::make_unique<PresetGallery>(editor_, pictures);
+  gallery->resize(700, 500);
+  strip_.show();
+  gallery->show();
+  ASSERT_TRUE(runUntil([&] { return stills_ >= 1; }, 60000));
+  EXPECT_GT(frames_, 0) << "they take turns";
+  strip_.hide();
+  ASSERT_TRUE(runUntil([&] { return stills_ >= 2; }, 60000));
+  gallery->hide();  // in the middle of the work
+  runFor(200);
+  const int before = stills_;
+  runFor(300);
+  EXPECT_EQ(stills_, before);
+  gallery->show();
+  ASSERT_TRUE(runUntil([&] { return stills_ >= 7; }, 60000));
+  for (int i = 0; i < 7; ++i) {
+    EXPECT_GT(Light(pictures.picture(i)).brightest, 60) << i;
+    for (int j = 0; j < i; ++j) EXPECT_GT(differenceOf(pictures.picture(i), pictures.picture(j)), 8) << i << " " << j;
+  }
+  gallery.reset();
+  PresetGallery again(editor_, pictures);
+  again.show();
+  EXPECT_EQ(child<Tile>(again, "Rave").picture(), pictures.picture(6)) << "kept from the first time";
+  runFor(100);
+  EXPECT_EQ(stills_, 7);
+  EXPECT_LE(devices_, 2);
+}
+
+TEST_F(PreviewTest, APainterThatIsDestroyedAtWorkEndsCleanly) {
+  for (const int wait : {0, 30, 150}) {
+    PreviewPainter painter([] { return makeGpu(); });
+    painter.drawFrame(NimbraConfig(), {400, 48}, 1);
+    painter.drawStill({.id = 0, .config = {}, .pixels = {320, 80}});
+    runFor(wait);
+  }
+}
+
+TEST_F(PreviewTest, WithoutAGpuThereIsASentenceAndOneAttemptEachTime) {
+  const PreviewGpuFactory ways[] = {[]() -> PreviewGpu { throw std::runtime_error("no driver at all"); },
+                                    [] { return PreviewGpu(); }};
+  for (const PreviewGpuFactory& make : ways) {
+    SCOPED_TRACE(&make - ways);
+    std::atomic<int> attempts = 0;
+    std::atomic<bool> mended = false;
+    PreviewPainter painter([&] {
+      ++attempts;
+      return mended ? makeGpu() : make();
+    });
+    PreviewStrip strip(painter, [] { return NimbraConfig(); });
+    strip.show();
+    EXPECT_TRUE(runUntil([&] { return !strip.accessibleDescription().isEmpty(); }));
+    runFor(150);
+    EXPECT_EQ(attempts, 1);
+    EXPECT_TRUE(strip.picture().isNull());
+    EXPECT_GT(Light(strip.grab().toImage()).brightest, 200) << "the sentence is painted";
+    strip.hide();
+    runFor(50);
+    mended = true;
+    strip.show();
+    EXPECT_TRUE(runUntil([&] { return !strip.picture().isNull(); })) << "asked again when it is seen again";
+    EXPECT_TRUE(strip.accessibleDescription().isEmpty());
+  }
+}
+
+TEST(PreviewPixels, KeepTheShapeWithinTheLargestPicture) {
+  const std::tuple<QSize, double, QSize> cases[] = {
+      {{400, 48}, 1, {400, 48}}, {{200, 48}, 1, {200, 48}}, {{800, 48}, 1, {400, 24}}, {{400, 48}, 2, {400, 48}},
+      {{100, 48}, 2, {100, 48}}, {{2000, 1}, 1, {400, 1}},  {{0, 48}, 1, {}},          {{400, 48}, NAN, {}}};
+  for (const auto& [points, ratio, pixels] : cases) EXPECT_EQ(previewPixels(points, ratio), pixels);
+}
+
+}  // namespace
+}  // namespace veloria::tests
