@@ -63,7 +63,7 @@ void recordTone(benchmark::State& state) {
   const auto tone = server.playSine(100);
   AudioSource source(std::make_unique<PulseAudioTap>());
   source.start();
-  if (!poll(20, [&] { return source.bands().bass > 0.5; })) {
+  if (!tests::poll(20, [&] { return source.bands().bass > 0.5; })) {
     state.SkipWithError("nothing is heard");
     return;
   }

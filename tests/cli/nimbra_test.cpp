@@ -10,7 +10,6 @@ namespace veloria::tests {
 namespace {
 
 namespace fs = std::filesystem;
-using ChildProcess;
 using nlohmann::json;
 using testing::EndsWith;
 using testing::HasSubstr;

@@ -11,7 +11,6 @@
 namespace veloria::tests {
 namespace {
 
-using poll;
 using nlohmann::json;
 using testing::HasSubstr;
 
