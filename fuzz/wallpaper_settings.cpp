@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/TextLines.h"
+#include "base/Text.h"
 #include "platform/linux/wallpaper/PictureFinder.h"
 #include "platform/linux/wallpaper/PictureSettings.h"
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <cstddef>
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -27,5 +30,14 @@ Result<Done> writeFileAtomically(const std::filesystem::path& path, std::string_
 /// Removes temporary files that a killed process left in `folder`: those of writeFileAtomically() that are more than an
 /// hour old. Ignores errors.
 void removeStaleTemporaryFiles(const std::filesystem::path& folder) noexcept;
+
+/// The last change of the file's content; the member's name differs between systems.
+inline timespec modificationTime(const struct stat& attributes) {
+#ifdef __APPLE__
+  return attributes.st_mtimespec;
+#else
+  return attributes.st_mtim;
+#endif
+}
 
 }  // namespace veloria

@@ -1,5 +1,5 @@
 #include "base/ExitCode.h"
-#include "base/PlainText.h"
+#include "base/Text.h"
 #include "cli/Commands.h"
 #include "cli/Operands.h"
 

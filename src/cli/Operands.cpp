@@ -8,7 +8,7 @@
 #include "base/Color.h"
 #include "base/ExitCode.h"
 #include "base/PlainNumber.h"
-#include "base/PlainText.h"
+#include "base/Text.h"
 
 namespace veloria::cli {
 

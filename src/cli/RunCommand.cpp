@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "base/ExitCode.h"
-#include "base/PlainText.h"
+#include "base/Text.h"
 #include "cli/ChildProgram.h"
 #include "cli/Commands.h"
 #include "cli/StateChanges.h"

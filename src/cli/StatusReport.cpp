@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "agent/StateMembers.h"
-#include "base/PlainText.h"
+#include "base/Text.h"
 #include "cli/Operands.h"
 
 namespace veloria::cli {

@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "base/ExitCode.h"
-#include "base/PlainText.h"
+#include "base/Text.h"
 #include "cli/Commands.h"
 #include "cli/Operands.h"
 #include "cli/StateChanges.h"

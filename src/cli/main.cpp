@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "base/ExitCode.h"
-#include "base/PlainText.h"
+#include "base/Text.h"
 #include "cli/Commands.h"
 
 namespace {

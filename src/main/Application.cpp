@@ -20,7 +20,7 @@
 #include "main/commands/Command.h"
 #include "platform/posix/files/OnceMark.h"
 #include "platform/posix/files/UserFolders.h"
-#include "platform/qt/QtTimerFactory.h"
+#include "platform/qt/QtEventLoop.h"
 #include "render/PointerTracker.h"
 #include "scene/SceneDriver.h"
 #include "settings/SettingsStore.h"

@@ -9,14 +9,13 @@
 #include "main/SystemServices.h"
 #include "ports/AudioTap.h"
 #include "ports/DesktopPicture.h"
-#include "ports/LoginItemPort.h"
+#include "ports/EventLoop.h"
 #include "ports/Notifier.h"
 #include "ports/SettingsPresenter.h"
 #include "ports/SettingsStorage.h"
 #include "ports/StatusItem.h"
 #include "ports/SystemActivity.h"
 #include "ports/SystemPort.h"
-#include "ports/Timer.h"
 #include "ui/cards/SystemFactsCard.h"
 
 namespace veloria {

@@ -17,7 +17,7 @@
 #include "ui/cards/PaletteGallery.h"
 #include "ui/cards/PresetGallery.h"
 #include "ui/cards/ReadoutCard.h"
-#include "ui/cards/ReadoutTicker.h"
+#include "ui/cards/Readouts.h"
 #include "ui/preview/PresetPictures.h"
 #include "ui/preview/PreviewPainter.h"
 #include "ui/preview/PreviewStrip.h"

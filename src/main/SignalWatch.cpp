@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/SocketCalls.h"
-#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/QtEventLoop.h"
 
 namespace veloria {
 

@@ -8,7 +8,7 @@
 #include "base/LocalSocket.h"
 #include "base/Log.h"
 #include "main/commands/Command.h"
-#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/QtEventLoop.h"
 
 namespace veloria {
 

@@ -10,7 +10,7 @@
 #include "base/Environment.h"
 #include "platform/posix/socket/InstanceLock.h"
 #include "platform/posix/socket/LocalServer.h"
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 
 namespace veloria {
 

@@ -6,7 +6,7 @@
 #include "base/Environment.h"
 #include "platform/posix/files/UserFolders.h"
 #include "platform/posix/process/PosixCommandLine.h"
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 #include "system/CommandLineTool.h"
 #include "system/LoginItem.h"
 #include "system/SystemState.h"

@@ -2,9 +2,17 @@
 
 #include <functional>
 
-#include "ports/ActivityNotification.h"
-
 namespace veloria {
+
+/// Events from the system: at any time, any number of times and in any order.
+enum class ActivityNotification {
+  screensDidSleep,
+  screensDidWake,
+  willSleep,
+  didWake,
+  sessionDidResignActive,
+  sessionDidBecomeActive,
+};
 
 /// Port: power and session events of this computer. Main thread.
 class SystemActivity {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "base/Result.h"
 
@@ -34,6 +37,41 @@ class SystemPort {
 
  protected:
   SystemPort() = default;
+};
+
+/// Port: whether this program starts at login. Main thread; short waits for the disk only.
+class LoginItemPort {
+ public:
+  virtual ~LoginItemPort() = default;
+  LoginItemPort(const LoginItemPort&) = delete;
+  LoginItemPort& operator=(const LoginItemPort&) = delete;
+
+  virtual bool isRegistered() = 0;
+  /// Repeating either succeeds. The error is a text for people.
+  virtual Result<Done> add() = 0;
+  virtual Result<Done> remove() = 0;
+
+ protected:
+  LoginItemPort() = default;
+};
+
+/// Port: what installing the command-line tool needs from the system. Any one thread at a time.
+class CommandLinePort {
+ public:
+  virtual ~CommandLinePort() = default;
+  CommandLinePort(const CommandLinePort&) = delete;
+  CommandLinePort& operator=(const CommandLinePort&) = delete;
+
+  /// The standard output of a program (`argv[0]`, found on the PATH, and its arguments), whatever its exit code. Empty
+  /// if it can't be started, or was stopped because it wrote too much or took too long. Waits for seconds at most.
+  virtual std::string output(const std::vector<std::string>& argv) = 0;
+  /// Whether this is a folder in which the user may create and remove files.
+  virtual bool isWritableFolder(const std::filesystem::path& folder) = 0;
+  /// Whether this is, or links to, a file that the user may run.
+  virtual bool isRunnable(const std::filesystem::path& file) = 0;
+
+ protected:
+  CommandLinePort() = default;
 };
 
 }  // namespace veloria

@@ -7,8 +7,8 @@
 
 #include "base/Geometry.h"
 #include "base/MediaClock.h"
+#include "ports/EventLoop.h"
 #include "ports/PointerSource.h"
-#include "ports/Timer.h"
 
 namespace veloria {
 

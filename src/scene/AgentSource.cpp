@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "agent/StateMembers.h"
-#include "base/FileTime.h"
 #include "base/Files.h"
 #include "base/StrictJson.h"
 

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "base/Log.h"
-#include "base/PlainText.h"
+#include "base/Text.h"
 #include "scene/BuiltInScripts.h"
 #include "scene/DrivenConfig.h"
 #include "scene/ScriptError.h"

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "base/MediaClock.h"
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 #include "scene/AgentSource.h"
 #include "scene/DriveChannels.h"
 #include "scene/NimbraScript.h"

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "base/PlainNumber.h"
-#include "base/PlainText.h"
 #include "base/StrictJson.h"
+#include "base/Text.h"
 
 namespace veloria {
 

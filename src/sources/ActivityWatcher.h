@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "ports/ActivityNotification.h"
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
+#include "ports/SystemActivity.h"
 #include "settings/NimbraConfig.h"
 
 namespace veloria {

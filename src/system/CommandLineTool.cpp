@@ -4,7 +4,7 @@
 #include <system_error>
 #include <utility>
 
-#include "base/TextLines.h"
+#include "base/Text.h"
 
 namespace veloria {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/Environment.h"
-#include "ports/CommandLinePort.h"
+#include "ports/SystemPort.h"
 
 namespace veloria {
 

@@ -2,7 +2,7 @@
 
 #include "base/Log.h"
 #include "base/Result.h"
-#include "ports/LoginItemPort.h"
+#include "ports/SystemPort.h"
 
 namespace veloria {
 

@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "base/Observable.h"
+#include "ports/EventLoop.h"
 #include "ports/SystemPort.h"
-#include "ports/Timer.h"
 
 namespace veloria {
 

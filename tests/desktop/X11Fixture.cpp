@@ -4,7 +4,7 @@
 #include <QEventLoop>
 #include <algorithm>
 
-#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/QtEventLoop.h"
 
 namespace veloria::tests {
 

@@ -4,10 +4,9 @@
 
 #include "desktop/DesktopSession.h"
 #include "platform/linux/x11/X11BandFactory.h"
-#include "platform/qt/QtTimerFactory.h"
+#include "platform/qt/QtEventLoop.h"
 
 namespace veloria::tests {
-
 
 constexpr Pixel bandColor{0x20, 0xE0, 0x60};
 constexpr PixelRect stripPixels{0, 0, 1920, 32};

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 
 namespace veloria::tests {
 

@@ -3,7 +3,6 @@
 #include <functional>
 #include <vector>
 
-#include "ports/LoginItemPort.h"
 #include "ports/SystemPort.h"
 
 namespace veloria::tests {

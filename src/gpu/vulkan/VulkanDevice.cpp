@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-#include "base/PlainText.h"
+#include "base/Text.h"
 #include "gpu/vulkan/VulkanError.h"
 #include "gpu/vulkan/VulkanFrame.h"
 #include "gpu/vulkan/VulkanInstance.h"

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "base/PlainText.h"
+#include "base/Text.h"
 #include "main/commands/Arguments.h"
 #include "main/commands/Command.h"
 #include "scene/NimbraScript.h"

@@ -11,7 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "base/FileTime.h"
 #include "base/Files.h"
 #include "base/StrictJson.h"
 #include "main/GpuSetup.h"

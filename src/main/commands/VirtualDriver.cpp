@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "base/PlainText.h"
+#include "base/Text.h"
 #include "main/commands/Command.h"
 
 namespace veloria {

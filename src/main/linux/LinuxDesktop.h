@@ -6,8 +6,7 @@
 #include "base/Environment.h"
 #include "main/Desktop.h"
 #include "platform/linux/wayland/WaylandConnection.h"
-#include "ports/DescriptorWatcher.h"
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 
 namespace veloria {
 

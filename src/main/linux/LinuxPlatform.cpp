@@ -27,7 +27,7 @@
 #include "platform/linux/wallpaper/PictureDecoder.h"
 #include "platform/posix/files/UserFolders.h"
 #include "platform/posix/process/PosixCommandLine.h"
-#include "platform/qt/DescriptorWatch.h"
+#include "platform/qt/QtEventLoop.h"
 #include "settings/SettingsStore.h"
 #include "settings/WriteBehindStorage.h"
 #include "ui/QtText.h"

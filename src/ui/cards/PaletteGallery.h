@@ -5,7 +5,7 @@
 
 #include "settings/SettingsEditor.h"
 #include "ui/cards/Card.h"
-#include "ui/cards/ReadoutTicker.h"
+#include "ui/cards/Readouts.h"
 #include "ui/controls/Tile.h"
 
 namespace veloria {

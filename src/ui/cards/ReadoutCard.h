@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "ui/cards/Card.h"
-#include "ui/cards/ReadoutTicker.h"
+#include "ui/cards/Readouts.h"
 
 namespace veloria {
 

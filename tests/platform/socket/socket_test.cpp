@@ -19,8 +19,7 @@
 #include "base/MediaClock.h"
 #include "platform/posix/socket/InstanceLock.h"
 #include "platform/posix/socket/LocalServer.h"
-#include "platform/qt/DescriptorWatch.h"
-#include "platform/qt/QtTimerFactory.h"
+#include "platform/qt/QtEventLoop.h"
 
 namespace veloria::tests {
 namespace {

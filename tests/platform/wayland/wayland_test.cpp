@@ -13,8 +13,7 @@
 #include "platform/linux/wayland/WaylandBand.h"
 #include "platform/linux/wayland/WaylandConnection.h"
 #include "platform/linux/wayland/WaylandOutput.h"
-#include "platform/qt/DescriptorWatch.h"
-#include "platform/qt/QtTimerFactory.h"
+#include "platform/qt/QtEventLoop.h"
 
 namespace veloria::tests {
 namespace {

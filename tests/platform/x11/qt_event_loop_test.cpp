@@ -5,8 +5,7 @@
 #include <limits>
 
 #include "base/MediaClock.h"
-#include "platform/qt/DescriptorWatch.h"
-#include "platform/qt/QtTimerFactory.h"
+#include "platform/qt/QtEventLoop.h"
 
 namespace veloria::tests {
 namespace {

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "ports/ActivityNotification.h"
+#include "ports/SystemActivity.h"
 
 namespace veloria {
 

@@ -2,8 +2,7 @@
 
 #include <utility>
 
-#include "base/PlainText.h"
-#include "base/TextLines.h"
+#include "base/Text.h"
 
 namespace veloria {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 
 namespace veloria {
 

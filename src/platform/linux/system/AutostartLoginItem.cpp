@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "base/Files.h"
-#include "base/TextLines.h"
+#include "base/Text.h"
 #include "platform/posix/files/UserFolders.h"
 
 namespace veloria {

@@ -6,7 +6,7 @@
 
 #include "base/Environment.h"
 #include "base/Result.h"
-#include "ports/LoginItemPort.h"
+#include "ports/SystemPort.h"
 
 namespace veloria {
 

@@ -8,7 +8,7 @@
 #include <map>
 #include <vector>
 
-#include "base/TextLines.h"
+#include "base/Text.h"
 
 namespace veloria {
 

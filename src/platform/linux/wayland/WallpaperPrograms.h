@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 
 namespace veloria {
 

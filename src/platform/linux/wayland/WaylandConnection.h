@@ -8,8 +8,7 @@
 
 #include "platform/linux/wayland/WaylandOutput.h"
 #include "platform/linux/wayland/WaylandPtr.h"
-#include "ports/DescriptorWatcher.h"
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 
 namespace veloria {
 

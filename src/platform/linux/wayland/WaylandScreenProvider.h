@@ -13,8 +13,8 @@
 #include "platform/linux/wayland/CompositorQuestions.h"
 #include "platform/linux/wayland/LayerSurface.h"
 #include "platform/linux/wayland/WaylandConnection.h"
+#include "ports/EventLoop.h"
 #include "ports/ScreenProvider.h"
-#include "ports/Timer.h"
 
 namespace veloria {
 

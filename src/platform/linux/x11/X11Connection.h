@@ -13,8 +13,7 @@
 #include <vector>
 
 #include "platform/linux/x11/X11Client.h"
-#include "ports/DescriptorWatcher.h"
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 
 namespace veloria {
 

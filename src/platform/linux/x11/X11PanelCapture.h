@@ -14,7 +14,7 @@
 #include "platform/linux/x11/X11ImageReader.h"
 #include "platform/linux/x11/X11ScreenProvider.h"
 #include "ports/BarCaptureStream.h"
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 
 namespace veloria {
 

@@ -6,9 +6,9 @@
 #include "platform/linux/screens/Pacing.h"
 #include "platform/linux/screens/ScreenDescription.h"
 #include "platform/linux/x11/X11Connection.h"
+#include "ports/EventLoop.h"
 #include "ports/PointerSource.h"
 #include "ports/ScreenProvider.h"
-#include "ports/Timer.h"
 
 namespace veloria {
 

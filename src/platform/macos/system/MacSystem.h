@@ -3,7 +3,6 @@
 #include <functional>
 #include <memory>
 
-#include "ports/LoginItemPort.h"
 #include "ports/SystemPort.h"
 
 namespace veloria {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "ports/CommandLinePort.h"
+#include "ports/SystemPort.h"
 
 namespace veloria {
 

@@ -16,7 +16,7 @@
 #include "base/MediaClock.h"
 #include "base/OwnedDescriptor.h"
 #include "base/SocketCalls.h"
-#include "base/TextLines.h"
+#include "base/Text.h"
 
 #ifdef __APPLE__
 extern char** environ;  // no header has it there

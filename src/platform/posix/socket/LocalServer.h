@@ -9,8 +9,7 @@
 
 #include "base/OwnedDescriptor.h"
 #include "base/Result.h"
-#include "ports/DescriptorWatcher.h"
-#include "ports/Timer.h"
+#include "ports/EventLoop.h"
 
 namespace veloria {
 

@@ -1,9 +1,7 @@
-#include "base/PlainText.h"
+#include "base/Text.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-
-#include "base/TextLines.h"
 
 namespace veloria {
 

@@ -1,6 +1,7 @@
-#include "platform/qt/QtTimerFactory.h"
+#include "platform/qt/QtEventLoop.h"
 
 #include <QObject>
+#include <QSocketNotifier>
 #include <QTimer>
 #include <algorithm>
 #include <cmath>
@@ -62,6 +63,17 @@ std::unique_ptr<Timer> QtTimerFactory::repeating(double intervalSeconds, double 
                                                  std::function<void()> action) {
   const double interval = boundedInterval(intervalSeconds);
   return std::make_unique<QtTimer>(interval, toleranceSeconds >= interval * coarseShare, std::move(action));
+}
+
+std::shared_ptr<void> watchDescriptor(int descriptor, std::function<void()> onReadable) {
+  auto notifier = std::make_shared<QSocketNotifier>(descriptor, QSocketNotifier::Read);
+  auto action = std::make_shared<std::function<void()>>(std::move(onReadable));
+  QObject::connect(notifier.get(), &QSocketNotifier::activated, [action] {
+    // The watch, and this closure with it, may end inside the call.
+    const auto kept = action;  // NOLINT(performance-unnecessary-copy-initialization)
+    (*kept)();
+  });
+  return notifier;
 }
 
 }  // namespace veloria

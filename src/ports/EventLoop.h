@@ -57,4 +57,7 @@ inline OneShot TimerFactory::after(double delaySeconds, std::function<void()> ac
   return OneShot(std::move(timer));
 }
 
+/// Calls `onReadable` whenever the descriptor can be read, until the returned object is destroyed.
+using DescriptorWatcher = std::function<std::shared_ptr<void>(int descriptor, std::function<void()> onReadable)>;
+
 }  // namespace veloria

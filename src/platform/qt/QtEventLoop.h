@@ -1,6 +1,9 @@
 #pragma once
 
-#include "ports/Timer.h"
+#include <functional>
+#include <memory>
+
+#include "ports/EventLoop.h"
 
 namespace veloria {
 
@@ -12,5 +15,10 @@ class QtTimerFactory final : public TimerFactory {
   std::unique_ptr<Timer> repeating(double intervalSeconds, double toleranceSeconds,
                                    std::function<void()> action) override;
 };
+
+/// Calls `onReadable` on the event loop of the calling thread whenever `descriptor` can be read (or is at its end),
+/// until the returned object is released, which `onReadable` itself may do. The caller owns the descriptor and keeps it
+/// open while it is watched. Main thread, with a QCoreApplication.
+std::shared_ptr<void> watchDescriptor(int descriptor, std::function<void()> onReadable);
 
 }  // namespace veloria
