@@ -166,7 +166,7 @@ TEST(StatusReport, TellsWhatIsSetAndHasNotLapsed) {
   const StatusReport nothing = statusReport(json::object(), false, now);
   EXPECT_EQ(textOf(nothing, now), "channels: nothing\nVeloria is not running\n");
   EXPECT_EQ(json(jsonOf(nothing, now)), R"({"channels": {}, "sessions": {}, "palette": null, "running": false})"_json);
-  for (const char* odd : {"5", R"(["#ff0000"])", R"(["#ff0000", 5, "#00ff00"])"}) {
+  for (const char* odd : {R"({"a": "#ff0000", "b": "#00ff00"})", R"(["#ff0000"])", R"(["#ff0000", 5, "#00ff00"])"}) {
     EXPECT_EQ(statusReport({{"palette", json::parse(odd)}}, false, now).palette.size(), 0U) << odd;
   }
 }
