@@ -1,9 +1,12 @@
 #include <QApplication>
 #include <QTimer>
 #include <csignal>
+#include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "app/AppDelegate.h"
 #include "app/FirstMinute.h"
@@ -28,6 +31,189 @@
 
 namespace veloria {
 
+namespace {
+
+/// What draws the band.
+class LiveBand {
+ public:
+  LiveBand(const Environment& environment, Platform& platform, SettingsStore& settings, TimerFactory& timers,
+           std::function<void()> terminate)
+      : environment_(environment),
+        platform_(platform),
+        settings_(settings),
+        timers_(timers),
+        terminate_(std::move(terminate)) {
+    desktop_->setCaptureChanceHandler([this] { delegate_.updateCapture(); });
+  }
+
+  /// False if no GPU can be used; the user has been told.
+  bool startGpu() { return delegate_.startGpu(); }
+  void start() {
+    delegate_.didFinishLaunching();
+    system_->setHandler([this](auto notification) { activity_.notify(notification); });
+  }
+  void stop() {
+    system_->setHandler(nullptr);
+    delegate_.willTerminate();
+  }
+
+  Desktop& desktop() { return *desktop_; }
+  AppStatus status() { return delegate_.status(); }
+  void restartSimulation() { delegate_.restartSimulation(); }
+  /// What is drawn now, or would be.
+  NimbraConfig drawn() { return activity_.shouldRender() ? driver_.driven() : settings_.config().applyingTempo(); }
+  Readouts readouts() {
+    const auto screen = desktop_->mainScreen();
+    return readoutsOf(status(), screen ? &*screen : nullptr);
+  }
+  PreviewGpuFactory previewGpu() const {
+    return [libraries = shaderLibraries_] {
+      PreviewGpu gpu{makeDevice({}), nullptr};
+      gpu.library = loadShaderLibrary(*gpu.device, libraries);
+      return gpu;
+    };
+  }
+
+ private:
+  const NimbraConfig& config() const { return settings_.config(); }
+
+  SceneDriver::Ports driverPorts() {
+    SceneDriver::Ports ports{.settings = [this]() -> const NimbraConfig& { return config(); }, .timers = &timers_};
+    sources_.addTo(ports);
+    return ports;
+  }
+
+  AppServices appServices() {
+    return {
+        .makeDevice = [this] { return desktop_->makeDevice(); },
+        .shaderLibraries = shaderLibraries_,
+        .screens = &desktop_->screens(),
+        .panels = &desktop_->panels(),
+        .timers = &timers_,
+        .settings = &settings_,
+        .driver = &driver_,
+        .activity = &activity_,
+        .pointer = &pointer_,
+        .captureStream = desktop_->captureStream(),
+        .captureProblem = desktop_->captureProblem(),
+        .pictureError = [this] { return sources_.pictureError(); },
+        .environment = environment_,
+        .backendName = desktop_->name(),
+        .alert = [this](const std::string& message,
+                        const std::string& informative) { platform_.alert(*notifier_, message, informative); },
+        .terminate = terminate_,
+        .hint =
+            [this](const std::string& text) {
+              systemLog("Veloria: " + text);
+              firstMinute_.lightIsHidden();
+            },
+    };
+  }
+
+  const Environment& environment_;
+  Platform& platform_;
+  SettingsStore& settings_;
+  TimerFactory& timers_;
+  std::function<void()> terminate_;
+
+  std::unique_ptr<Desktop> desktop_ = platform_.openDesktop(timers_);
+  std::unique_ptr<DesktopPicture> picture_ = platform_.makeDesktopPicture();
+  LiveSources sources_{environment_,
+                       {.screens = &desktop_->screens(), .picture = picture_.get(), .makeAudioTap = [this] {
+                          return platform_.makeAudioTap();
+                        }}};
+  SceneDriver driver_{driverPorts()};
+
+  std::unique_ptr<SystemActivity> system_ = platform_.makeActivity();
+  ActivityWatcher activity_{{.settings = [this]() -> const NimbraConfig& { return config(); },
+                             .timers = &timers_,
+                             .isFullScreenSpaceActive = [this] { return desktop_->isFullScreen(); },
+                             .isOnBattery = [this] { return system_->isOnBattery(); },
+                             .onPoll = [this] { system_->setDisplaysOff(desktop_->displaysOff()); }}};
+  PointerTracker pointer_{timers_, desktop_->pointerSource()};
+
+  std::unique_ptr<Notifier> notifier_ = platform_.makeNotifier();
+  OnceMark told_{stateFolder(environment_), "first-minute"};
+  FirstMinute firstMinute_{{.settings = &settings_,
+                            .notifier = notifier_.get(),
+                            .textCanBeKept = [this] { return desktop_->captureStream() != nullptr; },
+                            .wasTold = [this] { return told_.isSet(); },
+                            .rememberTold = [this] { told_.set(); }}};
+  std::vector<std::filesystem::path> shaderLibraries_ = shaderLibraryCandidates(programPlaces());
+  AppDelegate delegate_{appServices()};
+};
+
+/// What the user operates: the settings window, the status icon and its menu.
+class Controls {
+ public:
+  Controls(const Environment& environment, Platform& platform, SettingsEditor& editor, TimerFactory& timers,
+           LiveBand& band, std::function<void()> terminate)
+      : platform_(platform),
+        editor_(editor),
+        band_(band),
+        desktopSettings_(platform.makeSystem(band.desktop())),
+        loginItem_(platform.makeLoginItem()),
+        services_(environment, servicePorts(timers)),
+        host_(hostPorts()),
+        statusItem_(platform.makeStatusItem()),
+        popover_(platform.makePopover(host_)),
+        menuBar_({.settings = &editor,
+                  .statusItem = statusItem_.get(),
+                  .presenter = popover_ ? popover_.get() : &host_,
+                  .refreshSystemState = [this] { services_.state().refresh(); },
+                  .terminate = std::move(terminate),
+                  .version = VELORIA_VERSION}) {
+    menuBar_.onResetSim = [&band] { band.restartSimulation(); };
+  }
+
+  /// From now on a window that closes leaves the popover alone.
+  ~Controls() { ending_ = true; }
+  Controls(const Controls&) = delete;
+  Controls& operator=(const Controls&) = delete;
+
+  void openSettings() { menuBar_.openSettings(); }
+
+ private:
+  SystemServices::Ports servicePorts(TimerFactory& timers) {
+    auto ports = platform_.services();
+    ports.system = desktopSettings_.get();
+    ports.loginItem = loginItem_.get();
+    ports.timers = &timers;
+    return ports;
+  }
+
+  SettingsHost::Ports hostPorts() {
+    return {.settings = &editor_,
+            .readouts = [this] { return band_.readouts(); },
+            .makeGpu = band_.previewGpu(),
+            .drivenConfig = [this] { return band_.drawn(); },
+            .commandLine = services_.commandLinePorts(),
+            .loginItem = &services_.loginItem(),
+            .system = &services_.state(),
+            .panes = platform_.panes(),
+            .visibleChanged = [this](bool visible) { settingsShown(visible); }};
+  }
+
+  void settingsShown(bool visible) {
+    visible ? services_.state().start() : services_.state().stop();
+    if (!visible && popover_ && !ending_) popover_->close();  // it was closed from within
+  }
+
+  Platform& platform_;
+  SettingsEditor& editor_;
+  LiveBand& band_;
+  bool ending_ = false;
+  std::unique_ptr<SystemPort> desktopSettings_;
+  std::unique_ptr<LoginItemPort> loginItem_;
+  SystemServices services_;
+  SettingsHost host_;
+  std::unique_ptr<StatusItem> statusItem_;
+  std::unique_ptr<SettingsPresenter> popover_;
+  MenuBarController menuBar_;
+};
+
+}  // namespace
+
 int runApplication(int& argc, char** argv) {
   const Environment environment = processEnvironment();
   const auto platform = makePlatform(environment);
@@ -35,130 +221,34 @@ int runApplication(int& argc, char** argv) {
   if (instance.otherRuns()) return instance.greetTheOther();
   platform->prepare();
   SettingsStore& settings = SettingsStore::makeShared(platform->makeSettingsStorage(), environment);
-  const auto config = [&]() -> const NimbraConfig& { return settings.config(); };
   QApplication application(argc, argv);
   keepNumbersPlain();
   QApplication::setQuitOnLastWindowClosed(false);
   QtTimerFactory timers;
-  const auto desktop = platform->openDesktop(timers);
-  const auto picture = platform->makeDesktopPicture();
-  LiveSources sources(environment, {.screens = &desktop->screens(), .picture = picture.get(), .makeAudioTap = [&] {
-                                      return platform->makeAudioTap();
-                                    }});
-  SceneDriver::Ports driverPorts{.settings = config, .timers = &timers};
-  sources.addTo(driverPorts);
-  SceneDriver driver(std::move(driverPorts));
-
-  const auto system = platform->makeActivity();
-  ActivityWatcher activity({.settings = config,
-                            .timers = &timers,
-                            .isFullScreenSpaceActive = [&] { return desktop->isFullScreen(); },
-                            .isOnBattery = [&] { return system->isOnBattery(); },
-                            .onPoll = [&] { system->setDisplaysOff(desktop->displaysOff()); }});
-  PointerTracker pointer(timers, desktop->pointerSource());
-
-  const auto notifier = platform->makeNotifier();
-  const OnceMark told(stateFolder(environment), "first-minute");
-  FirstMinute firstMinute({.settings = &settings,
-                           .notifier = notifier.get(),
-                           .textCanBeKept = [&] { return desktop->captureStream() != nullptr; },
-                           .wasTold = [&] { return told.isSet(); },
-                           .rememberTold = [&] { told.set(); }});
-  const auto shaderLibraries = shaderLibraryCandidates(programPlaces());
-
   SettingsEditor editor(settings);
   int exitCode = done;
   const auto quit = [&](ExitCode code) {
     exitCode = code;
     QTimer::singleShot(0, [&] { QCoreApplication::exit(exitCode); });
   };
-  AppDelegate delegate({
-      .makeDevice = [&] { return desktop->makeDevice(); },
-      .shaderLibraries = shaderLibraries,
-      .screens = &desktop->screens(),
-      .panels = &desktop->panels(),
-      .timers = &timers,
-      .settings = &settings,
-      .driver = &driver,
-      .activity = &activity,
-      .pointer = &pointer,
-      .captureStream = desktop->captureStream(),
-      .captureProblem = desktop->captureProblem(),
-      .pictureError = [&] { return sources.pictureError(); },
-      .environment = environment,
-      .backendName = desktop->name(),
-      .alert = [&](const std::string& message,
-                   const std::string& informative) { platform->alert(*notifier, message, informative); },
-      .terminate = [&] { quit(cannotRun); },
-      .hint =
-          [&](const std::string& text) {
-            systemLog("Veloria: " + text);
-            firstMinute.lightIsHidden();
-          },
-  });
-  desktop->setBrokenHandler([&](const std::string& reason) {
+
+  LiveBand band(environment, *platform, settings, timers, [&] { quit(cannotRun); });
+  band.desktop().setBrokenHandler([&](const std::string& reason) {
     platform->logLoss("veloria: " + reason);
     exitCode = failed;
     QCoreApplication::exit(failed);
   });
-  desktop->setCaptureChanceHandler([&] { delegate.updateCapture(); });
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP}, [] { QCoreApplication::exit(done); });
-  if (!delegate.startGpu()) return cannotRun;
+  if (!band.startGpu()) return cannotRun;
 
-  const auto desktopSettings = platform->makeSystem(*desktop);
-  const auto loginItem = platform->makeLoginItem();
-  auto servicePorts = platform->services();
-  servicePorts.system = desktopSettings.get();
-  servicePorts.loginItem = loginItem.get();
-  servicePorts.timers = &timers;
-  SystemServices services(environment, servicePorts);
-  SettingsPresenter* popover = nullptr;
-  SettingsHost host({
-      .settings = &editor,
-      .readouts =
-          [&] {
-            const auto screen = desktop->mainScreen();
-            return readoutsOf(delegate.status(), screen ? &*screen : nullptr);
-          },
-      .makeGpu =
-          [shaderLibraries] {
-            PreviewGpu gpu{makeDevice({}), nullptr};
-            gpu.library = loadShaderLibrary(*gpu.device, shaderLibraries);
-            return gpu;
-          },
-      .drivenConfig = [&] { return activity.shouldRender() ? driver.driven() : config().applyingTempo(); },
-      .commandLine = services.commandLinePorts(),
-      .loginItem = &services.loginItem(),
-      .system = &services.state(),
-      .panes = platform->panes(),
-      .visibleChanged =
-          [&](bool visible) {
-            visible ? services.state().start() : services.state().stop();
-            if (!visible && popover != nullptr) popover->close();  // it was closed from within
-          },
-  });
-  const auto statusItem = platform->makeStatusItem();
-  const auto ownPopover = platform->makePopover(host);
-  popover = ownPopover.get();
-  MenuBarController menuBar({.settings = &editor,
-                             .statusItem = statusItem.get(),
-                             .presenter = popover != nullptr ? popover : &host,
-                             .refreshSystemState = [&] { services.state().refresh(); },
-                             .terminate = [&] { quit(done); },
-                             .version = VELORIA_VERSION});
-  menuBar.onResetSim = [&] { delegate.restartSimulation(); };
-
-  delegate.didFinishLaunching();
-  system->setHandler([&](auto notification) { activity.notify(notification); });
-  RemoteControl remote({.settings = &editor,
-                        .status = [&] { return delegate.status(); },
-                        .showSettings = [&] { menuBar.openSettings(); }});
+  Controls controls(environment, *platform, editor, timers, band, [&] { quit(done); });
+  band.start();
+  RemoteControl remote(
+      {.settings = &editor, .status = [&] { return band.status(); }, .showSettings = [&] { controls.openSettings(); }});
   const auto server = instance.listen(timers, remote);
   QCoreApplication::exec();
   settings.flush();
-  popover = nullptr;
-  system->setHandler(nullptr);
-  delegate.willTerminate();
+  band.stop();
   return exitCode;
 }
 
