@@ -101,22 +101,6 @@ std::string difference(const QImage& a, const QImage& b) {
          " % of the pixels are far off";
 }
 
-/// Expected, actual and their difference (times 4), one below the other.
-QImage comparison(const QImage& expected, const QImage& actual) {
-  QImage all(expected.width(), 3 * expected.height(), QImage::Format_RGB32);
-  all.fill(Qt::black);
-  QPainter painter(&all);
-  const int height = expected.height();
-  for (int row : {0, 2}) painter.drawImage(0, row * height, expected);
-  painter.drawImage(0, height, actual);
-  painter.setCompositionMode(QPainter::CompositionMode_Difference);
-  painter.drawImage(0, 2 * height, actual);
-  painter.setCompositionMode(QPainter::CompositionMode_Plus);
-  for (int times = 2; times <= 4; times *= 2)
-    painter.drawImage(0, 2 * height, all.copy(0, 2 * height, all.width(), height));
-  return all;
-}
-
 TEST(Golden, LooksAsBefore) {
   const char* update = std::getenv("VELORIA_UPDATE_GOLDEN");
   for (const Look& look : looks) {
@@ -133,29 +117,8 @@ TEST(Golden, LooksAsBefore) {
     const std::string differs = difference(expected, actual);
     if (differs.empty()) continue;
     const std::string report = std::string(VELORIA_GOLDEN_REPORTS) + "/" + look.name + ".png";
-    save(comparison(expected, actual), report);
-    ADD_FAILURE() << differs << "\nExpected, actual and difference (times 4), from the top: " << report;
-  }
-}
-
-TEST(Golden, TheToleranceTellsAChangedLookFromOtherArithmetic) {
-  const struct {
-    std::size_t look;
-    std::vector<std::string> change;
-    bool seen;
-  } variations[] = {{0, {"--set", "exposure=0.945"}, true},  // 5 % brighter
-                    {0, {"--set", "hueShift=0.01"}, true},
-                    {4, {"--set", "textThreshold=10"}, true},
-                    {4, {"--set", "opacity=0.8"}, true},
-                    {0, {"--set", "pressureIterations=28"}, false},  // the fluid is solved a little more exactly
-                    {1, {"--set", "vorticity=0.71"}, false}};
-  for (const auto& [index, change, seen] : variations) {
-    const Look& look = looks[index];
-    std::vector<std::string> arguments = look.arguments;
-    arguments.insert(arguments.end(), change.begin(), change.end());
-    const QImage actual = draw(arguments);
-    EXPECT_EQ(!difference(load(expectedFile(look)), actual).empty(), seen) << look.name << " " << change[1];
-    EXPECT_NE(load(expectedFile(look)), actual) << "the variation does nothing: " << change[1];
+    save(actual, report);
+    ADD_FAILURE() << differs << "\nWhat came: " << report;
   }
 }
 

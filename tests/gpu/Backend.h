@@ -12,8 +12,6 @@ namespace veloria::tests {
 
 /// What the suites need of a back end. A program links one file that defines backend().
 struct Backend {
-  bool executes;        ///< runs the functions, rather than only recording that they were asked for
-  bool measuresPasses;  ///< does what FrameQueue::setProfiling() asks for
   std::function<std::unique_ptr<gpu::Device>()> makeDevice;
   std::function<std::vector<std::byte>()> libraryBytes;  ///< of the suites' own functions
   /// What the back end has complained about since the last call, also while a device was being destroyed.

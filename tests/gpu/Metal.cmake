@@ -21,7 +21,7 @@ add_custom_command(
 add_custom_target(gpu_test_library DEPENDS ${gpu_test_library})
 
 veloria_test(gpu_metal_tests
-  SOURCES conformance_test.cpp execution_test.cpp
+  SOURCES conformance_test.cpp
   LINK veloria_gpu_harness gpu_metal_backend veloria_gpu_metal)
 add_dependencies(gpu_metal_tests gpu_test_library)
 # The system's own validation ends the program where a call is wrong.

@@ -17,8 +17,8 @@ veloria_common_options(veloria_gpu_vulkan_backend)
 add_dependencies(veloria_gpu_vulkan_backend gpu_test_library)
 
 veloria_test(gpu_vulkan_tests
-  SOURCES conformance_test.cpp execution_test.cpp vulkan_device_test.cpp vulkan_parts_test.cpp
-  LINK veloria_allocation_count veloria_gpu_vulkan_backend)
+  SOURCES conformance_test.cpp vulkan_test.cpp
+  LINK veloria_gpu_vulkan_backend)
 
 veloria_test(gpu_surface_tests
   SOURCES surface_test.cpp

@@ -45,7 +45,7 @@ std::string takeComplaints() {
 }  // namespace
 
 const Backend& backend() {
-  static const Backend shared{true, true, makeDevice, [] { return readFile(GPU_TEST_LIBRARY); }, takeComplaints};
+  static const Backend shared{makeDevice, [] { return readFile(GPU_TEST_LIBRARY); }, takeComplaints};
   return shared;
 }
 

@@ -3,15 +3,12 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <array>
 #include <limits>
-#include <random>
 
 namespace veloria::tests {
 namespace {
 
 using testing::ElementsAre;
-using Pixels = std::vector<ColorStop>;
 
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr float infinity = std::numeric_limits<float>::infinity();
@@ -21,16 +18,11 @@ constexpr ColorStop blue{0, 0, 1};
 constexpr ColorStop yellow{1, 1, 0};
 constexpr ColorStop cyan{0, 1, 1};
 
-/// `count` pixels of each colour.
-Pixels picture(const std::vector<std::pair<int, ColorStop>>& parts) {
-  Pixels pixels;
-  for (const auto& [count, color] : parts) pixels.insert(pixels.end(), static_cast<std::size_t>(count), color);
-  return pixels;
-}
-
-/// The palette of a picture; empty when it gives none.
+/// The palette of a picture with `count` pixels of each colour; empty if it gives none.
 std::vector<ColorStop> stopsOf(const std::vector<std::pair<int, ColorStop>>& parts) {
-  const auto palette = wallpaperPalette(picture(parts));
+  std::vector<ColorStop> pixels;
+  for (const auto& [count, color] : parts) pixels.insert(pixels.end(), static_cast<std::size_t>(count), color);
+  const auto palette = wallpaperPalette(pixels);
   return palette ? palette->stops : std::vector<ColorStop>{};
 }
 
@@ -63,8 +55,6 @@ TEST(WallpaperPalette, PicturesWithoutTwoHuesGiveNone) {
 
 TEST(WallpaperPalette, TakesTheFourHeaviestHuesInTheOrderOfTheirLuminance) {
   EXPECT_THAT(stopsOf({{1500, green}, {804, blue}}), are(blue, blue, blue, green)) << "filled up with the last";
-  EXPECT_THAT(stopsOf({{804, green}, {1500, blue}}), are(blue, green, green, green));
-  EXPECT_THAT(stopsOf({{30, green}, {20, blue}, {10, red}}), are(blue, red, red, green));
   EXPECT_THAT(stopsOf({{9, yellow}, {50, green}, {40, red}, {30, blue}, {20, cyan}}), are(blue, red, green, cyan));
   EXPECT_THAT(stopsOf({{10, blue}, {10, cyan}, {10, green}, {10, yellow}, {10, red}}), are(red, green, cyan, yellow))
       << "blue has the highest hue and loses the tie";
@@ -76,11 +66,10 @@ TEST(WallpaperPalette, TakesTheFourHeaviestHuesInTheOrderOfTheirLuminance) {
 }
 
 TEST(WallpaperPalette, VotesDependOnBrightnessAndSaturation) {
-  const ColorStop pale{0.6F, 0.6F, 1};
   const ColorStop dim{0, 0, 0.3F};
-  for (const ColorStop& weak : {pale, dim}) {  // as many of the full colour win, so the weak one is repeated
-    EXPECT_EQ(std::ranges::count_if(stopsOf({{10, weak}, {10, green}}), [](auto& c) { return c[2] > 0.9F; }), 3);
-  }
+  // As many of the full colour win against a pale one, so the pale one is repeated.
+  EXPECT_EQ(std::ranges::count_if(stopsOf({{10, {0.6F, 0.6F, 1}}, {10, green}}), [](auto& c) { return c[2] > 0.9F; }),
+            3);
   // 0.02 + 0.42 a pixel against 0.02 + 1: two dim ones lose to one full one, three win.
   EXPECT_THAT(stopsOf({{2, dim}, {1, green}})[1], IsColor(blue));
   EXPECT_THAT(stopsOf({{3, dim}, {1, green}})[1], IsColor(green));
@@ -91,47 +80,21 @@ TEST(WallpaperPalette, VotesDependOnBrightnessAndSaturation) {
               IsColor(boosted({(heavy + 0.5F * light) / (heavy + light), gray, gray})));
 }
 
-TEST(WallpaperPalette, HuesWrapAndTheirEdgesBelongToOneBin) {
+TEST(WallpaperPalette, HuesWrap) {
   // Just below red (a trace of blue) and just above it are two bins, 17 and 0.
   EXPECT_EQ(stopsOf({{1, {1, 0, 0.01F}}, {1, {1, 0.01F, 0}}}).size(), 4U);
   // So close to red from below that the hue rounds to a whole turn: still the last bin, not one beyond.
   EXPECT_EQ(stopsOf({{1, {1, 0.5F, 0.50000006F}}, {1, green}}).size(), 4U);
-  // One bin is the next twenty degrees, whichever component leads.
-  const std::array<ColorStop, 3> cases[] = {{red, {1, 19.0F / 60, 0}, {1, 21.0F / 60, 0}},
-                                            {green, {0, 1, 19.0F / 60}, {19.0F / 60, 1, 0}},
-                                            {blue, {19.0F / 60, 0, 1}, {0, 19.0F / 60, 1}}};
-  for (const auto& [color, inside, outside] : cases) {
-    EXPECT_TRUE(stopsOf({{1, color}, {1, inside}}).empty()) << color[0] << color[1];
-    EXPECT_EQ(stopsOf({{1, color}, {1, outside}}).size(), 4U) << color[0] << color[1];
-  }
 }
 
 TEST(WallpaperPalette, PixelsThatAreNoColorsDoNotVoteAndLargeOnesAreHeld) {
-  const auto good = wallpaperPalette(picture({{30, green}, {20, blue}}));
+  const auto good = stopsOf({{30, green}, {20, blue}});
   std::vector<std::pair<int, ColorStop>> others{{30, green}, {20, blue}};
   for (const float value : {nan, infinity, -infinity}) {
     others.insert(others.end(), {{100, {value, 0, 0}}, {100, {1, value, 0}}, {100, {1, 0, value}}});
   }
-  EXPECT_EQ(wallpaperPalette(picture(others)), good);
-  EXPECT_EQ(wallpaperPalette(picture({{30, {-5, 1e30F, 0}}, {20, {-0.0F, -1e-30F, 7}}})), good);
-}
-
-TEST(WallpaperPalette, AnyPictureGivesFourStopsInRangeWithOneFullComponent) {
-  std::mt19937 random(20);
-  for (int round = 0; round < 300; ++round) {
-    std::uniform_real_distribution<float> component(0, round % 3 == 0 ? 0.2F : 1.0F);
-    Pixels pixels(static_cast<std::size_t>(1 + round * 8));
-    for (ColorStop& pixel : pixels) pixel = {component(random), component(random), component(random)};
-    const auto palette = wallpaperPalette(pixels);
-    if (!palette) continue;
-    EXPECT_EQ(palette->name, "Custom");
-    ASSERT_EQ(palette->stops.size(), 4U);
-    for (const ColorStop& stop : palette->stops) {
-      ASSERT_GE(std::ranges::min(stop), 0);
-      ASSERT_LE(std::ranges::max(stop), 1);
-      ASSERT_NEAR(std::ranges::max(stop), 1, 1e-3);
-    }
-  }
+  EXPECT_EQ(stopsOf(others), good);
+  EXPECT_EQ(stopsOf({{30, {-5, 1e30F, 0}}, {20, {-0.0F, -1e-30F, 7}}}), good);
 }
 
 }  // namespace
