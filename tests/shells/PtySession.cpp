@@ -14,8 +14,6 @@
 
 namespace veloria::tests {
 
-constexpr double patience = 20;
-
 PtySession::PtySession(const std::vector<std::string>& argv, const std::vector<std::string>& environment) {
   std::vector<char*> pointers;
   for (const auto& text : argv) pointers.push_back(const_cast<char*>(text.c_str()));
@@ -31,7 +29,6 @@ PtySession::PtySession(const std::vector<std::string>& argv, const std::vector<s
 
 PtySession::~PtySession() {
   close(terminal_);  // hangs up
-  if (pid_ < 0) return;
   kill(pid_, SIGKILL);
   waitpid(pid_, nullptr, 0);
 }
@@ -42,33 +39,17 @@ void PtySession::type(const std::string& keys) const {
   }
 }
 
-/// False once the program has ended.
-bool PtySession::readSome() {
-  pollfd ready{terminal_, POLLIN, 0};
-  if (poll(&ready, 1, 100) <= 0) return true;
-  std::array<char, 4096> bytes;
-  const ssize_t count = read(terminal_, bytes.data(), bytes.size());
-  if (count > 0) screen_.append(bytes.data(), static_cast<std::size_t>(count));
-  return count > 0;
-}
-
 bool PtySession::waitFor(const std::string& text) {
-  const double end = mediaTime() + patience;
-  while (screen_.find(text) == std::string::npos) {
-    if (mediaTime() > end || !readSome()) return screen_.find(text) != std::string::npos;
+  const double end = mediaTime() + 20;
+  while (screen_.find(text) == std::string::npos && mediaTime() < end) {
+    pollfd ready{terminal_, POLLIN, 0};
+    if (poll(&ready, 1, 100) <= 0) continue;
+    std::array<char, 4096> bytes;
+    const ssize_t count = read(terminal_, bytes.data(), bytes.size());
+    if (count <= 0) break;
+    screen_.append(bytes.data(), static_cast<std::size_t>(count));
   }
-  return true;
-}
-
-int PtySession::waitForEnd() {
-  const double end = mediaTime() + patience;
-  while (readSome()) {
-    if (mediaTime() > end) return -1;
-  }
-  int status = 0;
-  waitpid(pid_, &status, 0);
-  pid_ = -1;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return screen_.find(text) != std::string::npos;
 }
 
 }  // namespace veloria::tests

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <string>
 #include <vector>
 
@@ -19,16 +17,12 @@ class PtySession {
   void type(const std::string& keys) const;
   /// Reads until `text` has come (since the last forget()); false after 20 seconds or at the end.
   bool waitFor(const std::string& text);
-  /// Reads until the program has ended; its exit code, 128 + n for signal n, -1 after 20 seconds.
-  int waitForEnd();
   const std::string& screen() const { return screen_; }
   void forget() { screen_.clear(); }
 
  private:
-  bool readSome();
-
   int terminal_ = -1;
-  pid_t pid_ = -1;
+  int pid_ = -1;
   std::string screen_;
 };
 

@@ -25,33 +25,16 @@ TEST(WindowRules, OneLevelAboveTheSystemsOwnOrTheDebugLevel) {
   constexpr SystemLevels levels{.mainMenu = 24, .desktop = -2147483623};
   EXPECT_EQ(windowLevel(OverlayLevel::aboveMenuBar, {}, levels), 25);
   EXPECT_EQ(windowLevel(OverlayLevel::desktop, {}, levels), -2147483622);
-  for (const OverlayLevel side : {OverlayLevel::aboveMenuBar, OverlayLevel::desktop}) {
-    EXPECT_EQ(windowLevel(side, -5, levels), -5);
-    EXPECT_EQ(windowLevel(side, 99'999'999'999, levels), std::numeric_limits<int>::max());
-    EXPECT_EQ(windowLevel(side, -99'999'999'999, levels), std::numeric_limits<int>::min());
-  }
-}
-
-TEST(WindowRules, ADebugLevelIsAWholeNumber) {
-  for (const char* text : {"", "5x", " 5", "+-5", "0x10", "99999999999999999999"}) {
-    EXPECT_EQ(debugWindowLevel(text), std::nullopt) << text;
-  }
-  EXPECT_EQ(debugWindowLevel({}), std::nullopt);
+  EXPECT_EQ(windowLevel(OverlayLevel::desktop, -5, levels), -5);
+  EXPECT_EQ(windowLevel(OverlayLevel::desktop, 99'999'999'999, levels), std::numeric_limits<int>::max());
+  for (const char* text : {"", "5x", "+-5", "99999999999999999999"}) EXPECT_EQ(debugWindowLevel(text), std::nullopt);
   EXPECT_EQ(debugWindowLevel("-5"), -5);
-  EXPECT_EQ(debugWindowLevel("+7"), 7);
 }
 
 TEST(WindowRules, FrameRatesAreWholeAndBounded) {
-  for (const auto& [wanted, rate] :
-       {std::pair{60.0, 60}, {29.97, 30}, {0.2, 1}, {-3, 1}, {1e9, 240}, {notANumber, 1}}) {
+  for (const auto& [wanted, rate] : {std::pair{29.97, 30}, {0.2, 1}, {1e9, 240}, {notANumber, 1}}) {
     EXPECT_EQ(viewFrameRate(wanted), rate) << wanted;
   }
-}
-
-TEST(WindowRules, OnlyAnOpaqueBarHidesTheLightBehindIt) {
-  EXPECT_EQ(menuBarHint(OverlayLevel::desktop, false), "");
-  EXPECT_EQ(menuBarHint(OverlayLevel::aboveMenuBar, true), "");
-  EXPECT_THAT(menuBarHint(OverlayLevel::desktop, true), testing::HasSubstr("Reduce Transparency"));
 }
 
 TEST(WindowRules, ScreensThatCanBeDrawnOn) {
@@ -59,11 +42,9 @@ TEST(WindowRules, ScreensThatCanBeDrawnOn) {
     Rect frame;
     double scale;
     double kept;  ///< the scale that is left; 0: none
-  } cases[] = {{{0, 0, 1728, 1117}, 2, 2},       {{0, 0, 0, 1117}, 2, 0},        {{0, 0, 1728, -1}, 2, 0},
-               {{0, 0, notANumber, 1117}, 2, 0}, {{0, 0, infinity, 1117}, 2, 0}, {{notANumber, 0, 10, 10}, 1, 0},
-               {{0, infinity, 10, 10}, 1, 0},    {{0, 0, 32768, 10}, 2, 0},      {{0, 0, 32767.5, 10}, 2, 2},
-               {{0, 0, 10, 32768}, 2, 0},        {{0, 0, 10, 10}, 0, 1},         {{0, 0, 10, 10}, -2, 1},
-               {{0, 0, 10, 10}, notANumber, 1},  {{0, 0, 10, 10}, infinity, 1}};
+  } cases[] = {{{0, 0, 1728, 1117}, 2, 2},    {{0, 0, 0, 1117}, 2, 0},         {{0, 0, notANumber, 1117}, 2, 0},
+               {{0, infinity, 10, 10}, 1, 0}, {{0, 0, 32768, 10}, 2, 0},       {{0, 0, 32767.5, 10}, 2, 2},
+               {{0, 0, 10, 32768}, 2, 0},     {{0, 0, 10, 10}, notANumber, 1}, {{0, 0, 10, 10}, 0, 1}};
   for (const auto& [frame, scale, kept] : cases) {
     Screen screen;
     screen.frame = frame;
@@ -87,24 +68,9 @@ TEST(WindowRules, AFullScreenSpaceIsAFirstScreenWhoseMenuBarTakesNoRoom) {
   EXPECT_FALSE(isFullScreenSpace(std::vector{withBar(24), withBar(0)}));
 }
 
-TEST(SystemRules, EachNotificationOfTheWorkspaceMeansWhatItsNameSays) {
-  std::string rows;
-#define VELORIA_ROW(NAME, NOTIFICATION) rows += #NAME " " #NOTIFICATION ", ";
-  VELORIA_WORKSPACE_NOTIFICATIONS(VELORIA_ROW)
-#undef VELORIA_ROW
-  for (const std::string name : {"ScreensDidSleep", "ScreensDidWake", "WillSleep", "DidWake", "SessionDidResignActive",
-                                 "SessionDidBecomeActive"}) {
-    const std::string meaning = static_cast<char>(std::tolower(name[0])) + name.substr(1);
-    EXPECT_THAT(rows, testing::HasSubstr("NSWorkspace" + name + "Notification " + meaning + ","));
-  }
-}
-
 TEST(SystemRules, OnePowerSourceOnBatteryIsEnough) {
-  using States = std::vector<std::string>;
-  for (const States& states : {States{}, States{"AC Power"}, States{"Off Line", "battery power", ""}}) {
-    EXPECT_FALSE(isBatteryPower(states));
-  }
-  EXPECT_TRUE(isBatteryPower(States{"", "AC Power", "Battery Power"}));
+  EXPECT_FALSE(isBatteryPower(std::vector<std::string>{"Off Line", "battery power", ""}));
+  EXPECT_TRUE(isBatteryPower(std::vector<std::string>{"", "AC Power", "Battery Power"}));
 }
 
 TEST(StatusClick, ByTheEventThatIsHandled) {
@@ -128,11 +94,9 @@ TEST(PictureLimits, AFileIsTheSameUntilItsTimeOrSizeChanges) {
   folder.write("a.heic", "another picture");
   fs::last_write_time(path, first->written);
   EXPECT_NE(pictureFileFacts(path), first);
-  const fs::path link = folder.file("link"), pipe = folder.file("pipe");
-  fs::create_symlink(path, link);
+  const fs::path pipe = folder.file("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-  EXPECT_TRUE(pictureFileFacts(link));
-  for (const fs::path& odd : {fs::path(folder.path()), pipe, link / "x", fs::path(folder.write("empty", ""))}) {
+  for (const fs::path& odd : {fs::path(folder.path()), pipe, fs::path(folder.write("empty", ""))}) {
     EXPECT_FALSE(pictureFileFacts(odd)) << odd;
   }
   fs::resize_file(path, std::uintmax_t{256} << 20);
@@ -142,10 +106,8 @@ TEST(PictureLimits, AFileIsTheSameUntilItsTimeOrSizeChanges) {
 }
 
 TEST(PictureLimits, HugeAndUnknownSizesAreNotDecoded) {
-  for (const auto& [width, height] : {std::pair{6016.0, 6016.0}, {32768, 1}, {1, 1}})
-    EXPECT_TRUE(mayDecode(width, height));
-  for (const auto& [width, height] :
-       {std::pair{0.0, 5.0}, {5, -5}, {32769, 1}, {32768, 32768}, {notANumber, 1}, {1, infinity}}) {
+  EXPECT_TRUE(mayDecode(6016, 6016) && mayDecode(32768, 1));
+  for (const auto& [width, height] : {std::pair{0.0, 5.0}, {5, -5}, {32769, 1}, {32768, 32768}, {1, notANumber}}) {
     EXPECT_FALSE(mayDecode(width, height)) << width << " x " << height;
   }
 }
