@@ -40,69 +40,45 @@ Names checkedIn(const Menu& menu, const std::string& title) {
   return result;
 }
 
-TEST(QuickMenu, HasItsLinesInOrder) {
-  const Menu menu = quickMenu(NimbraConfig(), "1.2");
+TEST(QuickMenu, HasItsLinesInOrderAndMarksWhatTheSettingsSay) {
+  NimbraConfig config;
+  Menu menu = quickMenu(config, "1.2");
   EXPECT_THAT(linesOf(menu), ElementsAre("Veloria 1.2 disabled", "---", "Pause Nimbra", "---", "Preset", "Colour",
                                          "Pointer interaction", "---", "Settings… (,)", "Restart Simulation", "---",
                                          "Quit Veloria (q)"));
   EXPECT_THAT(linesOf(find(menu, "Pointer interaction")->submenu),
               ElementsAre("[ ] None", "[ ] Glow follow", "[ ] Push the fluid", "[x] Swirl", "[ ] Calm"));
-}
-
-TEST(QuickMenu, MarksWhatTheSettingsSay) {
-  const std::tuple<void (*)(NimbraConfig&), const char*, Names, Names> cases[] = {
-      {[](auto& c) { c.enabled = false; }, "Resume Nimbra", {"Classic Nimbra"}, {"Swirl"}},
-      {[](auto& c) { c.paletteName = "Nebula"; }, "Pause Nimbra", {"Nebula"}, {"Swirl"}},
-      {[](auto& c) { c.customPalette.emplace(); }, "Pause Nimbra", {}, {"Swirl"}},
-      {[](auto& c) { c.pointerMode = PointerMode::none; }, "Pause Nimbra", {"Classic Nimbra"}, {"None"}},
-  };
-  for (const auto& [edit, toggle, palette, pointer] : cases) {
-    NimbraConfig config;
-    edit(config);
-    const Menu menu = quickMenu(config, "1");
-    EXPECT_NE(find(menu, toggle), nullptr);
-    EXPECT_EQ(checkedIn(menu, "Colour"), palette);
-    EXPECT_EQ(checkedIn(menu, "Pointer interaction"), pointer);
-  }
+  EXPECT_EQ(checkedIn(menu, "Colour"), Names{"Classic Nimbra"});
+  config.customPalette.emplace();
+  menu = quickMenu(config, "1.2");
+  EXPECT_EQ(checkedIn(menu, "Colour"), Names());
 }
 
 class FakeStatusItem final : public StatusItem {
  public:
   void setHandlers(Handlers now) override { handlers = std::move(now); }
-  void setMenu(const Menu& now) override {
-    menu = now;
-    ++menusSet;
-  }
+  void setMenu(const Menu& now) override { menu = now; }
   void showMenu() override { ++menusShown; }
   std::optional<Rect> place() const override { return Rect{1, 2, 3, 4}; }
 
   void choose(const std::string& title) {
     const MenuItem* item = find(menu, title);
-    ASSERT_NE(item, nullptr) << title;
+    if (item == nullptr) throw std::runtime_error("there is no " + title);
     handlers.chosen(MenuItem(*item));
   }
 
   Handlers handlers;
   Menu menu;
-  int menusSet = 0;
   int menusShown = 0;
 };
 
 class FakePresenter final : public SettingsPresenter {
  public:
-  void show(const std::optional<Rect>& at) override {
-    shown = true;
-    EXPECT_EQ(at, (Rect{1, 2, 3, 4}));
-    log.push_back("show");
-  }
-  void close() override {
-    shown = false;
-    log.push_back("close");
-  }
+  void show(const std::optional<Rect>& at) override { shown = at == Rect{1, 2, 3, 4}; }
+  void close() override { shown = false; }
   bool isShown() const override { return shown; }
 
   bool shown = false;
-  Names log;
 };
 
 class MenuBarControllerTest : public testing::Test {
@@ -113,14 +89,13 @@ class MenuBarControllerTest : public testing::Test {
   SettingsEditor editor_{settings_};
   FakeStatusItem item_;
   FakePresenter presenter_;
-  int ends_ = 0;
-  std::optional<MenuBarController> controller_{
-      std::in_place, MenuBarController::Ports{.settings = &editor_,
-                                              .statusItem = &item_,
-                                              .presenter = &presenter_,
-                                              .refreshSystemState = [this] { presenter_.log.push_back("refresh"); },
-                                              .terminate = [this] { ++ends_; },
-                                              .version = "1.2"}};
+  int refreshes_ = 0, ends_ = 0;
+  MenuBarController controller_{{.settings = &editor_,
+                                 .statusItem = &item_,
+                                 .presenter = &presenter_,
+                                 .refreshSystemState = [this] { ++refreshes_; },
+                                 .terminate = [this] { ++ends_; },
+                                 .version = "1.2"}};
 };
 
 TEST_F(MenuBarControllerTest, ChosenItemsDoWhatTheySay) {
@@ -130,20 +105,18 @@ TEST_F(MenuBarControllerTest, ChosenItemsDoWhatTheySay) {
   EXPECT_TRUE(config().enabled);
   item_.choose("Calm");
   EXPECT_EQ(config().pointerMode, PointerMode::calm);
-  item_.choose("Restart Simulation");
+  EXPECT_EQ(checkedIn(item_.menu, "Pointer interaction"), Names{"Calm"});
   int resets = 0;
-  controller_->onResetSim = [&] { ++resets; };
+  controller_.onResetSim = [&] { ++resets; };
   item_.choose("Restart Simulation");
   EXPECT_EQ(resets, 1);
   item_.choose("Quit Veloria");
   EXPECT_EQ(ends_, 1);
-  item_.choose("Settings…");
-  item_.choose("Settings…");
-  EXPECT_THAT(presenter_.log, ElementsAre("refresh", "show", "refresh", "show")) << "the item never closes them";
-  const NimbraConfig before = config();
-  item_.choose("Veloria 1.2");
-  item_.choose("Preset");
-  EXPECT_EQ(config(), before);
+  for (int i = 1; i < 3; ++i) {
+    item_.choose("Settings…");
+    EXPECT_TRUE(presenter_.shown) << "the item never closes them";
+    EXPECT_EQ(refreshes_, i);
+  }
 }
 
 TEST_F(MenuBarControllerTest, APresetReplacesTheLookAPaletteTheColoursAndBothAreOneStepOfUndo) {
@@ -158,29 +131,10 @@ TEST_F(MenuBarControllerTest, APresetReplacesTheLookAPaletteTheColoursAndBothAre
     editor_.undo();
     EXPECT_EQ(config(), edited);
   }
-  controller_->choosePreset("no such preset");
-  controller_->choosePointer("no such mode");
-  EXPECT_EQ(config(), edited);
   item_.choose(Palette::presets().back().name);
   EXPECT_EQ(config().palette(), Palette::presets().back());
   editor_.undo();
   EXPECT_EQ(config(), edited);
-}
-
-TEST_F(MenuBarControllerTest, TheMenuFollowsTheSettingsUntilTheControllerIsGone) {
-  EXPECT_EQ(item_.menusSet, 1);
-  NimbraConfig changed;
-  changed.exposure = 2;
-  settings_.setConfig(changed);
-  EXPECT_EQ(item_.menusSet, 1) << "nothing in the menu depends on it";
-  changed.pointerMode = PointerMode::glow;
-  settings_.setConfig(changed);
-  EXPECT_EQ(item_.menusSet, 2);
-  EXPECT_EQ(checkedIn(item_.menu, "Pointer interaction"), Names{"Glow follow"});
-  controller_.reset();
-  EXPECT_FALSE(item_.handlers.clicked);
-  settings_.setConfig({});
-  EXPECT_EQ(item_.menusSet, 2);
 }
 
 TEST_F(MenuBarControllerTest, ClicksToggleTheSettingsOrShowTheMenu) {

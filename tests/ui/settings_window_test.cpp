@@ -26,9 +26,9 @@
 #include "ui/cards/ReadoutCard.h"
 #include "ui/cards/SystemFactsCard.h"
 #include "ui/controls/GlyphButton.h"
+#include "ui/controls/NumberWidgets.h"
 #include "ui/controls/SettingControl.h"
 #include "ui/controls/SettingLabel.h"
-#include "ui/controls/NumberWidgets.h"
 #include "ui/script/ScriptCard.h"
 
 namespace veloria::tests {
