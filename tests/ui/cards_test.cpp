@@ -220,8 +220,8 @@ TEST_F(CardsTest, TheCommandIsInstalledOnAnotherThreadAndErrorsAreShown) {
 
 TEST_F(CardsTest, TheCommandsCardMayBeDestroyedWhileItLooks) {
   std::promise<void> gate;
-  const auto look = [opened = gate.get_future().share()] {
-    opened.wait();
+  const auto look = [&gate] {
+    gate.get_future().wait();
     return CommandLineToolState();
   };
   auto card = std::make_unique<CommandLineCard>(CommandLinePorts{look, {}, {}}, "");

@@ -1,7 +1,6 @@
 // Previews as the software GPU really draws them.
 
 #include <atomic>
-#include <cmath>
 #include <filesystem>
 #include <thread>
 
@@ -25,32 +24,22 @@ PreviewGpu makeGpu(bool validation = false) {
   return gpu;
 }
 
-/// The sums of two channels of a picture and the brightest of its channels.
-struct Light {
-  explicit Light(const QImage& picture) {
-    for (int y = 0; y < picture.height(); ++y) {
-      for (int x = 0; x < picture.width(); ++x) {
-        const QRgb pixel = qPremultiply(picture.pixel(x, y));
-        red += qRed(pixel);
-        blue += qBlue(pixel);
-        brightest = std::max({brightest, qRed(pixel), qGreen(pixel), qBlue(pixel)});
-      }
-    }
-  }
-  double red = 0, blue = 0;
-  int brightest = 0;
-};
-
 /// The mean difference of two pictures of one size, 0 to 255.
 double differenceOf(const QImage& a, const QImage& b) {
   double sum = 0;
   for (int y = 0; y < a.height(); ++y) {
     for (int x = 0; x < a.width(); ++x) {
-      const QRgb p = a.pixel(x, y), q = b.pixel(x, y);
+      const QRgb p = qPremultiply(a.pixel(x, y)), q = qPremultiply(b.pixel(x, y));
       sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
     }
   }
   return sum / (3.0 * a.width() * a.height());
+}
+
+bool hasLight(const QImage& picture) {
+  QImage black(picture.size(), QImage::Format_RGB32);
+  black.fill(Qt::black);
+  return differenceOf(picture, black) > 4;
 }
 
 class PreviewTest : public UiFixture {
@@ -84,7 +73,7 @@ class PreviewTest : public UiFixture {
 TEST_F(PreviewTest, TheStripShowsLightThatMovesAndFollowsTheRecord) {
   validation_ = true;
   strip_.show();
-  ASSERT_TRUE(runUntil([&] { return frames_ > 20 && Light(strip_.picture()).brightest > 60; }));
+  ASSERT_TRUE(runUntil([&] { return frames_ > 20 && hasLight(strip_.picture()); }));
   EXPECT_EQ(strip_.picture().size(), QSize(400, 48));
   const QImage before = strip_.picture();
   ASSERT_TRUE(drawsFrames(15));
@@ -94,8 +83,13 @@ TEST_F(PreviewTest, TheStripShowsLightThatMovesAndFollowsTheRecord) {
     c.customPalette = Palette{"one", {4, {1, 0.1F, 0.1F}}};
     c.hueSpread = c.colorCycle = 0;
   });
-  EXPECT_TRUE(runUntil([&] { return Light(strip_.picture()).red > 2 * Light(strip_.picture()).blue; }, 40000));
-  EXPECT_GT(Light(strip_.grab().toImage()).brightest, 60) << "the picture is on the widget too";
+  EXPECT_TRUE(runUntil(
+      [&] {
+        const QRgb mean = strip_.picture().scaled(1, 1, {}, Qt::SmoothTransformation).pixel(0, 0);
+        return qRed(mean) > 2 * qBlue(mean);
+      },
+      40000));
+  EXPECT_TRUE(hasLight(strip_.grab().toImage())) << "the picture is on the widget too";
 }
 
 TEST_F(PreviewTest, AHiddenStripDrawsNothingAndKeepsNoDevice) {
@@ -122,27 +116,23 @@ TEST_F(PreviewTest, AHiddenStripDrawsNothingAndKeepsNoDevice) {
 TEST_F(PreviewTest, PresetPicturesAreDrawnOnceBetweenTheFramesAndCanBeToldApart) {
   PresetPictures pictures(painter_);
   auto gallery = std::make_unique<PresetGallery>(editor_, pictures);
-  gallery->resize(700, 500);
   strip_.show();
   gallery->show();
-  ASSERT_TRUE(runUntil([&] { return stills_ >= 1; }, 60000));
+  ASSERT_TRUE(runUntil([&] { return stills_ >= 2; }, 60000));
   EXPECT_GT(frames_, 0) << "they take turns";
   strip_.hide();
-  ASSERT_TRUE(runUntil([&] { return stills_ >= 2; }, 60000));
   gallery->hide();  // in the middle of the work
   runFor(200);
   gallery->show();
   ASSERT_TRUE(runUntil([&] { return stills_ >= 7; }, 60000));
   for (int i = 0; i < 7; ++i) {
-    EXPECT_GT(Light(pictures.picture(i)).brightest, 60) << i;
+    EXPECT_TRUE(hasLight(pictures.picture(i))) << i;
     for (int j = 0; j < i; ++j) EXPECT_GT(differenceOf(pictures.picture(i), pictures.picture(j)), 8) << i << " " << j;
   }
-  gallery.reset();
-  PresetGallery again(editor_, pictures);
-  again.show();
-  EXPECT_EQ(child<Tile>(again, "Rave").picture(), pictures.picture(6)) << "kept from the first time";
+  gallery = std::make_unique<PresetGallery>(editor_, pictures);
+  gallery->show();
   runFor(100);
-  EXPECT_EQ(stills_, 7);
+  EXPECT_EQ(stills_, 7) << "kept from the first time";
 }
 
 TEST_F(PreviewTest, APainterThatIsDestroyedAtWorkEndsCleanly) {
@@ -166,20 +156,13 @@ TEST_F(PreviewTest, WithoutAGpuThereIsASentenceAndOneAttemptEachTime) {
   EXPECT_TRUE(runUntil([&] { return !strip.accessibleDescription().isEmpty(); }));
   runFor(150);
   EXPECT_EQ(attempts, 1);
-  EXPECT_GT(Light(strip.grab().toImage()).brightest, 200) << "the sentence is painted";
+  EXPECT_TRUE(hasLight(strip.grab().toImage())) << "the sentence is painted";
   strip.hide();
   runFor(50);
   mended = true;
   strip.show();
   EXPECT_TRUE(runUntil([&] { return !strip.picture().isNull(); })) << "asked again when it is seen again";
   EXPECT_TRUE(strip.accessibleDescription().isEmpty());
-}
-
-TEST(PreviewPixels, KeepTheShapeWithinTheLargestPicture) {
-  const std::tuple<QSize, double, QSize> cases[] = {{{200, 48}, 1, {200, 48}}, {{800, 48}, 1, {400, 24}},
-                                                    {{400, 48}, 2, {400, 48}}, {{2000, 1}, 1, {400, 1}},
-                                                    {{0, 48}, 1, {}},          {{400, 48}, NAN, {}}};
-  for (const auto& [points, ratio, pixels] : cases) EXPECT_EQ(previewPixels(points, ratio), pixels);
 }
 
 }  // namespace
