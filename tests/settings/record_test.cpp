@@ -147,28 +147,14 @@ TEST(SettingsCodec, UnknownKeysAreIgnoredAndTheLastOfADoubleKeyCounts) {
 TEST(SettingsCodec, NothingIsWrittenThatCouldNotBeReadAgain) {
   const ColorStop stop{0, 0.5F, 1};
   const float nan = std::numeric_limits<float>::quiet_NaN();
-  const auto palette = [stop](std::size_t count, const ColorStop& last) {
-    std::vector<ColorStop> stops(count, stop);
-    stops.back() = last;
-    return Palette{"any", std::move(stops)};
-  };
-  const std::function<void(NimbraConfig&)> edits[] = {
-      [&](auto& c) { c.exposure = nan; },
-      [](auto& c) { c.customScript = "\xFF"; },
-      [](auto& c) { c.customScript = std::string(maximumJsonBytes, 'x'); },
-      [&](auto& c) { c.customPalette = palette(3, stop); },
-      [&](auto& c) {
-        c.customPalette = palette(4, {nan, 0, 0});
-      },
-      [&](auto& c) {
-        c.customPalette = palette(4, {2, 0, 0});
-      },
-  };
-  for (const auto& edit : edits) {
-    NimbraConfig config;
-    edit(config);
-    EXPECT_FALSE(encodeSettings(config)) << &edit - edits;
-  }
+  std::array<NimbraConfig, 6> bad;
+  bad[0].exposure = nan;
+  bad[1].customScript = "\xFF";
+  bad[2].customScript = std::string(maximumJsonBytes, 'x');
+  bad[3].customPalette = Palette{"three", {3, stop}};
+  bad[4].customPalette = Palette{"nan", {stop, stop, stop, {nan, 0, 0}}};
+  bad[5].customPalette = Palette{"big", {stop, stop, stop, {2, 0, 0}}};
+  for (const NimbraConfig& config : bad) EXPECT_FALSE(encodeSettings(config)) << &config - bad.data();
 }
 
 TEST(SettingsField, EachIsListedWithItsDefaultAndCanBeSet) {
@@ -262,9 +248,7 @@ TEST(NimbraConfig, TempoSpeedsUpMoreThanItStirsAndKeepsTheRanges) {
     EXPECT_EQ(result, config) << "the others are kept";
     return values;
   };
-  const auto twice = folded(2, 0.5);
-  const Values expected{1, 0.7, 0.675, 0.725, 1};
-  for (std::size_t i = 0; i < fields.size(); ++i) EXPECT_DOUBLE_EQ(twice[i], expected[i]);
+  EXPECT_THAT(folded(2, 0.5), testing::Pointwise(testing::DoubleEq(), Values{1, 0.7, 0.675, 0.725, 1}));
   EXPECT_EQ(folded(1.0005, 99), (Values{99, 99, 99, 99, 99})) << "ranges apply only if the tempo does";
   EXPECT_EQ(folded(5, 0.5), folded(2.5, 0.5));
   EXPECT_EQ(folded(0, 0.5), folded(0.15, 0.5));

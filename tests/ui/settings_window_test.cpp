@@ -16,7 +16,6 @@
 #include "ui/cards/CommandLineCard.h"
 #include "ui/cards/DriveModeChooser.h"
 #include "ui/cards/GlassCard.h"
-#include "ui/cards/LoginItemCard.h"
 #include "ui/cards/PaletteEditor.h"
 #include "ui/cards/PaletteGallery.h"
 #include "ui/cards/PresetGallery.h"
@@ -310,7 +309,7 @@ class WholeWindowTest : public SettingsWindowTest {
   WholeWindowTest() {
     const std::string path = "/a/path/without/a/single/space/in/it/that/is/longer/than/the/window/is/wide";
     readouts_ = {path, path, path, path, path, path, path, path, path, path, path};
-    byHand_.manualCommand = "sudo ln -sf '" + path + "' /usr/local/bin/nimbra";
+    commands_.look = [path] { return CommandLineToolState{{}, {}, false, false, "ln -sf " + path}; };
     system_.now = {true, true, 1};
     state_.refresh();
     window_ = std::make_unique<SettingsWindow>(editor_);
@@ -326,14 +325,8 @@ class WholeWindowTest : public SettingsWindowTest {
         {SettingTab::drive, [] { return new AgentCard; }},
         {SettingTab::drive, [this] { return new ScriptCard(editor_, draft_); }},
         {SettingTab::system, [ticker] { return ReadoutCard::makeStatus(*ticker); }},
-        {SettingTab::system, [this] { return new LoginItemCard(loginItem_); }},
-        {SettingTab::system,
-         [this] {
-           return new CommandLineCard({[this] { return byHand_; }, {}, {}}, "get it");
-         }},
-        {SettingTab::system, [this] {
-           return new SystemFactsCard(state_, {SystemPane::appearance, true});
-         }}};
+        {SettingTab::system, [this] { return new CommandLineCard(commands_, "get it"); }},
+        {SettingTab::system, [this] { return new SystemFactsCard(state_, panes_); }}};
     for (const auto& [tab, make] : cards) window_->addCard({tab, nullptr, "A card", {}, make});
   }
   ~WholeWindowTest() override { window_.reset(); }
@@ -351,30 +344,34 @@ class WholeWindowTest : public SettingsWindowTest {
     QTest::qWait(20);
   }
 
-  void expectNothingClipped() {
+  /// What is cut off or beyond the edge.
+  QStringList clipped() const {
+    QStringList found;
     for (const QWidget* widget : window_->findChildren<QWidget*>()) {
       const QWidget* parent = widget->parentWidget();
       if (!widget->isVisible() || parent->inherits("QAbstractScrollArea") || parent->inherits("QLineEdit")) continue;
       const QString who = widget->metaObject()->className() + widget->accessibleName() + widget->objectName();
-      EXPECT_LE(widget->mapTo(window_.get(), QPoint(widget->width(), 0)).x(), window_->width()) << who.toStdString();
+      if (widget->mapTo(window_.get(), QPoint(widget->width(), 0)).x() > window_->width()) found += who;
       const auto* label = qobject_cast<const QLabel*>(widget);
       const auto* button = qobject_cast<const QAbstractButton*>(widget);
       if (label == nullptr && button == nullptr) continue;
       const int needed = widget->hasHeightForWidth() ? widget->heightForWidth(widget->width())
                                                      : (label ? label->sizeHint() : button->minimumSizeHint()).height();
-      EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << who.toStdString();
-      EXPECT_GE(widget->height(), needed) << who.toStdString() << (label ? label->text().toStdString() : "");
+      if (widget->width() < widget->minimumSizeHint().width() || widget->height() < needed) found += who;
     }
     for (const QScrollArea* page : window_->findChildren<QScrollArea*>()) {
-      EXPECT_TRUE(!page->isVisible() || page->widget()->width() <= page->viewport()->width()) << "scrolls sideways";
+      if (page->isVisible() && page->widget()->width() > page->viewport()->width()) found += "scrolls sideways";
     }
+    return found;
+  }
+  void expectNothingClipped() {
+    EXPECT_TRUE(runUntil([this] { return clipped().isEmpty(); }, 5000)) << clipped().join(' ').toStdString();
   }
 
   Readouts readouts_;
-  CommandLineToolState byHand_;
+  CommandLinePorts commands_;
+  SystemPanes panes_{SystemPane::appearance, true};
   ScriptDraft draft_;
-  FakeLogin login_;
-  LoginItem loginItem_{login_};
   FakeSystem system_;
   ManualTimers timers_;
   SystemState state_{system_, timers_};
@@ -386,21 +383,19 @@ TEST_F(WholeWindowTest, NothingIsClippedAndNothingScrollsSideways) {
   const QFont font = QApplication::font();
   const std::pair<double, int> cases[] = {{1, 360}, {2, 400}};
   for (const auto& [scale, width] : cases) {
-    SCOPED_TRACE(scale * width);
     QFont scaled = font;
     scaled.setPointSizeF(font.pointSizeF() * scale);
     QApplication::setFont(scaled);
     openWhole();
     window_->resize(width, 520);
     for (int tab = 0; tab < settingTabCount; ++tab) {
-      SCOPED_TRACE(tab);
+      SCOPED_TRACE(testing::Message() << scale << " " << tab);
       showTab(tab);
       EXPECT_EQ(window_->width(), width);
       expectNothingClipped();
     }
     window_->search(QStringLiteral("e"));
     QTest::qWait(20);
-    EXPECT_GT(shownKeys().size(), 60U);
     expectNothingClipped();
   }
   QApplication::setFont(font);
