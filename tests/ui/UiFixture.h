@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
@@ -18,14 +17,7 @@ namespace veloria::tests {
 /// Lets the event loop run until the condition holds; false when it never did.
 template <typename Condition>
 bool runUntil(Condition condition, int milliseconds = 20000) {
-  QElapsedTimer timer;
-  timer.start();
-  while (!condition() && timer.elapsed() < milliseconds) QApplication::processEvents(QEventLoop::AllEvents, 10);
-  return condition();
-}
-
-inline void runFor(int milliseconds) {
-  runUntil([] { return false; }, milliseconds);
+  return QTest::qWaitFor(condition, milliseconds);
 }
 
 /// A settings store with an editor, whose clock stands until it is moved, and widgets found by their object names.
