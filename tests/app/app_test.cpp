@@ -1,10 +1,6 @@
 // The delegate on invented screens and panels: what is built, rebuilt and left alone.
 
 #include <gmock/gmock.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
 
 #include "../support/ManualTimers.h"
 #include "../support/MemoryStorage.h"
@@ -17,21 +13,20 @@ namespace {
 using gpu::recording::RecordingDevice;
 using gpu::recording::RecordingSurface;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 class FakeScreens final : public ScreenProvider {
  public:
+  explicit FakeScreens(std::vector<Screen> first) : list(std::move(first)) {}
   std::vector<Screen> screens() override { return list; }
   void setChangeHandler(std::function<void()> handler) override { changed = std::move(handler); }
-  void change(std::vector<Screen> now) {
-    list = std::move(now);
-    changed();
-  }
+
   std::vector<Screen> list;
   std::function<void()> changed;
 };
 
-Screen screenNamed(const std::string& name, std::uint32_t number, double x) {
+Screen screenNamed(const char* name, std::uint32_t number, double x) {
   Screen screen;
   screen.number = number;
   screen.name = name;
@@ -50,7 +45,6 @@ class FakePanel final : public OverlayPanel {
 
   void setFrame(const Rect& now, double scale) override {
     frame = now;
-    ++frames;
     size_ = {static_cast<std::uint32_t>(frame.width * scale), static_cast<std::uint32_t>(frame.height * scale)};
     surface_.configure(size_, format);
   }
@@ -71,7 +65,6 @@ class FakePanel final : public OverlayPanel {
   double rate = 0;
   bool paused = true;
   bool shown = false;
-  int frames = 0;  ///< how often setFrame was called
   std::function<void()> draw;
 
  private:
@@ -85,7 +78,6 @@ class FakePanels final : public OverlayPanelFactory {
  public:
   std::unique_ptr<OverlayPanel> makePanel(const Screen& screen) override {
     if (screen.name == refused) throw std::runtime_error("no window for this one");
-    ++made;
     return std::make_unique<FakePanel>(live, screen.name, *device);
   }
   std::string visibilityHint(const Screen&, OverlayLevel level) override {
@@ -94,7 +86,6 @@ class FakePanels final : public OverlayPanelFactory {
 
   RecordingDevice* device = nullptr;
   std::map<std::string, FakePanel*> live;
-  int made = 0;
   std::string hint;
   std::string refused;  ///< the screen that gets no panel
 };
@@ -112,7 +103,6 @@ class FakeStream final : public BarCaptureStream {
     handlers_.started({1920, 32});
     handlers_.picture({{1920, 32}, rows});
   }
-  void fail() { handlers_.failed("it broke"); }
 
   std::vector<BarRegion> regions;
   bool running = false;
@@ -123,29 +113,6 @@ class FakeStream final : public BarCaptureStream {
 
 class AppTest : public testing::Test {
  protected:
-  AppTest() {
-    std::ofstream(library_) << "any bytes will do for the recording device";
-    screens_.list = {left_, right_};
-  }
-  ~AppTest() override { std::filesystem::remove(library_); }
-
-  AppServices services() {
-    return {
-        .makeDevice = [this] { return makeDevice(); },
-        .shaderLibraries = {library_},
-        .screens = &screens_,
-        .panels = &panels_,
-        .timers = &timers_,
-        .settings = &settings_,
-        .driver = &driver_,
-        .activity = &activity_,
-        .captureProblem = "nobody can see the panel",
-        .environment = emptyEnvironment,
-        .backendName = "none",
-        .alert = [this](const std::string& title, const std::string& text) { alerts_.push_back(title + "|" + text); },
-        .terminate = [this] { ++terminations_; },
-        .hint = [this](const std::string& text) { hints_.push_back(text); }};
-  }
   std::unique_ptr<gpu::Device> makeDevice() {
     EXPECT_TRUE(drawsWithOldDevice_.expired()) << "what the old device made ends before it";
     if (devicesLeft_-- <= 0) throw gpu::NoDeviceError("there is no GPU");
@@ -155,25 +122,25 @@ class AppTest : public testing::Test {
     panels_.device = device.get();
     return device;
   }
-  AppDelegate& launch(AppServices services) {
-    delegate_ = std::make_unique<AppDelegate>(std::move(services));
+  AppDelegate& launch() {
+    delegate_ = std::make_unique<AppDelegate>(services_);
     EXPECT_TRUE(delegate_->startGpu());
     delegate_->didFinishLaunching();
     return *delegate_;
   }
-  AppDelegate& launch() { return launch(services()); }
 
   void change(const std::function<void(NimbraConfig&)>& edit) {
     NimbraConfig config = settings_.config();
     edit(config);
     settings_.setConfig(config);
   }
+  void setScreens(std::vector<Screen> now) {
+    screens_.list = std::move(now);
+    screens_.changed();
+  }
   void setFullScreen(bool on) {
     fullScreen_ = on;
     activity_.poll();
-  }
-  bool driverTicks() const {
-    return std::ranges::any_of(timers_.entries, [](const auto& entry) { return entry->interval < 0.05; });
   }
   void loseGpu() {
     drawsWithOldDevice_ = delegate_->renderers().at(1);
@@ -183,12 +150,10 @@ class AppTest : public testing::Test {
 
   const Screen left_ = screenNamed("left", 1, 0);
   const Screen right_ = screenNamed("right", 2, 1920);
-  const std::filesystem::path library_ =
-      std::filesystem::temp_directory_path() / ("veloria-app-test-" + std::to_string(::getpid()) + ".spv");
   int devicesLeft_ = 1000;
   std::weak_ptr<NimbraRenderer> drawsWithOldDevice_;
   bool fullScreen_ = false;
-  FakeScreens screens_;
+  FakeScreens screens_{{left_, right_}};
   FakePanels panels_;
   ManualTimers timers_;
   SettingsStore settings_{std::make_unique<MemoryStorage>(), emptyEnvironment};
@@ -205,6 +170,21 @@ class AppTest : public testing::Test {
   FakeStream stream_;
   std::vector<std::string> alerts_, hints_;
   int terminations_ = 0;
+  AppServices services_{
+      .makeDevice = [this] { return makeDevice(); },
+      .shaderLibraries = {VELORIA_TEST_DATA "/CMakeLists.txt"},
+      .screens = &screens_,
+      .panels = &panels_,
+      .timers = &timers_,
+      .settings = &settings_,
+      .driver = &driver_,
+      .activity = &activity_,
+      .captureProblem = "nobody can see the panel",
+      .environment = emptyEnvironment,
+      .backendName = "none",
+      .alert = [this](const std::string& title, const std::string& text) { alerts_.push_back(title + "|" + text); },
+      .terminate = [this] { ++terminations_; },
+      .hint = [this](const std::string& text) { hints_.push_back(text); }};
   std::unique_ptr<AppDelegate> delegate_;
 };
 
@@ -215,23 +195,18 @@ TEST_F(AppTest, OneBandOnTheFirstScreenAndMoreOnRequest) {
   EXPECT_EQ(first->frame, (Rect{0, 1048, 1920, 32}));
   EXPECT_TRUE(first->shown);
   EXPECT_FALSE(first->paused);
-  EXPECT_EQ(first->rate, 60);
-  EXPECT_EQ(first->format, gpu::PixelFormat::rgba16Float);
-
   change([](auto& c) { c.allDisplays = true; });
-  EXPECT_EQ(delegate.windowCount(), 2U);
   EXPECT_EQ(panels_.live.at("right")->frame, (Rect{1920, 1048, 1920, 32}));
-  EXPECT_EQ(panels_.made, 2) << "the first is kept";
+  EXPECT_EQ(panels_.live.at("left"), first) << "the first is kept";
 
-  screens_.change({right_});
-  EXPECT_EQ(delegate.windowCount(), 1U);
+  setScreens({right_});
   EXPECT_FALSE(panels_.live.contains("left"));
-  screens_.change({});
+  setScreens({});
   EXPECT_EQ(delegate.windowCount(), 0U);
-  screens_.change({left_, right_});
+  setScreens({left_, right_});
   EXPECT_TRUE(panels_.live.at("left")->shown);
   const Rect place = std::exchange(panels_.live.at("left")->frame, Rect{});
-  screens_.change({left_, right_});
+  screens_.changed();
   EXPECT_EQ(panels_.live.at("left")->frame, place) << "put back where the system had moved it";
   delegate.willTerminate();
   EXPECT_FALSE(panels_.live.at("left")->shown);
@@ -240,10 +215,7 @@ TEST_F(AppTest, OneBandOnTheFirstScreenAndMoreOnRequest) {
 TEST_F(AppTest, AScreenThatCanHaveNoBandDoesNotCostTheOthersTheirs) {
   change([](auto& c) { c.allDisplays = true; });
   panels_.refused = "left";
-  testing::internal::CaptureStderr();
   EXPECT_EQ(launch().windowCount(), 1U);
-  EXPECT_THAT(testing::internal::GetCapturedStderr(),
-              testing::StartsWith("Veloria: renderer init failed: no window for this one\n"));
   EXPECT_TRUE(panels_.live.at("right")->shown);
 }
 
@@ -253,7 +225,6 @@ TEST(ChangePlan, IsTheSmallestWork) {
   const ChangePlan recompile{true, false, false}, rebuild{false, true, false}, resize{false, false, true};
   const std::pair<void (*)(NimbraConfig&), ChangePlan> table[] = {
       {[](auto& c) { c.exposure = 3; }, {}},
-      {[](auto& c) { c.pauseOnBattery = true; }, {}},
       {[](auto& c) { c.visualizer = Visualizer::music; }, recompile},
       {[](auto& c) { c.customScript = "x"; }, recompile},
       {[](auto& c) { c.matchWallpaper = true; }, recompile},
@@ -277,11 +248,9 @@ TEST(ChangePlan, IsTheSmallestWork) {
 
 TEST_F(AppTest, SettingsReachThePanelAndTheRenderer) {
   AppDelegate& delegate = launch();
-  const NimbraRenderer& renderer = *delegate.renderers().at(1);
+  NimbraRenderer& renderer = *delegate.renderers().at(1);
   FakePanel* panel = panels_.live.at("left");
-  const int placed = panel->frames;
   change([](auto& c) { c.exposure = 3; });
-  EXPECT_EQ(panel->frames, placed);
   driver_.tick();
   EXPECT_EQ(renderer.config.exposure, 3);
   change([](auto& c) {
@@ -289,185 +258,117 @@ TEST_F(AppTest, SettingsReachThePanelAndTheRenderer) {
     c.customScript = "set nothing 1";
   });
   EXPECT_TRUE(delegate.status().scriptError) << "the new mode's script runs at once";
+  EXPECT_EQ(panel->format, gpu::PixelFormat::rgba16Float);
   change([](auto& c) {
     c.layerMode = LayerMode::aboveMenuBar;
+    c.preserveMenuBarText = true;
     c.extraHeight = 20;
     c.hdrGlow = false;
     c.framesPerSecond = 0;
   });
+  EXPECT_EQ(delegate.status().capture.error, "nobody can see the panel");
   EXPECT_EQ(panel->level, OverlayLevel::aboveMenuBar);
   EXPECT_EQ(panel->frame, (Rect{0, 1028, 1920, 52}));
   EXPECT_EQ(panel->format, gpu::PixelFormat::bgra8Unorm);
   EXPECT_EQ(panel->rate, 60);
 
   panel->draw();
-  EXPECT_EQ(renderer.frameCount(), 1);
-  EXPECT_EQ(delegate.renderers().at(1)->sim().gridW(), 634);
+  EXPECT_EQ(renderer.sim().gridW(), 634);
   change([](auto& c) { c.quality = 0.5; });
-  EXPECT_EQ(delegate.renderers().at(1)->sim().gridW(), 317);
+  EXPECT_EQ(renderer.sim().gridW(), 317);
   panel->draw();
-  EXPECT_FALSE(delegate.renderers().at(1)->sim().needsClear);
+  EXPECT_FALSE(renderer.sim().needsClear);
   delegate.restartSimulation();
-  EXPECT_TRUE(delegate.renderers().at(1)->sim().needsClear);
+  EXPECT_TRUE(renderer.sim().needsClear);
 }
 
 TEST_F(AppTest, ActivityPausesEverythingAndTheWakeLaysOutAnew) {
   AppDelegate& delegate = launch();
   FakePanel* panel = panels_.live.at("left");
-  EXPECT_TRUE(driverTicks());
+  const std::size_t timers = timers_.entries.size();
   setFullScreen(true);
-  EXPECT_FALSE(panel->shown || driverTicks());
+  EXPECT_LT(timers_.entries.size(), timers) << "the driver rests too";
+  EXPECT_FALSE(panel->shown);
   EXPECT_TRUE(panel->paused);
-  EXPECT_FALSE(delegate.status().rendering);
   EXPECT_EQ(delegate.status().reason, activity_.reason());
-  EXPECT_NE(activity_.reason(), "");
 
   screens_.list = {right_};  // the change was missed while everything slept
   setFullScreen(false);
   EXPECT_FALSE(panels_.live.contains("left"));
   FakePanel* right = panels_.live.at("right");
-  EXPECT_TRUE(right->shown && driverTicks());
-  EXPECT_FALSE(right->paused);
-
-  change([](auto& c) { c.enabled = false; });
-  EXPECT_FALSE(right->shown);
-  activity_.notify(ActivityWatcher::Notification::willSleep);
-  change([](auto& c) { c.enabled = true; });
-  EXPECT_FALSE(right->shown);
-  activity_.notify(ActivityWatcher::Notification::didWake);
   EXPECT_TRUE(right->shown);
-}
-
-TEST_F(AppTest, WithoutAWatcherTheSwitchAloneDecides) {
-  AppServices mine = services();
-  mine.activity = nullptr;
-  AppDelegate& delegate = launch(mine);
+  EXPECT_FALSE(right->paused);
   change([](auto& c) { c.enabled = false; });
-  EXPECT_FALSE(panels_.live.at("left")->shown || driverTicks());
-  EXPECT_EQ(delegate.status().reason, "it is switched off");
-  change([](auto& c) { c.enabled = true; });
-  EXPECT_TRUE(panels_.live.at("left")->shown);
+  EXPECT_FALSE(right->shown);
 }
 
 TEST_F(AppTest, ThePanelsTextIsCapturedWhileItIsWanted) {
-  AppServices mine = services();
-  mine.captureStream = &stream_;
+  services_.captureStream = &stream_;
   screens_.list[0].backingScale = 2;
-  AppDelegate& delegate = launch(mine);
-  EXPECT_THAT(stream_.regions, IsEmpty());
+  AppDelegate& delegate = launch();
   change([](auto& c) {
     c.allDisplays = true;
     c.layerMode = LayerMode::aboveMenuBar;
     c.preserveMenuBarText = true;
   });
+  const NimbraConfig wanted = settings_.config();
   EXPECT_THAT(stream_.regions, ElementsAre(BarRegion{1, {0, 0, 1920, 32}, 2}));
   stream_.show();
-  EXPECT_TRUE(delegate.status().capture.running);
   ASSERT_NE(delegate.renderers().at(1)->backdrop, nullptr);
   EXPECT_NE(delegate.renderers().at(1)->backdrop->stored(), nullptr);
   EXPECT_EQ(delegate.renderers().at(2)->backdrop, nullptr) << "it is the first screen's bar";
   change([](auto& c) { c.exposure = 2; });
   EXPECT_EQ(stream_.regions.size(), 1U) << "started once";
-  change([](auto& c) { c.extraHeight = 10; });
-  ASSERT_EQ(stream_.regions.size(), 2U);
-  EXPECT_EQ(stream_.regions[1].rect.height, 42);
-
-  stream_.fail();
-  EXPECT_EQ(delegate.status().capture.error, "it broke");
-  EXPECT_TRUE(panels_.live.at("left")->shown);
-  delegate.updateCapture();
-  EXPECT_EQ(stream_.regions.size(), 3U);
-  const NimbraConfig wanted = settings_.config();
-  const std::function<void()> reasons[] = {[&] { change([](auto& c) { c.enabled = false; }); },
-                                           [&] { change([](auto& c) { c.preserveMenuBarText = false; }); },
-                                           [&] { change([](auto& c) { c.layerMode = LayerMode::desktopStrip; }); },
-                                           [&] { setFullScreen(true); }};
-  for (const auto& reason : reasons) {
-    SCOPED_TRACE(&reason - &reasons[0]);
+  void (*const edits[])(NimbraConfig&) = {[](auto& c) { c.enabled = false; },
+                                          [](auto& c) { c.preserveMenuBarText = false; },
+                                          [](auto& c) { c.layerMode = LayerMode::desktopStrip; }};
+  for (const auto& edit : edits) {
     settings_.setConfig(wanted);
     ASSERT_TRUE(stream_.running);
     stream_.show();
-    stream_.fail();
-    delegate.updateCapture();
-    reason();
-    EXPECT_FALSE(stream_.running);
+    change(edit);
+    EXPECT_FALSE(stream_.running) << &edit - edits;
     EXPECT_EQ(delegate.renderers().at(1)->backdrop->stored(), nullptr);
-    EXPECT_EQ(delegate.status().capture.error, std::nullopt) << "not wanted any more";
   }
-  setFullScreen(false);
-  EXPECT_TRUE(stream_.running);
-  delegate.willTerminate();
-  EXPECT_FALSE(stream_.running);
-}
-
-TEST_F(AppTest, APanelThatCannotBeCapturedIsReportedOnceItIsWanted) {
-  AppDelegate& delegate = launch();
-  change([](auto& c) { c.layerMode = LayerMode::aboveMenuBar; });
-  EXPECT_EQ(delegate.status().capture.error, std::nullopt);
-  change([](auto& c) { c.preserveMenuBarText = true; });
-  EXPECT_EQ(delegate.status().capture.error, "nobody can see the panel");
 }
 
 TEST_F(AppTest, ThePointerReachesTheBandsAroundIt) {
-  AppServices mine = services();
-  mine.pointer = &pointer_;
-  AppDelegate& delegate = launch(mine);
-  change([](auto& c) {
-    c.allDisplays = true;
-    c.pointerMode = PointerMode::none;
-  });
-  const std::size_t timers = timers_.entries.size();
-  change([](auto& c) { c.pointerMode = PointerMode::push; });
-  EXPECT_EQ(timers_.entries.size(), timers + 1);
+  services_.pointer = &pointer_;
+  AppDelegate& delegate = launch();
+  change([](auto& c) { c.allDisplays = true; });
   const PointerState& left = delegate.renderers().at(1)->pointer;
   const PointerState& right = delegate.renderers().at(2)->pointer;
-  const auto moveTo = [&](double x, double y) {
+  const auto reached = [&](double x, double y) {
     pointerPlace_ = Point{x, y};
     timers_.fire();
+    return std::pair(left.inside, right.inside);
   };
-  moveTo(100, 1070);  // slow, then fast
+  reached(100, 1070);  // slow, then fast
   now_ += 0.1;
-  moveTo(106, 1064);
-  EXPECT_TRUE(left.inside);
+  EXPECT_EQ(reached(106, 1064), std::pair(true, false));
   EXPECT_EQ(left.local, (Point{106, 16}));
   EXPECT_NEAR(left.velocity.x, 1, 1e-9);
   EXPECT_NEAR(left.velocity.y, -1, 1e-9);
-  EXPECT_FALSE(right.inside);
-  moveTo(1940, 1015);  // within the margin of both
-  EXPECT_TRUE(left.inside);
-  EXPECT_TRUE(right.inside);
+  EXPECT_EQ(reached(1940, 1015), std::pair(true, true)) << "within the margin of both";
   EXPECT_EQ(right.local, (Point{20, 65}));
-  moveTo(1000, 950);  // beyond the margin, but not beyond the wide one
-  EXPECT_FALSE(left.inside);
+  EXPECT_FALSE(reached(1000, 950).first) << "beyond the margin, but not beyond the wide one";
   change([](auto& c) { c.pointerOnlyInStrip = false; });
-  timers_.fire();
-  EXPECT_TRUE(left.inside);
-  moveTo(1000, 500);
-  EXPECT_FALSE(left.inside);
-  EXPECT_FALSE(right.local.has_value());
-  moveTo(100, 1070);
-  EXPECT_TRUE(left.inside);
+  EXPECT_TRUE(reached(1000, 950).first);
+  EXPECT_FALSE(reached(1000, 500).first);
   setFullScreen(true);
-  timers_.fire();
-  EXPECT_FALSE(left.inside) << "not followed while nothing is drawn";
+  EXPECT_FALSE(reached(100, 1070).first) << "not followed while nothing is drawn";
 }
 
 TEST_F(AppTest, AStartWithoutAGpuOrALibraryIsExplained) {
-  AppServices mine = services();
-  mine.shaderLibraries = shaderLibraryCandidates({"/nowhere/share", "/nowhere/bin", "/nowhere/here"});
+  services_.shaderLibraries = shaderLibraryCandidates({"/nowhere/share", "/nowhere/bin", "/nowhere/here"});
   for (const int devices : {1, 0}) {
     devicesLeft_ = devices;
-    EXPECT_FALSE(AppDelegate(mine).startGpu());
+    EXPECT_FALSE(AppDelegate(services_).startGpu());
   }
-  EXPECT_THAT(alerts_,
-              ElementsAre("Veloria could not start|Could not load the Vulkan library: default.spv not found. Looked "
-                          "in:\n/nowhere/bin/default.spv\n/nowhere/here/default.spv\n"
-                          "/nowhere/here/build/default.spv\n\nRun ./build.sh to compile the shaders.",
-                          "Veloria could not start|This computer has no Vulkan device, so Veloria cannot run."));
-  EXPECT_EQ(panels_.made, 0);
+  EXPECT_THAT(alerts_, ElementsAre(HasSubstr("Looked in:\n/nowhere/bin/default.spv\n"), HasSubstr("no Vulkan device")));
 }
 
-TEST_F(AppTest, ALostGpuIsReplacedWithTheSettingsIntact) {
+TEST_F(AppTest, ALostGpuIsReplacedWithTheSettingsIntactOrEndsTheProgram) {
   AppDelegate& delegate = launch();
   change([](auto& c) { c.extraHeight = 20; });
   devicesLeft_ = 0;
@@ -484,11 +385,6 @@ TEST_F(AppTest, ALostGpuIsReplacedWithTheSettingsIntact) {
   after->draw();
   EXPECT_EQ(delegate.renderers().at(1)->frameCount(), 1);
   EXPECT_THAT(alerts_, IsEmpty());
-}
-
-TEST_F(AppTest, AGpuThatStaysAwayEndsTheProgramWithAMessage) {
-  launch();
-  devicesLeft_ = 0;
   loseGpu();
   for (int i = 0; i < 100 && terminations_ == 0; ++i) timers_.fire();
   EXPECT_EQ(terminations_, 1);
@@ -501,28 +397,15 @@ TEST_F(AppTest, TheHintIsGivenOnceAndOnlyAboutABandThatIsDrawn) {
   AppDelegate& delegate = launch();
   timers_.fire();
   EXPECT_THAT(hints_, IsEmpty());
-  EXPECT_EQ(delegate.status().hint, "");
   setFullScreen(false);
-  EXPECT_THAT(hints_, IsEmpty());
-  timers_.fire();
-  screens_.change({left_});
-  timers_.fire();
+  for (int i = 0; i < 2; ++i) {
+    timers_.fire();
+    screens_.changed();
+  }
   EXPECT_THAT(hints_, ElementsAre(panels_.hint));
   EXPECT_EQ(delegate.status().hint, panels_.hint);
   change([](auto& c) { c.extraHeight = 20; });
   EXPECT_EQ(delegate.status().hint, "") << "light below the panel is seen";
-}
-
-TEST(Level, TheDebugLevelWinsIfItIsANumber) {
-  const std::pair<std::optional<std::string>, OverlayLevel> table[] = {
-      {std::nullopt, OverlayLevel::aboveMenuBar}, {"0", OverlayLevel::desktop},
-      {"+7", OverlayLevel::aboveMenuBar},         {"7x", OverlayLevel::aboveMenuBar},
-      {"+-7", OverlayLevel::aboveMenuBar},        {"99999999999999999999", OverlayLevel::aboveMenuBar}};
-  for (const auto& [text, level] : table) {
-    EXPECT_EQ(overlayLevelFor(LayerMode::aboveMenuBar, text), level) << text.value_or("(none)");
-  }
-  EXPECT_EQ(overlayLevelFor(LayerMode::desktopFull, "1"), OverlayLevel::aboveMenuBar);
-  EXPECT_EQ(overlayLevelFor(LayerMode::desktopStrip, std::nullopt), OverlayLevel::desktop);
 }
 
 }  // namespace

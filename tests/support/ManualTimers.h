@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -12,33 +13,29 @@ namespace veloria::tests {
 /// Timers that fire when a test says so.
 class ManualTimers final : public TimerFactory {
  public:
-  struct Entry {
+  struct Entry final : Timer {
+    Entry(ManualTimers& owner, double seconds, std::function<void()> work)
+        : timers(owner), interval(seconds), action(std::move(work)) {
+      timers.entries.push_back(this);
+    }
+    ~Entry() override { std::erase(timers.entries, this); }
+
+    ManualTimers& timers;
     double interval;
-    double tolerance;
     std::function<void()> action;
   };
 
-  std::unique_ptr<Timer> repeating(double interval, double tolerance, std::function<void()> action) override {
-    entries.push_back(std::make_shared<Entry>(Entry{interval, tolerance, std::move(action)}));
-    return std::make_unique<Handle>(*this, entries.back());
+  std::unique_ptr<Timer> repeating(double interval, double, std::function<void()> action) override {
+    return std::make_unique<Entry>(*this, interval, std::move(action));
   }
   /// Fires every timer that there is now, once.
   void fire() {
-    for (const auto& entry : std::vector(entries)) entry->action();
+    for (Entry* entry : std::vector(entries)) {
+      if (std::ranges::count(entries, entry) > 0) std::function(entry->action)();
+    }
   }
 
-  std::vector<std::shared_ptr<Entry>> entries;
-
- private:
-  class Handle final : public Timer {
-   public:
-    Handle(ManualTimers& owner, std::shared_ptr<Entry> entry) : owner_(owner), entry_(std::move(entry)) {}
-    ~Handle() override { std::erase(owner_.entries, entry_); }
-
-   private:
-    ManualTimers& owner_;
-    std::shared_ptr<Entry> entry_;
-  };
+  std::vector<Entry*> entries;
 };
 
 }  // namespace veloria::tests

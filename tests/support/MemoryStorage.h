@@ -4,8 +4,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 #include "base/Environment.h"
@@ -28,8 +26,7 @@ class MemoryStorage final : public SettingsStorage {
     return found != memory_->stored.end() ? std::optional(found->second) : std::nullopt;
   }
   bool write(std::string_view key, std::string_view bytes) override {
-    memory_->writtenKeys.emplace_back(key);
-    memory_->stored.insert_or_assign(std::string(key), std::string(bytes));
+    memory_->stored.insert_or_assign(memory_->writtenKeys.emplace_back(key), std::string(bytes));
     return true;
   }
 

@@ -13,12 +13,10 @@ class FakeSystem final : public SystemPort {
   void setChangeHandler(std::function<void()> handler) override { changed = std::move(handler); }
   Result<Done> open(SystemPane pane) override {
     opened.push_back(pane);
-    if (opens) return Done{};
     return Failure{"No settings program."};
   }
 
   SystemFacts now;
-  bool opens = false;
   std::function<void()> changed;
   std::vector<SystemPane> opened;
 };

@@ -3,13 +3,11 @@
 #include <gmock/gmock.h>
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
 #include <QThreadPool>
 #include <string>
-#include <vector>
 
 #include "../support/MemoryStorage.h"
 #include "settings/SettingsEditor.h"
@@ -19,23 +17,7 @@ namespace veloria::tests {
 /// Lets the event loop run until the condition holds; false when it never did.
 template <typename Condition>
 bool runUntil(Condition condition, int milliseconds = 20000) {
-  QElapsedTimer timer;
-  timer.start();
-  while (!condition() && timer.elapsed() < milliseconds) QApplication::processEvents(QEventLoop::AllEvents, 10);
-  return condition();
-}
-
-inline void runFor(int milliseconds) {
-  runUntil([] { return false; }, milliseconds);
-}
-
-/// The keys of the fields in which two records differ.
-inline std::vector<std::string> differingKeys(const NimbraConfig& a, const NimbraConfig& b = {}) {
-  std::vector<std::string> keys;
-#define VELORIA_FIELD(type, name, initial, group) \
-  if (!(a.name == b.name)) keys.emplace_back(#name);
-#include "settings/NimbraConfigFields.h"
-  return keys;
+  return QTest::qWaitFor(condition, milliseconds);
 }
 
 /// A settings store with an editor, whose clock stands until it is moved, and widgets found by their object names.

@@ -3,16 +3,30 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QPalette>
 #include <algorithm>
 #include <cstdio>
 
 #include "../support/MemoryStorage.h"
-#include "DarkPalette.h"
 #include "ui/window/SettingsWindow.h"
 
 namespace {
 
 using namespace veloria;
+
+/// The colours of a dark desktop.
+QPalette darkPalette() {
+  const QColor window(46, 46, 50), base(34, 34, 37), ink(236, 236, 238), faint(130, 130, 135);
+  QPalette palette(ink, QColor(62, 62, 67), QColor(90, 90, 96), QColor(28, 28, 30), QColor(76, 76, 82), ink, ink, base,
+                   window);
+  palette.setColor(QPalette::Highlight, QColor(64, 128, 222));
+  palette.setColor(QPalette::HighlightedText, Qt::white);
+  palette.setColor(QPalette::PlaceholderText, faint);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+    palette.setColor(QPalette::Disabled, role, faint);
+  }
+  return palette;
+}
 
 bool save(QWidget& window, const QString& file) {
   QCoreApplication::processEvents();
@@ -61,7 +75,7 @@ int main(int argc, char** argv) {
   SettingsEditor editor(store);
   editor.change("look", [](NimbraConfig& config) { config.exposure = 2; });
   bool saved = savePictures(editor, folder, QStringLiteral("light"));
-  QApplication::setPalette(tests::darkPalette());
+  QApplication::setPalette(darkPalette());
   saved = savePictures(editor, folder, QStringLiteral("dark")) && saved;
   if (!saved) std::fprintf(stderr, "cannot write into %s\n", argv[1]);
   return saved ? 0 : 1;
