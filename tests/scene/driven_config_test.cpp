@@ -36,17 +36,6 @@ TEST(DriveChannels, RecoverFromWhatIsNotFinite) {
   EXPECT_EQ(channels.values.at("x"), 2);
 }
 
-TEST(DriveChannels, ClearingTouchesTheSourcesOnly) {
-  DriveChannels channels;
-  for (const char* name : {"t", "level", "a3", "deploys"}) channels.set(name, 1, 0.3);
-  channels.step(0.1);
-  channels.clearSourceChannels();
-  channels.step(0.3);
-  for (const char* name : {"level", "a3"}) EXPECT_DOUBLE_EQ(channels.values.at(name), std::exp(-1));
-  for (const char* name : {"t", "deploys"}) EXPECT_EQ(channels.values.at(name), 1);
-  EXPECT_EQ(channels.targets.size(), 18U + 2U);
-}
-
 TEST(ScriptParams, DriveTheirFieldWithinTheirRange) {
   const struct {
     std::string keyword;
@@ -100,12 +89,10 @@ TEST(Alert, ThePeak) {
     applyAlert(config, 1, true);
     EXPECT_DOUBLE_EQ(config.*field, flash);
   }
-  for (const auto& [ownPalette, spread] : {std::pair{true, 0.1}, {false, 0.5}}) {
-    NimbraConfig config;
-    config.hueSpread = 0.5;
-    applyAlert(config, 1, ownPalette);
-    EXPECT_DOUBLE_EQ(config.hueSpread, spread);
-  }
+  NimbraConfig config;
+  const double calm = config.hueSpread;
+  applyAlert(config, 1, false);
+  EXPECT_EQ(config.hueSpread, calm) << "the agent gave no colours";
 }
 
 }  // namespace

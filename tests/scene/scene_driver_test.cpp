@@ -3,7 +3,6 @@
 #include "scene/SceneDriver.h"
 
 #include <gmock/gmock.h>
-#include <malloc.h>
 
 #include <cmath>
 #include <filesystem>
@@ -11,6 +10,10 @@
 #include "AllocationCount.h"
 #include "Process.h"
 #include "scene/BuiltInScripts.h"
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace veloria::tests {
 namespace {
@@ -98,15 +101,11 @@ class SceneDriverTest : public testing::Test {
     return tickAfter(frame);
   }
 
-  /// Tones in the bass, the middle and the treble.
+  /// Noise: it has bass, middle and treble.
   static void play(TapState& tap) {
-    std::vector<float> tones(1024);
-    for (std::size_t i = 0; i < tones.size(); ++i) {
-      const double angle = 2 * 3.14159265358979 * static_cast<double>(i) / 48000;
-      tones[i] =
-          static_cast<float>(.5 * std::sin(140 * angle) + .2 * std::sin(1000 * angle) + .1 * std::sin(5000 * angle));
-    }
-    const std::span<const float> channels[] = {tones, tones};
+    std::vector<float> noise(1024);
+    for (std::size_t i = 0; i < noise.size(); ++i) noise[i] = static_cast<float>(i * i % 997) / 997 - 0.5F;
+    const std::span<const float> channels[] = {noise, noise};
     tap.handlers.audio({.format = AudioFormat{48000, 2, 0, 32, true}, .unreadable = {}, .channels = channels});
   }
 
@@ -136,16 +135,12 @@ class SceneDriverTest : public testing::Test {
   SceneDriver driver{ports()};
 };
 
-TEST_F(SceneDriverTest, AutonomousDrawsTheSettingsButForThePace) {
+TEST_F(SceneDriverTest, ThePaceComesAfterTheScriptAndAutonomousDrawsThePlainSettings) {
   settings.exposure = 99;
   choose(Visualizer::autonomous, "bind nonsense");
   EXPECT_EQ(tickAfter(frame), settings);
   settings.tempo = 2;
   EXPECT_EQ(tickAfter(frame), settings.applyingTempo());
-}
-
-TEST_F(SceneDriverTest, ThePaceComesAfterTheScript) {
-  settings.tempo = 2;
   EXPECT_EQ(drawn("bind speed = 3").timeScale, 4);
   EXPECT_EQ(drawn("bind speed = 3\nset tempo 2").timeScale, 4) << "the script's own pace";
 }
@@ -299,9 +294,6 @@ TEST_F(SceneDriverTest, AFailureFlashesInEveryModeAndFadesInASecondAndAHalf) {
 
 TEST_F(SceneDriverTest, TheWallpaperIsSampledAtTheStartAndThenEachTwentySecondsWhileWanted) {
   ASSERT_EQ(samples.size(), 1U);
-  drawn("");
-  tickAfter(100);
-  EXPECT_EQ(samples.size(), 1U);
   for (const bool byScript : {true, false}) {
     settings.matchWallpaper = !byScript;
     choose(Visualizer::script, byScript ? "palette wallpaper" : "");
@@ -341,6 +333,7 @@ TEST_F(SceneDriverTest, NamesThatMeanSomethingArriveAmongAnyNumberOfOthersInEver
   EXPECT_NEAR(channel("mine"), 1, 1e-6) << "no number is so large that its channel stays there";
 }
 
+#ifdef __GLIBC__
 TEST_F(SceneDriverTest, MemoryDoesNotGrowHoweverLongItRuns) {
   if (!countsAllocations()) GTEST_SKIP() << "memory can't be counted under a sanitizer";
   int round = 0;
@@ -357,12 +350,20 @@ TEST_F(SceneDriverTest, MemoryDoesNotGrowHoweverLongItRuns) {
   for (int i = 0; i < 50; ++i) runThroughTheModes();
   EXPECT_LT(::mallinfo2().uordblks, before + 5'000);
 }
+#endif
 
 TEST_F(SceneDriverTest, NoTickAllocates) {
   if (!countsAllocations()) GTEST_SKIP() << "allocations can't be counted under a sanitizer";
   SceneDriver plain(
       {.settings = [this]() -> const NimbraConfig& { return settings; }, .mediaClock = [this] { return now; }});
-  const auto expectNone = [&] {
+  settings.tempo = 1.5;
+  settings.paletteName = "a name that is too long for a short string's own buffer";
+  settings.customScript = "palette #ff0000 #00ff00\nbind glow = max(bass, a_name_too_long_for_a_small_string, 1, 2, 3)";
+  plain.wallpaper = palette(green);
+  for (std::size_t round = 0; round < 4 * rawValues<Visualizer>.size(); ++round) {
+    settings.visualizer = static_cast<Visualizer>(round / 4);
+    settings.matchWallpaper = round % 2 == 1;
+    settings.customPalette = round % 4 > 1 ? std::optional(palette(white)) : std::nullopt;
     plain.recompile();
     std::uint64_t before = 0;
     for (int i = 0; i < 60; ++i) {
@@ -372,18 +373,6 @@ TEST_F(SceneDriverTest, NoTickAllocates) {
       plain.tick();
     }
     EXPECT_EQ(allocationsInProcess() - before, 0U) << rawValue(settings.visualizer);
-  };
-  settings.tempo = 1.5;
-  settings.paletteName = "a name that is too long for a short string's own buffer";
-  settings.customScript = "palette #ff0000 #00ff00\nbind glow = max(bass, a_name_too_long_for_a_small_string, 1, 2, 3)";
-  plain.wallpaper = palette(green);
-  for (std::size_t mode = 0; mode < rawValues<Visualizer>.size(); ++mode) {
-    settings.visualizer = static_cast<Visualizer>(mode);
-    for (int palettes = 0; palettes < 4; ++palettes) {
-      settings.matchWallpaper = palettes % 2 == 1;
-      settings.customPalette = palettes > 1 ? std::optional(palette(white)) : std::nullopt;
-      expectNone();
-    }
   }
 }
 

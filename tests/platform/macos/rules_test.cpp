@@ -31,12 +31,6 @@ TEST(WindowRules, OneLevelAboveTheSystemsOwnOrTheDebugLevel) {
   EXPECT_EQ(debugWindowLevel("-5"), -5);
 }
 
-TEST(WindowRules, FrameRatesAreWholeAndBounded) {
-  for (const auto& [wanted, rate] : {std::pair{29.97, 30}, {0.2, 1}, {1e9, 240}, {notANumber, 1}}) {
-    EXPECT_EQ(viewFrameRate(wanted), rate) << wanted;
-  }
-}
-
 TEST(WindowRules, ScreensThatCanBeDrawnOn) {
   const struct {
     Rect frame;
@@ -75,7 +69,6 @@ TEST(SystemRules, OnePowerSourceOnBatteryIsEnough) {
 
 TEST(StatusClick, ByTheEventThatIsHandled) {
   constexpr std::uint64_t leftUp = 2, rightUp = 4, key = 10, shift = 0x20000, control = 0x40000, command = 0x100000;
-  EXPECT_EQ(statusClick({}), (StatusClick{Click::unknown, false}));
   EXPECT_EQ(statusClick(CurrentEvent{rightUp, 0}), (StatusClick{Click::secondary, false}));
   EXPECT_EQ(statusClick(CurrentEvent{leftUp, control | shift}), (StatusClick{Click::primary, true}));
   EXPECT_EQ(statusClick(CurrentEvent{leftUp, shift | command}), (StatusClick{Click::primary, false}));
