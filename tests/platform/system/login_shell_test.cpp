@@ -21,13 +21,9 @@ class LoginShellTest : public testing::Test {
  protected:
   Folders directories(const std::optional<std::string>& shell, double seconds = 60) {
     PosixCommandLine port(seconds);
-    return tool(port, shell).shellPathDirectories();
-  }
-
-  CommandLineTool tool(PosixCommandLine& port, const std::optional<std::string>& shell) {
-    return {port,
-            [shell](std::string_view name) { return name == "SHELL" ? shell : std::nullopt; },
-            {.command = folder.file("app/nimbra"), .home = folder.path(), .usual = {}}};
+    const auto environment = [&](std::string_view name) { return name == "SHELL" ? shell : std::nullopt; };
+    return CommandLineTool(port, environment, {.command = {}, .home = folder.path(), .usual = {}})
+        .shellPathDirectories();
   }
 
   TemporaryFolder folder;
@@ -40,7 +36,6 @@ TEST_F(LoginShellTest, HasThePathOfTheUsersProfile) {
   fs::create_directories(folder.file(".config/fish"));
   for (const auto& [shell, profile, text] : {
            std::tuple{"/bin/sh", ".profile", "PATH=$HOME/bin:$PATH"},
-           {"/bin/dash", ".profile", "PATH=$HOME/bin:$PATH"},
            {"/bin/bash", ".bash_profile", "export PATH=$HOME/bin:$PATH"},
            {"/bin/zsh", ".zprofile", "path=($HOME/bin $path)"},
            {"/usr/bin/fish", ".config/fish/config.fish", "mkdir -p ~/bin; set -gx PATH $HOME/bin $PATH"},
@@ -56,18 +51,7 @@ TEST_F(LoginShellTest, HasThePathOfTheUsersProfile) {
 }
 
 TEST_F(LoginShellTest, ThatMisbehavesBlocksNothing) {
-  for (const std::string& shell : {std::string("/no/such/shell"), folder.path(), std::string("/bin/false"),
-                                   folder.writeProgram("broken", "#!/no/such/interpreter\n")}) {
-    EXPECT_THAT(directories(shell), IsEmpty()) << shell;
-  }
-  EXPECT_THAT(directories(folder.writeProgram("shell", "#!/bin/sh\nprintf /a:/b\nexit 3\n")), ElementsAre("/a", "/b"));
-  fs::create_directory(folder.file("bin"));
-  folder.write(".bash_profile", "echo Welcome; echo problems >&2; PATH=/first:/none:$HOME/bin\n");
-  EXPECT_THAT(directories("/bin/bash"), ElementsAre("Welcome\n/first", "/none", folder.file("bin")));
-  PosixCommandLine port;
-  EXPECT_THROW(tool(port, "/bin/bash").install(), std::exception) << "there is no command yet";
-  folder.writeProgram("app/nimbra", "#!/bin/sh\n");
-  EXPECT_EQ(tool(port, "/bin/bash").install(), folder.file("bin/nimbra"));
+  for (const char* shell : {"/no/such/shell", "/bin/false"}) EXPECT_THAT(directories(shell), IsEmpty()) << shell;
   folder.write(".bash_profile", "read -p 'Your name? ' name </dev/tty; read name; PATH=/after\n");
   EXPECT_THAT(directories("/bin/bash"), ElementsAre("/after"));
   folder.write(".profile", "trap '' TERM HUP INT; sleep 1000\n");
