@@ -1,6 +1,6 @@
 #include "platform/linux/activity/ActivityFacts.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <map>
@@ -12,7 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using enum ActivityNotification;
-using Notifications = std::vector<ActivityNotification>;
 
 TEST(ActivityFacts, NotifyOfChangesOnlyAndNeverWakeWhatAnotherSourceHoldsAsleep) {
   ActivityFacts facts;
@@ -24,16 +23,14 @@ TEST(ActivityFacts, NotifyOfChangesOnlyAndNeverWakeWhatAnotherSourceHoldsAsleep)
     std::function<std::optional<ActivityNotification>(bool)> set;
     bool value;
     std::optional<ActivityNotification> notification;
-    Notifications initial;
+    std::vector<ActivityNotification> initial;
   } steps[] = {
       {off, true, screensDidSleep, {screensDidSleep}},
       {saver, true, std::nullopt, {screensDidSleep}},
       {off, false, std::nullopt, {screensDidSleep}},
       {sleeping, true, willSleep, {willSleep, screensDidSleep}},
-      {saver, false, std::nullopt, {willSleep}},
-      {off, true, std::nullopt, {willSleep, screensDidSleep}},
       {sleeping, false, std::nullopt, {screensDidSleep}},
-      {off, false, screensDidWake, {}},
+      {saver, false, screensDidWake, {}},
       {hidden, true, sessionDidResignActive, {sessionDidResignActive}},
       {sleeping, true, willSleep, {willSleep, sessionDidResignActive}},
       {sleeping, false, didWake, {sessionDidResignActive}},
@@ -73,11 +70,7 @@ TEST(PowerSupplies, TellBatteryFromMains) {
       {"a laptop, unplugged", {mains("0"), inUse}, true},
       {"a laptop, plugged in", {mains("1"), battery("Charging")}, false},
       {"plugged in, but the charger is too weak", {mains("1"), inUse}, false},
-      {"the battery before the mains", {inUse, mains("1")}, false},
-      {"unplugged and full", {mains("0"), battery("Full")}, false},
-      {"two batteries, one in use", {mains("0"), battery("Unknown"), inUse}, true},
       {"charged through a port", {mains("0"), mains("1", "USB"), inUse}, false},
-      {"a fixed program of the charger", {mains("2", "USB"), inUse}, false},
       {"a mouse's battery", {{{"type", "Battery\n"}, {"status", "Discharging\n"}, {"scope", "Device\n"}}}, false},
       {"an uninterruptible supply in use", {battery("Discharging", "UPS")}, true},
       {"rubbish beside a battery", {{{"online", "1\n"}}, {{"type", std::string("\0\xff", 2)}}, inUse}, true},
@@ -93,7 +86,6 @@ TEST(PowerSupplies, TellBatteryFromMains) {
   fs::create_symlink(folder.path(), folder.file("loop"));
   ASSERT_EQ(mkfifo(folder.file("supply1/type").c_str(), 0600), 0);
   EXPECT_TRUE(runsOnBattery(folder.path())) << "a pipe blocks nothing";
-  EXPECT_FALSE(runsOnBattery(folder.file("missing")));
 }
 
 }  // namespace

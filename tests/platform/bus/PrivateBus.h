@@ -20,13 +20,12 @@
 
 namespace veloria::tests {
 
-using Variables = std::map<std::string, std::string, std::less<>>;
+using Variables = std::map<std::string_view, std::string>;
 
 /// Only these variables.
-inline Environment environmentOf(Variables variables) {
-  return [variables = std::move(variables)](std::string_view name) -> std::optional<std::string> {
-    const auto found = variables.find(name);
-    return found == variables.end() ? std::nullopt : std::optional(found->second);
+inline Environment environmentOf(const Variables& variables) {
+  return [variables](std::string_view name) {
+    return variables.contains(name) ? std::optional(variables.at(name)) : std::nullopt;
   };
 }
 
@@ -36,17 +35,13 @@ class PrivateBus {
  public:
   /// A sentence that names what is missing for it; empty if nothing is.
   static std::string missing() {
-    if (const auto program = missingProgram({"dbus-daemon", python}); !program.empty()) {
-      return program + " is not installed (script/bootstrap installs it)";
-    }
-    const bool mocks = runProcess(python, {"-c", "import dbusmock, gi"}).exitCode == 0;
-    return mocks ? "" : "python3-dbusmock is not installed (script/bootstrap installs it)";
+    const bool found = runProcess("/usr/bin/env", {"dbus-daemon", "--version"}).exitCode == 0 &&
+                       runProcess(python, {"-c", "import dbusmock, gi"}).exitCode == 0;
+    return found ? "" : "dbus-daemon or python3-dbusmock is not installed (script/bootstrap installs them)";
   }
 
   PrivateBus() { start(); }
   ~PrivateBus() { stop(); }
-  PrivateBus(const PrivateBus&) = delete;
-  PrivateBus& operator=(const PrivateBus&) = delete;
 
   const std::string& address() const { return address_; }
 
@@ -54,9 +49,8 @@ class PrivateBus {
     daemon_ = run({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address_});
     connectionName_ = QUuid::createUuid().toString();
     const bool up = poll(bound, [&] {
-      if (QDBusConnection::connectToBus(QString::fromStdString(address_), connectionName_).isConnected()) return true;
       QDBusConnection::disconnectFromBus(connectionName_);
-      return false;
+      return QDBusConnection::connectToBus(QString::fromStdString(address_), connectionName_).isConnected();
     });
     if (!up) throw std::runtime_error("the bus does not start: " + daemon_->output());
   }

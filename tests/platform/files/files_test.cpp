@@ -17,11 +17,6 @@ using enum fs::perms;
 
 class FileSettingsStorageTest : public testing::Test {
  protected:
-  void put(const std::string& bytes) const {
-    fs::create_directories(folder);
-    home.write("config/Veloria/NimbraConfig.v1.json", bytes);
-  }
-
   SettingsStore makeStore() {
     return SettingsStore(std::make_unique<FileSettingsStorage>(folder), [](auto) { return std::nullopt; });
   }
@@ -45,44 +40,36 @@ TEST_F(FileSettingsStorageTest, SettingsLastFromOneRunToTheNext) {
 }
 
 TEST_F(FileSettingsStorageTest, AMistakeInAFileEditedByHandLosesNothing) {
-  put("{ \"exposure\": 3, \"customScript\": \"a day's work\"");
+  FileSettingsStorage(folder).write(settingsKey, "{ \"exposure\": 3, \"customScript\": \"a day's work\"");
   SettingsStore store = makeStore();
   EXPECT_EQ(store.config(), NimbraConfig());
-  NimbraConfig changed;
-  changed.enabled = false;
-  store.setConfig(changed);
-  EXPECT_EQ(makeStore().config(), changed);
+  store.setConfig({.enabled = false});
+  EXPECT_FALSE(makeStore().config().enabled);
   EXPECT_THAT(FileSettingsStorage(folder).read("NimbraConfig.v1.rejected"),
               testing::Optional(testing::HasSubstr("a day's work")));
 }
 
 TEST_F(FileSettingsStorageTest, BadKeysAndHugeFilesReadAsNothing) {
-  using namespace std::string_view_literals;
   FileSettingsStorage storage(folder);
-  for (const std::string_view key : {""sv, "../x"sv, "a/b"sv, "/etc/x"sv, ".hidden"sv, "a\0b"sv}) {
+  for (const char* key : {"", "../x", "a/b", "/etc/x", ".hidden"}) {
     EXPECT_FALSE(storage.write(key, "bytes")) << key;
     EXPECT_EQ(storage.read(key), std::nullopt) << key;
   }
-  EXPECT_FALSE(fs::exists(folder));
-  put(std::string(maximumJsonBytes + 1, ' '));
+  storage.write(settingsKey, std::string(maximumJsonBytes + 1, ' '));
   EXPECT_EQ(storage.read(settingsKey), std::nullopt);
-  home.write("file", "not a folder");
-  EXPECT_FALSE(FileSettingsStorage(home.file("file/Veloria")).write("key", "bytes"));
+  EXPECT_FALSE(FileSettingsStorage("/dev/null/Veloria").write("key", "bytes"));
 }
 
 TEST_F(FileSettingsStorageTest, AMarkIsRemembered) {
   EXPECT_FALSE(OnceMark(folder, "told").isSet());
   OnceMark(folder, "told").set();
   EXPECT_TRUE(OnceMark(folder, "told").isSet());
-  EXPECT_FALSE(OnceMark(folder, "another").isSet());
-  OnceMark("/dev/null/x", "told").set();
 }
 
 TEST(UserFolders, FollowTheRulesOfTheSystem) {
-  const auto in = [](std::map<std::string, std::string, std::less<>> variables) -> Environment {
-    return [variables](std::string_view name) -> std::optional<std::string> {
-      const auto found = variables.find(name);
-      return found == variables.end() ? std::nullopt : std::optional(found->second);
+  const auto in = [](std::map<std::string_view, std::string> variables) -> Environment {
+    return [variables](std::string_view name) {
+      return variables.contains(name) ? std::optional(variables.at(name)) : std::nullopt;
     };
   };
   const auto plain = in({{"HOME", "/home/a"}});

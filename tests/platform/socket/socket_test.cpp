@@ -1,15 +1,12 @@
 #include <gmock/gmock.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
 #include <QEventLoop>
-#include <functional>
 #include <future>
-#include <thread>
 
 #include "LocalListener.h"
 #include "Process.h"
@@ -22,45 +19,32 @@
 namespace veloria::tests {
 namespace {
 
-using testing::HasSubstr;
-using testing::StartsWith;
+using enum std::filesystem::perms;
 
-mode_t permissions(const std::string& path) {
-  struct stat attributes {};
-  EXPECT_EQ(::lstat(path.c_str(), &attributes), 0);
-  return attributes.st_mode & 0777;
+std::filesystem::perms permissions(const std::string& path) {
+  return std::filesystem::status(path).permissions();
 }
 
-class InstanceLockTest : public testing::Test {
- protected:
-  TemporaryFolder folder_;
-  const std::string app_ = folder_.file("Veloria");
-  const std::string socket_ = app_ + "/control";
-};
-
-TEST_F(InstanceLockTest, OneHoldsItUntilItsEnd) {
-  const auto isFree = [&] { return InstanceLock::take(socket_)->has_value(); };
+TEST(InstanceLock, OneHoldsItInAFolderOfTheUsersAlone) {
+  const TemporaryFolder folder;
+  const std::string app = folder.file("Veloria"), socket = app + "/control";
+  std::filesystem::create_directory(app);
+  std::filesystem::permissions(app, all);
+  const auto isFree = [&] { return InstanceLock::take(socket)->has_value(); };
   EXPECT_TRUE(isFree());
+  EXPECT_EQ(permissions(app), owner_all);
+  EXPECT_EQ(permissions(socket + ".lock"), owner_read | owner_write);
   {
-    const auto held = InstanceLock::take(socket_);
+    const auto held = InstanceLock::take(socket);
     EXPECT_FALSE(isFree());
   }
   EXPECT_TRUE(isFree());
-}
-
-TEST_F(InstanceLockTest, ItsFolderIsTheUsersAlone) {
-  ASSERT_EQ(::mkdir(app_.c_str(), 0777), 0);
-  ASSERT_EQ(::chmod(app_.c_str(), 0777), 0);
-  ASSERT_TRUE(InstanceLock::take(socket_));
-  EXPECT_EQ(permissions(app_), 0700U);
-  EXPECT_EQ(permissions(socket_ + ".lock"), 0600U);
-  if (::chown(app_.c_str(), 65534, 65534) == 0) {  // as root only
-    EXPECT_THAT(InstanceLock::take(socket_).error(), HasSubstr("belongs to another user"));
+  if (::chown(app.c_str(), 65534, 65534) == 0) {  // as root only
+    EXPECT_THAT(InstanceLock::take(socket).error(), testing::HasSubstr("belongs to another user"));
   }
-  std::filesystem::remove_all(app_);
-  ASSERT_EQ(::symlink("/", app_.c_str()), 0);
-  EXPECT_FALSE(InstanceLock::take(socket_));
-  EXPECT_THAT(InstanceLock::take(folder_.file("missing/Veloria/control")).error(), HasSubstr("No such file"));
+  std::filesystem::remove_all(app);
+  std::filesystem::create_symlink("/", app);
+  EXPECT_FALSE(InstanceLock::take(socket));
 }
 
 class LocalServerTest : public testing::Test {
@@ -112,10 +96,6 @@ class LocalServerTest : public testing::Test {
     });
   }
 
-  static std::ptrdiff_t openDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-  }
-
   TemporaryFolder folder_;
   std::string path_ = folder_.file("control");
   QtTimerFactory timers_;
@@ -126,7 +106,7 @@ class LocalServerTest : public testing::Test {
 
 TEST_F(LocalServerTest, AnswersLineByLine) {
   for (const std::string question : {"hello", ""}) EXPECT_EQ(ask(question), "you said " + question);
-  EXPECT_EQ(permissions(path_), 0600U);
+  EXPECT_EQ(permissions(path_), owner_read | owner_write);
   const OwnedDescriptor pieces = connect("");
   for (const char* piece : {"o", "n", "e\ntw", "o\n"}) {
     LocalListener::send(pieces, piece);
@@ -143,21 +123,16 @@ TEST_F(LocalServerTest, AnswersLineByLine) {
 
 TEST_F(LocalServerTest, RubbishAndHalfMessagesGetNoAnswer) {
   const OwnedDescriptor bad[] = {connect(std::string(maximumQuestionBytes + 1, 'x') + "\n"), connect("{\"command\": ")};
-  connect("gone at once").reset();
   EXPECT_EQ(ask("still there?"), "you said still there?");
   for (const OwnedDescriptor& socket : bad) EXPECT_TRUE(closedByServer(socket));
   EXPECT_EQ(questions_, 1);
 }
 
 TEST_F(LocalServerTest, HundredsOfConnectionsShutNobodyOut) {
-  const auto before = openDescriptors();
   std::vector<OwnedDescriptor> idle;
   for (int i = 0; i < 900; ++i) idle.push_back(connect(i % 3 == 0 ? "half a" : ""));
   EXPECT_EQ(ask("me too?"), "you said me too?");
-  EXPECT_LE(openDescriptors(), before + static_cast<std::ptrdiff_t>(idle.size()) + 17);
   for (const OwnedDescriptor& socket : idle) ASSERT_TRUE(closedByServer(socket));
-  idle.clear();
-  EXPECT_LE(openDescriptors(), before);
 }
 
 TEST_F(LocalServerTest, OtherUsersAreRefused) {
@@ -179,17 +154,11 @@ TEST_F(LocalServerTest, OtherUsersAreRefused) {
   EXPECT_EQ(questions_, 0);
 }
 
-TEST_F(LocalServerTest, TheClientSaysWhatWentWrong) {
+TEST_F(LocalServerTest, TheClientDoesNotWaitForEver) {
   server_.reset();
   EXPECT_FALSE(askLocalSocket(path_, "q", 1)->connected);
-  EXPECT_FALSE(askLocalSocket(std::string(300, 'x'), "q", 1)->connected);
   const LocalListener mute(path_);
-  EXPECT_THAT(askLocalSocket(path_, "q", 0.2).error(), StartsWith("the running application does not answer"));
-  const OwnedDescriptor givenUpOn = mute.accept();
-  for (const std::string& half : {std::string("half"), std::string(maximumAnswerBytes + 1, 'x')}) {
-    const std::jthread peer([&] { LocalListener::send(mute.accept(), half); });
-    EXPECT_FALSE(askLocalSocket(path_, "q", 20));
-  }
+  EXPECT_THAT(askLocalSocket(path_, "q", 0.2).error(), testing::StartsWith("the running application does not answer"));
 }
 
 }  // namespace
