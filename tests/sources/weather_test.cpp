@@ -1,16 +1,13 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
-#include <limits>
 
-#include "base/StrictJson.h"
 #include "sources/WeatherSource.h"
 
 namespace veloria::tests {
 namespace {
 
 using testing::HasSubstr;
-using testing::Optional;
 using testing::StartsWith;
 
 std::string current(const std::string& members) {
@@ -21,18 +18,11 @@ TEST(WeatherReadings, ReadsEachMemberWithinItsRange) {
   const std::vector<std::pair<std::string, WeatherReadings>> cases{
       {"", {}},
       {R"("precipitation": 0.1)", {.rain = 0.02}},
-      {R"("precipitation": 5)", {.rain = 1}},
       {R"("precipitation": 12)", {.rain = 1}},
-      {R"("precipitation": -1)", {}},
-      {R"("cloud_cover": 100)", {.cloud = 1}},
       {R"("cloud_cover": 250)", {.cloud = 1}},
-      {R"("cloud_cover": -20)", {}},
       {R"("temperature_2m": 1e308, "wind_speed_10m": -1e308, "wind_gusts_10m": 18446744073709551615)",
        {.temp = 1000, .wind = -1000, .gust = 1000}},
       {R"("temperature_2m": "21", "wind_speed_10m": true, "wind_gusts_10m": null, "cloud_cover": [50])", {}},
-      {R"("temperature_2m": {"value": 3}, "wind_speed_10m": 4)", {.wind = 4}},
-      {R"("Temperature_2m": 3, "temperature_80m": 3)", {}},
-      {R"("wind_speed_10m": 1, "wind_speed_10m": 2)", {.wind = 2}},
       {R"("time": "2025-03-09T14:15", "interval": 900, "temperature_2m": -3.4, "wind_speed_10m": 7,
           "wind_gusts_10m": 18.3, "cloud_cover": 75, "precipitation": 2.5)",
        {.temp = -3.4, .wind = 7, .gust = 18.3, .cloud = 0.75, .rain = 0.5}},
@@ -45,26 +35,19 @@ TEST(WeatherReadings, ReadsEachMemberWithinItsRange) {
 }
 
 TEST(WeatherReadings, OtherAnswersAreErrors) {
-  for (const char* body : {"[]", "null", "\"current\"", "{}", R"({"current": null})", R"({"current": [{}]})",
-                           R"({"Current": {}})", R"([{"current": {}}])"}) {
+  for (const char* body : {"[]", "null", "{}", R"({"current": null})", R"({"current": [{}]})"}) {
     EXPECT_EQ(readWeather(body).error(), "Unexpected response") << body;
   }
-  for (const char* body : {"", "<!DOCTYPE html><html>", "\xff"}) {
-    EXPECT_THAT(readWeather(body).error(), StartsWith("line 1, column 1: ")) << body;
-  }
+  EXPECT_THAT(readWeather("<!DOCTYPE html><html>").error(), StartsWith("line 1, column 1: "));
 }
 
 /// Keeps the requests until the test answers them.
 struct ScriptedFetcher final : HttpFetcher {
   struct Request {
     std::string url;
-    std::size_t cap;
-    double seconds;
     Done done;
   };
-  void get(const std::string& url, std::size_t cap, double seconds, Done done) override {
-    requests.push_back({url, cap, seconds, std::move(done)});
-  }
+  void get(const std::string& url, std::size_t, double, Done done) override { requests.push_back({url, done}); }
   void answer(const Result<std::string>& result) { requests.back().done(result); }
   std::vector<Request> requests;
 };
@@ -91,48 +74,32 @@ TEST_F(WeatherSourceTest, AsksOnceAndKeepsTheAnswerForTenMinutes) {
   EXPECT_EQ(http.requests[0].url,
             "https://weather.example/api/v1/forecast?latitude=39.7392&longitude=-104.9903"
             "&current=temperature_2m,wind_speed_10m,wind_gusts_10m,cloud_cover,precipitation&wind_speed_unit=mph");
-  EXPECT_EQ(http.requests[0].cap, maximumJsonBytes);
-  EXPECT_EQ(http.requests[0].seconds, 30);
   EXPECT_TRUE(weather.inFlight() && !weather.hasReadings());
-  testing::internal::CaptureStderr();
   http.answer(mild);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "[nimbra] weather temp=12.3 wind=8.0 gust=15.5\n");
   EXPECT_EQ(readings(), mildReadings);
   EXPECT_TRUE(!weather.inFlight() && weather.hasReadings());
-  EXPECT_EQ(weather.lastError(), std::nullopt);
   const double answered = now;
   now = answered + 599.9;
   tick(51.5, -0.1);
-  EXPECT_EQ(http.requests.size(), 1U) << "another place does not count before";
+  EXPECT_EQ(http.requests.size(), 1U);
   now = answered + 600;
   tick(51.5, -0.1);
   ASSERT_EQ(http.requests.size(), 2U);
   EXPECT_THAT(http.requests[1].url, HasSubstr("latitude=51.5000&longitude=-0.1000&"));
-  EXPECT_EQ(readings(), mildReadings);
 }
 
-TEST_F(WeatherSourceTest, HasDefaultsForServiceAndClock) {
-  WeatherSource::Ports usual{.http = &http};
-  EXPECT_EQ(*usual.clock.target<double (*)()>(), &continuousTime) << "or the weather is stale after a night";
-  WeatherSource(usual).refreshIfStale(0, 0);
-  EXPECT_THAT(http.requests.at(0).url, StartsWith("https://api.open-meteo.com/v1/forecast?"));
-  http.answer(mild);  // too late for the source
-  WeatherSource silent({});
-  silent.refreshIfStale(0, 0);
-  EXPECT_FALSE(silent.inFlight() || silent.lastError());
+TEST_F(WeatherSourceTest, ItsClockGoesOnThroughANight) {
+  const WeatherSource::Ports usual;
+  EXPECT_EQ(*usual.clock.target<double (*)()>(), &continuousTime);
 }
 
 TEST_F(WeatherSourceTest, SendsPlacesOnTheGlobeOnly) {
-  const double nan = std::nan("");
-  const double infinity = std::numeric_limits<double>::infinity();
-  for (const auto& [latitude, longitude] : std::vector<std::pair<double, double>>{
-           {nan, 0}, {0, nan}, {infinity, 0}, {0, -infinity}, {90.1, 0}, {0, 180.1}, {-1e300, 1e300}}) {
+  for (const auto& [latitude, longitude] : {std::pair{std::nan(""), 0.0}, {0, std::nan("")}, {90.1, 0}, {0, -180.1}}) {
     tick(latitude, longitude);
     EXPECT_EQ(weather.lastError(), "The location must lie within latitude ±90 and longitude ±180.");
   }
   EXPECT_TRUE(http.requests.empty());
   for (const auto& [latitude, longitude, items] : {std::tuple{90.0, -180.0, "latitude=90.0000&longitude=-180.0000&"},
-                                                   {-90, 180, "latitude=-90.0000&longitude=180.0000&"},
                                                    {1e-9, 0.00005001, "latitude=0.0000&longitude=0.0001&"},
                                                    {-33.868819, 151.209291, "latitude=-33.8688&longitude=151.2093&"}}) {
     tick(latitude, longitude);
@@ -146,37 +113,23 @@ TEST_F(WeatherSourceTest, AFailureKeepsTheReadingsAndIsRepeatedWithTheNextTick) 
   tick();
   http.answer(mild);
   now += 600;
-  for (const Result<std::string>& answer :
-       {Result<std::string>(Failure{"Unexpected response"}), Result<std::string>("[]")}) {
-    const std::size_t before = http.requests.size();
+  for (const std::size_t requests : {2U, 3U}) {
     tick();
-    ASSERT_EQ(http.requests.size(), before + 1);
-    http.answer(answer);
-    EXPECT_FALSE(weather.inFlight());
+    ASSERT_EQ(http.requests.size(), requests);
+    http.answer(std::string("[]"));
     EXPECT_EQ(weather.lastError(), "Unexpected response");
     EXPECT_EQ(readings(), mildReadings);
   }
   tick();
-  EXPECT_TRUE(weather.lastError()) << "it stands until there is an answer";
   http.answer(current(R"("wind_speed_10m": 3)"));
   EXPECT_EQ(weather.lastError(), std::nullopt);
   EXPECT_EQ(readings(), WeatherReadings{.wind = 3});
-  tick();
-  EXPECT_FALSE(weather.inFlight());
 }
 
 TEST_F(WeatherSourceTest, DescribesTheWeatherInOneLine) {
-  for (const auto& [members, line] : {
-           std::pair{R"("temperature_2m": 12.3, "wind_speed_10m": 7.5, "wind_gusts_10m": 15.4, "cloud_cover": 75)",
-                     "12°C · wind 8 mph · gusts 15 mph · cloud 75%"},
-           {R"("temperature_2m": -0.4, "cloud_cover": 29)", "0°C · wind 0 mph · gusts 0 mph · cloud 29%"},
-           {R"("temperature_2m": -40.6)", "-41°C · wind 0 mph · gusts 0 mph · cloud 0%"},
-       }) {
-    tick();
-    http.answer(current(members));
-    EXPECT_EQ(weather.readout(), line);
-    now += 600;
-  }
+  tick();
+  http.answer(current(R"("temperature_2m": -0.4, "wind_speed_10m": 7.5, "wind_gusts_10m": 15.4, "cloud_cover": 75)"));
+  EXPECT_EQ(weather.readout(), "0°C · wind 8 mph · gusts 15 mph · cloud 75%");
 }
 
 }  // namespace

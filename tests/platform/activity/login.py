@@ -1,7 +1,4 @@
-"""A login manager for python-dbusmock, whole before it answers its first call.
-
-Parameters: "byPid" is the code that answers GetSessionByPID.
-"""
+"""A login manager for python-dbusmock. The parameter "byPid" is the code that answers GetSessionByPID."""
 
 import dbus
 
@@ -9,19 +6,11 @@ BUS_NAME = "org.freedesktop.login1"
 MAIN_OBJ = "/org/freedesktop/login1"
 MAIN_IFACE = "org.freedesktop.login1.Manager"
 SYSTEM_BUS = True
-
-SESSION = "org.freedesktop.login1.Session"
-USER = "org.freedesktop.login1.User"
-
-
-def session_path(name):
-    return f"{MAIN_OBJ}/session/{name}"
-
-
+SESSION = MAIN_OBJ + "/session/"
 GET_SESSION = f"""
 if args[0] != "named":
     raise dbus.exceptions.DBusException("none", name="org.example.NoSession")
-ret = "{session_path("named")}"
+ret = "{SESSION}named"
 """
 
 
@@ -33,6 +22,6 @@ def load(mock, parameters):
     ])
     mock.AddProperties(MAIN_IFACE, dbus.Dictionary({"PreparingForSleep": False}, signature="sv"))
     for name in ("own", "named", "shown"):
-        mock.AddObject(session_path(name), SESSION, {"Active": True, "LockedHint": False, "IdleHint": False}, [])
-    display = dbus.Struct(("shown", dbus.ObjectPath(session_path("shown"))), signature="so")
-    mock.AddObject(f"{MAIN_OBJ}/user/me", USER, {"Display": display}, [])
+        mock.AddObject(SESSION + name, BUS_NAME + ".Session", {"Active": True, "LockedHint": False}, [])
+    display = dbus.Struct(("shown", dbus.ObjectPath(SESSION + "shown")), signature="so")
+    mock.AddObject(MAIN_OBJ + "/user/me", BUS_NAME + ".User", {"Display": display}, [])

@@ -20,35 +20,37 @@
 
 namespace veloria::tests {
 
+using Variables = std::map<std::string_view, std::string>;
+
+/// Only these variables.
+inline Environment environmentOf(const Variables& variables) {
+  return [variables](std::string_view name) {
+    return variables.contains(name) ? std::optional(variables.at(name)) : std::nullopt;
+  };
+}
+
 /// A message bus of its own with mocked services, each a program of its own. Throws std::runtime_error if one does not
-/// start. Services that the bus may start itself are described in dbus-1/services of the folder.
+/// start.
 class PrivateBus {
  public:
   /// A sentence that names what is missing for it; empty if nothing is.
   static std::string missing() {
-    if (const auto program = missingProgram({"dbus-daemon", python}); !program.empty()) {
-      return program + " is not installed (script/bootstrap installs it)";
-    }
-    const bool mocks = runProcess(python, {"-c", "import dbusmock, gi"}).exitCode == 0;
-    return mocks ? "" : "python3-dbusmock is not installed (script/bootstrap installs it)";
+    const bool found = runProcess("/usr/bin/env", {"dbus-daemon", "--version"}).exitCode == 0 &&
+                       runProcess(python, {"-c", "import dbusmock, gi"}).exitCode == 0;
+    return found ? "" : "dbus-daemon or python3-dbusmock is not installed (script/bootstrap installs them)";
   }
 
   PrivateBus() { start(); }
   ~PrivateBus() { stop(); }
-  PrivateBus(const PrivateBus&) = delete;
-  PrivateBus& operator=(const PrivateBus&) = delete;
 
-  const TemporaryFolder& folder() const { return folder_; }
   const std::string& address() const { return address_; }
 
   void start() {
-    daemon_ = run({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address_}, "XDG_DATA_HOME",
-                  folder_.path());
+    daemon_ = run({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address_});
     connectionName_ = QUuid::createUuid().toString();
     const bool up = poll(bound, [&] {
-      if (QDBusConnection::connectToBus(QString::fromStdString(address_), connectionName_).isConnected()) return true;
       QDBusConnection::disconnectFromBus(connectionName_);
-      return false;
+      return QDBusConnection::connectToBus(QString::fromStdString(address_), connectionName_).isConnected();
     });
     if (!up) throw std::runtime_error("the bus does not start: " + daemon_->output());
   }
@@ -60,11 +62,10 @@ class PrivateBus {
   }
 
   /// A service from one of the mock's templates, or one with `arguments` "NAME PATH INTERFACE".
-  [[nodiscard]] std::unique_ptr<ChildProcess> serve(const QString& service,
-                                                             const std::vector<std::string>& arguments) {
+  [[nodiscard]] std::unique_ptr<ChildProcess> serve(const QString& service, const std::vector<std::string>& arguments) {
     std::vector<std::string> command{python, "-m", "dbusmock", "--session"};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    auto program = run(command, "DBUS_SESSION_BUS_ADDRESS", address_);
+    auto program = run(command);
     auto* names = QDBusConnection(connectionName_).interface();
     if (!poll(bound, [&] { return names->isServiceRegistered(service).value(); })) {
       throw std::runtime_error(service.toStdString() + " does not start: " + program->output());
@@ -72,19 +73,13 @@ class PrivateBus {
     return program;
   }
 
-  /// The reply of a method; throws if it fails.
-  QVariantList call(const QString& service, const QString& path, const QString& interface, const QString& method,
-                    const QVariantList& arguments = {}) {
-    auto message = QDBusMessage::createMethodCall(service, path, interface, method);
+  /// The reply of a method of the mock's own interface; throws if it fails.
+  QVariantList mock(const QString& service, const QString& path, const QString& method, const QVariantList& arguments) {
+    auto message = QDBusMessage::createMethodCall(service, path, "org.freedesktop.DBus.Mock", method);
     message.setArguments(arguments);
     const QDBusMessage reply = QDBusConnection(connectionName_).call(message);
     if (reply.type() == QDBusMessage::ReplyMessage) return reply.arguments();
     throw std::runtime_error(method.toStdString() + ": " + reply.errorMessage().toStdString());
-  }
-
-  /// The same on the mock's own interface.
-  QVariantList mock(const QString& service, const QString& path, const QString& method, const QVariantList& arguments) {
-    return call(service, path, "org.freedesktop.DBus.Mock", method, arguments);
   }
   void sendSignal(const QString& service, const QString& path, const QString& interface, const QString& name,
                   const QString& signature, const QVariantList& arguments) {
@@ -114,10 +109,10 @@ class PrivateBus {
   // The system's own: that is where distributions put the mock.
   static constexpr const char* python = "/usr/bin/python3";
 
-  std::unique_ptr<ChildProcess> run(const std::vector<std::string>& command, const char* name,
-                                             const std::string& value) {
-    return std::make_unique<ChildProcess>(command, std::map<std::string, std::string>{{name, value}},
-                                                   folder_.file(std::to_string(++programs_) + ".log"));
+  std::unique_ptr<ChildProcess> run(const std::vector<std::string>& command) {
+    return std::make_unique<ChildProcess>(command,
+                                          std::map<std::string, std::string>{{"DBUS_SESSION_BUS_ADDRESS", address_}},
+                                          folder_.file(std::to_string(++programs_) + ".log"));
   }
 
   TemporaryFolder folder_;
@@ -165,15 +160,9 @@ class BusTest : public testing::Test {
   static void runFor(double seconds) {
     waitFor([] { return false; }, seconds);
   }
-  /// Answers from `variables_`.
-  Environment environment() const {
-    return [this](std::string_view name) -> std::optional<std::string> {
-      const auto found = variables_.find(name);
-      return found == variables_.end() ? std::nullopt : std::optional(found->second);
-    };
-  }
+  Environment environment() const { return environmentOf(variables_); }
 
-  std::map<std::string, std::string, std::less<>> variables_;
+  Variables variables_;
   std::map<QString, std::unique_ptr<ChildProcess>> services_;
 
  private:

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <fstream>
 #include <map>
 
 #include "Process.h"
@@ -18,18 +17,12 @@ using enum fs::perms;
 
 class FileSettingsStorageTest : public testing::Test {
  protected:
-  void put(const std::string& bytes) {
-    fs::create_directories(folder);
-    std::ofstream(file, std::ios::binary) << bytes;
-  }
-
   SettingsStore makeStore() {
     return SettingsStore(std::make_unique<FileSettingsStorage>(folder), [](auto) { return std::nullopt; });
   }
 
   TemporaryFolder home;
-  fs::path folder = home.file("config/Veloria");
-  fs::path file = folder / "NimbraConfig.v1.json";
+  const fs::path folder = home.file("config/Veloria");
 };
 
 TEST_F(FileSettingsStorageTest, SettingsLastFromOneRunToTheNext) {
@@ -39,66 +32,44 @@ TEST_F(FileSettingsStorageTest, SettingsLastFromOneRunToTheNext) {
   {
     SettingsStore store = makeStore();
     EXPECT_EQ(store.config(), NimbraConfig());
-    EXPECT_FALSE(fs::exists(folder.parent_path())) << "reading makes nothing";
     store.setConfig(config);
   }
   EXPECT_EQ(makeStore().config(), config);
-  EXPECT_EQ(fs::status(folder.parent_path()).permissions(), owner_all);
   EXPECT_EQ(fs::status(folder).permissions(), owner_all);
-  EXPECT_EQ(fs::status(file).permissions(), owner_read | owner_write);
+  EXPECT_EQ(fs::status(folder / "NimbraConfig.v1.json").permissions(), owner_read | owner_write);
 }
 
 TEST_F(FileSettingsStorageTest, AMistakeInAFileEditedByHandLosesNothing) {
-  put("{ \"exposure\": 3, \"customScript\": \"a day's work\"");
+  FileSettingsStorage(folder).write(settingsKey, "{ \"exposure\": 3, \"customScript\": \"a day's work\"");
   SettingsStore store = makeStore();
   EXPECT_EQ(store.config(), NimbraConfig());
-  NimbraConfig changed;
-  changed.enabled = false;
-  store.setConfig(changed);
-  EXPECT_EQ(makeStore().config(), changed);
+  store.setConfig({.enabled = false});
+  EXPECT_FALSE(makeStore().config().enabled);
   EXPECT_THAT(FileSettingsStorage(folder).read("NimbraConfig.v1.rejected"),
               testing::Optional(testing::HasSubstr("a day's work")));
 }
 
-TEST_F(FileSettingsStorageTest, BadFilesFoldersAndKeysReadAsNothing) {
-  using namespace std::string_view_literals;
+TEST_F(FileSettingsStorageTest, BadKeysAndHugeFilesReadAsNothing) {
   FileSettingsStorage storage(folder);
-  for (const std::string_view key : {""sv, "../x"sv, "a/b"sv, "/etc/x"sv, ".hidden"sv, "a\0b"sv}) {
+  for (const char* key : {"", "../x", "a/b", "/etc/x", ".hidden"}) {
     EXPECT_FALSE(storage.write(key, "bytes")) << key;
     EXPECT_EQ(storage.read(key), std::nullopt) << key;
   }
-  EXPECT_FALSE(fs::exists(folder));
-  fs::create_directories(file);
+  storage.write(settingsKey, std::string(maximumJsonBytes + 1, ' '));
   EXPECT_EQ(storage.read(settingsKey), std::nullopt);
-  fs::remove(file);
-  put(std::string(maximumJsonBytes + 1, ' '));
-  EXPECT_EQ(storage.read(settingsKey), std::nullopt);
-  home.write("file", "not a folder");
-  for (const fs::path& nowhere : {fs::path(home.file("file/Veloria")), fs::path()}) {
-    FileSettingsStorage none(nowhere);
-    EXPECT_FALSE(none.write("key", "bytes")) << nowhere;
-    EXPECT_EQ(none.read("key"), std::nullopt) << nowhere;
-  }
+  EXPECT_FALSE(FileSettingsStorage("/dev/null/Veloria").write("key", "bytes"));
 }
 
 TEST_F(FileSettingsStorageTest, AMarkIsRemembered) {
-  const OnceMark mark(folder, "told");
-  EXPECT_FALSE(mark.isSet());
-  mark.set();
-  mark.set();
+  EXPECT_FALSE(OnceMark(folder, "told").isSet());
+  OnceMark(folder, "told").set();
   EXPECT_TRUE(OnceMark(folder, "told").isSet());
-  EXPECT_FALSE(OnceMark(folder, "another").isSet());
-  for (const std::optional<fs::path>& nowhere : {std::optional<fs::path>(), std::optional<fs::path>("/dev/null/x")}) {
-    OnceMark(nowhere, "told").set();
-    EXPECT_FALSE(OnceMark(nowhere, "told").isSet());
-  }
 }
 
 TEST(UserFolders, FollowTheRulesOfTheSystem) {
-  const auto in = [](std::map<std::string, std::string, std::less<>> variables) -> Environment {
-    return [variables](std::string_view name) -> std::optional<std::string> {
-      const auto found = variables.find(name);
-      return found == variables.end() ? std::nullopt : std::optional(found->second);
+  const auto in = [](std::map<std::string_view, std::string> variables) -> Environment {
+    return [variables](std::string_view name) {
+      return variables.contains(name) ? std::optional(variables.at(name)) : std::nullopt;
     };
   };
   const auto plain = in({{"HOME", "/home/a"}});
@@ -107,22 +78,18 @@ TEST(UserFolders, FollowTheRulesOfTheSystem) {
                          {"XDG_DATA_HOME", "/d"},
                          {"XDG_STATE_HOME", "/s"},
                          {"XDG_CACHE_HOME", "/k"}});
-  for (const auto& [find, mac, usual, moved] : {
-           std::tuple{&configFolder, macosFolders.config, "/home/a/.config/Veloria", "/c/Veloria"},
-           {&dataFolder, macosFolders.data, "/home/a/.local/share/Veloria", "/d/Veloria"},
-           {&stateFolder, macosFolders.state, "/home/a/.local/state/Veloria", "/s/Veloria"},
-           {&cacheFolder, macosFolders.cache, "/home/a/.cache/Veloria", "/k/Veloria"},
+  const auto support = "/home/a/Library/Application Support/Veloria";
+  for (const auto& [find, usual, moved, mac, library] : {
+           std::tuple{&configFolder, "/home/a/.config/Veloria", "/c/Veloria", macosFolders.config, support},
+           {&dataFolder, "/home/a/.local/share/Veloria", "/d/Veloria", macosFolders.data, support},
+           {&stateFolder, "/home/a/.local/state/Veloria", "/s/Veloria", macosFolders.state, support},
+           {&cacheFolder, "/home/a/.cache/Veloria", "/k/Veloria", macosFolders.cache, "/home/a/Library/Caches/Veloria"},
        }) {
     EXPECT_EQ(find(plain), usual);
     EXPECT_EQ(find(named), moved);
-    const auto library =
-        find == &cacheFolder ? "/home/a/Library/Caches/Veloria" : "/home/a/Library/Application Support/Veloria";
     EXPECT_EQ(folderBy(mac, named), library);
   }
-  for (const char* ignored : {"", "relative", "./c", "~/c"}) {
-    EXPECT_EQ(configFolder(in({{"HOME", "/home/a"}, {"XDG_CONFIG_HOME", ignored}})), "/home/a/.config/Veloria");
-  }
-  EXPECT_EQ(configFolder(in({{"HOME", "relative"}})), configFolder(in({})));
+  EXPECT_EQ(configFolder(in({{"HOME", "/home/a"}, {"XDG_CONFIG_HOME", "relative"}})), "/home/a/.config/Veloria");
   EXPECT_TRUE(configFolder(in({})).value_or("").is_absolute()) << "the user database has a home";
 }
 

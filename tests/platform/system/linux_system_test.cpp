@@ -1,7 +1,5 @@
 #include "platform/linux/system/LinuxSystem.h"
 
-#include <gmock/gmock.h>
-
 #include <QDBusVariant>
 #include <filesystem>
 #include <fstream>
@@ -19,14 +17,8 @@ const QString portal = "org.freedesktop.portal.Desktop";
 const QString portalPath = "/org/freedesktop/portal/desktop";
 const QString settings = "org.freedesktop.portal.Settings";
 
-std::string dictionary(const std::string& name, const std::string& key, const std::string& value) {
-  return "{'" + name + "': dbus.Dictionary({'" + key + "': " + value + "}, signature='sv')}";
-}
 std::string contrast(const std::string& value) {
-  return dictionary("org.freedesktop.appearance", "contrast", value);
-}
-std::string highContrast(const std::string& value) {
-  return dictionary("org.gnome.desktop.a11y.interface", "high-contrast", value);
+  return "{'org.freedesktop.appearance': dbus.Dictionary({'contrast': " + value + "}, signature='sv')}";
 }
 
 class LinuxSystemTest : public BusTest {
@@ -43,32 +35,20 @@ class LinuxSystemTest : public BusTest {
   }
 
   void gsettings(const std::string& answer) {
-    folder.writeProgram("programs/gsettings",
-                        "#!/bin/sh\n[ \"$*\" = 'get org.gnome.desktop.a11y.interface "
-                        "high-contrast' ] && echo " +
-                            answer + "\n");
+    folder.writeProgram("programs/gsettings", "#!/bin/sh\n[ \"$3\" = high-contrast ] && echo " + answer + "\n");
   }
 
-  void startPortal(const std::string& answer) {
+  void startPortal(const char* value) {
     serve(portal, {portal.toStdString(), portalPath.toStdString(), settings.toStdString()});
-    setAnswer(answer);
+    setAnswer(contrast(value));
   }
-
-  static void setAnswer(const std::string& answer, const char* type = "a{sa{sv}}") {
+  static void setAnswer(const std::string& answer) {
     bus().mock(portal, portalPath, "AddMethod",
-               {settings, "ReadAll", "as", type, QString::fromStdString("ret = " + answer)});
+               {settings, "ReadAll", "as", "a{sa{sv}}", QString::fromStdString("ret = " + answer)});
   }
 
-  static void reportChange(const QString& name = "org.freedesktop.appearance") {
-    bus().sendSignal(portal, portalPath, settings, "SettingChanged", "ssv",
-                     {name, "contrast", QVariant::fromValue(QDBusVariant(1U))});
-  }
-
-  static std::size_t reads() { return bus().calls(portal, portalPath, "ReadAll").size(); }
-
-  void startSystem(std::function<bool()> transparencyReduced = {}) {
-    system = std::make_unique<LinuxSystem>(
-        LinuxSystem::Options{.environment = environment(), .transparencyReduced = std::move(transparencyReduced)});
+  void startSystem() {
+    system = std::make_unique<LinuxSystem>(LinuxSystem::Options{.environment = environment()});
     system->setChangeHandler([this] { ++changes, system->facts(); });
   }
 
@@ -78,43 +58,27 @@ class LinuxSystemTest : public BusTest {
   int changes = 0;
 };
 
-TEST_F(LinuxSystemTest, KnowsReducedTransparencyAndNoGlassTint) {
-  bool reduced = true;
-  startSystem([&] { return reduced; });
-  EXPECT_TRUE(system->facts().reduceTransparency);
-  reduced = false;
-  EXPECT_FALSE(system->facts().reduceTransparency);
-  EXPECT_EQ(system->facts().glassTint, 0);
-  startSystem();
-  EXPECT_FALSE(system->facts().reduceTransparency);
-}
-
 TEST_F(LinuxSystemTest, FollowsThePortalsContrast) {
-  startPortal(contrast("dbus.UInt32(1)"));
+  startPortal("dbus.UInt32(1)");
   startSystem();
-  EXPECT_FALSE(system->facts().increaseContrast) << "it does not wait";
-  const std::pair<std::string, bool> answers[] = {
-      {contrast("dbus.UInt32(1)"), true},  {contrast("dbus.UInt32(0)"), false}, {highContrast("True"), true},
-      {contrast("dbus.UInt32(7)"), false}, {contrast("dbus.UInt32(1)"), true},  {contrast("'1'"), false},
-      {contrast("dbus.UInt32(1)"), true},  {highContrast("'true'"), false}};
+  system->facts();
+  const std::string highContrast =
+      "{'org.gnome.desktop.a11y.interface': dbus.Dictionary({'high-contrast': True}, signature='sv')}";
+  const std::pair<std::string, bool> answers[] = {{contrast("dbus.UInt32(1)"), true},
+                                                  {contrast("dbus.UInt32(0)"), false},
+                                                  {highContrast, true},
+                                                  {contrast("'1'"), false}};
   int expected = 0;
   for (const auto& [answer, increased] : answers) {
     setAnswer(answer);
-    reportChange();
+    bus().sendSignal(portal, portalPath, settings, "SettingChanged", "ssv",
+                     {"org.freedesktop.appearance", "contrast", QVariant::fromValue(QDBusVariant(1U))});
     EXPECT_TRUE(waitFor([&] { return changes > expected; })) << answer;
     EXPECT_EQ(changes, ++expected) << answer;
     EXPECT_EQ(system->facts().increaseContrast, increased) << answer;
   }
   runFor(0.2);
-  const auto before = reads();
-  reportChange("org.example.other");
-  runFor(0.2);
-  EXPECT_EQ(reads(), before) << "another setting, and no reads in a circle";
-  for (const char* answer : {"{'': dbus.Dictionary({}, signature='sv')}", "{}"}) setAnswer(answer), reportChange();
-  setAnswer("'contrast'", "s");
-  reportChange();
-  runFor(0.3);
-  EXPECT_EQ(changes, expected) << "nonsense is no contrast";
+  EXPECT_EQ(changes, expected) << "no reads in a circle";
 }
 
 TEST_F(LinuxSystemTest, ThePortalAndTheBusMayComeLateAndGo) {
@@ -123,7 +87,7 @@ TEST_F(LinuxSystemTest, ThePortalAndTheBusMayComeLateAndGo) {
   };
   startSystem();
   system->facts();
-  startPortal(contrast("dbus.UInt32(1)"));
+  startPortal("dbus.UInt32(1)");
   EXPECT_TRUE(increased(true));
   services_.clear();
   EXPECT_TRUE(increased(false));
@@ -131,57 +95,36 @@ TEST_F(LinuxSystemTest, ThePortalAndTheBusMayComeLateAndGo) {
   gsettings("true");
   EXPECT_TRUE(increased(true)) << "GNOME's own settings count without a bus";
   bus().start();
-  startPortal(contrast("dbus.UInt32(0)"));
+  startPortal("dbus.UInt32(0)");
   EXPECT_TRUE(increased(false)) << "facts() connects again";
 }
 
 TEST_F(LinuxSystemTest, OpensThePanesOfTheDesktopWithWhatIsInstalled) {
-  for (const char* desktop : {"gnome", "kde", "xfce", "cinnamon", "mate"}) {
-    for (const SystemPane pane : {menuBar, appearance, accessibilityDisplay, wallpaper}) {
-      EXPECT_FALSE(paneCommands({desktop}, pane).empty()) << desktop;
-    }
+  for (const SystemPane pane : {menuBar, appearance, accessibilityDisplay, wallpaper}) {
+    for (const char* name : {"gnome", "kde", "xfce", "cinnamon", "mate"})
+      EXPECT_FALSE(paneCommands({name}, pane).empty());
   }
   const std::string programs = folder.file("settings");
   variables_["PATH"] = programs;
   for (const auto& [desktop, pane, program, arguments] : {
            std::tuple{"ubuntu:GNOME", wallpaper, "gnome-control-center", "[background]"},
-           {"GNOME", menuBar, "gnome-control-center", "[]"},
-           {"GNOME", accessibilityDisplay, "gnome-control-center", "[universal-access]"},
-           {"KDE", wallpaper, "systemsettings", "[kcm_wallpaper]"},
            {"KDE", appearance, "kcmshell5", "[kcm_lookandfeel]"},
-           {"XFCE", menuBar, "xfce4-panel", "[--preferences]"},
            {"XFCE", wallpaper, "xfce4-settings-manager", "[]"},
-           {"X-Cinnamon", appearance, "cinnamon-settings", "[themes]"},
-           {"MATE", wallpaper, "mate-appearance-properties", "[--show-page=background]"},
        }) {
     const std::string installed = folder.writeProgram(std::string("settings/") + program,
                                                       "#!/bin/sh\nprintf '[%s]' \"$@\" >\"$0.new\"\n"
                                                       "/bin/mv \"$0.new\" \"$0.arguments\"\n");
     variables_["XDG_CURRENT_DESKTOP"] = desktop;
     startSystem();
-    const auto opened = system->open(pane);
-    ASSERT_TRUE(opened) << desktop << ": " << opened.error();
+    EXPECT_TRUE(system->open(pane)) << desktop;
     ASSERT_TRUE(waitFor([&] { return fs::exists(installed + ".arguments"); })) << desktop;
     std::string line;
     std::getline(std::ifstream(installed + ".arguments"), line);
     EXPECT_EQ(line, arguments) << desktop;
     fs::remove_all(programs);
+    EXPECT_EQ(system->open(pane).error(),
+              "Couldn't find the settings program of this desktop. Please open it yourself.");
   }
-}
-
-TEST_F(LinuxSystemTest, SaysThatNoPaneCanBeOpened) {
-  variables_["PATH"] = folder.file("settings");
-  const auto error = [&](const char* desktop) {
-    variables_["XDG_CURRENT_DESKTOP"] = desktop;
-    startSystem();
-    return system->open(appearance).error();
-  };
-  for (const char* desktop : {"sway", "GNOME", ""}) {
-    EXPECT_EQ(error(desktop), "Couldn't find the settings program of this desktop. Please open it yourself.")
-        << desktop;
-  }
-  const std::string broken = folder.writeProgram("settings/gnome-control-center", "#!/no/such/interpreter\n");
-  EXPECT_EQ(error("GNOME"), broken + " could not be started.");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-"""A watcher of status icons for python-dbusmock. It has a host unless the parameter "host" is false."""
+"""A watcher of status icons for python-dbusmock, which has a host."""
 
 import dbus
 
@@ -8,13 +8,13 @@ MAIN_IFACE = "org.kde.StatusNotifierWatcher"
 SYSTEM_BUS = False
 
 
-def load(mock, parameters):
+def load(mock, _):
     mock.AddMethods(MAIN_IFACE, [
         ("RegisterStatusNotifierItem", "s", "", ""),
         ("RegisterStatusNotifierHost", "s", "", ""),
     ])
     mock.AddProperties(MAIN_IFACE, dbus.Dictionary({
-        "IsStatusNotifierHostRegistered": dbus.Boolean(parameters.get("host", True)),
+        "IsStatusNotifierHostRegistered": dbus.Boolean(True),
         "RegisteredStatusNotifierItems": dbus.Array([], signature="s"),
         "ProtocolVersion": dbus.Int32(0),
     }, signature="sv"))

@@ -1,13 +1,9 @@
-// The desktop's picture as the application gets it, and the X root window's on a real server.
-
 #include <gmock/gmock.h>
 
 #include <QImage>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <atomic>
 #include <cmath>
-#include <condition_variable>
 #include <csignal>
 #include <deque>
 #include <iterator>
@@ -25,9 +21,7 @@ namespace {
 using Pixels = DesktopPicture::Pixels;
 
 constexpr std::size_t side = DesktopPicture::side;
-constexpr ColorStop red{1, 0, 0};
-constexpr ColorStop green{0, 1, 0};
-constexpr ColorStop blue{0, 0, 1};
+constexpr ColorStop red{1, 0, 0}, green{0, 1, 0}, blue{0, 0, 1};
 
 MATCHER_P(IsNear, wanted, "") {
   return std::ranges::equal(arg, wanted, [](float a, float b) { return std::fabs(a - b) < 0.02F; });
@@ -35,11 +29,10 @@ MATCHER_P(IsNear, wanted, "") {
 
 class RootPixmapTest : public testing::Test {
  protected:
-  void start(const std::vector<std::string>& arguments = {}) {
-    if (const auto missing = DesktopSession::missing({"hsetroot", "xrandr"}); !missing.empty()) GTEST_SKIP() << missing;
+  void SetUp() override {
+    if (const auto missing = DesktopSession::missing({"xrandr"}); !missing.empty()) GTEST_SKIP() << missing;
     std::signal(SIGPIPE, SIG_IGN);  // the reader requires this of its thread
-    desktop_ = std::make_unique<DesktopSession>(
-        DesktopSession::Options{.width = 640, .height = 400, .serverArguments = arguments});
+    desktop_ = std::make_unique<DesktopSession>(DesktopSession::Options{.width = 640, .height = 400});
   }
 
   std::optional<Pixels> read(const std::string& screen = "") {
@@ -48,9 +41,9 @@ class RootPixmapTest : public testing::Test {
   xcb_connection_t* server() { return desktop_->observer(); }
   void sync() { std::free(xcb_get_input_focus_reply(server(), xcb_get_input_focus(server()), nullptr)); }
 
-  void setRootPixmap(xcb_pixmap_t pixmap, const char* property = "_XROOTPMAP_ID", xcb_atom_t type = XCB_ATOM_PIXMAP) {
-    xcb_change_property(server(), XCB_PROP_MODE_REPLACE, desktop_->root(), desktop_->atom(property), type, 32, 1,
-                        &pixmap);
+  void setRootPixmap(xcb_pixmap_t pixmap, const char* property = "_XROOTPMAP_ID") {
+    xcb_change_property(server(), XCB_PROP_MODE_REPLACE, desktop_->root(), desktop_->atom(property), XCB_ATOM_PIXMAP,
+                        32, 1, &pixmap);
     sync();
   }
 
@@ -71,7 +64,6 @@ class RootPixmapTest : public testing::Test {
   void expectAll(const ColorStop& color, const std::string& screen = "") {
     const auto pixels = read(screen);
     ASSERT_TRUE(pixels);
-    ASSERT_EQ(pixels->size(), side * side);
     for (const ColorStop& pixel : *pixels) ASSERT_THAT(pixel, IsNear(color));
   }
 
@@ -79,18 +71,11 @@ class RootPixmapTest : public testing::Test {
 };
 
 TEST_F(RootPixmapTest, ReadsTheWholePixmapAndAveragesDetail) {
-  for (const char* display : {":64999", "", "nonsense", "unknown.invalid:0", ":1.9999999999999"}) {
-    EXPECT_EQ(rootPixmapThumbnail(display, ""), std::nullopt) << display;
-  }
-  start();
-  if (IsSkipped()) return;
   EXPECT_EQ(read(), std::nullopt) << "nothing is set yet";
-  desktop_->runToEnd({"hsetroot", "-solid", "#20C040"});
-  expectAll({0x20 / 255.0F, 0xC0 / 255.0F, 0x40 / 255.0F});
   const xcb_pixmap_t pixmap = makePixmap(24, 640, 400, 0xFF0000);
   fill(pixmap, {320, 0, 320, 200}, 0x00FF00);
   fill(pixmap, {0, 200, 320, 200}, 0x0000FF);
-  for (int x = 320; x < 640; ++x) fill(pixmap, {static_cast<std::int16_t>(x), 200, 1, 200}, x % 2 ? 0 : 0xFFFFFF);
+  for (std::int16_t x = 320; x < 640; ++x) fill(pixmap, {x, 200, 1, 200}, x % 2 ? 0 : 0xFFFFFF);
   setRootPixmap(pixmap);
   const auto pixels = read();
   ASSERT_TRUE(pixels);
@@ -101,40 +86,19 @@ TEST_F(RootPixmapTest, ReadsTheWholePixmapAndAveragesDetail) {
   EXPECT_NEAR(at(side - 4, side - 4)[0], 0.5F, 0.15F) << "stripes of one pixel";
 }
 
-TEST_F(RootPixmapTest, ReadsOtherDepthsSizesAndTheOlderName) {
-  start();
-  if (IsSkipped()) return;
+TEST_F(RootPixmapTest, ReadsAnyDepthAndSizeAndTheOlderName) {
   setRootPixmap(makePixmap(32, 640, 400, 0xFF00FF00));
   expectAll(green);
-  setRootPixmap(makePixmap(24, 8, 8, 0x0000FF));
-  expectAll(blue);
   setRootPixmap(makePixmap(24, 1, 1, 0xFF0000), "ESETROOT_PMAP_ID");
-  expectAll(blue);
-  for (const xcb_pixmap_t none : {xcb_pixmap_t{XCB_PIXMAP_NONE}, xcb_pixmap_t{0x1234567}}) {
-    setRootPixmap(none);
-    expectAll(red);
-  }
-  setRootPixmap(XCB_PIXMAP_NONE, "ESETROOT_PMAP_ID");
-  setRootPixmap(makePixmap(1, 640, 400, 1));
-  EXPECT_EQ(read(), std::nullopt) << "a bitmap has no colors";
-  setRootPixmap(desktop_->root());
-  EXPECT_NO_FATAL_FAILURE(read()) << "a window instead of a pixmap";
-  const xcb_pixmap_t freed = makePixmap(24, 640, 400, 0xFF0000);
-  setRootPixmap(freed, "_XROOTPMAP_ID", XCB_ATOM_CARDINAL);
-  EXPECT_EQ(read(), std::nullopt) << "another type";
+  const xcb_pixmap_t freed = makePixmap(24, 8, 8, 0x0000FF);
   setRootPixmap(freed);
-  expectAll(red);
+  expectAll(blue);
   xcb_free_pixmap(server(), freed);
   sync();
-  EXPECT_EQ(read(), std::nullopt);
-  start({"-screen", "0", "640x400x30"});
-  setRootPixmap(makePixmap(30, 640, 400, 0x3FFU << 20));
   expectAll(red);
 }
 
 TEST_F(RootPixmapTest, ReadsTheMonitorsPart) {
-  start();
-  if (IsSkipped()) return;
   const xcb_pixmap_t pixmap = makePixmap(24, 640, 400, 0xFF0000);
   fill(pixmap, {320, 0, 320, 400}, 0x0000FF);
   setRootPixmap(pixmap);
@@ -143,30 +107,6 @@ TEST_F(RootPixmapTest, ReadsTheMonitorsPart) {
   expectAll(red, "left");
   expectAll(blue, "right");
   expectAll(blue, "no such monitor");
-  setRootPixmap(makePixmap(24, 320, 400, 0x00FF00));
-  expectAll(green, "right");
-}
-
-TEST_F(RootPixmapTest, SurvivesPixmapsThatVanishMeanwhile) {
-  start();
-  if (IsSkipped()) return;
-  std::atomic<bool> ended = false;
-  std::thread setter([&] {
-    for (int i = 0; i < 300; ++i) {
-      const xcb_pixmap_t pixmap = makePixmap(24, 640, 400, 0xFF0000);
-      setRootPixmap(pixmap);
-      for (int wait = 0; wait < i % 16; ++wait) sync();
-      xcb_free_pixmap(server(), pixmap);
-      xcb_free_pixmap(server(), makePixmap(32, 4 * side, 4 * side, 0xFF00FF00));  // leaves green in free memory
-      sync();
-    }
-    ended = true;
-  });
-  while (!ended) {
-    const auto pixels = read();
-    EXPECT_TRUE(!pixels || testing::Matches(IsNear(red))(pixels->front())) << "never other contents of memory";
-  }
-  setter.join();
 }
 
 std::ptrdiff_t threadCount() {
@@ -178,7 +118,6 @@ class LinuxDesktopPictureTest : public testing::Test {
  protected:
   static void SetUpTestSuite() { threadsAtStart_ = threadCount(); }
   static bool isAlone() { return threadCount() == threadsAtStart_; }
-
   /// A desktop whose settings name the picture.
   std::unique_ptr<LinuxDesktopPicture> makePicture(const std::string& display = "") {
     const Environment environment = [this, display](std::string_view name) -> std::optional<std::string> {
@@ -189,31 +128,29 @@ class LinuxDesktopPictureTest : public testing::Test {
     return std::make_unique<LinuxDesktopPicture>(environment, VELORIA_BINARY, [this](std::function<void()> function) {
       const std::lock_guard lock(mutex_);
       functions_.push_back(std::move(function));
-      posted_.notify_all();
     });
   }
 
   /// Waits for one posted function and runs it; false if none came.
   bool runOne() {
-    std::unique_lock lock(mutex_);
-    if (!posted_.wait_for(lock, std::chrono::seconds(20), [this] { return !functions_.empty(); })) return false;
-    const auto function = std::move(functions_.front());
-    functions_.pop_front();
-    lock.unlock();
-    function();
-    return true;
-  }
-
-  void showPicture(const std::string& path) {
-    folder_.write("plasma-org.kde.plasma.desktop-appletsrc",
-                  "[Containments][1][Wallpaper][org.kde.image][General]\nImage=" + path + "\n");
+    std::function<void()> function;
+    const bool posted = poll(20, [&] {
+      const std::lock_guard lock(mutex_);
+      if (functions_.empty()) return false;
+      function = std::move(functions_.front());
+      functions_.pop_front();
+      return true;
+    });
+    if (posted) function();
+    return posted;
   }
 
   void paint(const std::string& name, QColor color) {
     QImage image(400, 200, QImage::Format_RGB32);
     image.fill(color);
-    EXPECT_TRUE(image.save(QString::fromStdString(folder_.file(name))));
-    showPicture(folder_.file(name));
+    image.save(QString::fromStdString(folder_.file(name)));
+    folder_.write("plasma-org.kde.plasma.desktop-appletsrc",
+                  "[Containments][1][Wallpaper][org.kde.image][General]\nImage=" + folder_.file(name) + "\n");
   }
 
   Result<Pixels> ask(LinuxDesktopPicture& picture) {
@@ -225,7 +162,6 @@ class LinuxDesktopPictureTest : public testing::Test {
 
   TemporaryFolder folder_;
   std::mutex mutex_;
-  std::condition_variable posted_;
   std::deque<std::function<void()>> functions_;
   inline static std::ptrdiff_t threadsAtStart_ = 0;
 };
@@ -238,8 +174,8 @@ TEST_F(LinuxDesktopPictureTest, AnswersOnTheMainThreadWithThePictureOfNow) {
     ASSERT_TRUE(pixels) << pixels.error();
     EXPECT_THAT(pixels->front(), IsNear(stop));
   }
-  showPicture("/no/such.png");
-  EXPECT_EQ(ask(*picture).error(), "/no/such.png: No such file or directory");
+  std::filesystem::remove(folder_.file("b.png"));
+  EXPECT_EQ(ask(*picture).error(), folder_.file("b.png") + ": No such file or directory");
   std::string answers;
   picture->thumbnail({}, [&](auto) {
     answers += '1';
@@ -252,25 +188,11 @@ TEST_F(LinuxDesktopPictureTest, AnswersOnTheMainThreadWithThePictureOfNow) {
   ASSERT_TRUE(runOne());
   ASSERT_TRUE(runOne());
   EXPECT_EQ(answers, "13") << "a second request is dropped, but an answer may ask again or destroy it";
-  EXPECT_TRUE(functions_.empty());
-  EXPECT_EQ(picture, nullptr);
-}
-
-TEST_F(LinuxDesktopPictureTest, NeverAnswersOnceItIsGone) {
-  paint("a.png", Qt::red);
-  int answers = 0;
-  for (int i = 0; i < 30; ++i) {
-    auto picture = makePicture();
-    picture->thumbnail({}, [&](auto) { ++answers; });
-    if (i % 2 == 0) picture.reset();
-  }
-  while (!functions_.empty()) runOne();
-  EXPECT_EQ(answers, 0);
 }
 
 TEST_F(LinuxDesktopPictureTest, ShowsTheRootWindowUntilItsServerIsKilled) {
   if (const auto missing = DesktopSession::missing({"hsetroot"}); !missing.empty()) GTEST_SKIP() << missing;
-  DesktopSession desktop({.width = 640, .height = 400, .serverArguments = {}});
+  DesktopSession desktop({.width = 640, .height = 400});
   desktop.runToEnd({"hsetroot", "-solid", "#00FF00"});
   std::signal(SIGPIPE, SIG_DFL);  // as in a program that does not handle it
   auto picture = makePicture(desktop.display());
@@ -290,7 +212,7 @@ TEST_F(LinuxDesktopPictureTest, LeavesHangingWorkBehind) {
   ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
   ASSERT_TRUE(poll(20, isAlone)) << "threads of earlier tests end";
   auto picture = makePicture("127.0.0.1:" + std::to_string(server.serverPort() - portOfDisplayZero));
-  picture->thumbnail({}, [](auto) {});
+  picture->thumbnail({}, [](auto) { ADD_FAILURE() << "it is gone"; });
   ASSERT_TRUE(server.waitForNewConnection(20000));
   picture.reset();
   EXPECT_FALSE(isAlone()) << "nobody has answered it yet";

@@ -1,5 +1,3 @@
-// The texts of each desktop's and wallpaper program's settings, and the files that they lead to.
-
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -18,21 +16,16 @@ using Address = std::optional<std::string>;
 constexpr auto none = std::nullopt;
 
 std::string xfceBackdrop(const std::string& monitor, const std::string& content) {
-  return R"(<channel name="xfce4-desktop" version="1.0"><property name="backdrop" type="empty">)"
-         R"(<property name="screen0" type="empty"><property name=")" +
-         monitor + R"(" type="empty">)" + content +
-         "</property></property></property><property name=\"last\" type=\"empty\"/></channel>";
+  return R"(<channel name="xfce4-desktop"><property name="backdrop"><property name="screen0"><property name=")" +
+         monitor + R"(" type="empty">)" + content + "</property></property></property></channel>";
 }
 
-std::string xfceWorkspace(const char* number, const char* style, const std::string& image) {
-  return std::string("<property name=\"workspace") + number +
-         "\" type=\"empty\"><property name=\"color-style\" type=\"int\" value=\"0\"/>"
-         "<property name=\"image-style\" type=\"int\" value=\"" +
-         style + "\"/><property name=\"last-image\" type=\"string\" value=\"" + image + "\"/></property>";
+std::string xfceWorkspace(const std::string& number, const std::string& style, const std::string& image) {
+  return R"(<property name="workspace)" + number + R"(" type="empty"><property name="image-style" type="int" value=")" +
+         style + R"("/><property name="last-image" type="string" value=")" + image + R"("/></property>)";
 }
 
 using Read = std::function<Address(const std::string& text, std::string_view screen)>;
-const Read lightGsettings = [](const auto& text, auto) { return gsettingsPictureFromText(text, false); };
 const Read gsettings = [](const auto& text, auto) { return gsettingsPictureFromText(text, true); };
 const Read plasmaFile = [](const auto& text, auto) { return plasmaPictureFromText(text); };
 const Read slideshow = [](const auto& text, auto) { return slideshowPictureFromText(text); };
@@ -44,9 +37,7 @@ const Read swaybgArguments = [](std::string text, auto screen) {
 
 TEST(PictureSettings, NameThePictureOfTheScreen) {
   const std::string bothStyles =
-      "org.gnome.desktop.background picture-opacity 100\norg.gnome.desktop.background picture-options 'zoom'\n"
-      "org.gnome.desktop.background picture-uri 'file:///light.png'\n"
-      "org.gnome.desktop.background picture-uri-dark 'file:///dark.png'\n";
+      "s picture-opacity 100\ns picture-options 'zoom'\ns picture-uri '/light.png'\ns picture-uri-dark '/dark.png'\n";
 
   const std::string image = "[Wallpaper][org.kde.image][General]\nImage=";
   const std::string second = "[Containments][2]\nlastScreen=1\nwallpaperplugin=org.kde.image\n\n[Containments][2]" +
@@ -60,15 +51,8 @@ TEST(PictureSettings, NameThePictureOfTheScreen) {
   const std::string hidden = xfceWorkspace("0", "0", "/hidden.png");
   const std::string ordinary =
       xfceBackdrop("monitorDP-1", xfceWorkspace("0", "5", "/a &amp; b.png") + xfceWorkspace("1", "5", "/second.png"));
-  const std::string three = "<channel>" + xfceBackdrop("monitoreDP-1", xfceWorkspace("0", "5", "/left.png")) +
-                            xfceBackdrop("monitor0", xfceWorkspace("0", "5", "/zero.png")) +
-                            xfceBackdrop("monitorHDMI-1", xfceWorkspace("0", "5", "/right.png")) + "</channel>";
-
-  const std::string entities =
-      "<!DOCTYPE b [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\"><!ENTITY c "
-      "\"&b;&b;&b;&b;&b;&b;&b;&b;\"><!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;\"><!ENTITY e "
-      "\"&d;&d;&d;&d;&d;&d;&d;&d;\">]><b><file>&e;</file></b>";
-
+  const std::string two = "<channel>" + xfceBackdrop("monitoreDP-1", xfceWorkspace("0", "5", "/left.png")) +
+                          xfceBackdrop("monitor0", xfceWorkspace("0", "5", "/zero.png")) + "</channel>";
   const std::string swwwLines =
       "eDP-1: 1920x1080, scale: 1, currently displaying: image: /home/u/a b.png\n"
       ": DP-2: 2560x1440, scale: 1, currently displaying: image: /c.png\n";
@@ -77,7 +61,7 @@ TEST(PictureSettings, NameThePictureOfTheScreen) {
       "preload = /a.png\n# wallpaper = DP-1,/commented.png\nwallpaper = , /every.png\n"
       "wallpaper=DP-1,contain:~/one.png # mine\n";
   const std::string paperBlocks =
-      "wallpaper {\n  monitor = DP-1\n  path = /one.png\n  fit_mode = cover\n}\nwallpaper {\n path = /every.png\n}\n";
+      "wallpaper {\n  monitor = DP-1\n  path = /one.png\n}\nwallpaper {\n path = /every.png\n}\n";
 
   const struct {
     Read read;
@@ -85,25 +69,14 @@ TEST(PictureSettings, NameThePictureOfTheScreen) {
     std::string screen;
     Address address;
   } cases[] = {
-      {lightGsettings, bothStyles, "", "file:///light.png"},
-      {gsettings, bothStyles, "", "file:///dark.png"},
-      {gsettings, "", "", none},
-      {gsettings, "s picture-uri ''\n", "", none},
+      {gsettings, bothStyles, "", "/dark.png"},
       {gsettings, "s picture-uri-dark ''\ns picture-uri '/a'", "", "/a"},
       {gsettings, "org.mate.background picture-filename '/m.jpg'\n", "", "/m.jpg"},
       {gsettings, "s picture-uri 'file:///a.png'\ns picture-options 'none'\n", "", none},
-      {gsettings, R"(s picture-uri "file:///it's \"one\".png")", "", "file:///it's \"one\".png"},
       {gsettings, R"(s picture-uri '/a\\n\'b')", "", R"(/a\n'b)"},
-      {gsettings, R"(s picture-uri '/a\nb')", "", none},
       {gsettings, R"(s picture-uri '/a\')", "", none},
-      {gsettings, "s picture-uri '/half", "", none},
-      {gsettings, "s picture-uri '", "", none},
-      {gsettings, "s picture-uri uint32 5", "", none},
       {gsettings, "s picture-urix '/a'\n picture-uri\npicture-uri '/b'", "", none},
-      {gsettings, "No such schema “org.gnome.desktop.background”\n", "", none},
       {plasmaFile, second + first, "", "file:///first.png"},
-      {plasmaFile, first + second, "", "file:///first.png"},
-      {plasmaFile, second, "", "file:///second.png"},
       {plasmaFile, "[Containments][1][Wallpaper][org.kde.image][General]\nImage[$e]=$HOME/a b\r\n", "", "$HOME/a b"},
       {plasmaFile, "[Containments][1]" + image + R"(\s/a\\b\n)", "", R"( /a\b\n)"},
       {plasmaFile,
@@ -112,61 +85,34 @@ TEST(PictureSettings, NameThePictureOfTheScreen) {
            stale,
        "", "/slide.jpg"},
       {plasmaFile, "[Containments][1]\nwallpaperplugin=org.kde.color\n" + stale, "", none},
-      {plasmaFile, "[Containments][1]\nlastScreen=0\nImage=/a\n", "", none},
-      {plasmaFile, "[Others][1]" + image + "/a\n", "", none},
       {plasmaFile, "Image=/a\n[Containments\nImage=/a\n[]\nImage=/a\n[[][[\nImage=/a\n[Containments][\nImage=/a", "",
        none},
       {xfcePictureFromText, ordinary, "DP-1", "/a & b.png"},
-      {xfcePictureFromText, ordinary, "HDMI-1", "/a & b.png"},
-      {xfcePictureFromText, three, "HDMI-1", "/right.png"},
-      {xfcePictureFromText, three, "DP-9", "/zero.png"},
+      {xfcePictureFromText, two, "DP-9", "/zero.png"},
       {xfcePictureFromText, xfceBackdrop("monitorDP-1", hidden), "DP-1", none},
       {xfcePictureFromText, xfceBackdrop("monitorDP-1", hidden + xfceWorkspace("1", "5", "/shown.png")), "DP-1",
        "/shown.png"},
       {xfcePictureFromText, xfceBackdrop("monitor0", R"(<property name="image-path" type="string" value="/old.png"/>)"),
        "DP-1", "/old.png"},
-      {xfcePictureFromText, xfceBackdrop("desk", xfceWorkspace("0", "5", "/a.png")), "DP-1", none},
       {xfcePictureFromText, ordinary.substr(0, ordinary.find("/second")), "DP-1", "/a & b.png"},
-      {xfcePictureFromText, "<property/></property></property>", "DP-1", none},
-      {xfcePictureFromText, "no xml", "DP-1", none},
-      {slideshow, "<background><starttime><year>2020</year></starttime><static><file>\n /a.png </file></static>", "",
-       "/a.png"},
+      {slideshow, "<b><starttime><year>2020</year></starttime><static><file>\n /a.png </file></static>", "", "/a.png"},
       {slideshow, "<b><transition><from>/b.png</from></transition><static><file>/c.png</file>", "", "/b.png"},
-      {slideshow, "<b><static><file><size width=\"1\">/small.png</size><size>/large.png</size></file>", "",
-       "/small.png"},
-      {slideshow, "<b><static><file></file><duration>5</duration></static></b>", "", none},
-      {slideshow, entities, "", none},
+      {slideshow, "<b><static><file><size width=\"1\">/a.png</size><size>/b.png</size></file>", "", "/a.png"},
       {swaybgArguments, "swaybg -i /a.png -m fill |", "DP-1", "/a.png"},
-      {swaybgArguments, "swaybg --image /a.png |", "DP-1", "/a.png"},
-      {swaybgArguments, "swaybg --image=/a.png |", "DP-1", "/a.png"},
-      {swaybgArguments, "swaybg -i/a.png |", "DP-1", "/a.png"},
       {swaybgArguments, "swaybg -o * -i /every.png -o DP-1 -i /one.png -m fit |", "DP-1", "/one.png"},
       {swaybgArguments, "swaybg -o DP-1 -i /one.png -o * -i /every.png |", "HDMI-1", "/every.png"},
-      {swaybgArguments, "swaybg -o DP-1 -i /one.png -o DP-2 -i /two.png |", "HDMI-1", "/one.png"},
       {swaybgArguments, "swaybg --output=DP-1 -i /one.png |swaybg -i /every.png |", "HDMI-1", "/every.png"},
-      {swaybgArguments, "swaybg -c #000000 |", "DP-1", none},
       {swaybgArguments, "swaybg -i |", "DP-1", none},
-      {swaybgArguments, "swaybg -i", "DP-1", none},
-      {swaybgArguments, "--imagery /a.png |", "DP-1", none},
-      {swaybgArguments, "", "DP-1", none},
       {swwwPictureFromText, swwwLines, "eDP-1", "/home/u/a b.png"},
       {swwwPictureFromText, swwwLines, "DP-2", "/c.png"},
-      {swwwPictureFromText, swwwLines, "DP-3", "/home/u/a b.png"},
       {swwwPictureFromText, "eDP-1: 1920x1080, scale: 1, currently displaying: color: 000000\n", "eDP-1", none},
-      {swwwPictureFromText, "eDP-1: image: ", "eDP-1", none},
-      {swwwPictureFromText, "", "", none},
       {hyprpaperPictureFromText, paperLines, "DP-1", "~/one.png"},
       {hyprpaperPictureFromText, paperLines, "DP-2", "/every.png"},
-      {hyprpaperPictureFromText, paperLines + "wallpaper = DP-1,/newer.png", "DP-1", "/newer.png"},
       {hyprpaperPictureFromText, paperBlocks, "DP-1", "/one.png"},
-      {hyprpaperPictureFromText, paperBlocks, "DP-2", "/every.png"},
-      {hyprpaperPictureFromText, "wallpaper {\nmonitor = DP-1\n}\n", "DP-1", none},
       {hyprpaperPictureFromText, "wallpaper {\npath = /open.png\n", "DP-1", none},
-      {hyprpaperPictureFromText, "wallpaper = DP-1\nwallpaper = DP-1,\n}\n", "DP-1", none},
   };
   for (const auto& c : cases) EXPECT_EQ(c.read(c.text, c.screen), c.address) << c.text;
-  EXPECT_TRUE(gsettingsPrefersDark("'prefer-dark'\n"));
-  for (const char* text : {"", "'default'\n", "prefer-dark"}) EXPECT_FALSE(gsettingsPrefersDark(text)) << text;
+  EXPECT_EQ(gsettingsPictureFromText(bothStyles, false), "/light.png");
 }
 
 TEST(PicturePackage, GivesTheSmallestLandscapePictureThatIsLargeEnough) {
@@ -174,11 +120,8 @@ TEST(PicturePackage, GivesTheSmallestLandscapePictureThatIsLargeEnough) {
   const std::pair<Names, Address> cases[] = {
       {{"3840x2160.png", "1280x800.png", "5120x2880.png"}, "1280x800.png"},
       {{"360x720.jpg", "1080x1920.jpg", "3840x2160.jpg"}, "3840x2160.jpg"},
-      {{"1080x1920.jpg", "360x720.jpg"}, "360x720.jpg"},
       {{"47x48.png", "48x47.png", "16x16.png"}, none},
-      {{"48x48.webp"}, "48x48.webp"},
       {{"readme.txt", "1920x1080", "x.png", "1920x.png", "99999999999x99999999999.png", "-5x-5.png", ""}, none},
-      {{}, none},
   };
   for (const auto& [names, picture] : cases) EXPECT_EQ(packagePicture(names, 48), picture);
 }
@@ -193,48 +136,30 @@ TEST(PictureAddress, LeadsToFilesOfThisMachineOnly) {
   };
   for (const auto& [address, path] : cases) EXPECT_EQ(localPath(address, "/home/u"), path) << address;
   EXPECT_EQ(localPath("~/a.png", ""), none);
-  for (const std::string& address :
-       {std::string("file:///a%00b.png"), std::string("file://server/a.png"), std::string("file://"),
-        std::string("file:"), std::string("file:a.png"), std::string("~other/a.png"), std::string("a.png"),
-        std::string("../a.png"), std::string("https://example.invalid/a.png"), std::string(), std::string("/a\0b", 4),
-        "/" + std::string(5000, 'a')}) {
-    EXPECT_EQ(localPath(address, "/home/u"), none) << address.substr(0, 60);
+  EXPECT_EQ(localPath("/" + std::string(5000, 'a'), "/home/u"), none);
+  for (const std::string_view address : {"file:///a%00b.png", "file://server/a.png", "file:", "file:a.png",
+                                         "~other/a.png", "a.png", "https://example.invalid/a.png", ""}) {
+    EXPECT_EQ(localPath(address, "/home/u"), none) << address;
   }
 }
 
 TEST(PictureSources, FollowTheDesktopInUse) {
-  struct Desktop {
-    const char* current;
-    const char* session;
-    std::string_view servers;
-    std::vector<PictureSource> sources;
+  const std::tuple<const char*, const char*, std::vector<PictureSource>> cases[] = {
+      {"ubuntu:GNOME", "", {gnome, rootPixmap}},
+      {"X-Cinnamon", "", {cinnamon, rootPixmap}},
+      {"KDE", "wayland-0", {plasma}},
+      {"XFCE", "", {xfce, rootPixmap}},
+      {"sway", "wayland-0", {swaybg, swww, hyprpaper}},
+      {"Hyprland", "wayland-0", {hyprpaper, swww, swaybg}},
+      {" : :i3:", "", {rootPixmap}},
   };
-  for (const Desktop& c : std::vector<Desktop>{
-           {"ubuntu:GNOME", "", "x", {gnome, rootPixmap}},
-           {"GNOME", "", "xw", {gnome}},
-           {"Budgie:GNOME", "", "w", {gnome}},
-           {"X-Cinnamon", "", "x", {cinnamon, rootPixmap}},
-           {"MATE", "", "x", {mate, rootPixmap}},
-           {"KDE", "", "xw", {plasma}},
-           {"", "plasma", "x", {plasma, rootPixmap}},
-           {"XFCE", "gnome", "x", {xfce, rootPixmap}},
-           {"sway", "", "xw", {swaybg, swww, hyprpaper}},
-           {"Hyprland", "", "w", {hyprpaper, swww, swaybg}},
-           {"", "river", "w", {swaybg, swww, hyprpaper}},
-           {" : :i3:", "", "x", {rootPixmap}},
-           {"", "", "x", {rootPixmap}},
-           {"", "", "", {}},
-       }) {
+  for (const auto& [desktop, wayland, sources] : cases) {
     const auto surroundings = desktopSurroundings([&](std::string_view name) -> Address {
-      if (name == "XDG_CURRENT_DESKTOP") return c.current;
-      if (name == "XDG_SESSION_DESKTOP") return c.session;
-      if (name == "DISPLAY") return c.servers.starts_with('x') ? ":0" : "";
-      if (name == "WAYLAND_DISPLAY") return c.servers.ends_with('w') ? "wayland-0" : "";
-      return name == "HOME" ? Address("/home/u") : none;
+      if (name == "XDG_CURRENT_DESKTOP") return desktop;
+      if (name == "WAYLAND_DISPLAY") return wayland;
+      return name == "DISPLAY" ? ":0" : "";
     });
-    EXPECT_EQ(pictureSources(surroundings), c.sources) << c.current << " " << c.session;
-    EXPECT_EQ(surroundings.home, "/home/u");
-    EXPECT_EQ(surroundings.config, "/home/u/.config");
+    EXPECT_EQ(pictureSources(surroundings), sources) << desktop;
   }
 }
 
@@ -248,44 +173,33 @@ class PictureFinderTest : public testing::Test {
   }
 
   void write(const std::string& name, const std::string& bytes) { folder_.writeProgram(name, bytes); }
-  void program(const std::string& name, const std::string& script) { write("bin/" + name, "#!/bin/sh\n" + script); }
   std::string home(const std::string& name) const { return (surroundings_.home / name).string(); }
   std::optional<fs::path> find(PictureSource source, std::string_view screen = "DP-1") const {
     return findPicture(source, surroundings_, screen);
   }
 
-  const std::string plasmaFile_ = "plasma-org.kde.plasma.desktop-appletsrc";
-  const std::string plasmaPicture_ = "[Containments][1][Wallpaper][org.kde.image][General]\nImage=";
-  tests::TemporaryFolder folder_;
+  TemporaryFolder folder_;
   EnvironmentChange path_{"PATH", folder_.file("bin") + ":/usr/bin:/bin"};
   DesktopSurroundings surroundings_;
 };
 
 TEST_F(PictureFinderTest, ReadsEachDesktopsFile) {
-  for (const auto source : {plasma, xfce, swaybg, hyprpaper, rootPixmap}) EXPECT_EQ(find(source), none);
-  const std::string config = "home/.config/";
-  write(config + plasmaFile_, plasmaPicture_ + "file:///kde.png\n");
+  for (const auto source : {plasma, xfce, swaybg, hyprpaper}) EXPECT_EQ(find(source), none);
+  const std::string config = "home/.config/", plasmaConfig = config + "plasma-org.kde.plasma.desktop-appletsrc";
+  const std::string plasmaPicture = "[Containments][1][Wallpaper][org.kde.image][General]\nImage=";
+  write(plasmaConfig, plasmaPicture + "file:///kde.png\n");
   write(config + "xfce4/xfconf/xfce-perchannel-xml/xfce4-desktop.xml",
         xfceBackdrop("monitor0", xfceWorkspace("0", "5", "/xfce.png")));
   write(config + "hypr/hyprpaper.conf", "wallpaper = DP-2,/other.png\nwallpaper = DP-1,~/picture.png\n");
   EXPECT_EQ(find(plasma), "/kde.png");
   EXPECT_EQ(find(xfce), "/xfce.png");
   EXPECT_EQ(find(hyprpaper), home("picture.png"));
-  EXPECT_EQ(find(hyprpaper, "DP-2"), "/other.png");
-  write(config + plasmaFile_, plasmaPicture_ + "file:///kde.png\n" + std::string(std::size_t{1} << 20, '#'));
+  write(plasmaConfig, plasmaPicture + "file:///kde.png\n" + std::string(std::size_t{1} << 20, '#'));
   EXPECT_EQ(find(plasma), none) << "too large";
-  write(config + plasmaFile_, plasmaPicture_ + home("Waves/") + "\n");
-  fs::create_directories(home("Waves"));
-  EXPECT_EQ(find(plasma), none) << "an empty package";
+  write(plasmaConfig, plasmaPicture + home("Waves/") + "\n");
   write("home/Waves/contents/images/2560x1600.jpg", "");
   write("home/Waves/contents/images/1280x800.jpg", "");
   EXPECT_EQ(find(plasma), home("Waves/contents/images/1280x800.jpg"));
-  surroundings_.config.clear();
-  const fs::path before = fs::current_path();
-  fs::current_path(folder_.path());
-  write(plasmaFile_, plasmaPicture_ + "/here.png\n");
-  EXPECT_EQ(find(plasma), none) << "the current folder is not the one of settings";
-  fs::current_path(before);
 }
 
 TEST_F(PictureFinderTest, AsksTheRunningPrograms) {
@@ -294,29 +208,14 @@ TEST_F(PictureFinderTest, AsksTheRunningPrograms) {
   write("proc/13/cmdline", "swaybg\0-i\0/every.png\0"s);
   write("proc/14/cmdline", "vi\0swaybg\0-i\0/no.png\0"s);
   write("proc/self/cmdline", "swaybg\0-o\0DP-1\0-i\0/no.png\0"s);
-  fs::create_directories(folder_.file("proc/15"));
-  write("proc/16/cmdline", "");
   EXPECT_EQ(find(swaybg), "/one.png");
   EXPECT_EQ(find(swaybg, "HDMI-1"), "/every.png");
-  program("swww", "echo \"DP-1: 10x10, scale: 1, currently displaying: image: /$1.png\"");
+  write("bin/swww", "#!/bin/sh\necho \"DP-1: 10x10, scale: 1, currently displaying: image: /$1.png\"");
   EXPECT_EQ(find(swww), "/query.png");
-  program("swww", "echo 'DP-1: currently displaying: image: /a.png'; exit 1");
-  EXPECT_EQ(find(swww), none);
-  program("gsettings",
-          "case \"$1 $2\" in\n"
-          "'list-recursively org.gnome.desktop.background') echo \"s picture-uri 'file:///light.png'\"\n"
-          "  echo \"s picture-uri-dark 'file:///dark.png'\";;\n"
-          "'list-recursively org.mate.background') echo \"s picture-filename '/mate.png'\";;\n"
-          "'get org.gnome.desktop.interface') echo \"'prefer-dark'\";;\n"
-          "*) exit 1;;\nesac\n");
-  EXPECT_EQ(find(gnome), "/dark.png");
-  EXPECT_EQ(find(mate), "/mate.png");
-  EXPECT_EQ(find(cinnamon), none);
 }
 
 TEST_F(PictureFinderTest, ReadsTheRealSettingsOfGnome) {
-  const auto schemas = runProcess("/usr/bin/env", {"gsettings", "list-schemas"});
-  if (schemas.output.find("org.gnome.desktop.background\n") == std::string::npos) {
+  if (runProcess("/usr/bin/env", {"gsettings", "list-keys", "org.gnome.desktop.background"}).exitCode != 0) {
     GTEST_SKIP() << "gsettings or the schema org.gnome.desktop.background is not installed";
   }
   const EnvironmentChange backend("GSETTINGS_BACKEND", "keyfile"), config("XDG_CONFIG_HOME", home(".config"));
