@@ -69,7 +69,6 @@ TEST(StateChanges, AFailureFlashesUntilNobodyHasFailedAnyMore) {
     EXPECT_EQ(state["alert_until"], now + 1.5);
     EXPECT_EQ(after(state, activity, {"build", std::nullopt})["alert_until"], 0);
   }
-  EXPECT_FALSE(after(json::object(), Activity::ok).contains("alert_until"));
 }
 
 TEST(StateChanges, ChannelsGoWhereTheirNameBelongs) {
@@ -109,24 +108,6 @@ TEST(StateChanges, PalettesComeAndGoAndClearingLeavesWhatIsNotOurs) {
               "alert_for": 2, "alert_palette": [], "sessions": {"x": {"only": 1}}})"_json;
   clearState(state, now);
   EXPECT_EQ(state, R"({"a0": 0, "flag": 0, "note": "kept", "alert_until": 0, "only": 0})"_json);
-}
-
-TEST(StateChanges, ARunLeavesOnlyItsOutcome) {
-  json state = after(json::object(), Activity::busy, {"run-7", 60});
-  finishRun(state, "run-7", Activity::fail, "default", now);
-  EXPECT_EQ(state["sessions"], R"({"default": {"busy": 0, "ok": 0, "err": 1}})"_json);
-  EXPECT_EQ(state["alert_until"], now + 1.5);
-  reportActivity(state, Activity::busy, {"build", 60}, now);
-  finishRun(state, "build", Activity::ok, "build", now);
-  EXPECT_EQ(state["sessions"]["build"], R"({"busy": 0, "ok": 1, "err": 0})"_json) << "no lifetime";
-}
-
-TEST(StateChanges, OddSessionsAreReplaced) {
-  for (const char* odd : {"5", "[1]", "null", R"({"x": 1, "y": {"busy": "yes", "expires": "never"}})"}) {
-    json state{{"sessions", json::parse(odd)}};
-    reportActivity(state, Activity::ok, {}, now);
-    EXPECT_EQ(state["sessions"], R"({"default": {"busy": 0, "ok": 1, "err": 0}})"_json) << odd;
-  }
 }
 
 TEST(StatusReport, TellsWhatIsSetAndHasNotLapsed) {

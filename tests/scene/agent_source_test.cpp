@@ -1,9 +1,7 @@
 #include "scene/AgentSource.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -15,7 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Pair;
 
 constexpr double now = 1'700'000'000;
@@ -44,7 +41,6 @@ TEST(AgentState, PalettesAreFourStopsOrNone) {
       {R"(["#ff0000", "#00ff00", "#0000ff"])", FourStops{red, green, blue, blue}},
       {R"(["#ff0000", "#00ff00", "#0000ff", "#101112", "#ffffff"])", FourStops{red, green, blue, gray}},
       {R"(["nothing", "#ff0000", "#12345", "##00ff00", "#00ff00"])", FourStops{red, green, green, green}},
-      {R"(["#ff0000"])", std::nullopt},
       {R"(["#ff0000", 1, "#00ff00"])", std::nullopt},
       {R"("#ff0000")", std::nullopt}};
   for (const auto& [json, wanted] : cases) {
@@ -91,7 +87,7 @@ class AgentSourceTest : public testing::Test {
 };
 
 TEST_F(AgentSourceTest, FollowsTheFileAndKeepsWhatItHadWhenTheFileIsBad) {
-  EXPECT_THAT(polled(), IsEmpty());
+  EXPECT_TRUE(polled().empty());
   write(R"({"busy": 1, "err": 0, "palette": ["#ff0055", "#ffcc00"], "alert_until": 9})");
   EXPECT_THAT(polled(), ElementsAre(Pair("alert_until", 9), Pair("busy", 1), Pair("err", 0)));
   EXPECT_EQ(source.paletteOverride().size(), 4U);

@@ -9,7 +9,6 @@
 
 #include "AllocationCount.h"
 #include "Process.h"
-#include "scene/BuiltInScripts.h"
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -225,7 +224,6 @@ TEST_F(SceneDriverTest, TheTimerStopsWithASuspensionAndWithTheDriver) {
 
 TEST_F(SceneDriverTest, SoundIsListenedToInTheMusicModeOnly) {
   choose(Visualizer::music);
-  EXPECT_EQ(driver.compiled(), NimbraScript::parse(builtInScript(Visualizer::music)));
   ASSERT_EQ(taps.size(), 1U);
   EXPECT_TRUE(taps[0]->running);
   tickAfter(frame);
@@ -264,6 +262,7 @@ TEST_F(SceneDriverTest, TheWeatherIsAskedForInItsTwoModesOnly) {
   settings.weatherLongitude = 13.405;
   choose(Visualizer::autonomous);
   tickAfter(frame);
+  EXPECT_TRUE(http.urls.empty());
   choose(Visualizer::wind);
   for (int i = 0; i < 2; ++i) tickAfter(frame);
   ASSERT_EQ(http.urls.size(), 1U);

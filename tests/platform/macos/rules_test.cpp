@@ -1,17 +1,14 @@
-// What the Mac says of its windows, screens, power, session and pictures, and what is made of it.
+// What the Mac says of its windows, screens, clicks and pictures, and what is made of it.
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <cmath>
-#include <fstream>
 #include <limits>
 
 #include "Process.h"
 #include "app/NimbraWindow.h"
 #include "platform/macos/shell/StatusClick.h"
 #include "platform/macos/sources/PictureLimits.h"
-#include "platform/macos/system/SystemRules.h"
 #include "platform/macos/windows/WindowRules.h"
 
 namespace veloria::tests {
@@ -60,11 +57,6 @@ TEST(WindowRules, AFullScreenSpaceIsAFirstScreenWhoseMenuBarTakesNoRoom) {
     EXPECT_EQ(isFullScreenSpace(std::vector{withBar(height), withBar(24)}), full) << height;
   }
   EXPECT_FALSE(isFullScreenSpace(std::vector{withBar(24), withBar(0)}));
-}
-
-TEST(SystemRules, OnePowerSourceOnBatteryIsEnough) {
-  EXPECT_FALSE(isBatteryPower(std::vector<std::string>{"Off Line", "battery power", ""}));
-  EXPECT_TRUE(isBatteryPower(std::vector<std::string>{"", "AC Power", "Battery Power"}));
 }
 
 TEST(StatusClick, ByTheEventThatIsHandled) {
