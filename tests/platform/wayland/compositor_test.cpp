@@ -163,6 +163,7 @@ class Answerer {
             if (next % answersEach == 0) client = listener_.accept();
             if (LocalListener::receive(client).empty()) return;
             answers[next].empty() ? (void)LocalListener::receive(client) : LocalListener::send(client, answers[next]);
+            if ((next + 1) % answersEach == 0) client.reset();
           }
         }) {}
   ~Answerer() { listener_.hangUp(); }
