@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Process.h"
-#include "main/LiveSources.h"
 #include "main/linux/LinuxDesktop.h"
 
 namespace veloria::tests {
@@ -25,16 +23,6 @@ TEST(DesktopChoice, WaylandIfItAllowsOverlaysElseX11) {
     EXPECT_THAT(choice.problem, testing::HasSubstr(words)) << what;
     EXPECT_EQ(choice.problem.empty(), kind != DesktopKind::none) << what;
   }
-}
-
-TEST(LiveSources, TheStateFileIsFollowedThoughItsFolderCantBeMadeYet) {
-  const TemporaryFolder folder;
-  const std::string data = folder.write("data", "a file where the folder should be");
-  LiveSources sources(
-      [&](std::string_view name) { return name.find("DATA") != name.npos ? std::optional(data) : std::nullopt; }, {});
-  SceneDriver::Ports ports;
-  sources.addTo(ports);
-  EXPECT_EQ(ports.agentStateFile, data + "/Veloria/state.json");
 }
 
 }  // namespace
