@@ -1,35 +1,11 @@
 #include "desktop/DesktopSession.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
-#include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
-#include "base/OwnedDescriptor.h"
-
 namespace veloria::tests {
-
-namespace {
-
-constexpr double startSeconds = 20;
-constexpr std::uint32_t mostWords = 65536;
-
-struct Free {
-  void operator()(void* memory) const { std::free(memory); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Free>;
-
-Owned<xcb_get_property_reply_t> fetch(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t property) {
-  const auto cookie = xcb_get_property(connection, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, mostWords);
-  return Owned<xcb_get_property_reply_t>(xcb_get_property_reply(connection, cookie, nullptr));
-}
-
-}  // namespace
 
 std::string DesktopSession::missing(std::vector<std::string> programs) {
   programs.emplace_back("Xvfb");
@@ -37,25 +13,20 @@ std::string DesktopSession::missing(std::vector<std::string> programs) {
 }
 
 DesktopSession::DesktopSession(const Options& options) {
-  startServer(options);
-  observer_.reset(xcb_connect(display().c_str(), nullptr));
-  if (xcb_connection_has_error(observer_.get()) != 0) throw std::runtime_error("Xvfb refuses connections.");
-  root_ = xcb_setup_roots_iterator(xcb_get_setup(observer_.get())).data->root;
-}
-
-void DesktopSession::startServer(const Options& options) {
-  const OwnedDescriptor number(open((folder() / "display").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
   const std::string size = std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
-  std::vector<std::string> argv{"Xvfb", "-displayfd", std::to_string(number.get()), "-screen", "0", size, "-noreset"};
-  argv.insert(argv.end(), {"+extension", "Composite", "+extension", "RANDR", "-nolisten", "tcp"});
+  std::vector<std::string> argv{"Xvfb", "-displayfd", "1", "-screen", "0", size, "-noreset", "-nolisten", "tcp"};
+  argv.insert(argv.end(), {"+extension", "Composite", "+extension", "RANDR"});
   argv.insert(argv.end(), options.serverArguments.begin(), options.serverArguments.end());
-  server_ = std::make_unique<ChildProcess>(argv, environment_, folder() / "Xvfb.log", number.get());
+  server_ = run(argv);
   require("Xvfb did not start", *server_, [&] {
-    std::string line;
-    std::getline(std::ifstream(folder() / "display"), line);
-    environment_["DISPLAY"] = ":" + line;
-    return !line.empty();
+    std::istringstream output(server_->output());
+    for (std::string line; std::getline(output, line);) {
+      const bool number = !line.empty() && line.find_first_not_of("0123456789") == std::string::npos;
+      if (number && !output.eof()) environment_["DISPLAY"] = ":" + line;
+    }
+    return !display().empty();
   });
+  client_ = std::make_unique<X11Client>(display());
 }
 
 void DesktopSession::startWindowManager(const std::string& name) {
@@ -73,34 +44,19 @@ bool DesktopSession::managesWindows() const {
   xcb_create_window(observer(), XCB_COPY_FROM_PARENT, probe, root(), 0, 0, 8, 8, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                     XCB_COPY_FROM_PARENT, 0, nullptr);
   double asked = 0;
-  const bool managed = waitUntil(
-      [&] {
-        if (now() - asked > 0.2) {
-          xcb_map_window(observer(), probe);
-          asked = now();
-        }
-        return !property(probe, "WM_STATE").empty();
-      },
-      startSeconds);
+  const bool managed = waitUntil([&] {
+    if (now() - asked > 0.2) {
+      xcb_map_window(observer(), probe);
+      asked = now();
+    }
+    return !property(probe, "WM_STATE").empty();
+  });
   xcb_destroy_window(observer(), probe);
   const auto gone = [&] {
     const auto clients = property(root(), "_NET_CLIENT_LIST");
     return std::find(clients.begin(), clients.end(), probe) == clients.end();
   };
-  return managed && waitUntil(gone, startSeconds);
-}
-
-void DesktopSession::replaceWindowManager() {
-  // The new check window may get the old one's number, but not what is written on it here.
-  const auto check = property(root(), "_NET_SUPPORTING_WM_CHECK");
-  xcb_change_property(observer(), XCB_PROP_MODE_REPLACE, check.at(0), atom("_VELORIA_TEST_MARK"), XCB_ATOM_CARDINAL, 32,
-                      1, check.data());
-  runToEnd({"openbox", "--restart"});
-  require("openbox did not start again", *windowManager_, [&] {
-    return windowManagerRuns() &&
-           property(property(root(), "_NET_SUPPORTING_WM_CHECK").at(0), "_VELORIA_TEST_MARK").empty();
-  });
-  require("openbox does not manage windows", *windowManager_, [this] { return managesWindows(); });
+  return managed && waitUntil(gone);
 }
 
 bool DesktopSession::windowManagerRuns() const {
@@ -142,65 +98,61 @@ void DesktopSession::stopCompositor() {
 }
 
 bool DesktopSession::compositorRuns() const {
-  const auto cookie = xcb_get_selection_owner(observer(), atom("_NET_WM_CM_S0"));
-  const Owned<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(observer(), cookie, nullptr));
+  const auto owner =
+      client_->reply(xcb_get_selection_owner_reply, xcb_get_selection_owner(observer(), atom("_NET_WM_CM_S0")));
   return owner && owner->owner != XCB_WINDOW_NONE;
 }
 
 Screenshot DesktopSession::screenshot(const std::string&) const {
-  const Owned<xcb_get_geometry_reply_t> size(
-      xcb_get_geometry_reply(observer(), xcb_get_geometry(observer(), root()), nullptr));
-  if (!size) throw std::runtime_error("The X server is gone.");
-  const auto cookie =
-      xcb_get_image(observer(), XCB_IMAGE_FORMAT_Z_PIXMAP, root(), 0, 0, size->width, size->height, 0xFFFFFFFFU);
-  const Owned<xcb_get_image_reply_t> image(xcb_get_image_reply(observer(), cookie, nullptr));
-  Screenshot shot{size->width, size->height, {}};
-  const std::size_t count = static_cast<std::size_t>(shot.width) * static_cast<std::size_t>(shot.height);
-  if (!image || static_cast<std::size_t>(xcb_get_image_data_length(image.get())) < count * 4) {
+  const PixelRect size = client_->rootRect();
+  const auto image =
+      client_->reply(xcb_get_image_reply, xcb_get_image(observer(), XCB_IMAGE_FORMAT_Z_PIXMAP, root(), 0, 0,
+                                                        static_cast<std::uint16_t>(size.width),
+                                                        static_cast<std::uint16_t>(size.height), 0xFFFFFFFFU));
+  Screenshot shot{size.width, size.height, {}};
+  shot.pixels.resize(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height));
+  if (!image || static_cast<std::size_t>(xcb_get_image_data_length(image.get())) < shot.pixels.size() * 4) {
     throw std::runtime_error("The X server gives no picture of the screen.");
   }
-  shot.pixels.resize(count);
   const std::uint8_t* bytes = xcb_get_image_data(image.get());
-  for (std::size_t i = 0; i < count; ++i) shot.pixels[i] = {bytes[4 * i + 2], bytes[4 * i + 1], bytes[4 * i]};
+  for (std::size_t i = 0; i < shot.pixels.size(); ++i) {
+    shot.pixels[i] = {bytes[4 * i + 2], bytes[4 * i + 1], bytes[4 * i]};
+  }
   return shot;
 }
 
-std::string DesktopSession::textProperty(xcb_window_t window, xcb_atom_t name) const {
-  const auto reply = fetch(observer(), window, name);
-  if (!reply || reply->format != 8) return {};
-  return {static_cast<const char*>(xcb_get_property_value(reply.get())),
-          static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+std::optional<WindowInfo> DesktopSession::describe(xcb_window_t window, int level) const {
+  const auto attributes =
+      client_->reply(xcb_get_window_attributes_reply, xcb_get_window_attributes(observer(), window));
+  const auto size = client_->reply(xcb_get_geometry_reply, xcb_get_geometry(observer(), window));
+  const auto place =
+      client_->reply(xcb_translate_coordinates_reply, xcb_translate_coordinates(observer(), window, root(), 0, 0));
+  if (!attributes || !size || !place || attributes->map_state != XCB_MAP_STATE_VIEWABLE) return std::nullopt;
+  const auto text = [&](xcb_atom_t name) { return client_->text(client_->requestProperty(window, name, 1000)); };
+  const std::string classes = text(XCB_ATOM_WM_CLASS);
+  const std::string windowClass = classes.c_str() + std::min(classes.find('\0') + 1, classes.size());
+  return WindowInfo{window,      level,       text(XCB_ATOM_WM_NAME), windowClass, place->dst_x, place->dst_y,
+                    size->width, size->height};
 }
 
-void DesktopSession::describe(xcb_window_t window, xcb_window_t topLevel, std::vector<WindowInfo>& result) const {
-  const Owned<xcb_get_window_attributes_reply_t> attributes(
-      xcb_get_window_attributes_reply(observer(), xcb_get_window_attributes(observer(), window), nullptr));
-  const Owned<xcb_get_geometry_reply_t> size(
-      xcb_get_geometry_reply(observer(), xcb_get_geometry(observer(), window), nullptr));
-  const Owned<xcb_translate_coordinates_reply_t> place(xcb_translate_coordinates_reply(
-      observer(), xcb_translate_coordinates(observer(), window, root(), 0, 0), nullptr));
-  if (!attributes || !size || !place || attributes->map_state != XCB_MAP_STATE_VIEWABLE) return;
-  const std::string classes = textProperty(window, XCB_ATOM_WM_CLASS);
-  const auto second = classes.find('\0');
-  const std::string windowClass = second == std::string::npos ? "" : classes.c_str() + second + 1;
-  result.push_back({window, topLevel, textProperty(window, XCB_ATOM_WM_NAME), windowClass, place->dst_x, place->dst_y,
-                    size->width, size->height});
+std::vector<xcb_window_t> DesktopSession::children(xcb_window_t window) const {
+  const auto tree = client_->reply(xcb_query_tree_reply, xcb_query_tree(observer(), window));
+  if (!tree) return {};
+  const auto* first = xcb_query_tree_children(tree.get());
+  return {first, first + xcb_query_tree_children_length(tree.get())};
 }
 
 std::vector<WindowInfo> DesktopSession::windows() const {
   std::vector<WindowInfo> result;
-  const auto children = [this](xcb_window_t parent) {
-    const Owned<xcb_query_tree_reply_t> tree(
-        xcb_query_tree_reply(observer(), xcb_query_tree(observer(), parent), nullptr));
-    if (!tree) return std::vector<xcb_window_t>{};
-    const auto* first = xcb_query_tree_children(tree.get());
-    return std::vector<xcb_window_t>(first, first + xcb_query_tree_children_length(tree.get()));
-  };
+  int level = 0;
   for (const xcb_window_t topLevel : children(root())) {
-    const auto before = result.size();
-    describe(topLevel, topLevel, result);
-    if (result.size() == before) continue;
-    for (const xcb_window_t inner : children(topLevel)) describe(inner, topLevel, result);
+    const auto outer = describe(topLevel, level);
+    if (!outer) continue;
+    result.push_back(*outer);
+    for (const xcb_window_t window : children(topLevel)) {
+      if (const auto inner = describe(window, level)) result.push_back(*inner);
+    }
+    ++level;
   }
   return result;
 }
@@ -214,42 +166,24 @@ std::size_t DesktopSession::count(const std::string& nameOrClass) const {
 
 std::optional<WindowInfo> DesktopSession::waitForWindow(const std::string& nameOrClass, double seconds) const {
   std::optional<WindowInfo> found;
-  waitUntil(
-      [&] {
-        for (const WindowInfo& window : windows()) {
-          if (window.name == nameOrClass || window.windowClass == nameOrClass) found = window;
-        }
-        return found.has_value();
-      },
-      seconds);
+  const auto isThere = [&] {
+    for (const WindowInfo& window : windows()) {
+      if (window.name == nameOrClass || window.windowClass == nameOrClass) found = window;
+    }
+    return found.has_value();
+  };
+  waitUntil(isThere, seconds);
   return found;
 }
 
 std::vector<std::uint32_t> DesktopSession::property(xcb_window_t window, const std::string& name) const {
-  const auto reply = fetch(observer(), window, atom(name));
-  if (!reply || reply->format != 32) return {};
-  const auto bytes = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
-  std::vector<std::uint32_t> values(bytes / sizeof(std::uint32_t));
-  if (bytes > 0) std::memcpy(values.data(), xcb_get_property_value(reply.get()), bytes);
-  return values;
-}
-
-std::vector<std::string> DesktopSession::atomProperty(xcb_window_t window, const std::string& name) const {
-  std::vector<std::string> names;
-  for (const std::uint32_t value : property(window, name)) {
-    const Owned<xcb_get_atom_name_reply_t> reply(
-        xcb_get_atom_name_reply(observer(), xcb_get_atom_name(observer(), value), nullptr));
-    if (!reply) continue;
-    names.emplace_back(xcb_get_atom_name_name(reply.get()),
-                       static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get())));
-  }
-  return names;
+  return client_->numbers(client_->requestProperty(window, atom(name), 1000));
 }
 
 xcb_atom_t DesktopSession::atom(const std::string& name) const {
   const auto cookie = xcb_intern_atom(observer(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-  const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(observer(), cookie, nullptr));
-  return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+  const auto reply = client_->reply(xcb_intern_atom_reply, cookie);
+  return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 }  // namespace veloria::tests

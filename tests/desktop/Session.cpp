@@ -65,10 +65,10 @@ std::unique_ptr<ChildProcess> Session::run(const std::vector<std::string>& argv,
   return std::make_unique<ChildProcess>(argv, all, folder() / ("program-" + std::to_string(++runs_) + ".log"));
 }
 
-tests::ProcessResult Session::finish(const std::vector<std::string>& argv) const {
+ProcessResult Session::finish(const std::vector<std::string>& argv) const {
   std::vector<std::string> variables;
   for (const auto& [name, value] : environment_) variables.push_back(name + "=" + value);
-  return tests::runProcess(argv.at(0), {argv.begin() + 1, argv.end()}, {}, variables);
+  return runProcess(argv.at(0), {argv.begin() + 1, argv.end()}, {}, variables);
 }
 
 std::string Session::runToEnd(const std::vector<std::string>& argv) const {

@@ -1,13 +1,7 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <filesystem>
-#include <functional>
-#include <map>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "Process.h"
 
@@ -66,7 +60,7 @@ class Session {
   std::unique_ptr<ChildProcess> run(const std::vector<std::string>& argv,
                                     const std::map<std::string, std::string>& environment = {});
   /// Runs a short program to its end.
-  tests::ProcessResult finish(const std::vector<std::string>& argv) const;
+  ProcessResult finish(const std::vector<std::string>& argv) const;
   /// The same; returns what it wrote. Throws std::runtime_error unless it exits with 0.
   std::string runToEnd(const std::vector<std::string>& argv) const;
 
@@ -82,7 +76,7 @@ class Session {
   /// not.
   void require(const std::string& what, ChildProcess& process, const std::function<bool()>& condition) const;
 
-  tests::TemporaryFolder folder_;
+  TemporaryFolder folder_;
   std::map<std::string, std::string> environment_;
 
  private:

@@ -1,44 +1,24 @@
 #include "desktop/SoundServer.h"
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <sys/time.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
 #include <stdexcept>
 
-#include "base/OwnedDescriptor.h"
-
 namespace veloria::tests {
 
 namespace {
 
-constexpr double startSeconds = 20;
 constexpr int commandSeconds = 15;
-constexpr int sampleRate = 48000;
 // Otherwise an output that nobody has listened to yet renders two seconds at once, and takes its time to come back.
 constexpr const char* prompt = "norewinds=1";
-
-int freePort() {
-  const OwnedDescriptor descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  bind(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), size);
-  getsockname(descriptor.get(), reinterpret_cast<sockaddr*>(&address), &size);
-  return ntohs(address.sin_port);
-}
 
 }  // namespace
 
 std::string SoundServer::missing() {
-  return Session::missing({"pulseaudio", "pactl", "pacat"});
+  return Session::missing({"pulseaudio", "pactl", "pacat", "python3"});
 }
 
 SoundServer::SoundServer(const std::vector<std::string>& outputs) {
@@ -62,7 +42,7 @@ SoundServer::SoundServer(const std::vector<std::string>& outputs) {
     argv.insert(argv.end(), {"-L", std::string("module-null-sink ") + prompt + " sink_name=" + output});
   }
   server_ = std::make_unique<ChildProcess>(argv, own, folder_.file("pulseaudio.log"));
-  if (!poll(startSeconds, [&] { return !server_->running() || tryControl({"info"}); }) || !server_->running()) {
+  if (!poll(20, [&] { return !server_->running() || tryControl({"info"}); }) || !server_->running()) {
     throw std::runtime_error("pulseaudio did not start:\n" + server_->output());
   }
   if (!outputs.empty()) setDefaultSink(outputs.front());
@@ -74,12 +54,10 @@ void SoundServer::enter() const {
   }
 }
 
-std::unique_ptr<ChildProcess> SoundServer::playSine(double hertz, const std::string& output, double amplitude,
-                                                    double seconds) {
-  std::vector<float> samples(static_cast<std::size_t>(seconds * sampleRate));
+std::unique_ptr<ChildProcess> SoundServer::playSine(double hertz, const std::string& output) {
+  std::vector<float> samples(60 * 48000);
   for (std::size_t n = 0; n < samples.size(); ++n) {
-    const double turns = hertz * static_cast<double>(n) / sampleRate;
-    samples[n] = static_cast<float>(amplitude * std::sin(2 * std::numbers::pi * turns));
+    samples[n] = static_cast<float>(0.8 * std::sin(2 * std::numbers::pi * hertz * static_cast<double>(n) / 48000));
   }
   const std::string sine =
       folder_.write("sine-" + std::to_string(++files_),
@@ -110,7 +88,7 @@ std::string SoundServer::control(const std::vector<std::string>& arguments) {
 bool SoundServer::tryControl(const std::vector<std::string>& arguments, std::string* output) {
   std::vector<std::string> variables;
   for (const auto& [name, value] : environment_) variables.push_back(name + "=" + value);
-  const auto result = tests::runProcess("pactl", arguments, {}, variables, commandSeconds);
+  const auto result = runProcess("pactl", arguments, {}, variables, commandSeconds);
   if (output != nullptr) *output = result.output + result.errors;
   return result.exitCode == 0;
 }
@@ -118,8 +96,8 @@ bool SoundServer::tryControl(const std::vector<std::string>& arguments, std::str
 std::string SoundServer::addClosedAddress() {
   const std::string cookie = "auth-cookie=" + folder_.write("other-cookie", std::string(256, 'o'));
   for (int attempt = 0; attempt < 10; ++attempt) {
-    const std::string port = std::to_string(freePort());
-    // Another program may have taken the port in between.
+    const std::string port = std::to_string(20000 + (getpid() * 10 + attempt) % 12000);
+    // Another program may have taken the port.
     if (tryControl({"load-module", "module-native-protocol-tcp", "listen=127.0.0.1", "port=" + port, cookie})) {
       return "tcp:127.0.0.1:" + port;
     }
@@ -130,23 +108,13 @@ std::string SoundServer::addClosedAddress() {
 void SoundServer::command(const std::string& line) {
   const std::string path = folder_.file("command");
   const std::string module = addModule("module-cli-protocol-unix", {"socket=" + path});
-  const OwnedDescriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  const timeval patience{commandSeconds, 0};
-  setsockopt(connection.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  path.copy(address.sun_path, sizeof address.sun_path - 1);
-  const std::string text = line + "\n";
-  bool done = connect(connection.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-              write(connection.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  shutdown(connection.get(), SHUT_WR);
-  // The server closes it once the line was carried out.
-  std::array<char, 256> ignored;
-  ssize_t got = 1;
-  while (done && got > 0) got = read(connection.get(), ignored.data(), ignored.size());
-  done = done && got == 0;
+  // The server closes the connection once the line was carried out.
+  const std::string client =
+      "import socket, sys\ns = socket.socket(socket.AF_UNIX)\ns.settimeout(15)\ns.connect(sys.argv[1])\n"
+      "s.sendall(sys.argv[2].encode() + b'\\n')\ns.shutdown(1)\nwhile s.recv(256): pass";
+  const auto result = runProcess("python3", {"-c", client, path, line});
   removeModule(module);
-  if (!done) throw std::runtime_error("pulseaudio takes no commands:\n" + server_->output());
+  if (result.exitCode != 0) throw std::runtime_error("pulseaudio takes no commands:\n" + result.errors);
 }
 
 void SoundServer::kill() {

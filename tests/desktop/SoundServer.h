@@ -1,22 +1,12 @@
 #pragma once
 
 #include <csignal>
-#include <map>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "desktop/Session.h"
 
 namespace veloria::tests {
 
 /// A private PulseAudio server for tests, with outputs that lead nowhere. It never touches the one that runs already.
-///
-///     if (const auto missing = SoundServer::missing(); !missing.empty()) GTEST_SKIP() << missing;
-///     SoundServer sound;
-///     desktop.run({"/path/of/program"}, sound.environment());
-///     const auto tone = sound.playSine(100);
-///
 /// Whatever fails throws std::runtime_error with what the programs wrote.
 class SoundServer {
  public:
@@ -33,10 +23,8 @@ class SoundServer {
   /// Sets environment() in this process. Before any thread is started.
   void enter() const;
 
-  /// Plays a sine of `amplitude` (1: full scale) on an output (empty: the default one), until what is returned is let
-  /// go or `seconds` have passed.
-  std::unique_ptr<ChildProcess> playSine(double hertz, const std::string& output = {}, double amplitude = 0.8,
-                                         double seconds = 60);
+  /// Plays a loud sine on an output (empty: the default one), until what is returned is let go or a minute has passed.
+  std::unique_ptr<ChildProcess> playSine(double hertz, const std::string& output = {});
 
   /// What plays on the old default moves along.
   void setDefaultSink(const std::string& name) { control({"set-default-sink", name}); }
@@ -60,7 +48,7 @@ class SoundServer {
   void kill();
 
  private:
-  tests::TemporaryFolder folder_;
+  TemporaryFolder folder_;
   std::map<std::string, std::string> environment_;
   int files_ = 0;
   std::unique_ptr<ChildProcess> server_;

@@ -2,9 +2,6 @@
 
 #include <xcb/shape.h>
 
-#include <algorithm>
-#include <limits>
-
 #include "X11Fixture.h"
 #include "platform/linux/x11/X11PanelCapture.h"
 
@@ -37,7 +34,7 @@ class PanelCapture : public X11Test {
 
   void capture(const BarRegion& region) {
     error_.clear();
-    stream_->start(region, {.started = [this](gpu::Size size) { started_ = size; },
+    stream_->start(region, {.started = [](gpu::Size) {},
                             .picture = [this](const BarPicture& picture) { keep(picture); },
                             .failed = [this](const std::string& error) { error_ = error; }});
   }
@@ -61,21 +58,14 @@ class PanelCapture : public X11Test {
   }
   // As the last row of the wide strip, which no panel of these tests reaches.
   bool isGround(int x, int y) const { return !rows_.empty() && shownAt(x, y) == shownAt(1, 47); }
-  bool becomesGround(int x, int y) {
-    return waitUntil([=, this] { return isGround(x, y); });
-  }
 
-  // Every pixel of the panel's 32 rows is as on the screen, and below them all are alike.
+  // Every pixel of the panel's 32 rows.
   bool equalsScreen() {
     return waitUntil([&] {
       const Screenshot screen = desktop().screenshot();
-      if (pictures_ == 0 || static_cast<int>(size_.width) != screen.width) return false;
-      for (int y = 0; y < static_cast<int>(size_.height); ++y) {
-        for (int x = 0; x < screen.width; ++x) {
-          if (shownAt(x, y) != (y < 32 ? Shown{screen.at(x, y), 255} : shownAt(0, 32))) return false;
-        }
-      }
-      return true;
+      int alike = 0;
+      for (int i = 0; i < 32 * 1920; ++i) alike += shows(i % 1920, i / 1920, screen.at(i % 1920, i / 1920)) ? 1 : 0;
+      return alike == 32 * 1920;
     });
   }
 
@@ -88,7 +78,7 @@ class PanelCapture : public X11Test {
     xcb_free_gc(connection, context);
     xcb_flush(connection);
   }
-  // Again and again: a window manager or compositor that sets a window up clears it.
+  // Again and again, for a window manager or compositor that sets a window up clears it.
   bool paints(xcb_window_t dock, std::uint32_t argb, const Pixel& color) {
     return waitUntil([&] {
       fill(dock, argb);
@@ -104,7 +94,6 @@ class PanelCapture : public X11Test {
   bool clockStandsStill_ = false;
   MediaClock clock_ = [this] { return clockStandsStill_ ? now_ : mediaTime(); };
   std::unique_ptr<X11PanelCapture> stream_;
-  gpu::Size started_;
   gpu::Size size_;
   std::vector<std::byte> rows_;
   int pictures_ = 0;
@@ -112,32 +101,19 @@ class PanelCapture : public X11Test {
   std::string error_;
 };
 
-class PanelCaptureThrough : public PanelCapture, public testing::WithParamInterface<bool> {};
-INSTANTIATE_TEST_SUITE_P(Ways, PanelCaptureThrough, testing::Bool(),
-                         [](const auto& each) { return each.param ? "SharedMemory" : "Wire"; });
-
-TEST_P(PanelCaptureThrough, TheStripIsThePanelWithoutTheBandOverIt) {
-  DesktopSession::Options options;
-  if (!GetParam()) options.serverArguments = {"-extension", "MIT-SHM"};
-  start({.windowManager = "openbox", .compositor = true, .options = options});
-  EXPECT_EQ(X11ImageReader(*connection_).usesSharedMemory(), GetParam());
+TEST_F(PanelCapture, TheStripIsThePanelWithoutTheBandOverIt) {
+  start();
   desktop().startPanel(32);
   captureStrip();
-  EXPECT_EQ(started_, (gpu::Size{1920, 48}));
   EXPECT_TRUE(equalsScreen()) << error_;
   const Shown below = shownAt(960, 40);
   EXPECT_LT(std::abs(below.color.red - shownAt(960, 31).color.red), 8) << "no edge that looks like text";
-  EXPECT_EQ(below.alpha, 255);
-
-  const auto before = rows_;
+  const Shown before = shownAt(960, 16);
   const auto band = showBand(OverlayLevel::aboveMenuBar, 48);
   ASSERT_TRUE(waitUntil([&] { return isVisibleAt(960, 16); }));
-  const int panelTurns = pictures_;
+  rows_.clear();
   captureStrip();
-  ASSERT_TRUE(waitUntil([&] { return pictures_ > panelTurns && shownAt(5, 5).alpha != 0; }));
-  std::size_t different = 0;
-  for (std::size_t i = 0; i < std::min(before.size(), rows_.size()); ++i) different += before[i] != rows_[i] ? 1 : 0;
-  EXPECT_LT(different, 2000U) << "no more than another minute on the clock";
+  EXPECT_TRUE(becomes(960, 16, before.color));
 }
 
 TEST_F(PanelCapture, WhatChangesIsReadAtMostThirtyTimesASecond) {
@@ -146,25 +122,17 @@ TEST_F(PanelCapture, WhatChangesIsReadAtMostThirtyTimesASecond) {
   captureStrip();
   ASSERT_TRUE(paints(dock, redArgb, red)) << error_;
   runFor(0.6);  // whatever the windows' changes have started is over
-  auto updates = stream_->updateCount();
-  int before = pictures_;
-  runFor(0.5);
+  const int before = pictures_;
+  const auto updates = stream_->updateCount();
+  runFor(0.3);
   EXPECT_EQ(stream_->updateCount(), updates) << "nothing has changed";
-  fill(dock, redArgb);
-  ASSERT_TRUE(waitUntil([&] { return stream_->updateCount() > updates; }));
-  runFor(0.2);
-  EXPECT_EQ(pictures_, before) << "it was drawn anew with the same colours";
-
   const double begin = mediaTime();
-  updates = stream_->updateCount();
-  before = pictures_;
   std::uint32_t color = 0;
-  waitUntil(
-      [&] {
-        fill(dock, 0xFF000000U | (color += 0x1111));
-        return false;
-      },
-      1);
+  const auto paintAgain = [&] {
+    fill(dock, 0xFF000000U | (color += 0x1111));
+    return false;
+  };
+  waitUntil(paintAgain, 1);
   EXPECT_LE(static_cast<double>(stream_->updateCount() - updates), (mediaTime() - begin) * 30 + 2);
   EXPECT_GT(pictures_ - before, 2);
 }
@@ -175,26 +143,20 @@ TEST_F(PanelCapture, DocksLieOverEachOtherAsOnTheScreen) {
   const xcb_window_t right = openFreeDock({800, 0, 400, 24}, blueArgb);
   openFreeDock({100, 0, 100, 32}, 0x80000080, true);
   captureStrip();
-  EXPECT_TRUE(waitUntil([&] { return shows(50, 16, red) && shows(900, 16, blue) && shows(1100, 16, blue); })) << error_;
-  EXPECT_TRUE(isGround(1100, 30) && shows(900, 30, red) && isGround(1300, 16));
-  const Shown mixed = shownAt(150, 16);
-  EXPECT_EQ(mixed.alpha, 255);
-  EXPECT_NEAR(mixed.color.red, 0x60, 2);
-  EXPECT_NEAR(mixed.color.blue, 0x90, 2);
+  EXPECT_TRUE(waitUntil([&] { return shows(50, 16, red) && shows(900, 16, blue) && isGround(1300, 16); })) << error_;
+  EXPECT_NEAR(shownAt(150, 16).color.blue, 0x90, 2) << "through a translucent one";
 
   configure(left, XCB_CONFIG_WINDOW_STACK_MODE, {XCB_STACK_MODE_ABOVE});
-  EXPECT_TRUE(becomes(900, 16, red) && becomes(150, 16, red)) << "after it was raised";
+  EXPECT_TRUE(becomes(900, 16, red)) << "after it was raised";
   configure(right, XCB_CONFIG_WINDOW_X, {1400});
-  EXPECT_TRUE(becomes(1500, 16, blue) && becomesGround(1100, 16)) << "after a move";
-  configure(right, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, {500, 40});
-  EXPECT_TRUE(becomes(1890, 16, blue) && becomes(1500, 36, blue)) << "after it grew";
-  configure(right, XCB_CONFIG_WINDOW_Y, {200});
-  EXPECT_TRUE(becomesGround(1500, 16)) << "away from the strip";
+  EXPECT_TRUE(becomes(1500, 16, blue) && isGround(1100, 16)) << "after a move";
+  configure(right, XCB_CONFIG_WINDOW_HEIGHT, {40});
+  EXPECT_TRUE(becomes(1500, 36, blue)) << "after it grew";
   const xcb_rectangle_t half{0, 0, 500, 32};
   xcb_shape_rectangles(desktop().observer(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, left,
                        0, 0, 1, &half);
   xcb_flush(desktop().observer());
-  EXPECT_TRUE(becomesGround(700, 16) && shows(300, 16, red)) << "after it got a shape";
+  EXPECT_TRUE(waitUntil([&] { return isGround(700, 16); }) && shows(300, 16, red)) << "after it got a shape";
 }
 
 TEST_F(PanelCapture, APanelThatRestartsDoesNotFlickerAndOneThatEndsIsLetGo) {
@@ -205,13 +167,11 @@ TEST_F(PanelCapture, APanelThatRestartsDoesNotFlickerAndOneThatEndsIsLetGo) {
   captureStrip();
   ASSERT_TRUE(equalsScreen()) << error_;
   emptyPictures_ = 0;
-  for (int round = 0; round < 2; ++round) {
-    desktop().stopPanel();
-    desktop().startPanel(32);
-    EXPECT_TRUE(equalsScreen()) << round;
-  }
   desktop().stopPanel();
-  runFor(0.5);
+  desktop().startPanel(32);
+  EXPECT_TRUE(equalsScreen());
+  desktop().stopPanel();
+  runFor(0.2);
   EXPECT_EQ(emptyPictures_, 0);
   EXPECT_EQ(error_, "");
   now_ += 1.1;
@@ -230,17 +190,12 @@ TEST_F(PanelCapture, TheFrameThatAPanelHasLeftIsNotTakenForThePanel) {
   setNumbers(desktop().root(), "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, {dock});
   captureStrip();
   ASSERT_TRUE(becomes(960, 16, red)) << error_;
-  for (int round = 0; round < 2; ++round) {
-    const auto updates = stream_->updateCount();
-    unmap(dock);
-    fill(frame, blueArgb);
-    ASSERT_TRUE(waitUntil([&] { return stream_->updateCount() > updates; }));
-    runFor(0.1);
-    EXPECT_TRUE(shows(960, 16, red)) << "in round " << round;
-    xcb_map_window(observer, dock);
-    ASSERT_TRUE(paints(dock, redArgb, red));
-    runFor(0.5);
-  }
+  const auto updates = stream_->updateCount();
+  unmap(dock);
+  fill(frame, blueArgb);
+  ASSERT_TRUE(waitUntil([&] { return stream_->updateCount() > updates; }));
+  runFor(0.1);
+  EXPECT_TRUE(shows(960, 16, red));
 }
 
 TEST_F(PanelCapture, WithoutACompositorItSaysWhyAndTheNextStartWorksAgain) {
@@ -249,42 +204,27 @@ TEST_F(PanelCapture, WithoutACompositorItSaysWhyAndTheNextStartWorksAgain) {
   const std::string reason = "no compositor runs";
   captureStrip();
   EXPECT_EQ(error_, reason);
-  for (int round = 0; round < 2; ++round) {
-    desktop().startCompositor();
-    ASSERT_TRUE(waitUntil([&] { return connection_->compositorRunning(); }));
-    rows_.clear();
-    captureStrip();
-    EXPECT_TRUE(paints(dock, redArgb, red)) << error_;
-    desktop().stopCompositor();
-    EXPECT_TRUE(waitUntil([&] { return error_ == reason; }));
-    const int before = pictures_;
-    fill(dock, blueArgb);
-    runFor(0.2);
-    EXPECT_EQ(pictures_, before);
-  }
+  desktop().startCompositor();
+  ASSERT_TRUE(waitUntil([&] { return connection_->compositorRunning(); }));
+  captureStrip();
+  EXPECT_TRUE(paints(dock, redArgb, red)) << error_;
+  desktop().stopCompositor();
+  EXPECT_TRUE(waitUntil([&] { return error_ == reason; }));
 }
 
-TEST_F(PanelCapture, ItSurvivesWindowManagersAndPanelsThatComeAndGo) {
+TEST_F(PanelCapture, ItSurvivesPanelsThatComeAndGo) {
   start();
   captureStrip();
   for (int round = 0; round < 24; ++round) {
     const xcb_window_t dock = openFreeDock({round * 7, -5, 300 + round, 20 + round}, redArgb, round % 2 == 0);
-    runFor(0.004 * (round % 12));
-    configure(dock, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
-              {static_cast<std::uint32_t>(round % 5 == 0 ? 32000 : round), round % 3 == 0 ? 1U : 30000U, 1});
+    configure(dock, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_WIDTH,
+              {static_cast<std::uint32_t>(round % 5 == 0 ? 32000 : round), round % 3 == 0 ? 1U : 30000U});
     if (round % 4 == 0) unmap(dock);
     runFor(0.004 * (round % 7));
-    fill(dock, blueArgb);
     closeWindow(dock);
   }
-  const xcb_window_t dock = openDock(32);
-  EXPECT_TRUE(paints(dock, redArgb, red)) << error_;
-  desktop().stopWindowManager();
-  ASSERT_TRUE(waitUntil([&] { return stackPosition(dock) >= 0; }));
-  EXPECT_TRUE(paints(dock, blueArgb, blue)) << "without a window manager";
-  desktop().startWindowManager("openbox");
-  EXPECT_TRUE(paints(dock, redArgb, red)) << "with the next one";
-  EXPECT_EQ(error_ + brokenWith_, "");
+  EXPECT_TRUE(paints(openDock(32), redArgb, red)) << error_;
+  EXPECT_EQ(brokenWith_, "");
 }
 
 TEST_F(PanelCapture, ThePictureIsOfTheScreenThatIsNamedElseOfTheFirst) {
@@ -293,38 +233,10 @@ TEST_F(PanelCapture, ThePictureIsOfTheScreenThatIsNamedElseOfTheFirst) {
   ASSERT_TRUE(waitUntil([&] { return screens_->screens().size() == 2; }));
   openFreeDock({0, 0, 961, 32}, redArgb);
   openFreeDock({961, 0, 959, 32}, blueArgb);
-  const std::uint32_t right = screens_->screens()[1].number;
-  capture({right, {0, 0, 959, 40}, 1});
+  capture({screens_->screens()[1].number, {0, 0, 959, 40}, 1});
   EXPECT_TRUE(waitUntil([&] { return size_ == gpu::Size{959, 40} && shows(0, 16, blue) && shows(958, 16, blue); }));
   capture({12345, {0, 0, 961, 40}, 1});
   EXPECT_TRUE(waitUntil([&] { return size_ == gpu::Size{961, 40} && shows(0, 16, red) && shows(960, 16, red); }));
-  capture({right, {100.4, 0, 200, 10}, 2});
-  EXPECT_TRUE(waitUntil([&] { return size_ == gpu::Size{400, 20} || !error_.empty(); })) << "twice the pixels";
-  desktop().runToEnd({"xrandr", "--delmonitor", "right", "--delmonitor", "left"});
-  captureStrip({0, 0, 1920, 40});
-  EXPECT_TRUE(waitUntil([&] { return size_ == gpu::Size{1920, 40} && shows(960, 16, red) && shows(961, 16, blue); }));
-}
-
-TEST_F(PanelCapture, WhatIsImpossibleIsRefusedInWords) {
-  start();
-  const double nan = std::numeric_limits<double>::quiet_NaN();
-  for (const Rect& rect :
-       {Rect{}, Rect{nan, nan, nan, nan}, Rect{1e300, 0, 1, 1}, Rect{0, 0, -5, 5}, Rect{0, 5000, 1920, 32}}) {
-    capture({0, rect, 1});
-    EXPECT_NE(error_.find("empty or too large"), std::string::npos) << error_;
-  }
-  captureStrip({0, 0, 1e9, 1e9});
-  EXPECT_EQ(error_, "");
-  EXPECT_EQ(started_, (gpu::Size{1920, 1080})) << "cut to the screen, as windows are";
-  desktop().stopServer();
-  EXPECT_TRUE(waitUntil([&] { return !brokenWith_.empty(); }));
-  captureStrip();
-  EXPECT_NE(error_, "");
-  TearDown();
-
-  start({.options = {.serverArguments = {"-extension", "DAMAGE"}}});
-  captureStrip();
-  EXPECT_NE(error_.find("DAMAGE"), std::string::npos) << error_;
 }
 
 }  // namespace

@@ -41,10 +41,6 @@ std::string focused(const json& node) {
   return {};
 }
 
-void overThePanel(NimbraConfig& config) {
-  config.layerMode = LayerMode::aboveMenuBar;
-}
-
 class Wayland : public ProgramTest {
  protected:
   void SetUp() override {
@@ -83,11 +79,10 @@ TEST_F(Wayland, TheStripIsAsHighAsThePanelAndUnderIt) {
   const auto now = status();
   EXPECT_EQ(now["backend"], "wayland");
   EXPECT_EQ(now["screens"][0]["menuBarHeight"], panelHeight);
-  EXPECT_TRUE(session().waitUntil([&] { return veloria_->output().find("may hide the light") != std::string::npos; }));
   EXPECT_TRUE(waitUntilItMoves(strip));
   veloria_->signal(SIGTERM);
   endOfVeloria(0);
-  EXPECT_TRUE(session().waitUntil([&] { return difference(before, session().screenshot(), {0, 0, 960, 540}) == 0; }));
+  EXPECT_TRUE(session().waitUntil([&] { return difference(before, session().screenshot(), strip) == 0; }));
 }
 
 TEST_F(Wayland, TheBleedLiesBetweenWallpaperAndPanelAlsoAfterAReload) {
@@ -132,12 +127,11 @@ TEST_F(Wayland, FullModeFillsTheScreenUnderThePanelAndWindowsHideIt) {
   ASSERT_TRUE(waitForLight(below, 0.05));
   EXPECT_EQ(litShare(session().screenshot(), strip), 0) << "the panel is above";
   const auto window = open("cover");
-  sway().message({"[app_id=cover] fullscreen enable"});
+  sway().message({"fullscreen enable"});
   ASSERT_TRUE(waitUntilDark(below));
   EXPECT_EQ(status()["rendering"], true) << "it answers while nothing asks it for frames";
-  sway().message({"[app_id=cover] fullscreen disable, floating enable, resize set 100 100"});
-  ASSERT_TRUE(waitForLight(below, 0.05));
-  EXPECT_TRUE(waitUntilItMoves(below));
+  sway().message({"fullscreen disable, floating enable, resize set 100 100"});
+  EXPECT_TRUE(waitForLight(below, 0.05) && waitUntilItMoves(below));
 }
 
 TEST_F(Wayland, OutputsAtDifferentScalesHaveNoSeam) {
@@ -152,18 +146,14 @@ TEST_F(Wayland, OutputsAtDifferentScalesHaveNoSeam) {
     config.fadeBottom = 0;
     config.framesPerSecond = 20;
   });
-  struct Case {
-    const char* output;
-    int width;
-    int height;  // of the band: 24 points
-  };
-  for (const auto& [output, width, height] :
-       {Case{"HEADLESS-1", 960, 24}, {"HEADLESS-2", 1920, 48}, {"HEADLESS-3", 1440, 36}}) {
-    ASSERT_TRUE(waitForLight({0, 0, width, height}, 0.05, output)) << output;
+  // The band is 24 points high.
+  for (const auto& [output, band] : {std::pair{"HEADLESS-1", Region{0, 0, 960, 24}},
+                                     {"HEADLESS-2", {0, 0, 1920, 48}},
+                                     {"HEADLESS-3", {0, 0, 1440, 36}}}) {
+    ASSERT_TRUE(waitForLight(band, 0.05, output)) << output;
     const Screenshot picture = session().screenshot(output);
-    EXPECT_EQ(shareOf(wallpaper, picture, {0, 0, width, height}), 0)
-        << output << ": every pixel of the strip is painted";
-    EXPECT_EQ(shareOf(wallpaper, picture, {0, height, width, 40}), 1) << output;
+    EXPECT_EQ(shareOf(wallpaper, picture, band), 0) << output << ": every pixel of the strip is painted";
+    EXPECT_EQ(shareOf(wallpaper, picture, {0, band.height, band.width, 40}), 1) << output;
   }
 }
 
@@ -182,10 +172,9 @@ TEST_P(WaylandFullScreen, PausesItWhileItIsSeenWhateverHasTheFocus) {
   const auto film = open("film");
   sway().message({"fullscreen enable"});
   EXPECT_TRUE(waitUntilDrawing(false));
-  EXPECT_NE(status()["reason"].get<std::string>().find("full-screen"), std::string::npos);
   sway().message({"focus output HEADLESS-2"});
   const auto chat = open("chat");
-  EXPECT_FALSE(session().waitUntil([&] { return status()["rendering"] == true; }, 2)) << "the film is still seen";
+  EXPECT_FALSE(session().waitUntil([&] { return status()["rendering"] == true; }, 1)) << "the film is still seen";
   EXPECT_EQ(litShare(session().screenshot(), strip), 0);
   sway().message({"focus output HEADLESS-1"});
   sway().message({"workspace 9"});
@@ -194,7 +183,6 @@ TEST_P(WaylandFullScreen, PausesItWhileItIsSeenWhateverHasTheFocus) {
   }
   const auto other = open("other");
   EXPECT_TRUE(waitUntilDrawing(true));
-  EXPECT_TRUE(waitForLight(strip));
   sway().message({"[app_id=film] focus"});
   EXPECT_TRUE(waitUntilDrawing(false));
   sway().message({"fullscreen disable"});
@@ -227,31 +215,15 @@ TEST_F(Wayland, BandsFollowTheOutputsAndMemoryStaysFlat) {
   useDesktop(nullptr);
 }
 
-TEST_F(Wayland, ACompositorMaySwitchOutputsOffHangAndGo) {
+TEST_F(Wayland, ACompositorMayHangAndGo) {
   startSway(screenLine);
   startVeloria(overThePanel);
   ASSERT_TRUE(waitForLight(lowStrip));
-  sway().message({"output HEADLESS-1 dpms off"});
-  const auto isOff = [] { return json::parse(sway().message({"-t", "get_outputs"}))[0].value("dpms", true) == false; };
-  if (session().waitUntil(isOff, 3)) {
-    EXPECT_TRUE(waitUntilDrawing(false));
-    EXPECT_NE(status()["reason"].get<std::string>().find("displays"), std::string::npos);
-    sway().message({"output HEADLESS-1 dpms on"});
-    EXPECT_TRUE(waitForLight(lowStrip));
-  } else {
-    std::puts("Not tried: this sway can't switch its outputs off with this renderer.");
-  }
-
   sway().signal(SIGSTOP);
-  for (int round = 0; round < 5; ++round) {
-    EXPECT_EQ(nimbra({"pause"}), 0);
-    EXPECT_EQ(status()["rendering"], false);
-    EXPECT_EQ(nimbra({"resume"}), 0);
-    EXPECT_EQ(status()["rendering"], true);
-  }
+  for (int round = 0; round < 5; ++round) EXPECT_EQ(nimbra({"pause"}) + nimbra({"resume"}), 0);
+  EXPECT_EQ(status()["rendering"], true) << "it answers while the compositor hangs";
   sway().signal(SIGCONT);
-  ASSERT_TRUE(waitForLight(lowStrip));
-  EXPECT_TRUE(waitUntilItMoves(lowStrip));
+  EXPECT_TRUE(waitForLight(lowStrip) && waitUntilItMoves(lowStrip));
 
   ASSERT_EQ(nimbra({"preset", "Geomagnetic Storm"}), 0);
   sway().signal(SIGKILL);

@@ -1,51 +1,28 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Process.h"
-#include "main/LiveSources.h"
 #include "main/linux/LinuxDesktop.h"
 
 namespace veloria::tests {
 namespace {
 
-using ::testing::HasSubstr;
-
 TEST(DesktopChoice, WaylandIfItAllowsOverlaysElseX11) {
-  const DesktopFacts sway{.waylandNamed = true, .waylandAnswers = true, .waylandProblem = {}, .layerShell = true};
-  DesktopFacts swayAndX = sway;
-  swayAndX.x11Named = true;
-  const DesktopFacts gnome{.waylandNamed = true, .waylandAnswers = true, .waylandProblem = {}};
-  DesktopFacts gnomeAndX = gnome;
-  gnomeAndX.x11Named = true;
-  const DesktopFacts broken{.waylandNamed = true, .waylandProblem = "The Wayland display w can't be opened."};
-  DesktopFacts brokenAndX = broken;
-  brokenAndX.x11Named = true;
+  const std::string broken = "The Wayland display w can't be opened.";
   const std::tuple<const char*, DesktopFacts, DesktopKind, const char*> cases[] = {
-      {"layer shell", sway, DesktopKind::wayland, ""},
-      {"layer shell and X11", swayAndX, DesktopKind::wayland, ""},
-      {"no layer shell", gnome, DesktopKind::none, "no layer shell"},
-      {"no layer shell but X11", gnomeAndX, DesktopKind::x11, ""},
-      {"Wayland is gone", broken, DesktopKind::none, "can't be opened"},
-      {"Wayland is gone, X11 is there", brokenAndX, DesktopKind::x11, ""},
+      {"layer shell and X11", {true, true, {}, true, true}, DesktopKind::wayland, ""},
+      {"no layer shell", {true, true, {}, false, false}, DesktopKind::none, "no layer shell"},
+      {"no layer shell but X11", {true, true, {}, false, true}, DesktopKind::x11, ""},
+      {"Wayland is gone", {true, false, broken, false, false}, DesktopKind::none, "can't be opened"},
+      {"Wayland is gone, X11 is there", {true, false, broken, false, true}, DesktopKind::x11, ""},
       {"X11 alone", {.waylandProblem = {}, .x11Named = true}, DesktopKind::x11, ""},
       {"nothing", {}, DesktopKind::none, "WAYLAND_DISPLAY"},
   };
   for (const auto& [what, facts, kind, words] : cases) {
     const DesktopChoice choice = chooseDesktop(facts);
     EXPECT_EQ(choice.kind, kind) << what;
-    EXPECT_THAT(choice.problem, HasSubstr(words)) << what;
+    EXPECT_THAT(choice.problem, testing::HasSubstr(words)) << what;
     EXPECT_EQ(choice.problem.empty(), kind != DesktopKind::none) << what;
   }
-}
-
-TEST(LiveSources, TheStateFileIsFollowedThoughItsFolderCantBeMadeYet) {
-  const TemporaryFolder folder;
-  const std::string data = folder.write("data", "a file where the folder should be");
-  LiveSources sources(
-      [&](std::string_view name) { return name.find("DATA") != name.npos ? std::optional(data) : std::nullopt; }, {});
-  SceneDriver::Ports ports;
-  sources.addTo(ports);
-  EXPECT_EQ(ports.agentStateFile, data + "/Veloria/state.json");
 }
 
 }  // namespace

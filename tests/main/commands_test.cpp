@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "Process.h"
@@ -13,15 +12,10 @@
 namespace veloria::tests {
 namespace {
 
-/// Runs the program with the validation layer on: what it says goes to standard error, which the tests look at.
+/// Runs the program with the validation layer on, which writes to standard error.
 ProcessResult veloria(const std::vector<std::string>& arguments, const std::string& folder = {},
                       const char* validation = "VELORIA_VALIDATION=1") {
   return runProcess(VELORIA_BINARY, arguments, folder, {"DISPLAY=", "WAYLAND_DISPLAY=", validation});
-}
-
-std::string bytesOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 std::string rawFrames(std::vector<std::string> more) {
@@ -42,24 +36,10 @@ double meanDifference(const std::string& a, const std::string& b) {
   return sum / static_cast<double>(std::max<std::size_t>(a.size(), 1));
 }
 
-TEST(Render, SameInputSameBytesAndAnotherPresetAnotherPicture) {
-  const TemporaryFolder folder;
-  const auto render = [&](const char* preset, const char* name) {
-    const ProcessResult result =
-        veloria({"render", "--size", "480x24", "--seconds", "1", "--preset", preset, "--output", folder.file(name)});
-    EXPECT_EQ(result.exitCode, 0) << result.errors;
-    EXPECT_EQ(result.errors, "");
-    return bytesOf(folder.file(name));
-  };
-  const std::string first = render("Northern Lights", "a.png");
-  EXPECT_GT(first.size(), 1000U);
-  EXPECT_EQ(first, render("Northern Lights", "b.png"));
-  EXPECT_NE(first, render("Geomagnetic Storm", "c.png"));
-}
-
-TEST(Render, LayersOfSettingsApplyInOrder) {
+TEST(Render, SameInputSameBytesAndLayersOfSettingsApplyInOrder) {
   const TemporaryFolder folder;
   const std::string plain = rawFrames({"--preset", "Flurry"});
+  EXPECT_EQ(plain, rawFrames({"--preset", "Flurry"}));
   // --set comes after --preset wherever it stands; --script after both.
   EXPECT_GT(meanDifference(plain, rawFrames({"--set", "exposure=0.1", "--preset", "Flurry"})), 3);
   const std::string script = folder.write("dark.scene", "set exposure 0\nset ambient 0\n");
@@ -82,37 +62,14 @@ TEST(Render, ChannelsDriveTheScript) {
   EXPECT_GT(meanDifference(later.substr(9 * frame), quiet.substr(9 * frame)), 5);
 }
 
-TEST(Render, FramesAreNumbered) {
-  const TemporaryFolder folder;
+TEST(Bench, ReportsTheGridAndTheTimes) {
   const ProcessResult result =
-      veloria({"render", "--size", "64x16", "--seconds", "0.1", "--fps", "30", "--background", "#ff0000", "--set",
-               "opaqueBackground=false", "--set", "exposure=0", "--set", "ambientLevel=0", "--output", "f-%03d.png"},
-              folder.path());
-  EXPECT_EQ(result.exitCode, 0) << result.errors;
-  for (const char* name : {"f-000.png", "f-001.png", "f-002.png"}) {
-    EXPECT_TRUE(std::filesystem::exists(folder.file(name))) << name;
-  }
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 3);
-}
-
-TEST(Bench, ReportsTheGridsThatTheSizesGive) {
-  const std::pair<const char*, nlohmann::json> cases[] = {{"1000x800", {210, 168}}, {"1920x32", {634, 32}}};
-  for (const auto& [size, grid] : cases) {
-    const ProcessResult result =
-        veloria({"bench", "--size", size, "--frames", "10", "--json"}, {}, "VELORIA_VALIDATION=0");
-    ASSERT_EQ(result.exitCode, 0) << result.errors;
-    const auto json = nlohmann::json::parse(result.output);
-    EXPECT_EQ(json["grid"], grid) << size;
-    EXPECT_EQ(json["frames"], 10);
-    EXPECT_GT(json["gpuMs"], 0);
-    // Two frames at once, and a median that is twice the mean, are the most there can be.
-    EXPECT_GT(json["fps"], 0);
-    EXPECT_LT(json["fps"].get<double>() * json["gpuMs"].get<double>(), 4000);
-    for (const char* pass : {"k_advect_velocity", "k_curl", "k_forces", "k_divergence", "k_jacobi", "k_project",
-                             "k_advect_dye", "f_nimbra", "f_down", "f_blur", "f_final"}) {
-      EXPECT_TRUE(json["passes"].contains(pass)) << pass;
-    }
-  }
+      veloria({"bench", "--size", "1920x32", "--frames", "10", "--json"}, {}, "VELORIA_VALIDATION=0");
+  ASSERT_EQ(result.exitCode, 0) << result.errors;
+  const auto json = nlohmann::json::parse(result.output);
+  EXPECT_EQ(json["grid"], nlohmann::json({634, 32}));
+  EXPECT_GT(json["fps"], 0);
+  EXPECT_GT(json["passes"]["f_final"], 0);
 }
 
 TEST(Check, SaysWhatIsWrongOrWhatTheValuesAre) {
@@ -120,28 +77,17 @@ TEST(Check, SaysWhatIsWrongOrWhatTheValuesAre) {
   const ProcessResult wrong = veloria({"check", folder.write("wrong.scene", "# fine\nset glow 1\nbind glw = 2\n")});
   EXPECT_EQ(wrong.exitCode, 1);
   EXPECT_EQ(wrong.errors, "Line 3: unknown parameter 'glw'\n");
-  std::string zero = "\xEF\xBB\xBFset glow 1\nset glow 1\x1b[2J";
-  zero.back() = '\0';
-  const std::string odd = folder.write("odd.scene", zero + "x");
-  EXPECT_EQ(veloria({"check", odd}).errors, "Line 2: '1?[2?x' is not a number\n");
-  EXPECT_EQ(veloria({"render", "--script", odd, "--output", "x.png"}).errors,
-            "veloria render: Line 2: '1?[2?x' is not a number\n");
-  EXPECT_LT(veloria({"check", folder.write("long.scene", std::string(1'000'000, 'x'))}).errors.size(), 400U);
+  const std::string odd = folder.write("odd.scene", "\xEF\xBB\xBFset glow 1\nset glow 1\x1b[2J");
+  EXPECT_EQ(veloria({"check", odd}).errors, "Line 2: '1?[2J' is not a number\n");
 
-  const std::string script = folder.write("right.scene",
-                                          "palette #ff0000 #00ff00\nset wind nan\nset glow 1e9\nbind hue = bass + 1.5\n"
-                                          "set speed 3\nset tempo 2\n");
-  EXPECT_EQ(veloria({"check", script}).output, "");
+  const std::string script =
+      folder.write("right.scene", "palette #ff0000 #00ff00\nset glow 1e9\nbind hue = bass + 1.5\nset speed 3\n");
   const ProcessResult right = veloria({"check", script, "--json", "--channel", "bass=0.25"});
   ASSERT_EQ(right.exitCode, 0) << right.errors;
   const auto json = nlohmann::json::parse(right.output);
-  EXPECT_EQ(json["values"].size(), 28U);
-  EXPECT_EQ(json["values"]["wind"], -6);
   EXPECT_EQ(json["values"]["glow"], 4);
   EXPECT_EQ(json["values"]["hue"], 0.75);
   EXPECT_EQ(json["values"]["speed"], 3) << "the pace is not applied";
-  EXPECT_EQ(json["values"]["exposure"], 1.25);
-  EXPECT_EQ(json["wallpaper"], false);
   EXPECT_EQ(json["palette"], nlohmann::json({{1, 0, 0}, {0, 1, 0}, {0, 1, 0}, {0, 1, 0}}));
 }
 
@@ -162,35 +108,18 @@ TEST(Commands, BadInputGivesOneLineAndLeavesNothingBehind) {
       {2, {"dance"}, "dance"},
       {2, {"render"}, "--output"},
       {2, {"render", "--output", out, "--raw", "-"}, "--output"},
-      {2, {"render", "--raw", "x"}, "--raw -"},
-      {2, {"render", "--output", out, "--size", "0x0"}, "--size"},
-      {2, {"render", "--output", out, "--size"}, "size"},
       {2, {"render", "--output", out, "--sise", "1x1"}, "sise"},
-      {2, {"render", "--output", out, "--fps", "1000"}, "--fps"},
-      {2, {"render", "--output", out, "--seconds", "-1"}, "--seconds"},
       {2, {"render", "--output", out, "--preset", "northern lights"}, "Northern Lights"},
       {2, {"render", "--output", out, "--set", "exposur=1"}, "exposure"},
-      {2, {"render", "--output", out, "--set", "exposure=\"x\""}, "exposure"},
       {2, {"render", "--output", out, "--set", "layerMode=\"top\""}, "desktopStrip"},
-      {2, {"render", "--output", out, "--channel", "bass"}, "--channel"},
-      {2, {"render", "--output", out, "--pointer", "1"}, "--pointer"},
-      {2, {"render", "--output", out, "--notch", "big"}, "--notch"},
-      {2, {"render", "--output", "a%d%d.png"}, "--output"},
-      {2, {"render", "--output", out, "extra"}, "extra"},
       {1, {"render", "--output", out, "--script", noScript}, "Line 1"},
       {1, {"render", "--output", out, "--config", noJson}, "bad.json"},
       {1, {"render", "--output", out, "--config", huge}, "huge.json"},
-      {1, {"render", "--output", out, "--config", folder.path()}, folder.path()},
       {1, {"render", "--output", out, "--background", noPicture}, "bad.png"},
-      {1, {"render", "--output", out, "--mask", folder.file("absent.png")}, "absent.png"},
       {1, {"render", "--output", out, "--channels", noChannels}, "line 1"},
       {1, {"render", "--output", out, "--gpu", "no such gpu"}, "no such gpu"},
       {1, {"render", "--size", "16x16", "--seconds", "0", "--output", nowhere}, "no/such"},
-      {2, {"bench", "--frames", "1"}, "--frames"},
-      {2, {"check"}, "check"},
-      {2, {"check", noScript, noScript}, "unexpected"},
       {1, {"check", folder.file("absent.scene")}, "absent.scene"},
-      {1, {"check", huge}, "huge.json"},
       {1, {}, "DISPLAY"},
   };
   for (const auto& c : cases) {
@@ -211,28 +140,17 @@ TEST(Commands, NumbersHaveAPointInEveryLanguage) {
       runProcess("/usr/bin/env", {"localedef", "-c", "-i", "de_DE", "-f", "UTF-8", folder.file("comma")});
   if (!std::filesystem::exists(folder.file("comma")))
     GTEST_SKIP() << "no locale with a comma can be made here: " << made.errors;
-  const auto run = [&](const std::vector<std::string>& arguments) {
-    return runProcess(VELORIA_BINARY, arguments, folder.path(), {"LOCPATH=" + folder.path(), "LC_ALL=comma"});
-  };
-  EXPECT_NE(run({"render", "--output", "x.png", "--scale", "0.1"}).errors.find("from 0.25 to 8"), std::string::npos);
   const std::string script = folder.write("point.scene", "set glow 1.5\nbind rays = 0.25\n");
-  const auto values = nlohmann::json::parse(run({"check", script, "--json"}).output)["values"];
+  const ProcessResult result =
+      runProcess(VELORIA_BINARY, {"check", script, "--json"}, {}, {"LOCPATH=" + folder.path(), "LC_ALL=comma"});
+  const auto values = nlohmann::json::parse(result.output)["values"];
   EXPECT_EQ(values["glow"], 1.5);
   EXPECT_EQ(values["rays"], 0.25);
 }
 
-TEST(Commands, HelpVersionAndDevicesAreListed) {
-  const std::pair<std::vector<std::string>, std::string> cases[] = {
-      {{"--help"}, "Exit codes"}, {{"render", "--help"}, "Usage: veloria render"},
-      {{"check", "-h"}, "FILE"},  {{"--version"}, "veloria 0."},
-      {{"devices"}, "0  "},
-  };
-  for (const auto& [arguments, words] : cases) {
-    const ProcessResult result = veloria(arguments);
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.errors, "");
-    EXPECT_NE(result.output.find(words), std::string::npos) << words;
-  }
+TEST(Commands, VersionAndDevicesAreListed) {
+  EXPECT_EQ(veloria({"--version"}).output.substr(0, 10), "veloria 0.");
+  EXPECT_EQ(veloria({"devices"}).output.substr(0, 3), "0  ");
 }
 
 }  // namespace

@@ -7,14 +7,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -37,7 +32,7 @@ constexpr int notStarted = 127;
 std::string findProgram(const std::string& name) {
   if (name.find('/') != std::string::npos) return access(name.c_str(), X_OK) == 0 ? name : std::string();
   const char* path = std::getenv("PATH");
-  std::istringstream folders(path != nullptr ? path : "/usr/bin:/bin");
+  std::istringstream folders(path != nullptr ? path : "/bin");
   for (std::string folder; std::getline(folders, folder, ':');) {
     const std::string candidate = folder + "/" + name;
     if (access(candidate.c_str(), X_OK) == 0) return candidate;
@@ -51,7 +46,6 @@ struct Launch {
   std::string folder;
   int output;
   int errors;
-  int keepDescriptor = -1;
 };
 
 std::vector<std::string> variablesOf(const Launch& launch) {
@@ -85,7 +79,6 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
   dup2(launch.output, STDOUT_FILENO);
   dup2(launch.errors, STDERR_FILENO);
-  if (launch.keepDescriptor >= 0) fcntl(launch.keepDescriptor, F_SETFD, 0);
   if (!launch.folder.empty() && chdir(launch.folder.c_str()) != 0) _exit(notStarted);
   execve(path, argv, environment);
   _exit(notStarted);
@@ -100,7 +93,7 @@ pid_t start(Launch launch) {
   const pid_t parent = getpid();
   const pid_t child = fork();
   if (child == 0) becomeProgram(launch, path.c_str(), argv.data(), environment.data(), parent);
-  if (child < 0) throw std::runtime_error("Can't start " + path + ": " + std::strerror(errno));
+  if (child < 0) throw std::runtime_error("Can't start " + path);
   setpgid(child, child);
   return child;
 }
@@ -111,22 +104,16 @@ std::optional<int> exitCodeOf(pid_t child) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
-File temporaryFile() {
-  File file(std::tmpfile());
-  if (!file) throw std::runtime_error("No temporary file can be made.");
-  fcntl(fileno(file.get()), F_SETFD, FD_CLOEXEC);
+OwnedDescriptor temporaryFile() {
+  std::string path = std::filesystem::temp_directory_path() / "veloria-output-XXXXXX";
+  OwnedDescriptor file(mkostemp(path.data(), O_CLOEXEC));
+  unlink(path.c_str());
   return file;
 }
 
-std::string contents(const File& file) {
-  std::string text(static_cast<std::size_t>(lseek(fileno(file.get()), 0, SEEK_END)), '\0');
-  const ssize_t got = pread(fileno(file.get()), text.data(), text.size(), 0);
-  text.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+std::string contents(const OwnedDescriptor& file) {
+  std::string text(static_cast<std::size_t>(std::max<off_t>(lseek(file.get(), 0, SEEK_END), 0)), '\0');
+  text.resize(static_cast<std::size_t>(std::max<ssize_t>(pread(file.get(), text.data(), text.size(), 0), 0)));
   return text;
 }
 
@@ -152,9 +139,9 @@ bool poll(double seconds, const std::function<bool()>& condition) {
 ProcessResult runProcess(const std::string& program, const std::vector<std::string>& arguments,
                          const std::string& folder, const std::vector<std::string>& environment, int seconds) {
   if (findProgram(program).empty()) return {notStarted, "", "There is no program " + program};
-  const File output = temporaryFile();
-  const File errors = temporaryFile();
-  Launch launch{{program}, {}, folder, fileno(output.get()), fileno(errors.get())};
+  const OwnedDescriptor output = temporaryFile();
+  const OwnedDescriptor errors = temporaryFile();
+  Launch launch{{program}, {}, folder, output.get(), errors.get()};
   launch.argv.insert(launch.argv.end(), arguments.begin(), arguments.end());
   for (const std::string& entry : environment) {
     const auto equals = entry.find('=');
@@ -171,10 +158,10 @@ ProcessResult runProcess(const std::string& program, const std::vector<std::stri
 }
 
 ChildProcess::ChildProcess(const std::vector<std::string>& argv, const std::map<std::string, std::string>& environment,
-                           std::string outputFile, int keepDescriptor)
+                           std::string outputFile)
     : outputFile_(std::move(outputFile)) {
   const OwnedDescriptor file(open(outputFile_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
-  Launch launch{argv, {}, {}, file.get(), file.get(), keepDescriptor};
+  Launch launch{argv, {}, {}, file.get(), file.get()};
   for (const auto& [name, value] : environment) {
     launch.environment[name] = value.empty() ? std::nullopt : std::optional(value);
   }
@@ -202,12 +189,10 @@ void ChildProcess::signal(int number) {
 void ChildProcess::stop() {
   if (running()) {
     kill(-pid_, SIGTERM);
-    if (!wait(2)) {
-      kill(-pid_, SIGKILL);
-      wait(10);
-    }
+    wait(2);
   }
-  kill(-pid_, SIGKILL);  // what it may have left behind in its group
+  kill(-pid_, SIGKILL);  // also what it may have left behind in its group
+  wait(10);
 }
 
 std::string ChildProcess::output() const {
@@ -227,14 +212,6 @@ bool isAlive(int pid) {
   const std::string text(std::istreambuf_iterator<char>(file), {});
   const auto name = text.rfind(')');
   return name != std::string::npos && text.compare(name, 3, ") Z") != 0;
-}
-
-double residentMiB(int pid) {
-  std::ifstream statm("/proc/" + std::to_string(pid) + "/statm");
-  double total = 0;
-  double resident = 0;
-  statm >> total >> resident;
-  return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1 << 20);
 }
 
 EnvironmentChange::EnvironmentChange(const std::string& name, const std::optional<std::string>& value) : name_(name) {

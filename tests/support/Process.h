@@ -34,9 +34,9 @@ ProcessResult runProcess(const std::string& program, const std::vector<std::stri
 class ChildProcess {
  public:
   /// `argv[0]` is looked up on the PATH. `environment` is laid over the test's own; an empty value removes a variable.
-  /// `keepDescriptor` stays open in the child (-1: none). Throws std::runtime_error if it can't be started.
+  /// Throws std::runtime_error if it can't be started.
   ChildProcess(const std::vector<std::string>& argv, const std::map<std::string, std::string>& environment,
-               std::string outputFile, int keepDescriptor = -1);
+               std::string outputFile);
   ~ChildProcess();
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
@@ -62,9 +62,6 @@ std::string missingProgram(const std::vector<std::string>& programs);
 
 /// Whether a process still runs. One that has ended does not, even if its parent has not waited for it.
 bool isAlive(int pid);
-
-/// The resident memory of a process.
-double residentMiB(int pid);
 
 /// Sets a variable of this process's environment (nothing: removes it), and back again at its end.
 class EnvironmentChange {

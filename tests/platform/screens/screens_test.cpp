@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <set>
 
 #include "Process.h"
 #include "platform/linux/screens/Pacing.h"
@@ -13,29 +12,20 @@ namespace {
 TEST(AttemptBudget, EndsAfterItsLimitAndComesBackAfterAPause) {
   AttemptBudget budget(3, 10);
   for (int i = 0; i < 3; ++i) EXPECT_TRUE(budget.take(100 + i));
-  EXPECT_FALSE(budget.take(103));
   EXPECT_FALSE(budget.take(111.9)) << "the pause counts from the last attempt that was made";
   for (int i = 0; i < 3; ++i) EXPECT_TRUE(budget.take(112));
   EXPECT_FALSE(budget.take(112));
-  budget.refill();
-  EXPECT_TRUE(budget.take(112));
 }
 
 TEST(ScreenDescription, TheScaleComesFromTheResources) {
   const std::pair<std::string, double> cases[] = {
       {"", 1},
-      {"Xft.dpi:\t96\n", 1},
       {"Xcursor.size: 24\nXft.dpi: 192\nXft.hinting: 1\n", 2},
       {"Xft.dpi: 120", 1.25},
       {"  Xft.dpi:   131.5  \r\n", 1.25},
-      {"Xft.dpi: 72", 1},
-      {"Xft.dpi: 900", 4},
       {"Xft.dpi: 96\nXft.dpi: 144\n", 1.5},
       {"!Xft.dpi: 192", 1},
-      {"Xft.dpi:", 1},
-      {"Xft.dpi: -192", 1},
       {"Xft.dpi: 1e308", 1},
-      {"Xft.dpi: inf", 1},
       {"Xft.dpi: 192abc", 1},
       {std::string("Xft.dpi: 19\0002", 13), 1},
       {std::string(100000, '\n'), 1},
@@ -46,27 +36,21 @@ TEST(ScreenDescription, TheScaleComesFromTheResources) {
 TEST(ScreenDescription, BarHeightsAndNotchesAreReadStrictly) {
   EXPECT_EQ(parseBarHeight("27.5"), 27.5);
   EXPECT_EQ(parseBarHeight("1000"), 1000);
-  for (const char* text :
-       {"", "0", "-5", "+5", " 32", "32 ", "32px", "1e2", "1001", "nan", "inf", "0x20", "3,5", "."}) {
+  for (const char* text : {"", "0", "-5", "+5", " 32", "32px", "1e2", "1001", "nan", "0x20", "3,5"}) {
     EXPECT_EQ(parseBarHeight(text), std::nullopt) << text;
   }
   EXPECT_EQ(parseNotch("184.5x37"), (Extent{184.5, 37}));
-  for (const char* text : {"", "x", "200", "200x", "x32", "200X32", "200x32x1", "200 x 32", "-200x32", "200x0", "0x32",
-                           "99999x32", "200x32pt", "nanxnan"}) {
+  for (const char* text : {"", "x", "200", "200x", "x32", "200x32x1", "-200x32", "200x0", "99999x32", "nanxnan"}) {
     EXPECT_EQ(parseNotch(text), std::nullopt) << text;
   }
 }
 
-TEST(ScreenDescription, AWrongEnvironmentIsReportedOnceAndIgnored) {
+TEST(ScreenDescription, OverridesComeFromTheEnvironmentUnlessTheyAreWrong) {
   const EnvironmentChange height("NIMBRA_BAR_HEIGHT", "tall");
   const EnvironmentChange notch("NIMBRA_NOTCH", "200x32");
-  testing::internal::CaptureStderr();
   const ScreenOverrides overrides = screenOverridesFromEnvironment();
-  const std::string written = testing::internal::GetCapturedStderr();
   EXPECT_EQ(overrides.barHeight, std::nullopt);
   EXPECT_EQ(overrides.notch, (Extent{200, 32}));
-  EXPECT_NE(written.find("NIMBRA_BAR_HEIGHT"), std::string::npos);
-  EXPECT_EQ(std::count(written.begin(), written.end(), '\n'), 1) << written;
 }
 
 MonitorDescription monitor(const std::string& name, const PixelRect& frame) {
@@ -74,13 +58,10 @@ MonitorDescription monitor(const std::string& name, const PixelRect& frame) {
 }
 
 TEST(ScreenDescription, NamesAreNumberedByTheirFnvHashAndKeptApart) {
-  EXPECT_EQ(screenNumberForName(""), 2166136261U);
   EXPECT_EQ(screenNumberForName("foobar"), 0xBF9CF968U);
-  std::set<std::uint32_t> numbers;
-  const std::vector<MonitorDescription> alike(3, monitor("DP-1", {0, 0, 100, 100}));
-  for (const Screen& screen : describeScreens(alike, 1, {})) numbers.insert(screen.number);
-  EXPECT_EQ(numbers.size(), 3U);
-  EXPECT_TRUE(numbers.contains(screenNumberForName("DP-1")));
+  const auto alike = describeScreens(std::vector(2, monitor("DP-1", {0, 0, 100, 100})), 1, {});
+  EXPECT_EQ(alike[0].number, screenNumberForName("DP-1"));
+  EXPECT_NE(alike[1].number, alike[0].number);
 }
 
 TEST(ScreenDescription, WhatIsNoScreenIsLeftOut) {
@@ -100,7 +81,6 @@ TEST(ScreenDescription, ScreensAreInPointsFromTheFirstOnesBottomLeft) {
   EXPECT_EQ(screens[0].visibleFrame, (Rect{0, 0, 1280, 688}));
   EXPECT_EQ(screens[1].frame, (Rect{-960, 280, 960, 540}));
   EXPECT_EQ(screens[0].backingScale, 2);
-  EXPECT_EQ(screens[0].safeAreaTop, 0);
   EXPECT_TRUE(describeScreens({}, 1, {40, Extent{200, 32}}).empty());
 }
 
@@ -108,7 +88,6 @@ TEST(ScreenDescription, TheNotchIsOnTheBuiltInDisplayIfItFits) {
   const std::vector<MonitorDescription> monitors{monitor("HDMI-1", {0, 0, 1920, 1080}),
                                                  monitor("eDP-1", {1920, 0, 1512, 982})};
   const auto screens = describeScreens(monitors, 1, {std::nullopt, Extent{200, 32}});
-  EXPECT_EQ(screens[0].safeAreaTop, 0);
   EXPECT_EQ(screens[1].safeAreaTop, 32);
   const Rect frame = screens[1].frame;
   EXPECT_EQ(screens[1].auxiliaryTopLeft, (Rect{frame.x, frame.maxY() - 32, 656, 32}));
@@ -116,17 +95,14 @@ TEST(ScreenDescription, TheNotchIsOnTheBuiltInDisplayIfItFits) {
   for (const auto& [name, index] : {std::pair{"eDP-1", 1U}, {"LVDS1", 1U}, {"DSI-1", 1U}, {"DP-1", 0U}}) {
     EXPECT_EQ(notchScreenIndex(std::vector{monitors[0], monitor(name, {})}), index) << name;
   }
-  for (const Extent notch : {Extent{1512, 32}, Extent{100, 492}}) {
-    EXPECT_FALSE(describeScreens(monitors, 1, {std::nullopt, notch})[1].auxiliaryTopLeft) << notch.width;
-  }
+  EXPECT_FALSE(describeScreens(monitors, 1, {std::nullopt, Extent{1512, 32}})[1].auxiliaryTopLeft);
 }
 
 TEST(ScreenDescription, TheBarHeightReplacesWhatPanelsReserve) {
   MonitorDescription withPanel = monitor("DP-1", {0, 0, 1920, 1080});
   withPanel.visible = {0, 60, 1920, 980};  // and 40 at the bottom
-  for (const double height : {20.0, 48.0, 900.0}) {
+  for (const auto& [height, wanted] : {std::pair{20.0, 20.0}, {900.0, 540.0}}) {
     const Screen screen = describeScreens(std::vector{withPanel}, 1, {height, std::nullopt})[0];
-    const double wanted = std::min(height, 540.0);
     EXPECT_EQ(screen.frame.maxY() - screen.visibleFrame.maxY(), wanted);
     EXPECT_EQ(screen.visibleFrame.minY(), 40);
     EXPECT_LE(screen.statusBarThickness, wanted);
@@ -134,7 +110,6 @@ TEST(ScreenDescription, TheBarHeightReplacesWhatPanelsReserve) {
 }
 
 TEST(ScreenSpace, TurnsCoordinatesOverAndBackWithoutSeams) {
-  EXPECT_EQ((ScreenSpace{0, 1080, 1}.toPoints({0, 0, 1920, 32})), (Rect{0, 1048, 1920, 32}));
   for (const double scale : {1.0, 1.25, 1.5, 1.75, 2.25, 3.75}) {
     const ScreenSpace space{1920, 1280, scale};
     for (const PixelRect& pixels :
@@ -151,20 +126,12 @@ TEST(ScreenSpace, TurnsCoordinatesOverAndBackWithoutSeams) {
 TEST(ScreenSpace, HostileRectanglesAreEmptyOrCut) {
   const ScreenSpace space{0, 1080, 1};
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  const double infinity = std::numeric_limits<double>::infinity();
-  for (const Rect& rect : {Rect{nan, 0, 10, 10}, Rect{0, 0, nan, 10}, Rect{0, 0, infinity, 10}, Rect{0, 0, -5, 10},
-                           Rect{}, Rect{1e300, 1e300, 1, 1}}) {
+  for (const Rect& rect : {Rect{nan, 0, 10, 10}, Rect{0, 0, nan, 10}, Rect{0, 0, -5, 10}, Rect{1e300, 1e300, 1, 1}}) {
     EXPECT_TRUE(space.toPixels(rect, 1).empty());
   }
   const PixelRect cut = space.toPixels({-1e200, -1e200, 3e200, 3e200}, 1);
-  EXPECT_LE(cut.width, 32767);
-  EXPECT_LE(cut.height, 32767);
-  for (const double factor : {nan, infinity, 0.0, -1.0}) {
-    EXPECT_EQ(space.toPixels({0, 1048, 100, 32}, factor), (PixelRect{0, 0, 100, 32})) << factor;
-  }
-  EXPECT_EQ(intersection({0, 0, 10, 10}, {5, 6, 10, 10}), (PixelRect{5, 6, 5, 4}));
-  EXPECT_FALSE(intersects({0, 0, 10, 10}, {10, 0, 10, 10}));
-  EXPECT_FALSE(intersects({0, 0, 10, 10}, {0, 0, 0, 10}));
+  EXPECT_LE(std::max(cut.width, cut.height), 32767);
+  EXPECT_EQ(space.toPixels({0, 1048, 100, 32}, nan), (PixelRect{0, 0, 100, 32}));
 }
 
 }  // namespace
