@@ -3,6 +3,7 @@
 #include <xcb/shape.h>
 
 #include "X11Fixture.h"
+#include "platform/linux/x11/X11ImageReader.h"
 #include "platform/linux/x11/X11PanelCapture.h"
 
 namespace veloria::tests {
@@ -114,6 +115,15 @@ TEST_F(PanelCapture, TheStripIsThePanelWithoutTheBandOverIt) {
   rows_.clear();
   captureStrip();
   EXPECT_TRUE(becomes(960, 16, before.color));
+  EXPECT_TRUE(X11ImageReader(*connection_).usesSharedMemory());
+}
+
+TEST_F(PanelCapture, WithoutSharedMemoryThePictureComesOverTheWire) {
+  start({.windowManager = "openbox", .compositor = true, .options = {.serverArguments = {"-extension", "MIT-SHM"}}});
+  EXPECT_FALSE(X11ImageReader(*connection_).usesSharedMemory());
+  desktop().startPanel(32);
+  captureStrip();
+  EXPECT_TRUE(equalsScreen()) << error_;
 }
 
 TEST_F(PanelCapture, WhatChangesIsReadAtMostThirtyTimesASecond) {

@@ -21,6 +21,24 @@ TEST(CursorPosition, IsReadOrRefused) {
   for (const auto& [text, position] : cases) EXPECT_EQ(cursorPositionFromAnswer(text), position) << text;
 }
 
+TEST(HyprlandRequestSocket, IsInTheInstancesFolder) {
+  const TemporaryFolder runtime;
+  std::map<std::string, std::string, std::less<>> variables{{"XDG_RUNTIME_DIR", runtime.path()}};
+  const Environment environment = [&](std::string_view name) -> std::optional<std::string> {
+    const auto found = variables.find(name);
+    return found != variables.end() ? std::optional(found->second) : std::nullopt;
+  };
+  EXPECT_EQ(hyprlandRequestSocket(environment), std::nullopt) << "no Hyprland";
+  variables["HYPRLAND_INSTANCE_SIGNATURE"] = "abc_1";
+  EXPECT_EQ(hyprlandRequestSocket(environment), std::nullopt) << "no socket";
+  const std::string path = runtime.writeProgram("hypr/abc_1/.socket.sock", "");
+  EXPECT_EQ(hyprlandRequestSocket(environment), path);
+  for (const char* bad : {"", ".", "..", "../hypr/abc_1", "/abc_1"}) {
+    variables["HYPRLAND_INSTANCE_SIGNATURE"] = bad;
+    EXPECT_EQ(hyprlandRequestSocket(environment), std::nullopt) << bad;
+  }
+}
+
 class HyprlandPointerTest : public testing::Test {
  protected:
   OwnedDescriptor answer(const std::string& text) {
