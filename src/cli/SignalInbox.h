@@ -44,7 +44,7 @@ class SignalInbox {
  private:
   void actByDefault(int number);
 
-  // SIGPIPE is included so that a warning that nobody reads does not end us before the child.
+  // SIGPIPE is included so that writing a warning to a closed pipe does not end nimbra before the child.
   static constexpr std::array queued{SIGCHLD, SIGINT,  SIGQUIT, SIGTERM, SIGHUP,
                                      SIGUSR1, SIGUSR2, SIGTSTP, SIGCONT, SIGPIPE};
 

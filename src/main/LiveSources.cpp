@@ -14,7 +14,7 @@ namespace veloria {
 
 namespace {
 
-/// Its folder is made so that others find where to write; where that fails now, somebody may still make it later. Empty
+/// Makes its folder, so that other programs can write into it; they may still make it later if that fails. Empty
 /// without a home.
 std::filesystem::path stateFile(const Environment& environment) {
   const auto folder = dataFolder(environment);

@@ -25,13 +25,13 @@ class LiveSources {
     std::function<std::unique_ptr<AudioTap>()> makeAudioTap;
   };
 
-  /// Throws UsageError when NIMBRA_WEATHER_URL is no address that may be asked.
+  /// Throws UsageError when NIMBRA_WEATHER_URL is not an allowed address.
   LiveSources(const Environment& environment, Ports ports);
 
   /// Fills in what belongs to the sources.
   void addTo(SceneDriver::Ports& ports);
 
-  /// Why the desktop's picture gave no colours when it was looked at last; nothing when it did.
+  /// Why the desktop's picture gave no colours the last time it was read; nothing if it gave some.
   const std::optional<std::string>& pictureError() const { return pictureError_; }
 
  private:

@@ -44,7 +44,7 @@ SingleInstance::SingleInstance(const Environment& environment) : socket_(control
     complain("XDG_RUNTIME_DIR is too long");
     return;
   }
-  auto lock = InstanceLock::take(*socket_);
+  auto lock = InstanceLock::acquire(*socket_);
   if (!lock) {
     complain(lock.error());
     return;

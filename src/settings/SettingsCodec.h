@@ -16,7 +16,7 @@ namespace veloria {
 /// string that is not UTF-8, a custom palette that is not valid, more than maximumJsonBytes.
 std::optional<std::string> encodeSettings(const NimbraConfig& config);
 
-/// Reads a record from bytes of any origin, all or nothing. Fails when the bytes are no JSON object (see
+/// Reads a record from bytes of any origin, all or nothing. Fails when the bytes are not a JSON object (see
 /// parseStrictJson()), when any key but `customPalette` is missing, or when a value is of the wrong kind: - a truth
 /// value is true or false, a string is a string, an enum is exactly one of its raw values; - a double is any number; an
 /// integer is a number without a fraction that fits 64 bits (60.0 is 60); - `customPalette` is null (as if missing) or

@@ -59,7 +59,8 @@ TEST(CommandLine, ComplaintsSayWhatWouldBeRight) {
                {"clear", {"-x\x1b"}, "'-x?'"},
                {"preset", {}, "'nimbra preset NAME'"}};
   for (const auto& [command, arguments, part] : cases) {
-    EXPECT_THAT([&] { parse(command, arguments); }, testing::ThrowsMessage<UsageError>(HasSubstr(part)));
+    EXPECT_THAT(([&, name = command, words = arguments] { parse(name, words); }),
+                testing::ThrowsMessage<UsageError>(HasSubstr(part)));
     Texts helped = arguments;
     helped.insert(helped.begin(), "--help");
     EXPECT_TRUE(parse(command, helped).help) << "help comes before complaints";

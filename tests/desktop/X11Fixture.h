@@ -48,7 +48,7 @@ class SolidSurface final : public gpu::Surface {
   gpu::Size size_;
 };
 
-struct Desk {
+struct DesktopSetup {
   std::string windowManager = {};  ///< empty: none
   bool compositor = false;
   DesktopSession::Options options = {};
@@ -64,7 +64,7 @@ class X11Test : public testing::Test {
         DesktopSession::missing({"openbox", "xfwm4", "dbus-run-session", "tint2", "picom", "xdotool", "xrandr"});
     if (!missing.empty()) GTEST_SKIP() << missing;
   }
-  void startDesktop(const Desk& desk) {
+  void startDesktop(const DesktopSetup& desk) {
     runEventLoop();
     desktop_ = std::make_unique<DesktopSession>(desk.options);
     if (!desk.windowManager.empty()) desktop_->startWindowManager(desk.windowManager);

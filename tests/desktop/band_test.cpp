@@ -7,7 +7,7 @@ namespace {
 
 class Band : public X11Test {
  protected:
-  void start(const Desk& desk = {.windowManager = "openbox"}) {
+  void start(const DesktopSetup& desk = {.windowManager = "openbox"}) {
     startDesktop(desk);
     connect();
   }
@@ -35,7 +35,7 @@ class Band : public X11Test {
   }
 };
 
-class BandAmongOthers : public Band, public testing::WithParamInterface<Desk> {
+class BandAmongOthers : public Band, public testing::WithParamInterface<DesktopSetup> {
  protected:
   void startHere() {
     start(GetParam());
@@ -61,9 +61,10 @@ class BandAmongOthers : public Band, public testing::WithParamInterface<Desk> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Desks, BandAmongOthers,
-                         testing::Values(Desk{"openbox"}, Desk{"openbox", true}, Desk{"xfwm4"}, Desk{}),
+                         testing::Values(DesktopSetup{"openbox"}, DesktopSetup{"openbox", true}, DesktopSetup{"xfwm4"},
+                                         DesktopSetup{}),
                          [](const auto& each) {
-                           const Desk& desk = each.param;
+                           const DesktopSetup& desk = each.param;
                            return (desk.windowManager.empty() ? "noWindowManager" : desk.windowManager) +
                                   (desk.compositor ? "Composited" : "");
                          });

@@ -23,7 +23,7 @@ struct Shown {
 
 class PanelCapture : public X11Test {
  protected:
-  void start(const Desk& desk = {.windowManager = "openbox", .compositor = true}) {
+  void start(const DesktopSetup& desk = {.windowManager = "openbox", .compositor = true}) {
     startDesktop(desk);
     connect();
     stream_ = std::make_unique<X11PanelCapture>(*connection_, *screens_, clock_);

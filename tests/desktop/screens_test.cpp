@@ -10,7 +10,7 @@ namespace {
 
 class Screens : public X11Test {
  protected:
-  void start(const Desk& desk = {}) {
+  void start(const DesktopSetup& desk = {}) {
     startDesktop(desk);
     connect();
     screens_->setChangeHandler([this] { ++changes_; });

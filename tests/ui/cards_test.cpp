@@ -172,9 +172,10 @@ TEST_F(CardsTest, TheCommandsCardOffersWhatCanBeDone) {
       {{{}, {}, true, false, "sudo"}, "nimbra is ready to use.", false, true, 0},
       {{{}, {}, false, false, "sudo"}, "No directory on your PATH is writable.", false, false, 2}};
   for (const auto& [state, sentence, install, uninstall, byHand] : cases) {
-    CommandLineCard card({[&state] { return state; }, [] {}, [] {}}, "get it");
+    CommandLineCard card({[given = state] { return given; }, [] {}, [] {}}, "get it");
     card.show();
-    EXPECT_TRUE(runUntil([&] { return sentences(card).contains(sentence); })) << sentences(card).toStdString();
+    EXPECT_TRUE(runUntil([&, wanted = sentence] { return sentences(card).contains(wanted); }))
+        << sentences(card).toStdString();
     EXPECT_EQ(child<QPushButton>(card, "install").isVisible(), install) << sentence;
     EXPECT_EQ(child<QPushButton>(card, "uninstall").isVisible(), uninstall) << sentence;
     const auto commands = card.findChildren<VerbatimText*>();

@@ -114,7 +114,7 @@ std::unique_ptr<Device> makeMetalDevice(const MetalOptions& options) {
 
 std::unique_ptr<Surface> makeSurface(Device& device, void* layer) {
   id object = (__bridge id)layer;
-  require([object isKindOfClass:[CAMetalLayer class]], "makeSurface: the layer is no CAMetalLayer");
+  require([object isKindOfClass:[CAMetalLayer class]], "makeSurface: the layer is not a CAMetalLayer");
   return std::make_unique<MetalSurface>(metalDevice(device), object);
 }
 
@@ -124,7 +124,7 @@ void* systemDevice(Device& device) {
 
 std::shared_ptr<Texture> wrapTexture(Device& device, void* texture, std::shared_ptr<const void> owner) {
   id object = (__bridge id)texture;
-  if (![object conformsToProtocol:@protocol(MTLTexture)]) throw DeviceError("what was captured is no texture");
+  if (![object conformsToProtocol:@protocol(MTLTexture)]) throw DeviceError("what was captured is not a texture");
   return std::make_shared<MetalTexture>(metalDevice(device), describeShared(object), object, std::move(owner));
 }
 

@@ -202,7 +202,7 @@ VulkanQueue::VulkanQueue(VulkanDevice& device) : FrameQueue(device), device_(dev
 
 VulkanQueue::~VulkanQueue() {
   for (const auto& frame : frames_) device_.completion().waitFor(*frame);
-  // After a loss nothing has waited for the GPU itself.
+  // After a loss the GPU may still be working: nothing has waited for it.
   if (device_.lost()) vkDeviceWaitIdle(device_.context().device());
 }
 

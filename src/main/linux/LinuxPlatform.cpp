@@ -46,7 +46,7 @@ void showBox(const std::string& message, const std::string& informative) {
 }
 
 void notify(Notifier& notifier, const std::string& message, const std::string& informative) {
-  const auto wait = std::make_shared<QEventLoop>();  // the desktop may answer when nobody waits any more
+  const auto wait = std::make_shared<QEventLoop>();  // the desktop may answer after the wait has ended
   notifier.show({.title = message, .text = informative, .actions = {}, .textWithoutActions = informative},
                 [wait] { wait->quit(); });
   QTimer::singleShot(notificationPatienceMs, wait.get(), &QEventLoop::quit);

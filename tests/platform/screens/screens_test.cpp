@@ -11,10 +11,10 @@ namespace {
 
 TEST(AttemptBudget, EndsAfterItsLimitAndComesBackAfterAPause) {
   AttemptBudget budget(3, 10);
-  for (int i = 0; i < 3; ++i) EXPECT_TRUE(budget.take(100 + i));
-  EXPECT_FALSE(budget.take(111.9)) << "the pause counts from the last attempt that was made";
-  for (int i = 0; i < 3; ++i) EXPECT_TRUE(budget.take(112));
-  EXPECT_FALSE(budget.take(112));
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(budget.spend(100 + i));
+  EXPECT_FALSE(budget.spend(111.9)) << "the pause counts from the last attempt that was made";
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(budget.spend(112));
+  EXPECT_FALSE(budget.spend(112));
 }
 
 TEST(ScreenDescription, TheScaleComesFromTheResources) {

@@ -29,21 +29,21 @@ TEST(InstanceLock, OneHoldsItInAFolderOfTheUsersAlone) {
   const std::string app = folder.file("Veloria"), socket = app + "/control";
   std::filesystem::create_directory(app);
   std::filesystem::permissions(app, all);
-  const auto isFree = [&] { return InstanceLock::take(socket)->has_value(); };
+  const auto isFree = [&] { return InstanceLock::acquire(socket)->has_value(); };
   EXPECT_TRUE(isFree());
   EXPECT_EQ(permissions(app), owner_all);
   EXPECT_EQ(permissions(socket + ".lock"), owner_read | owner_write);
   {
-    const auto held = InstanceLock::take(socket);
+    const auto held = InstanceLock::acquire(socket);
     EXPECT_FALSE(isFree());
   }
   EXPECT_TRUE(isFree());
   if (::chown(app.c_str(), 65534, 65534) == 0) {  // as root only
-    EXPECT_THAT(InstanceLock::take(socket).error(), testing::HasSubstr("belongs to another user"));
+    EXPECT_THAT(InstanceLock::acquire(socket).error(), testing::HasSubstr("belongs to another user"));
   }
   std::filesystem::remove_all(app);
   std::filesystem::create_symlink("/", app);
-  EXPECT_FALSE(InstanceLock::take(socket));
+  EXPECT_FALSE(InstanceLock::acquire(socket));
 }
 
 class LocalServerTest : public testing::Test {

@@ -54,7 +54,8 @@ TEST_F(StatusNotifierTest, TheIconStandsOutFromTheLikelyPanel) {
     bus().mock(portal, portalPath, "AddMethod", {portalSettings, "ReadAll", "as", "a{sa{sv}}", answer});
     bus().sendSignal(portal, portalPath, portalSettings, "SettingChanged", "ssv",
                      {"org.freedesktop.appearance", "color-scheme", QVariant::fromValue(QDBusVariant(1U))});
-    EXPECT_TRUE(waitFor([&] { return light ? brightness() > 180 : brightness() < 80; })) << value.toStdString();
+    EXPECT_TRUE(waitFor([&, isLight = light] { return isLight ? brightness() > 180 : brightness() < 80; }))
+        << value.toStdString();
   }
 }
 

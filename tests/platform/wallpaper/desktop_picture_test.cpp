@@ -202,7 +202,7 @@ TEST_F(LinuxDesktopPictureTest, ShowsTheRootWindowUntilItsServerIsKilled) {
   std::thread killer([&] { desktop.stopServer(); });
   while (last) last = ask(*picture);
   killer.join();
-  EXPECT_EQ(last.error(), "nobody tells which picture the desktop shows");
+  EXPECT_EQ(last.error(), "the desktop does not say which picture it shows");
 }
 
 /// A display server that accepts connections and never answers stands for anything that may hang: a disk, a share.

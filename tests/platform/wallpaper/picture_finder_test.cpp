@@ -154,11 +154,12 @@ TEST(PictureSources, FollowTheDesktopInUse) {
       {" : :i3:", "", {rootPixmap}},
   };
   for (const auto& [desktop, wayland, sources] : cases) {
-    const auto surroundings = desktopSurroundings([&](std::string_view name) -> Address {
-      if (name == "XDG_CURRENT_DESKTOP") return desktop;
-      if (name == "WAYLAND_DISPLAY") return wayland;
-      return name == "DISPLAY" ? ":0" : "";
-    });
+    const auto surroundings =
+        desktopSurroundings([&, names = desktop, display = wayland](std::string_view name) -> Address {
+          if (name == "XDG_CURRENT_DESKTOP") return names;
+          if (name == "WAYLAND_DISPLAY") return display;
+          return name == "DISPLAY" ? ":0" : "";
+        });
     EXPECT_EQ(pictureSources(surroundings), sources) << desktop;
   }
 }

@@ -191,7 +191,7 @@ void PulseSession::watchOutputs() {
 void PulseSession::onEvent(pa_subscription_event_type_t event) {
   const int facility = event & PA_SUBSCRIPTION_EVENT_FACILITY_MASK;
   const int kind = event & PA_SUBSCRIPTION_EVENT_TYPE_MASK;
-  // An output's own changes are its volume and the like, many per second while somebody turns the knob.
+  // An output's own changes are its volume and the like, many per second while the user turns the knob.
   if (facility == PA_SUBSCRIPTION_EVENT_SINK && kind == PA_SUBSCRIPTION_EVENT_CHANGE) return;
   findMonitor();
 }
@@ -217,7 +217,7 @@ void PulseSession::onServer(const pa_server_info* server) {
 
 void PulseSession::onOutput(const pa_sink_info* output, int end) {
   if (end != 0) {
-    // An output that has vanished in between is no failure: the server reports the next one.
+    // An output that has vanished in between is not a failure: the server reports the next one.
     const bool refused = end < 0 && pa_context_errno(context_.get()) != PA_ERR_NOENTITY;
     return refused ? fail("The sound server does not describe its output: " + reason() + ".") : monitorFound();
   }

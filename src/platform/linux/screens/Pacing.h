@@ -14,7 +14,7 @@ class AttemptBudget {
   constexpr AttemptBudget(int limit, double pauseSeconds) : limit_(limit), pauseSeconds_(pauseSeconds) {}
 
   /// True if one more attempt is allowed at `now` (seconds, any zero); counts it.
-  constexpr bool take(double now) {
+  constexpr bool spend(double now) {
     if (used_ > 0 && now - last_ >= pauseSeconds_) used_ = 0;
     if (used_ >= limit_) return false;
     ++used_;

@@ -74,7 +74,7 @@ std::optional<Extent> parseNotch(std::string_view text);
 ScreenOverrides screenOverridesFromEnvironment();
 
 /// Pixels per point from the text of the root window's RESOURCE_MANAGER: Xft.dpi / 96, rounded to a quarter, 1 to 4. 1
-/// without the entry, and if its value is no number from 24 to 960.
+/// without the entry, and if its value is not a number from 24 to 960.
 double scaleFromResources(std::string_view resources);
 
 /// A number for an output's name: 32-bit FNV-1a, never 0.

@@ -52,7 +52,7 @@ struct LinuxDesktopPicture::Loader {
         if (!problem) problem = Failure{pixels.error()};
       }
     }
-    return problem.value_or(Failure{"nobody tells which picture the desktop shows"});
+    return problem.value_or(Failure{"the desktop does not say which picture it shows"});
   }
 };
 

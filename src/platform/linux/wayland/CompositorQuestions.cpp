@@ -250,7 +250,7 @@ Result<std::string> askSway(LocalStream& stream, std::uint32_t type) {
   const auto header = stream.receive(swayHeaderBytes);
   if (!header) return Failure{header.error()};
   const auto length = swayPayloadLength(*header, type);
-  if (!length) return Failure{"the answer is no answer to the question, or too long"};
+  if (!length) return Failure{"the answer does not fit the question, or is too long"};
   return stream.receive(*length);
 }
 

@@ -37,12 +37,12 @@ std::string swayMessage(std::uint32_t type, std::string_view payload);
 
 inline constexpr std::size_t swayHeaderBytes = 14;
 
-/// The payload's length from a message's first bytes; nothing if they are no header of this type, or the payload is
+/// The payload's length from a message's first bytes; nothing if they are not a header of this type, or the payload is
 /// longer than maximumJsonBytes.
 std::optional<std::size_t> swayPayloadLength(std::string_view header, std::uint32_t type);
 
 /// From sway's answers to get_outputs and get_workspaces: what the visible workspace leaves free of its output. A gap
-/// around the workspace is no panel: what is free on all four sides is taken off each.
+/// around the workspace is not a panel: what is free on all four sides is taken off each.
 Result<ReservedEdges> swayReservedEdges(std::string_view outputs, std::string_view workspaces);
 
 /// From sway's answer to get_version.

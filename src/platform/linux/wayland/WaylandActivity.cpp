@@ -81,7 +81,7 @@ const zwlr_foreign_toplevel_handle_v1_listener WaylandFullScreen::windowListener
           window.focused = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_ACTIVATED) && !minimised;
           window.changed = true;
         },
-    // A new title, which may have a clock in it, is no change.
+    // A new title, which may have a clock in it, is not a change.
     .done =
         [](void* data, zwlr_foreign_toplevel_handle_v1*) {
           auto& window = *static_cast<Window*>(data);

@@ -188,7 +188,7 @@ void WaylandBand::configured(std::uint32_t width, std::uint32_t height) {
 
 void WaylandBand::closed() {
   hide();
-  if (wanted_ && closedAttempts_.take(mediaTime())) remakeAfter(afterClosing);
+  if (wanted_ && closedAttempts_.spend(mediaTime())) remakeAfter(afterClosing);
 }
 
 void WaylandBand::configureSurface() {

@@ -80,7 +80,7 @@ void X11Band::recreate() {
   managed_ = false;
   withdrawal_.reset();
   remapping_.reset();
-  if (recreateAttempts_.take(mediaTime())) {
+  if (recreateAttempts_.spend(mediaTime())) {
     try {
       createWindow();
     } catch (const std::exception& error) {
@@ -310,7 +310,7 @@ bool X11Band::verifyMapped() {
   const auto attributes =
       connection_.reply(xcb_get_window_attributes_reply, xcb_get_window_attributes(connection_.raw(), window_));
   if (!attributes || attributes->map_state != XCB_MAP_STATE_UNMAPPED) return true;
-  if (managed_ || !mapAttempts_.take(mediaTime())) return false;
+  if (managed_ || !mapAttempts_.spend(mediaTime())) return false;
   writeWindowHints(connection_, window_, level_, place_);
   xcb_map_window(connection_.raw(), window_);
   scheduleVerification();
@@ -324,11 +324,11 @@ void X11Band::verifyPlace() {
   const auto position = connection_.reply(xcb_translate_coordinates_reply, positionCookie);
   if (!size || !position) return;
   const PixelRect actual{position->dst_x, position->dst_y, size->width, size->height};
-  if (actual != place_ && placeAttempts_.take(mediaTime())) applyPlace();
+  if (actual != place_ && placeAttempts_.spend(mediaTime())) applyPlace();
 }
 
 void X11Band::verifyStates() {
-  if (managed_ && stateAttempts_.take(mediaTime())) {
+  if (managed_ && stateAttempts_.spend(mediaTime())) {
     if (!reassertStates(connection_, window_, level_)) stateAttempts_.refill();
   }
 }
@@ -336,7 +336,7 @@ void X11Band::verifyStates() {
 void X11Band::verifyStacking() {
   const auto change = neededRestacking(connection_, window_, level_, screens_.panels());
   if (!change) return;
-  if (!stackAttempts_.take(mediaTime())) return scheduleVerification(stackAttempts_.pauseSeconds());
+  if (!stackAttempts_.spend(mediaTime())) return scheduleVerification(stackAttempts_.pauseSeconds());
   restack(connection_, window_, *change);
   scheduleVerification();
 }

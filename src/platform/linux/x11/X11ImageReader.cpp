@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint32_t allPlanes = 0xFFFFFFFFU;
 constexpr std::size_t bytesPerPixel = 4;
 constexpr std::uint8_t bitsPerPixel = 32;
-constexpr std::uint8_t colourDepth = 24;
+constexpr std::uint8_t colorDepth = 24;
 constexpr std::uint8_t alphaDepth = 32;
 
 std::size_t byteCount(const PixelRect& area) {
@@ -28,7 +28,7 @@ bool isLocal(int socket) {
 }
 
 bool readableDepth(std::uint8_t depth) {
-  return depth == colourDepth || depth == alphaDepth;
+  return depth == colorDepth || depth == alphaDepth;
 }
 
 }  // namespace

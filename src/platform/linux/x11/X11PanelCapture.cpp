@@ -23,7 +23,7 @@ constexpr std::ptrdiff_t mostPanels = 16;
 constexpr std::ptrdiff_t mostGonePanels = 4;
 constexpr std::int64_t mostStripPixels = std::int64_t{1} << 25;
 constexpr std::uint8_t eventCodeMask = 0x7f;
-constexpr std::uint8_t colourDepth = 24;
+constexpr std::uint8_t colorDepth = 24;
 constexpr std::uint8_t alphaDepth = 32;
 
 constexpr const char* noCompositor = "no compositor runs";
@@ -37,7 +37,7 @@ bool capturable(const PixelRect& strip) {
 }
 
 bool readable(std::uint8_t depth) {
-  return depth == colourDepth || depth == alphaDepth;
+  return depth == colorDepth || depth == alphaDepth;
 }
 
 // Windows may vanish at any moment, so errors of such requests mean nothing.
@@ -332,7 +332,7 @@ void X11PanelCapture::read(Panel& panel) {
     return;
   }
   // Resized a moment ago, or not redirected yet by a compositor that is just starting.
-  if (!retries_.take(clock_())) return;
+  if (!retries_.spend(clock_())) return;
   panel.dirty = true;
   lookNeeded_ = true;
   schedule(clock_() + retrySeconds);

@@ -12,7 +12,7 @@ namespace veloria {
 std::uint8_t windowDepth(xcb_connection_t* connection, xcb_window_t window);
 
 /// Puts pictures into a window of depth 24 or 32 through the X protocol, for drivers that can't present into it
-/// themselves. Any one thread at a time; the connection must outlive it. A window that is gone is no error.
+/// themselves. Any one thread at a time; the connection must outlive it. A window that is gone is not an error.
 class X11PictureSink {
  public:
   X11PictureSink(xcb_connection_t* connection, xcb_window_t window, std::uint8_t depth);

@@ -43,7 +43,7 @@ AudioBlock unreadableBlock(const AudioFormat& format, std::string_view what, int
 /// The block for a buffer without a description.
 AudioBlock undescribedBlock();
 
-/// The block for a picture, which is no sound.
+/// The block for a picture, which is not sound.
 AudioBlock pictureBlock();
 
 }  // namespace veloria

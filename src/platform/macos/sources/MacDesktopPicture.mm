@@ -114,7 +114,7 @@ NSScreen* screenNumbered(std::uint32_t number) {
   return nil;
 }
 
-/// Empty if the desktop's picture is no file.
+/// Empty if the desktop's picture is not a file.
 std::filesystem::path pictureOf(const Screen& screen) {
   NSScreen* known = screenNumbered(screen.number);
   if (known == nil) return {};

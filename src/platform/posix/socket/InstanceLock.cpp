@@ -31,7 +31,7 @@ Result<Done> makePrivateFolder(const std::filesystem::path& folder) {
 
 }  // namespace
 
-Result<std::optional<InstanceLock>> InstanceLock::take(const std::filesystem::path& socket) {
+Result<std::optional<InstanceLock>> InstanceLock::acquire(const std::filesystem::path& socket) {
   const auto folder = makePrivateFolder(socket.parent_path());
   if (!folder) return Failure{folder.error()};
   const std::filesystem::path path = socket.native() + ".lock";

@@ -15,7 +15,7 @@ class InstanceLock {
   /// Acquires the lock of a control socket at `socket` (the file beside it, with ".lock"). Makes the socket's folder,
   /// for the owner alone, and closes it to others; a folder of another user is an error. Empty if another process holds
   /// the lock. The error is a text for a person.
-  static Result<std::optional<InstanceLock>> take(const std::filesystem::path& socket);
+  static Result<std::optional<InstanceLock>> acquire(const std::filesystem::path& socket);
 
  private:
   explicit InstanceLock(OwnedDescriptor file) : file_(std::move(file)) {}
