@@ -135,6 +135,8 @@ class TrayTest : public BusTest {
     argument.beginArray();
     argument.beginStructure();
     argument >> width >> height >> pixels;
+    argument.endStructure();
+    argument.endArray();
     for (qsizetype i = 0; i + 3 < pixels.size(); i += 4) {
       if (static_cast<uchar>(pixels[i]) < 250) continue;
       sum += static_cast<uchar>(pixels[i + 2]);
