@@ -1,7 +1,5 @@
 #include "desktop/SoundServer.h"
 
-#include <unistd.h>
-
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
@@ -91,18 +89,6 @@ bool SoundServer::tryControl(const std::vector<std::string>& arguments, std::str
   const auto result = runProcess("pactl", arguments, {}, variables, commandSeconds);
   if (output != nullptr) *output = result.output + result.errors;
   return result.exitCode == 0;
-}
-
-std::string SoundServer::addClosedAddress() {
-  const std::string cookie = "auth-cookie=" + folder_.write("other-cookie", std::string(256, 'o'));
-  for (int attempt = 0; attempt < 10; ++attempt) {
-    const std::string port = std::to_string(20000 + (getpid() * 10 + attempt) % 12000);
-    // Another program may have taken the port.
-    if (tryControl({"load-module", "module-native-protocol-tcp", "listen=127.0.0.1", "port=" + port, cookie})) {
-      return "tcp:127.0.0.1:" + port;
-    }
-  }
-  throw std::runtime_error("pulseaudio can't listen on any port.");
 }
 
 void SoundServer::command(const std::string& line) {

@@ -37,8 +37,6 @@ class SoundServer {
   /// The same if it may fail: whether it did what was asked.
   bool tryControl(const std::vector<std::string>& arguments, std::string* output = nullptr);
 
-  /// Lets the server listen at another address, at which it refuses everybody, and returns that.
-  std::string addClosedAddress();
   /// Hands one line to the server's own command interpreter, which can do more than pactl.
   void command(const std::string& line);
 
