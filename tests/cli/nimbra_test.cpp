@@ -56,7 +56,9 @@ TEST_F(NimbraTest, WrongUsageIsOneLineAndChangesNothing) {
   expectComplaint({"bsuy"}, 2, "'bsuy'");
   expectComplaint({"set", "a0"}, 2, "nimbra set: ");
   EXPECT_FALSE(fs::exists(dataHome));
-  EXPECT_THAT(nimbra({"--version"}).output, testing::MatchesRegex("nimbra [0-9.]+\n"));
+  const auto version = nimbra({"--version"});
+  EXPECT_THAT(version.output, testing::MatchesRegex("nimbra [0-9.]+\n"));
+  EXPECT_EQ(version.exitCode, 0);
 }
 
 TEST_F(NimbraTest, FiftyWritersLoseNothing) {

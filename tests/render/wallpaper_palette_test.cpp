@@ -50,6 +50,7 @@ TEST(WallpaperPalette, PicturesWithoutTwoHuesGiveNone) {
   EXPECT_THAT(stopsOf({{1000, {0.08F, 0, 0}}, {1304, {0, 0, 0.08F}}}), ElementsAre()) << "too dark for a vote";
   EXPECT_THAT(stopsOf({{2304, {0, 0, 0}}, {1, green}}), ElementsAre());
   EXPECT_THAT(stopsOf({{100, {0.4F, 0.4F, 0.4F}}, {5, red}}), ElementsAre()) << "gray counts as red's hue";
+  EXPECT_THAT(stopsOf({{1, {0.2F, 0.6F, 1}}, {1, {0, 0.5F, 1}}}), ElementsAre()) << "one azure, pale and full";
   EXPECT_EQ(stopsOf({{1, {0.085F, 0, 0}}, {1, green}}).size(), 4U) << "above 0.08 a pixel has a vote";
 }
 

@@ -172,7 +172,10 @@ TEST_F(SceneDriverTest, LeavingAModeLetsItsChannelsFadeOut) {
   tickAfter(frame);
   EXPECT_EQ(channel("level"), 1) << "the mode is the same";
   choose(Visualizer::script);
+  driver.channels.values["own"] = 0;
+  driver.channels.targets["own"] = 1;
   tickAfter(0.08);
+  EXPECT_NEAR(channel("own"), 1 - std::exp(-0.08 / 0.25), 1e-12) << "without a smoothing of its own";
   EXPECT_NEAR(channel("level"), std::exp(-1), 1e-12);
   EXPECT_EQ(channel("beat"), 0);
   EXPECT_EQ(channel("deploys"), 1);

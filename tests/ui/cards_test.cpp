@@ -65,10 +65,9 @@ TEST_F(CardsTest, KeysMoveAmongTheTilesAndChoose) {
   gallery.show();
   QApplication::setActiveWindow(&gallery);
   child<Tile>(gallery, "Northern Lights").setFocus();
-  const std::pair<Qt::Key, const char*> keys[] = {{Qt::Key_Left, "Northern Lights"},
-                                                  {Qt::Key_Up, "Northern Lights"},
-                                                  {Qt::Key_Right, "Geomagnetic Storm"},
-                                                  {Qt::Key_Down, "Deep Nebula"},
+  const std::pair<Qt::Key, const char*> keys[] = {{Qt::Key_Left, "Northern Lights"},    {Qt::Key_Up, "Northern Lights"},
+                                                  {Qt::Key_Right, "Geomagnetic Storm"}, {Qt::Key_Down, "Deep Nebula"},
+                                                  {Qt::Key_Up, "Geomagnetic Storm"},    {Qt::Key_Down, "Deep Nebula"},
                                                   {Qt::Key_Return, "Deep Nebula"}};
   for (const auto& [key, name] : keys) {
     EXPECT_EQ(config(), NimbraConfig()) << "moved, not chosen";
@@ -257,6 +256,7 @@ TEST_F(CardsTest, ReadoutsAreAskedForOnlyWhileTheWindowIsSeenAndCardsShowThem) {
   });
   auto* pointer = ReadoutCard::makePointer(*ticker, &window);
   auto* weather = ReadoutCard::makeWeather(*ticker, &window);
+  ReadoutCard::makeAudio(*ticker, &window);
   const auto expectSilence = [&] {
     QTest::qWait(20);
     const int before = asked;
@@ -270,9 +270,9 @@ TEST_F(CardsTest, ReadoutsAreAskedForOnlyWhileTheWindowIsSeenAndCardsShowThem) {
   expectSilence();
   window.show();
   Readouts all;
-  all.pointer = all.weather = all.weatherError = "what is told";
+  all.pointer = all.weather = all.weatherError = all.audio = "what is told";
   tellAndWait(all);
-  EXPECT_EQ(sentences(window).count("what is told"), 3);
+  EXPECT_EQ(sentences(window).count("what is told"), 4);
   tellAndWait({});
   EXPECT_FALSE(pointer->isVisible()) << "there is nothing to tell";
   EXPECT_TRUE(sentences(*weather).contains("No weather data yet."));
