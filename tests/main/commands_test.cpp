@@ -47,6 +47,22 @@ TEST(Render, SameInputSameBytesAndLayersOfSettingsApplyInOrder) {
   EXPECT_EQ(std::count(dark.begin(), dark.end(), '\0'), static_cast<std::ptrdiff_t>(dark.size()));
 }
 
+TEST(Render, AtTheBottomEdgeThePictureIsUpsideDown) {
+  const auto film = [](const char* edge, const char* pointer) {
+    return rawFrames({"--edge", edge, "--bar-height", "10", "--set", "fadeTop=0.4", "--set", "pointerMode=\"push\"",
+                      "--pointer", pointer});
+  };
+  const std::string top = film("top", "60,4,3,2");
+  const std::string bottom = film("bottom", "60,12,3,-2");
+  constexpr std::size_t row = 320 * 4;
+  std::string turned;
+  for (std::size_t frame = 0; frame < 10; ++frame) {
+    for (std::size_t y = 16; y-- > 0;) turned += bottom.substr((frame * 16 + y) * row, row);
+  }
+  EXPECT_LT(meanDifference(top, turned), 0.01);
+  EXPECT_GT(meanDifference(top, bottom), 1) << "not the same either way";
+}
+
 TEST(Render, ChannelsDriveTheScript) {
   const TemporaryFolder folder;
   const std::string script = folder.write("bass.scene", "bind exposure = bass * 3\n");
