@@ -12,7 +12,10 @@ constexpr const char* keptTextHelp = QT_TRANSLATE_NOOP(
     "SettingCatalogue",
     "When over the bar: keeps its text and icons uncovered. To see them the system asks you for the Screen Recording "
     "permission; nothing is recorded or sent anywhere.");
+constexpr const char* wholeDesktopHelp = QT_TRANSLATE_NOOP("SettingCatalogue", "A live wallpaper, behind all windows.");
 #else
+constexpr const char* wholeDesktopHelp = QT_TRANSLATE_NOOP(
+    "SettingCatalogue", "A live wallpaper, behind all windows. On X11 it covers the icons on the desktop.");
 constexpr const char* keptTextHelp =
     QT_TRANSLATE_NOOP("SettingCatalogue", "When over the bar: keeps its text and icons uncovered.");
 #endif
@@ -293,7 +296,7 @@ std::vector<Choice> SettingCatalogue::choices(const Setting& setting) {
     return {{QT_TR_NOOP("Under the bar"),
              QT_TR_NOOP("On the desktop, behind all windows. Visible only where the bar is transparent.")},
             {QT_TR_NOOP("Over the bar"), QT_TR_NOOP("In front of the bar. Clicks pass through.")},
-            {QT_TR_NOOP("Whole desktop"), QT_TR_NOOP("A live wallpaper, behind all windows.")}};
+            {QT_TR_NOOP("Whole desktop"), wholeDesktopHelp}};
   }
   if (std::holds_alternative<NotchMode NimbraConfig::*>(setting.field)) {
     return {{QT_TR_NOOP("Keep it dark"), QT_TR_NOOP("The light ends at the housing.")},
