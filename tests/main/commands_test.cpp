@@ -63,6 +63,16 @@ TEST(Render, AtTheBottomEdgeThePictureIsUpsideDown) {
   EXPECT_GT(meanDifference(top, bottom), 1) << "not the same either way";
 }
 
+TEST(Render, SlowFramesLightUpAsSoonAsFastOnes) {
+  constexpr std::size_t frame = 320 * 16 * 4;
+  const std::string dark(frame, '\0');
+  const auto light = [&](const std::string& film) { return meanDifference(film.substr(film.size() - frame), dark); };
+  const ProcessResult slow = veloria({"render", "--size", "320x16", "--seconds", "0.75", "--fps", "4", "--set",
+                                      "opaqueBackground=false", "--raw", "-"});
+  ASSERT_EQ(slow.output.size(), 3 * frame);
+  EXPECT_GT(light(slow.output), 0.7 * light(rawFrames({"--set", "opaqueBackground=false"})));
+}
+
 TEST(Render, ChannelsDriveTheScript) {
   const TemporaryFolder folder;
   const std::string script = folder.write("bass.scene", "bind exposure = bass * 3\n");
