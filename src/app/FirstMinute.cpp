@@ -31,11 +31,13 @@ NimbraConfig firstStartConfig(const FirstStartFacts& facts) {
   return withOffer(over ? LightOffer::overPanel : LightOffer::belowPanel, defaults, true);
 }
 
-std::vector<LightOffer> lightOffers(const NimbraConfig& config, PanelClearing::Way way) {
+std::vector<LightOffer> lightOffers(const NimbraConfig& config, PanelClearing::Way way, bool overIsSeen) {
   std::vector<LightOffer> offers;
   if (way == PanelClearing::Way::oneClick || way == PanelClearing::Way::afterAsking)
     offers.push_back(LightOffer::clearPanel);
-  if (isBehindPanel(config)) offers.insert(offers.end(), {LightOffer::overPanel, LightOffer::belowPanel});
+  if (!isBehindPanel(config)) return offers;
+  if (overIsSeen) offers.push_back(LightOffer::overPanel);
+  offers.push_back(LightOffer::belowPanel);
   return offers;
 }
 
@@ -46,7 +48,7 @@ std::string_view label(LightOffer offer) {
     case LightOffer::overPanel:
       return "Show it over the panel";
     case LightOffer::belowPanel:
-      return "Let it hang out of the panel";
+      return "Let it reach beyond the panel";
   }
   return {};
 }
@@ -75,7 +77,7 @@ FirstMinute::FirstMinute(Ports ports) : ports_(std::move(ports)) {}
 void FirstMinute::tell() {
   const auto clearing = ports_.clearing != nullptr ? ports_.clearing->offer() : PanelClearing::Offer{};
   const NimbraConfig& config = ports_.settings->config();
-  const auto offers = lightOffers(config, clearing.way);
+  const auto offers = lightOffers(config, clearing.way, ports_.overIsSeen());
   if (offers.empty() || asking_ || ports_.wasTold()) return;
   asking_ = true;
   const bool hidden = isBehindPanel(config);

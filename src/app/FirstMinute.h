@@ -19,14 +19,15 @@ struct FirstStartFacts {
 };
 
 /// The settings of a first start: the first of the defaults, a band over the panel that keeps its text, and a bleed
-/// beside the panel that shows light and leaves the panel readable.
+/// beyond the panel that shows light and leaves the panel readable.
 NimbraConfig firstStartConfig(const FirstStartFacts& facts);
 
 /// A change that lets the user see the light, or see it better.
 enum class LightOffer { clearPanel, overPanel, belowPanel };
 
-/// The offers that help with these settings, the best one first. A panel is cleared if `way` says that we can do it.
-std::vector<LightOffer> lightOffers(const NimbraConfig& config, PanelClearing::Way way);
+/// The offers that help with these settings, the best one first. A panel is cleared if `way` says that we can do it;
+/// `overIsSeen`: a band over the panel is seen.
+std::vector<LightOffer> lightOffers(const NimbraConfig& config, PanelClearing::Way way, bool overIsSeen);
 
 /// The text of its button.
 std::string_view label(LightOffer offer);
@@ -43,6 +44,8 @@ class FirstMinute {
     SettingsStore* settings = nullptr;
     Notifier* notifier = nullptr;
     PanelClearing* clearing = nullptr;  ///< may be null
+    /// Whether a band over the panel is seen.
+    std::function<bool()> overIsSeen;
     /// Whether the panel's text can be kept readable under the band now.
     std::function<bool()> textCanBeKept;
     /// Whether the user was told before, in this session or an earlier one.

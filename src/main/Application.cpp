@@ -25,6 +25,7 @@
 #include "platform/posix/files/UserFolders.h"
 #include "platform/qt/QtEventLoop.h"
 #include "render/PointerTracker.h"
+#include "render/ScreenGeometry.h"
 #include "scene/SceneDriver.h"
 #include "settings/SettingsStore.h"
 #include "sources/ActivityWatcher.h"
@@ -77,6 +78,13 @@ class LiveBand {
 
  private:
   const NimbraConfig& config() const { return settings_.config(); }
+  bool overIsSeen() {
+    const auto screen = desktop_->mainScreen();
+    if (!screen) return true;
+    const auto band = ScreenGeometry::geometry(*screen, NimbraConfig(), settings_.extra().edge).windowFrame;
+    const auto kind = desktop_->panels().visibility(*screen, band, OverlayLevel::aboveMenuBar).kind;
+    return kind == Visibility::Kind::seen;
+  }
   bool textCanBeKept() const { return desktop_->captureStream() != nullptr && desktop_->showsTranslucency(); }
 
   SceneDriver::Ports driverPorts() {
@@ -143,6 +151,7 @@ class LiveBand {
   FirstMinute firstMinute_{{.settings = &settings_,
                             .notifier = notifier_.get(),
                             .clearing = clearing_.get(),
+                            .overIsSeen = [this] { return overIsSeen(); },
                             .textCanBeKept = [this] { return textCanBeKept(); },
                             .wasTold = [this] { return told_.isSet(); },
                             .rememberTold = [this] { told_.set(); }}};

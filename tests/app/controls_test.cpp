@@ -170,6 +170,7 @@ class FirstMinuteTest : public testing::Test {
   FirstMinute first_{{.settings = &settings_,
                       .notifier = &notifier_,
                       .clearing = &clearing_,
+                      .overIsSeen = [] { return true; },
                       .textCanBeKept = [this] { return textCanBeKept_; },
                       .wasTold = [this] { return told_; },
                       .rememberTold = [this] { told_ = true; }}};
@@ -188,9 +189,10 @@ TEST(LightOffers, AreMadeOnlyIfTheyHelpAndChangeWhatTheySayOnly) {
   using Way = PanelClearing::Way;
   for (const Way way : {Way::none, Way::byHand, Way::oneClick, Way::afterAsking}) {
     const std::size_t clearing = way == Way::oneClick || way == Way::afterAsking ? 1 : 0;
-    EXPECT_EQ(lightOffers(record(behind, 23, false, 1), way).size(), 2U + clearing);
+    EXPECT_EQ(lightOffers(record(behind, 23, false, 1), way, true).size(), 2U + clearing);
+    EXPECT_EQ(lightOffers(record(behind, 23, false, 1), way, false).size(), 1U + clearing);
     for (const NimbraConfig& lit : {record(behind, 24, false, 1), record(above, 0, false, 1)}) {
-      EXPECT_EQ(lightOffers(lit, way).size(), clearing);
+      EXPECT_EQ(lightOffers(lit, way, true).size(), clearing);
     }
   }
   const NimbraConfig before = record(behind, 5, false, 0.9), faint = record(behind, 30, false, 0.2);

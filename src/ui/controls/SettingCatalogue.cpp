@@ -154,7 +154,7 @@ struct Cards {
   static Rows place() {
     return {row(FIELD(layerMode), QT_TR_NOOP("Layer"), QT_TR_NOOP("Where the band is drawn."),
                 QT_TR_NOOP("level above below wallpaper panel menu z-order")),
-            row(FIELD(extraHeight), QT_TR_NOOP("Bleed"), QT_TR_NOOP("How far the light reaches below the bar."),
+            row(FIELD(extraHeight), QT_TR_NOOP("Bleed"), QT_TR_NOOP("How far the light reaches beyond the bar."),
                 QT_TR_NOOP("extra height taller size hang panel"), {1, 0, Curve::squared, QT_TR_NOOP(" pt")}),
             row(FIELD(allDisplays), QT_TR_NOOP("Show on all displays"), QT_TR_NOOP("Off: only on the main display."),
                 QT_TR_NOOP("monitors screens second"))};
