@@ -1,7 +1,6 @@
 #include "platform/linux/x11/X11BandFactory.h"
 
 #include <xcb/composite.h>
-#include <xcb/shape.h>
 
 #include <algorithm>
 #include <cstring>
@@ -183,16 +182,13 @@ PanelFacts X11BandFactory::factsOf(const DockWindow& dock, const PixelRect& stri
   const bool composited = connection_.compositorRunning();
   if (dock.depth == depthWithAlpha && composited) facts.meanAlpha = meanAlpha(topLevel);
   const bool solid = dock.depth != depthWithAlpha || facts.meanAlpha.value_or(0) > solidAlpha;
+  // Window managers may give a frame that is a plain rectangle a shape.
+  const auto place = probePanel(connection_, dock.window, {});
+  const bool whole = place && place->shape.empty();
   facts.covers =
-      !isShaped(dock.window) && !isShaped(topLevel) &&
+      whole &&
       (!composited || (solid && facts.opacity == allOfIt && isShownAsItIs(topLevel, intersection(dock.bounds, strip))));
   return facts;
-}
-
-bool X11BandFactory::isShaped(xcb_window_t window) {
-  const auto answer =
-      connection_.reply(xcb_shape_query_extents_reply, xcb_shape_query_extents(connection_.raw(), window));
-  return !answer || answer->bounding_shaped != 0;
 }
 
 // Compares some rows of a redirected window with what the screen shows there.

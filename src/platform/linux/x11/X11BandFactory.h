@@ -49,7 +49,6 @@ class X11BandFactory final : public OverlayPanelFactory {
  private:
   PanelFacts factsOf(const DockWindow& dock, const PixelRect& strip);
   std::optional<double> meanAlpha(xcb_window_t topLevel);
-  bool isShaped(xcb_window_t window);
   bool isShownAsItIs(xcb_window_t topLevel, const PixelRect& area);
 
   X11Connection& connection_;
