@@ -16,8 +16,8 @@ _veloria_options() {
   local -a look=(--config --preset --set --script --gpu)
   case $1 in
     render)
-      _veloria_words --size --scale --bar-height --notch --seconds --fps --background --mask --channel --channels \
-        --state --pointer --output --raw "${look[@]}" --help
+      _veloria_words --size --scale --bar-height --edge --notch --seconds --fps --background --mask --channel \
+        --channels --state --pointer --output --raw "${look[@]}" --help
       ;;
     bench) _veloria_words --size --frames --json "${look[@]}" --help ;;
     check) _veloria_words --channel --json --help ;;
@@ -56,6 +56,7 @@ _veloria() {
     --config | --script | --state | --channels | --mask | --background | --output | -o) _veloria_files ;;
     --preset) _veloria_preset ;;
     --raw) _veloria_words - ;;
+    --edge) _veloria_words top bottom ;;
     --size | --scale | --bar-height | --notch | --seconds | --fps | --frames | --channel | --pointer | --set | --gpu) ;;
     *)
       if [[ $word == -* ]]; then

@@ -11,6 +11,7 @@
 #include "ports/DesktopPicture.h"
 #include "ports/EventLoop.h"
 #include "ports/Notifier.h"
+#include "ports/PanelClearing.h"
 #include "ports/SettingsPresenter.h"
 #include "ports/SettingsStorage.h"
 #include "ports/StatusItem.h"
@@ -41,6 +42,8 @@ class Platform {
   virtual std::unique_ptr<AudioTap> makeAudioTap() = 0;
   virtual std::unique_ptr<SystemActivity> makeActivity() = 0;
   virtual std::unique_ptr<Notifier> makeNotifier() = 0;
+  /// Null if this system's panels can't be made clear.
+  virtual std::unique_ptr<PanelClearing> makePanelClearing() { return nullptr; }
   virtual std::unique_ptr<StatusItem> makeStatusItem() = 0;
   /// Shows the settings window by the status item, which was made before; null if the window does so itself.
   virtual std::unique_ptr<SettingsPresenter> makePopover(SettingsHost&) { return nullptr; }

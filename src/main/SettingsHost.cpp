@@ -11,6 +11,7 @@
 #include "render/ScreenGeometry.h"
 #include "ui/cards/AgentCard.h"
 #include "ui/cards/DriveModeChooser.h"
+#include "ui/cards/EdgeCard.h"
 #include "ui/cards/GlassCard.h"
 #include "ui/cards/LoginItemCard.h"
 #include "ui/cards/PaletteEditor.h"
@@ -137,6 +138,11 @@ class SettingsHost::Window {
   }
 
   void addBarAndPointer() {
+#ifndef __APPLE__
+    add(
+        SettingTab::bar, "Edge of the screen", "panel top bottom position place",
+        [this] { return new EdgeCard(*host_.ports_.settings); }, "Place");
+#endif
     add(
         SettingTab::bar, "", "", [this] { return ReadoutCard::makeNotch(ticker_, &window_); }, "Camera housing");
     add(SettingTab::pointer, "", "", [this] { return ReadoutCard::makePointer(ticker_, &window_); });

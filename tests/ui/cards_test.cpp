@@ -15,6 +15,7 @@
 #include "ui/cards/AgentCard.h"
 #include "ui/cards/CommandLineCard.h"
 #include "ui/cards/DriveModeChooser.h"
+#include "ui/cards/EdgeCard.h"
 #include "ui/cards/GlassCard.h"
 #include "ui/cards/LoginItemCard.h"
 #include "ui/cards/PaletteEditor.h"
@@ -160,6 +161,16 @@ TEST_F(CardsTest, GlassTuningsAndDriveModesAreOneClickEach) {
     EXPECT_EQ(rawValue(config().visualizer), raw);
     EXPECT_TRUE(sentences(chooser).contains(QString::fromUtf8(description(config().visualizer).data())));
   }
+}
+
+TEST_F(CardsTest, TheEdgeIsOneClickAndOneStepOfUndo) {
+  EdgeCard card(editor_);
+  const auto buttons = card.findChildren<QRadioButton*>();
+  ASSERT_EQ(buttons.size(), 3);
+  buttons[2]->click();
+  EXPECT_EQ(editor_.extra().edge, EdgeChoice::bottom);
+  editor_.undo();
+  EXPECT_TRUE(buttons[0]->isChecked());
 }
 
 TEST_F(CardsTest, TheCommandsCardOffersWhatCanBeDone) {
