@@ -139,10 +139,22 @@ void X11ScreenProvider::subtractPanels(std::vector<MonitorDescription>& monitors
   }
   const PixelRect root = connection_.rootRect();
   for (MonitorDescription& monitor : monitors) monitor.visible = visiblePixels(monitor.frame, root, struts);
+  if (foreignPanel_) {
+    for (MonitorDescription& monitor : monitors) {
+      monitor.visible = visiblePixelsBeside(*foreignPanel_, monitor.frame, monitor.visible);
+    }
+    return;
+  }
   // A work area is one rectangle for all monitors; without struts it is all there is, and the panel is on the first.
   if (struts.empty() && !monitors.empty()) {
     monitors.front().visible = visiblePixelsFromWorkArea(monitors.front().frame, firstWorkArea(connection_));
   }
+}
+
+void X11ScreenProvider::setForeignPanel(const std::optional<PixelRect>& place) {
+  if (foreignPanel_ == place) return;
+  foreignPanel_ = place;
+  settling_.note();
 }
 
 void X11ScreenProvider::watchPanels(const std::vector<DockWindow>& docks) {
