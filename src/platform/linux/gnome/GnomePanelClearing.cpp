@@ -213,7 +213,7 @@ void GnomePanelClearing::takeBackSwitch(const Answer& answer, const std::string&
 void GnomePanelClearing::finish(const Answer& answer, const std::string& problem) {
   working_ = false;
   noteChange();
-  if (answer) answer(problem, {});
+  later(answer, problem);
 }
 
 void GnomePanelClearing::later(Answer answer, const std::string& problem, const std::string& note) {
