@@ -55,7 +55,7 @@ class X11Desktop final : public VulkanDesktop {
     if (!shell_) return source;
     source.follow = [this](const Rect& place) {
       const ScreenSpace& space = screens_.space();
-      shell_->watchPointer(sharesOf(space.toPixels(place, space.scale), connection_.rootRect()));
+      shell_->watchPointer(sharesOf(space.toPixels(place, space.scale), screens_.root()));
     };
     source.location = [this, ofServer = std::move(source.location)] {
       return shell_->answers() ? pointerOfShell() : ofServer();
@@ -66,7 +66,7 @@ class X11Desktop final : public VulkanDesktop {
     const auto all = screens_.screens();
     if (!shell_ || !shell_->answers() || all.empty()) return fullScreen_.isActive();
     const PixelRect first = screens_.space().toPixels(all.front().frame, all.front().backingScale);
-    return coverMonitor(shell_->fullScreen(), first, connection_.rootRect());
+    return coverMonitor(shell_->fullScreen(), first, screens_.root());
   }
   bool displaysOff() override {
     dpms_.poll();
@@ -81,13 +81,13 @@ class X11Desktop final : public VulkanDesktop {
   std::optional<Point> pointerOfShell() {
     const auto share = shell_->pointer();
     if (!share) return std::nullopt;
-    const PixelRect pixel = pixelsOf({share->x, share->y, 0, 0}, connection_.rootRect());
+    const PixelRect pixel = pixelsOf({share->x, share->y, 0, 0}, screens_.root());
     return screens_.space().toPoints(pixel.x, pixel.y);
   }
 
   void placePanel() {
     const auto panel = shell_->panel();
-    screens_.setForeignPanel(panel ? std::optional(pixelsOf(*panel, connection_.rootRect())) : std::nullopt);
+    screens_.setForeignPanel(panel ? std::optional(pixelsOf(*panel, screens_.root())) : std::nullopt);
   }
 
   std::unique_ptr<gpu::Surface> makeSurface(xcb_connection_t* connection, xcb_window_t window) {

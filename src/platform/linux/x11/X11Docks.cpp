@@ -69,13 +69,14 @@ PixelRect visiblePixelsFromWorkArea(const PixelRect& monitor, const PixelRect& w
   return {monitor.x, monitor.y + top, monitor.width, monitor.height - top};
 }
 
-PixelRect visiblePixelsBeside(const PixelRect& panel, const PixelRect& monitor, const PixelRect& visible) {
-  const PixelRect shared = intersection(panel, monitor);
-  if (shared.empty() || shared.height > monitor.height / 2) return visible;
-  const bool atTop = shared.y - monitor.y <= monitor.bottom() - shared.bottom();
-  const int top = atTop ? std::max(visible.y, shared.bottom()) : visible.y;
-  const int bottom = atTop ? visible.bottom() : std::min(visible.bottom(), shared.y);
-  return {visible.x, top, visible.width, std::max(0, bottom - top)};
+DockStrut strutAlong(const PixelRect& panel, const PixelRect& monitor, const PixelRect& root) {
+  DockStrut dock{panel, {}};
+  if (panel.y - monitor.y <= monitor.bottom() - panel.bottom()) {
+    dock.strut.top = {panel.bottom() - root.y, panel.x, panel.right() - 1};
+  } else {
+    dock.strut.bottom = {root.bottom() - panel.y, panel.x, panel.right() - 1};
+  }
+  return dock;
 }
 
 namespace {

@@ -50,9 +50,8 @@ PixelRect visiblePixels(const PixelRect& monitor, const PixelRect& root, std::sp
 /// monitor if that part is more than half of it.
 PixelRect visiblePixelsFromWorkArea(const PixelRect& monitor, const PixelRect& workArea);
 
-/// `visible`, a part of `monitor`, without a panel along the monitor's top or bottom. One that would take more than
-/// half of the monitor, or that is not on it, changes nothing.
-PixelRect visiblePixelsBeside(const PixelRect& panel, const PixelRect& monitor, const PixelRect& visible);
+/// The strut that a panel along the top or the bottom of `monitor` would have.
+DockStrut strutAlong(const PixelRect& panel, const PixelRect& monitor, const PixelRect& root);
 
 /// A panel of the desktop, as found on the server: a window of type DOCK, or one that reserves an edge.
 struct DockWindow {

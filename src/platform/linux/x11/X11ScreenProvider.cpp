@@ -137,14 +137,13 @@ void X11ScreenProvider::subtractPanels(std::vector<MonitorDescription>& monitors
   for (const DockWindow& dock : docks) {
     if (dock.strut && dock.viewable) struts.push_back({dock.bounds, *dock.strut});
   }
-  const PixelRect root = connection_.rootRect();
-  for (MonitorDescription& monitor : monitors) monitor.visible = visiblePixels(monitor.frame, root, struts);
-  if (foreignPanel_) {
-    for (MonitorDescription& monitor : monitors) {
-      monitor.visible = visiblePixelsBeside(*foreignPanel_, monitor.frame, monitor.visible);
+  root_ = connection_.rootRect();
+  for (const MonitorDescription& monitor : monitors) {
+    if (foreignPanel_ && intersects(*foreignPanel_, monitor.frame)) {
+      struts.push_back(strutAlong(*foreignPanel_, monitor.frame, root_));
     }
-    return;
   }
+  for (MonitorDescription& monitor : monitors) monitor.visible = visiblePixels(monitor.frame, root_, struts);
   // A work area is one rectangle for all monitors; without struts it is all there is, and the panel is on the first.
   if (struts.empty() && !monitors.empty()) {
     monitors.front().visible = visiblePixelsFromWorkArea(monitors.front().frame, firstWorkArea(connection_));

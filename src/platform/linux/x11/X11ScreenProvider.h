@@ -30,6 +30,8 @@ class X11ScreenProvider final : public ScreenProvider {
 
   /// The coordinate system of screens().
   const ScreenSpace& space() const { return space_; }
+  /// All screens together, root pixels.
+  const PixelRect& root() const { return root_; }
   /// The part of `place` (root pixels) that is on the screen it shares most with; empty if there is none.
   PixelRect clippedToScreen(const PixelRect& place) const;
   /// The desktop's panels when the list was last read.
@@ -52,6 +54,7 @@ class X11ScreenProvider final : public ScreenProvider {
   std::vector<Screen> screens_;
   std::vector<PixelRect> frames_;  ///< of screens_, root pixels
   ScreenSpace space_;
+  PixelRect root_;
   std::vector<xcb_window_t> watched_;
   std::optional<PixelRect> foreignPanel_;
   std::shared_ptr<std::function<void()>> changed_ = std::make_shared<std::function<void()>>();
