@@ -165,6 +165,10 @@ TEST_F(GnomeTest, ANewExtensionIsSwitchedOnAfterTheNextLogIn) {
   EXPECT_EQ(restore(), "|");
   EXPECT_TRUE(shows(false, false));
   EXPECT_THAT(clear(), HasSubstr("|Log out"));
+  startShell(std::string(found) + R"(, "allOn": false)");
+  EXPECT_TRUE(offers(Way::afterAsking));
+  runFor(0.2);
+  EXPECT_FALSE(allOn()) << "nobody has agreed to that";
   startShell(found);
   EXPECT_TRUE(shows(true, true));
   EXPECT_EQ(restore(), "|");

@@ -17,6 +17,7 @@ constexpr struct {
   std::string_view text;
   ClearingMark::Value value;
 } contents[] = {{"waiting\n", {ClearingMark::Stage::waiting, false}},
+                {"waiting, extensions may be switched on\n", {ClearingMark::Stage::waiting, true}},
                 {"enabled\n", {ClearingMark::Stage::enabled, false}},
                 {"enabled, extensions switched on\n", {ClearingMark::Stage::enabled, true}}};
 

@@ -16,7 +16,8 @@ class ClearingMark {
   };
   struct Value {
     Stage stage = Stage::waiting;
-    bool switchedOn = false;  ///< GNOME's switch for all extensions was off before
+    /// GNOME's switch for all extensions was off before, and the user has agreed that it goes on.
+    bool switchedOn = false;
   };
 
   /// Reads the file `gnome-panel` in `folder`, which need not exist. A file with any other content counts as none.

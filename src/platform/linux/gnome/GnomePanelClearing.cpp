@@ -164,7 +164,7 @@ void GnomePanelClearing::clear(Answer answer) {
   const Offer now = offer();
   if (now.way == Way::none) return later(std::move(answer), now.text.empty() ? silent : now.text);
   if (extension_.state != State::unknown) return enable(std::move(answer));
-  const auto noted = mark_.set({Stage::waiting, false});
+  const auto noted = mark_.set({Stage::waiting, !allOn_});
   later(std::move(answer), noted ? std::string() : noted.error(), noted ? logOut : "");
   noteChange();
 }
@@ -297,7 +297,8 @@ void GnomePanelClearing::acceptExtension(const QDBusMessage& reply) {
   installed_ = extension_.state != State::unknown || isShellExtensionInstalled(*uuid_, environment_);
   if (next_ && (extension_.state == State::enabled) == goal_) arrive({});
   if (next_ && goal_ && extension_.state == State::failed) arrive(offer().text);
-  if (!working_ && isWaiting() && extension_.state == State::disabled) enable({});
+  const bool agreed = isWaiting() && (allOn_ || mark_.value()->switchedOn);
+  if (!working_ && agreed && extension_.state == State::disabled) enable({});
   if (!working_ && isWaiting() && extension_.state == State::enabled) mark_.clear();
   noteChange();
 }
