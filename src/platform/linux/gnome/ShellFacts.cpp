@@ -52,6 +52,7 @@ std::vector<Rect> placesIn(const QDBusArgument& argument) {
   for (argument.beginArray(); !argument.atEnd() && places.size() < mostMonitors;) {
     if (const auto place = placeIn(argument)) places.push_back(*place);
   }
+  argument.endArray();  // frees what reading takes
   return places;
 }
 
