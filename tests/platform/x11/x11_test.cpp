@@ -51,6 +51,14 @@ TEST(DockStruts, TakeFromAMonitorWhatThePanelsOnItReserve) {
       {"more than half", left, {{{0, 0, 1920, 32}, top(541, 0, 1919)}}, left},
       {"the bottom", lower, {{{0, 2120, 1920, 40}, {{}, {}, {}, {40, 0, 1919}}}}, {0, 1080, 1920, 1040}},
       {"the left edge", left, {{{0, 0, 60, 1080}, {{60, 0, 1079}, {}, {}, {}}}}, {60, 0, 1860, 1080}},
+      {"a panel at the top, by its place",
+       right,
+       {strutAlong({1920, 0, 1920, 32}, right, root)},
+       {1920, 32, 1920, 1048}},
+      {"a panel at the bottom, by its place",
+       lower,
+       {strutAlong({0, 2110, 1920, 50}, lower, root)},
+       {0, 1080, 1920, 1030}},
       {"the right edge", right, {{{3800, 0, 40, 1080}, {{}, {40, 0, 1079}, {}, {}}}}, {1920, 0, 1880, 1080}},
   };
   for (const auto& each : cases) EXPECT_EQ(visiblePixels(each.monitor, root, each.docks), each.visible) << each.what;

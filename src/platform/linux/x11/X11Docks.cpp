@@ -88,6 +88,16 @@ PixelRect visiblePixelsFromWorkArea(const PixelRect& monitor, const PixelRect& w
   return {monitor.x, monitor.y + top, monitor.width, monitor.height - top - bottom};
 }
 
+DockStrut strutAlong(const PixelRect& panel, const PixelRect& monitor, const PixelRect& root) {
+  DockStrut dock{panel, {}};
+  if (panel.y - monitor.y <= monitor.bottom() - panel.bottom()) {
+    dock.strut.top = {panel.bottom() - root.y, panel.x, panel.right() - 1};
+  } else {
+    dock.strut.bottom = {root.bottom() - panel.y, panel.x, panel.right() - 1};
+  }
+  return dock;
+}
+
 namespace {
 
 constexpr std::size_t mostWindows = 4096;

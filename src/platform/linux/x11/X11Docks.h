@@ -56,6 +56,9 @@ std::optional<PanelEdge> mainPanelEdge(const PixelRect& monitor, const PixelRect
 /// part that is more than half of the monitor does not count.
 PixelRect visiblePixelsFromWorkArea(const PixelRect& monitor, const PixelRect& workArea);
 
+/// The strut that a panel along the top or the bottom of `monitor` would have.
+DockStrut strutAlong(const PixelRect& panel, const PixelRect& monitor, const PixelRect& root);
+
 /// A panel of the desktop, as found on the server: a window of type DOCK, or one that reserves an edge.
 struct DockWindow {
   xcb_window_t window = XCB_WINDOW_NONE;

@@ -140,15 +140,26 @@ void X11ScreenProvider::subtractPanels(std::vector<MonitorDescription>& monitors
   for (const DockWindow& dock : docks) {
     if (dock.strut && dock.viewable) struts.push_back({dock.bounds, *dock.strut, dock.window == withTray});
   }
-  const PixelRect root = connection_.rootRect();
+  root_ = connection_.rootRect();
+  for (const MonitorDescription& monitor : monitors) {
+    if (foreignPanel_ && intersects(*foreignPanel_, monitor.frame)) {
+      struts.push_back(strutAlong(*foreignPanel_, monitor.frame, root_));
+    }
+  }
   for (MonitorDescription& monitor : monitors) {
-    monitor.visible = visiblePixels(monitor.frame, root, struts);
-    monitor.panel = mainPanelEdge(monitor.frame, root, struts);
+    monitor.visible = visiblePixels(monitor.frame, root_, struts);
+    monitor.panel = mainPanelEdge(monitor.frame, root_, struts);
   }
   // A work area is one rectangle for all monitors; without struts it is all there is, and the panel is on the first.
   if (struts.empty() && !monitors.empty()) {
     monitors.front().visible = visiblePixelsFromWorkArea(monitors.front().frame, firstWorkArea(connection_));
   }
+}
+
+void X11ScreenProvider::setForeignPanel(const std::optional<PixelRect>& place) {
+  if (foreignPanel_ == place) return;
+  foreignPanel_ = place;
+  settling_.note();
 }
 
 void X11ScreenProvider::watchPanels(const std::vector<DockWindow>& docks) {
