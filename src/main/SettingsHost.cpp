@@ -15,6 +15,7 @@
 #include "ui/cards/LoginItemCard.h"
 #include "ui/cards/PaletteEditor.h"
 #include "ui/cards/PaletteGallery.h"
+#include "ui/cards/PanelCard.h"
 #include "ui/cards/PresetGallery.h"
 #include "ui/cards/ReadoutCard.h"
 #include "ui/cards/Readouts.h"
@@ -137,6 +138,10 @@ class SettingsHost::Window {
   }
 
   void addBarAndPointer() {
+    if (PanelClearing* panel = host_.ports_.panel) {
+      add(SettingTab::bar, "Let the light through the panel", "clear transparent opaque taskbar",
+          [panel] { return new PanelCard(*panel); });
+    }
     add(
         SettingTab::bar, "", "", [this] { return ReadoutCard::makeNotch(ticker_, &window_); }, "Camera housing");
     add(SettingTab::pointer, "", "", [this] { return ReadoutCard::makePointer(ticker_, &window_); });

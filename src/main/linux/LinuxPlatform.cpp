@@ -19,6 +19,7 @@
 #include "platform/linux/activity/LinuxActivity.h"
 #include "platform/linux/files/FileSettingsStorage.h"
 #include "platform/linux/notifications/DesktopNotifier.h"
+#include "platform/linux/panel/LinuxPanelClearing.h"
 #include "platform/linux/pulse/PulseAudioTap.h"
 #include "platform/linux/system/AutostartLoginItem.h"
 #include "platform/linux/system/LinuxSystem.h"
@@ -134,6 +135,7 @@ class LinuxPlatform final : public Platform {
   std::unique_ptr<LoginItemPort> makeLoginItem() override {
     return std::make_unique<AutostartLoginItem>(environment_, program());
   }
+  std::unique_ptr<PanelClearing> makePanelClearing() override { return veloria::makePanelClearing(environment_); }
   SystemServices::Ports services() const override { return {.command = commandBeside(program())}; }
 
   void alert(Notifier& notifier, const std::string& message, const std::string& informative) override {
