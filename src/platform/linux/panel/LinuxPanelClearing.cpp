@@ -142,38 +142,47 @@ class LinuxPanelClearing::Parts final : public QObject {
   bool letsLightThrough() const { return isClear_; }
   bool canRestore() const { return canRestore_; }
 
-  void run(PanelWorker::Work work, Answer answer) {
+  void clear(Answer answer) {
     update();
-    if (!kind_ || nameOf(*kind_) == nullptr) {
-      const std::string problem = offerFor(kind_).text;
-      QMetaObject::invokeMethod(
-          this, [answer = std::move(answer), problem] { answer(problem, ""); }, Qt::QueuedConnection);
-      return;
+    hasSettings() ? run(clearPanel, std::move(answer)) : answerLater(std::move(answer), offerFor(kind_).text, "");
+  }
+  void restore(Answer answer) {
+    update();
+    hasSettings() ? run(restorePanel, std::move(answer))
+                  : answerLater(std::move(answer), "", "There is nothing to put back.");
+  }
+
+  void setChangeHandler(std::function<void()> handler) { handler_ = std::move(handler); }
+
+ private:
+  bool hasSettings() const { return kind_ && nameOf(*kind_) != nullptr; }
+
+  void update() {
+    const double now = mediaTime();
+    if (scanned_ && now - *scanned_ < scanSeconds) return;
+    scanned_ = now;
+    const auto kind = runningPanel(environment_, processes_);
+    const bool isNew = kind != kind_;
+    kind_ = kind;
+    if (isNew) {
+      const auto memories = hasSettings() ? PanelJournal(environment_, nameOf(*kind_)).read() : PanelMemories();
+      canRestore_ = isClear_ = memories && !memories->empty();  // until the desktop has told
     }
+    if (!hasSettings() || (!isNew && now - lookedAt_ < lookSeconds)) return;
+    lookedAt_ = now;
+    run(lookAtPanel, {});
+  }
+
+  void run(PanelWorker::Work work, Answer answer) {
     thread_.post([this, kind = *kind_, work, answer = std::move(answer)](PanelWorker& worker) {
       QMetaObject::invokeMethod(
           this, [this, kind, outcome = worker.run(kind, work), answer] { accept(kind, outcome, answer); });
     });
   }
 
-  void setChangeHandler(std::function<void()> handler) { handler_ = std::move(handler); }
-
- private:
-  void update() {
-    const double now = mediaTime();
-    if (scanned_ && now - *scanned_ < scanSeconds) return;
-    scanned_ = now;
-    const auto kind = runningPanel(environment_, processes_);
-    const bool hasSettings = kind && nameOf(*kind) != nullptr;
-    const bool isNew = kind != kind_;
-    kind_ = kind;
-    if (isNew) {
-      const auto memories = hasSettings ? PanelJournal(environment_, nameOf(*kind)).read() : PanelMemories();
-      canRestore_ = isClear_ = memories && !memories->empty();  // until the desktop has told
-    }
-    if (!hasSettings || (!isNew && now - lookedAt_ < lookSeconds)) return;
-    lookedAt_ = now;
-    run(lookAtPanel, {});
+  void answerLater(Answer answer, const std::string& problem, const std::string& note) {
+    QMetaObject::invokeMethod(
+        this, [answer = std::move(answer), problem, note] { answer(problem, note); }, Qt::QueuedConnection);
   }
 
   void accept(PanelKind kind, const PanelOutcome& outcome, const Answer& answer) {
@@ -216,11 +225,11 @@ bool LinuxPanelClearing::canRestore() const {
 }
 
 void LinuxPanelClearing::clear(Answer answer) {
-  parts_->run(clearPanel, std::move(answer));
+  parts_->clear(std::move(answer));
 }
 
 void LinuxPanelClearing::restore(Answer answer) {
-  parts_->run(restorePanel, std::move(answer));
+  parts_->restore(std::move(answer));
 }
 
 void LinuxPanelClearing::setChangeHandler(std::function<void()> handler) {

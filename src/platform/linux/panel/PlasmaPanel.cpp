@@ -39,9 +39,8 @@ const char* const metadata = R"({
 }
 )";
 
-/// The nine parts of a frame, all clear. The bottom of the folders' order: a panel asks for a translucent or a solid
-/// background first.
-const char* const background = R"(<svg xmlns="http://www.w3.org/2000/svg" width="12" height="12">
+/// The nine parts of a frame, all clear, and the space around its content.
+const char* const background = R"(<svg xmlns="http://www.w3.org/2000/svg" width="40" height="32">
 <g fill="#000" fill-opacity="0">
 <rect id="topleft" x="0" y="0" width="4" height="4"/>
 <rect id="top" x="4" y="0" width="4" height="4"/>
@@ -52,6 +51,15 @@ const char* const background = R"(<svg xmlns="http://www.w3.org/2000/svg" width=
 <rect id="bottomleft" x="0" y="8" width="4" height="4"/>
 <rect id="bottom" x="4" y="8" width="4" height="4"/>
 <rect id="bottomright" x="8" y="8" width="4" height="4"/>
+<rect id="hint-top-margin" x="16" y="0" width="4" height="4"/>
+<rect id="hint-bottom-margin" x="16" y="4" width="4" height="4"/>
+<rect id="hint-left-margin" x="16" y="8" width="4" height="4"/>
+<rect id="hint-right-margin" x="16" y="12" width="4" height="4"/>
+<rect id="thick-center" x="24" y="0" width="4" height="4"/>
+<rect id="thick-hint-top-margin" x="32" y="0" width="8" height="8"/>
+<rect id="thick-hint-bottom-margin" x="32" y="8" width="8" height="8"/>
+<rect id="thick-hint-left-margin" x="32" y="16" width="8" height="8"/>
+<rect id="thick-hint-right-margin" x="32" y="24" width="8" height="8"/>
 </g>
 </svg>
 )";

@@ -155,8 +155,7 @@ class XfcePanel final : public PanelSettings {
     const QDBusMessage reply = bus.call(message, QDBus::Block, patienceMilliseconds);
     if (reply.type() == QDBusMessage::ReplyMessage) return reply;
     QDBusConnection::disconnectFromBus(name_);
-    return Failure{"Xfce's settings service did not do it: " +
-                   printable(reply.errorMessage().simplified().toStdString())};
+    return Failure{"Xfce's settings service failed: " + printable(reply.errorMessage().simplified().toStdString())};
   }
 
   std::string bus_;
