@@ -22,6 +22,7 @@ _veloria_options() {
     bench) _veloria_words --size --frames --json "${look[@]}" --help ;;
     check) _veloria_words --channel --json --help ;;
     status) _veloria_words --json --help ;;
+    panel) _veloria_words --yes --help ;;
     *) _veloria_words --help ;;
   esac
 }
@@ -49,7 +50,7 @@ _veloria() {
   local word=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]}
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    _veloria_words render bench check status devices --help --version
+    _veloria_words render bench check status panel devices --help --version
     return
   fi
   case ${COMP_WORDS[COMP_CWORD - 1]} in
@@ -63,6 +64,8 @@ _veloria() {
         _veloria_options "$command"
       elif [[ $command == check ]]; then
         _veloria_files
+      elif [[ $command == panel ]] && ((COMP_CWORD == 2)); then
+        _veloria_words clear restore
       fi
       ;;
   esac

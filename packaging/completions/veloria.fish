@@ -15,6 +15,7 @@ complete -c veloria -n __veloria_no_command -a render -d 'draw frames without a 
 complete -c veloria -n __veloria_no_command -a bench -d 'measure drawing'
 complete -c veloria -n __veloria_no_command -a check -d 'check a scene script'
 complete -c veloria -n __veloria_no_command -a status -d 'show the state of the running band'
+complete -c veloria -n __veloria_no_command -a panel -d 'let the light through the panel, or put the panel back'
 complete -c veloria -n __veloria_no_command -a devices -d 'list the GPUs'
 complete -c veloria -n __veloria_no_command -l version -d 'show the version'
 complete -c veloria -s h -l help -d 'show the help'
@@ -46,3 +47,8 @@ complete -c veloria -n '__veloria_command bench' -l frames -x -d 'frames to meas
 complete -c veloria -n '__veloria_command render check' -l channel -x -d 'name=value: hold an input channel'
 complete -c veloria -n '__veloria_command bench check status' -l json -d 'print JSON'
 complete -c veloria -n '__veloria_command check' -F
+
+set -l panel '__veloria_command panel'
+complete -c veloria -n $panel -a clear -d 'let the light through the panel'
+complete -c veloria -n $panel -a restore -d 'put the panel back'
+complete -c veloria -n $panel -l yes -d 'do not ask'

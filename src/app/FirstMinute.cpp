@@ -57,8 +57,8 @@ NimbraConfig withOffer(LightOffer offer, const NimbraConfig& config, bool textCa
   NimbraConfig taken = config;
   switch (offer) {
     case LightOffer::clearPanel:
-      taken.layerMode = LayerMode::desktopStrip;
-      taken.extraHeight = 0;
+      if (taken.layerMode == LayerMode::aboveMenuBar) taken.layerMode = LayerMode::desktopStrip;
+      if (taken.extraHeight == bleed) taken.extraHeight = 0;
       break;
     case LightOffer::belowPanel:
       taken.extraHeight = std::max(taken.extraHeight, bleed);

@@ -32,7 +32,8 @@ std::vector<LightOffer> lightOffers(const NimbraConfig& config, PanelClearing::W
 /// The text of its button.
 std::string_view label(LightOffer offer);
 
-/// The settings after accepting the offer. Behind a clear panel there is no bleed. Over the panel its text is kept
+/// The settings after accepting the offer. Behind a clear panel the band needs neither the layer over
+/// it nor the bleed that were offered. Over the panel its text is kept
 /// readable if `textCanBeKept`; otherwise the band is made faint enough to read through.
 NimbraConfig withOffer(LightOffer offer, const NimbraConfig& config, bool textCanBeKept);
 

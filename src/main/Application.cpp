@@ -60,6 +60,8 @@ class LiveBand {
   }
 
   Desktop& desktop() { return *desktop_; }
+  /// Null if nothing can be done about the panel here.
+  PanelClearing* clearing() { return clearing_.get(); }
   AppStatus status() { return delegate_.status(); }
   void restartSimulation() { delegate_.restartSimulation(); }
   /// What is drawn now, or would be.
@@ -207,6 +209,7 @@ class Controls {
             .loginItem = &services_.loginItem(),
             .system = &services_.state(),
             .panes = platform_.panes(),
+            .panel = band_.clearing(),
             .visibleChanged = [this](bool visible) { settingsShown(visible); }};
   }
 

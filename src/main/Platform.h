@@ -42,14 +42,14 @@ class Platform {
   virtual std::unique_ptr<AudioTap> makeAudioTap() = 0;
   virtual std::unique_ptr<SystemActivity> makeActivity() = 0;
   virtual std::unique_ptr<Notifier> makeNotifier() = 0;
-  /// Null if this system's panels can't be made clear.
-  virtual std::unique_ptr<PanelClearing> makePanelClearing() { return nullptr; }
   virtual std::unique_ptr<StatusItem> makeStatusItem() = 0;
   /// Shows the settings window by the status item, which was made before; null if the window does so itself.
   virtual std::unique_ptr<SettingsPresenter> makePopover(SettingsHost&) { return nullptr; }
   /// `desktop`: what openDesktop() returned; must outlive it.
   virtual std::unique_ptr<SystemPort> makeSystem(Desktop& desktop) = 0;
   virtual std::unique_ptr<LoginItemPort> makeLoginItem() = 0;
+  /// Needs no more than a QCoreApplication. Null on a system whose panel can't be changed.
+  virtual std::unique_ptr<PanelClearing> makePanelClearing() { return nullptr; }
   /// The plain values alone; the pointers are null.
   virtual SystemServices::Ports services() const = 0;
   virtual SystemPanes panes() const { return {}; }
