@@ -201,7 +201,7 @@ TEST(LightOffers, AreMadeOnlyIfTheyHelpAndChangeWhatTheySayOnly) {
   EXPECT_EQ(withOffer(LightOffer::overPanel, faint, false), record(above, 30, false, 0.2)) << "never made stronger";
   EXPECT_EQ(withOffer(LightOffer::belowPanel, before, true), record(behind, 24, false, 0.9));
   EXPECT_EQ(withOffer(LightOffer::belowPanel, faint, true), faint);
-  EXPECT_EQ(withOffer(LightOffer::clearPanel, record(above, 30, true, 0.9), true), record(behind, 0, true, 0.9));
+  EXPECT_EQ(withOffer(LightOffer::clearPanel, record(above, 24, true, 0.9), true), record(behind, 0, true, 0.9));
 }
 
 TEST(FirstStart, TakesTheFirstLayerThatShowsLightAndLeavesThePanelReadable) {
