@@ -79,10 +79,11 @@ Offer offerFor(std::optional<PanelKind> kind) {
           "its opacity to 0.",
           ""};
     case tint2:
-      return {Way::byHand,
-              "In ~/.config/tint2/tint2rc, replace the line that begins with panel_background_id by this one. "
-              "Then run: killall -SIGUSR1 tint2",
-              "panel_background_id = 0"};
+      return {
+          Way::byHand,
+          "In ~/.config/tint2/tint2rc, replace the lines that begin with disable_transparency and panel_background_id "
+          "by these. Then run: killall -SIGUSR1 tint2",
+          "disable_transparency = 0\npanel_background_id = 0"};
     case polybar:
       return {
           Way::byHand,

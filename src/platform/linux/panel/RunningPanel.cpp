@@ -70,14 +70,15 @@ bool contradict(std::string_view a, std::string_view b) {
 }
 
 /// A shell that is the display server itself was started without its names, so only another name tells that it belongs
-/// to another session.
-bool isOnDisplay(const fs::path& process, const Environment& environment) {
+/// to another session; GNOME Shell in a window has that window's X11 display.
+bool isOnDisplay(const fs::path& process, PanelKind kind, const Environment& environment) {
   const auto variables = readFileBounded(process / "environ", mostVariableBytes);
   if (!variables) return true;
   const std::string wayland = environment("WAYLAND_DISPLAY").value_or("");
   const std::string x11 = environment("DISPLAY").value_or("");
   const std::string_view theirs = valueOf(*variables, "WAYLAND_DISPLAY");
   if (!wayland.empty() && !theirs.empty()) return fs::path(wayland).filename() == fs::path(theirs).filename();
+  if (!wayland.empty() && kind == gnome) return true;
   return !contradict(withoutScreen(x11), withoutScreen(valueOf(*variables, "DISPLAY")));
 }
 
@@ -89,7 +90,7 @@ std::optional<PanelKind> runningPanel(const Environment& environment, const fs::
   for (fs::directory_iterator entry(processes, error), end; !error && entry != end; entry.increment(error)) {
     if (!isOwnProcess(entry->path())) continue;
     const auto kind = panelIn(entry->path());
-    if (kind && (!panel || *kind < *panel) && isOnDisplay(entry->path(), environment)) panel = kind;
+    if (kind && (!panel || *kind < *panel) && isOnDisplay(entry->path(), *kind, environment)) panel = kind;
   }
   return panel;
 }

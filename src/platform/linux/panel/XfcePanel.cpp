@@ -29,6 +29,7 @@ const std::string darkMode = "/panels/dark-mode";
 constexpr std::string_view styleEnd = "/background-style";
 constexpr std::string_view colourEnd = "/background-rgba";
 constexpr unsigned solidColour = 1;
+constexpr int mostStyles = 10;
 constexpr std::size_t colourParts = 4;
 
 /// Null for a value of another type.
@@ -56,7 +57,7 @@ std::optional<QVariant> colourFrom(const json& value) {
   if (!value.is_array() || value.size() != colourParts) return std::nullopt;
   QVariantList parts;
   for (const json& part : value) {
-    if (!part.is_number()) return std::nullopt;
+    if (!part.is_number() || !(part >= 0 && part <= 1)) return std::nullopt;
     parts.push_back(part.get<double>());
   }
   return parts;
@@ -66,7 +67,8 @@ std::optional<QVariant> colourFrom(const json& value) {
 std::optional<QVariant> fromJson(const std::string& key, const json& value) {
   if (key.ends_with(colourEnd)) return colourFrom(value);
   if (key.ends_with(styleEnd)) {
-    return value.is_number_integer() ? std::optional<QVariant>(value.get<unsigned>()) : std::nullopt;
+    const bool valid = value.is_number_integer() && value >= 0 && value <= mostStyles;
+    return valid ? std::optional<QVariant>(value.get<unsigned>()) : std::nullopt;
   }
   return value.is_boolean() ? std::optional<QVariant>(value.get<bool>()) : std::nullopt;
 }
@@ -152,6 +154,7 @@ class XfcePanel final : public PanelSettings {
     auto message = QDBusMessage::createMethodCall(service, QStringLiteral("/org/xfce/Xfconf"), service,
                                                   QString::fromLatin1(method));
     message.setArguments(arguments);
+    message.setAutoStartService(false);
     const QDBusMessage reply = bus.call(message, QDBus::Block, patienceMilliseconds);
     if (reply.type() == QDBusMessage::ReplyMessage) return reply;
     QDBusConnection::disconnectFromBus(name_);
