@@ -60,12 +60,14 @@ Offer offerFor(std::optional<PanelKind> kind) {
     case gnome:
       return {Way::none, "Veloria can't make GNOME's panel clear.", ""};
     case xfce:
-      return {Way::oneClick,
-              "The panel's background becomes clear and its style dark, so that its text stays readable.", ""};
+      return {Way::afterAsking,
+              "The panel's background becomes clear and its style dark. Under a theme without a dark variant its text "
+              "stays dark and is hard to read; choose one that has it, such as Adwaita.",
+              ""};
     case mate:
-      return {Way::oneClick,
-              "The panel's background becomes clear. If its text is dark and hard to read then, choose a theme with a "
-              "dark panel.",
+      return {Way::afterAsking,
+              "The panel's background becomes clear, but its text keeps the colour of the theme. Dark text is hard to "
+              "read then; choose a theme with a dark panel.",
               ""};
     case plasma:
       return {Way::oneClick,
