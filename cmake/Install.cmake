@@ -26,4 +26,5 @@ install(DIRECTORY ${packaging}/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR
 # systemd knows no other folder than lib for this, whatever the libraries' folder is called.
 install(FILES ${packaging}/veloria.service DESTINATION lib/systemd/user)
 
+include(${packaging}/gnome-shell/GnomeShell.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/Package.cmake)

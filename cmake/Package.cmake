@@ -26,6 +26,7 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 # Shared libraries are found by dpkg-shlibdeps; what is loaded by name at run time is not. Qt's plugins for X11 and TLS
 # come with its libraries.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${CMAKE_SOURCE_DIR}/packaging/debian/prerm")
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "mesa-vulkan-drivers | vulkan-icd")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "ca-certificates, libqt6svg6, qt6-image-formats-plugins, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "pulseaudio | pipewire-pulse")

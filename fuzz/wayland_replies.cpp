@@ -2,12 +2,14 @@
 // is reserved can't be negative, nor can it leave less than nothing of a screen.
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "FuzzTarget.h"
 #include "base/StrictJson.h"
 #include "platform/linux/hyprland/HyprlandPointer.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
+#include "platform/linux/wayland/PlasmaPanels.h"
 
 namespace veloria {
 
@@ -26,6 +28,7 @@ void fuzz(std::string_view bytes) {
   const std::string_view rest = bytes.substr(std::min(bytes.size(), first.size() + 1));
   follow(swayReservedEdges(first, rest));
   follow(hyprlandReservedEdges(bytes));
+  follow(plasmaReservedEdges(bytes, std::array{MonitorDescription{"A", {0, 0, 800, 600}, {}}}));
   for (const auto& covered : {swayCoveredOutputs(bytes), hyprlandCoveredOutputs(first, rest)}) {
     require(!covered || covered->size() <= bytes.size());
   }

@@ -16,12 +16,13 @@ _veloria_options() {
   local -a look=(--config --preset --set --script --gpu)
   case $1 in
     render)
-      _veloria_words --size --scale --bar-height --notch --seconds --fps --background --mask --channel --channels \
-        --state --pointer --output --raw "${look[@]}" --help
+      _veloria_words --size --scale --bar-height --edge --notch --seconds --fps --background --mask --channel \
+        --channels --state --pointer --output --raw "${look[@]}" --help
       ;;
     bench) _veloria_words --size --frames --json "${look[@]}" --help ;;
     check) _veloria_words --channel --json --help ;;
     status) _veloria_words --json --help ;;
+    panel) _veloria_words --yes --help ;;
     *) _veloria_words --help ;;
   esac
 }
@@ -49,19 +50,22 @@ _veloria() {
   local word=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]}
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    _veloria_words render bench check status devices --help --version
+    _veloria_words render bench check status panel devices --help --version
     return
   fi
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     --config | --script | --state | --channels | --mask | --background | --output | -o) _veloria_files ;;
     --preset) _veloria_preset ;;
     --raw) _veloria_words - ;;
+    --edge) _veloria_words top bottom ;;
     --size | --scale | --bar-height | --notch | --seconds | --fps | --frames | --channel | --pointer | --set | --gpu) ;;
     *)
       if [[ $word == -* ]]; then
         _veloria_options "$command"
       elif [[ $command == check ]]; then
         _veloria_files
+      elif [[ $command == panel ]] && ((COMP_CWORD == 2)); then
+        _veloria_words clear restore
       fi
       ;;
   esac

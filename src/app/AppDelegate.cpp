@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/FirstMinute.h"
 #include "base/Log.h"
 #include "base/PlatformWords.h"
 #include "render/RendererError.h"
@@ -15,9 +16,17 @@ constexpr const char* alertTitle = "Veloria could not start";
 constexpr int maximumRecoveryAttempts = 20;
 /// Panels and compositors that start with us need a moment before they can be inspected.
 constexpr double hintDelay = 2.0;
+/// Panels change without telling. A band that comes into view has to be lit soon; one that is drawn in vain may wait.
+constexpr double hiddenPollSeconds = 1;
+constexpr double shownPollSeconds = 5;
+constexpr double pollTolerance = 0.5;
 /// How far outside a window, in points, the pointer still counts; further if it may act from outside.
 constexpr double pointerMargin = 40;
 constexpr double widePointerMargin = 120;
+
+/// Who sets one of them wants what it says.
+constexpr const char* variablesThatChoose[] = {"NIMBRA_VISUALIZER", "NIMBRA_LAYER", "NIMBRA_HDR", "NIMBRA_SCRIPT",
+                                               "NIMBRA_DEBUG_LEVEL"};
 
 std::string noDeviceText() {
   return "This " + std::string(machineName) + " has no " + std::string(gpuSystemName) +
@@ -29,6 +38,8 @@ ScreenStatus screenStatus(const NimbraWindow& window, const NimbraRenderer& rend
   const RenderStats::Figures figures = renderer.figures();
   return {.name = window.screen().name,
           .frame = geometry.windowFrame,
+          .edge = geometry.edge,
+          .panelEdge = window.screen().panelEdge,
           .menuBarHeight = geometry.menuBarHeight,
           .notch = geometry.notch,
           .scale = geometry.backingScale,
@@ -70,7 +81,11 @@ ChangePlan planChange(const std::optional<NimbraConfig>& last, const NimbraConfi
   return plan;
 }
 
-AppDelegate::AppDelegate(AppServices services) : services_(std::move(services)) {}
+AppDelegate::AppDelegate(AppServices services) : services_(std::move(services)) {
+  const auto isSet = [this](const char* variable) { return services_.environment(variable).has_value(); };
+  firstStart_ = services_.settings->isNew() &&
+                std::none_of(std::begin(variablesThatChoose), std::end(variablesThatChoose), isSet);
+}
 
 AppDelegate::~AppDelegate() {
   settingsSubscription_.cancel();
@@ -124,6 +139,7 @@ void AppDelegate::didFinishLaunching() {
 
 void AppDelegate::willTerminate() {
   if (capture_ != nullptr) capture_->stop();
+  if (services_.clearing != nullptr) services_.clearing->setWanted(false);
   for (const auto& [number, window] : windows_) window->setRendering(false);
 }
 
@@ -139,15 +155,16 @@ void AppDelegate::rebuildWindows() {
     wanted.insert(screen.number);
     const auto existing = windows_.find(screen.number);
     if (existing != windows_.end()) {
-      existing->second->apply(config, screen);
+      existing->second->apply(config, services_.settings->extra().edge, screen);
     } else {
       makeWindow(screen, config);
     }
   }
   removeWindows(wanted);
+  hidden_ = hiddenWindows(false);
   setRendering(shouldRender() && device_ != nullptr);
   hintTimer_ = services_.timers->after(
-      hintDelay, [this] { giveHints(); }, 0.5);
+      hintDelay, [this] { panelsSettled(); }, 0.5);
 }
 
 void AppDelegate::makeWindow(const Screen& screen, const NimbraConfig& config) {
@@ -156,7 +173,8 @@ void AppDelegate::makeWindow(const Screen& screen, const NimbraConfig& config) {
     renderer->config = config;
     auto window = std::make_unique<NimbraWindow>(
         services_.panels->makePanel(screen), renderer, screen, config,
-        NimbraWindow::Options{services_.environment("NIMBRA_DEBUG_LEVEL"), [this] { deviceLost(); }});
+        NimbraWindow::Options{services_.environment("NIMBRA_DEBUG_LEVEL"), services_.settings->extra().edge,
+                              [this] { deviceLost(); }});
     renderers_[screen.number] = std::move(renderer);
     windows_[screen.number] = std::move(window);
   } catch (const std::runtime_error& error) {
@@ -170,7 +188,9 @@ void AppDelegate::removeWindows(const std::set<std::uint32_t>& keep) {
 }
 
 void AppDelegate::configChanged(const NimbraConfig& config) {
-  const ChangePlan plan = planChange(lastConfig_, config);
+  ChangePlan plan = planChange(lastConfig_, config);
+  plan.rebuildWindows = plan.rebuildWindows || lastExtra_ != services_.settings->extra();
+  lastExtra_ = services_.settings->extra();
   if (plan.recompile) services_.driver->recompile();
   if (plan.rebuildWindows) rebuildWindows();
   if (plan.resizeGrids) {
@@ -200,22 +220,70 @@ void AppDelegate::updateRenderingState() {
 
 void AppDelegate::setRendering(bool rendering) {
   rendering_ = rendering;
-  NimbraLog::debugf("rendering=%s windows=%zu renderers=%zu", rendering ? "true" : "false", windows_.size(),
+  drawing_ = rendering && (windows_.empty() || hidden_.size() < windows_.size());
+  NimbraLog::debugf("rendering=%s windows=%zu renderers=%zu", drawing_ ? "true" : "false", windows_.size(),
                     renderers_.size());
-  if (rendering) {
+  if (drawing_) {
     services_.driver->resume();
   } else {
     services_.driver->suspend();
   }
-  for (const auto& [number, window] : windows_) window->setRendering(rendering);
+  for (const auto& [number, window] : windows_) window->setRendering(rendering && !hidden_.contains(number));
   updatePointerInterest();
   updateCapture();
+  watchVisibility();
+}
+
+Visibility AppDelegate::visibilityOf(const NimbraWindow& window) const {
+  // A bleed beside the panel is visible whatever the panel is like.
+  const StripGeometry& geometry = window.geometry();
+  if (geometry.windowFrame.height > geometry.menuBarHeight + 0.5) return {};
+  const bool behind = window.level() == OverlayLevel::desktop;
+  if (behind && services_.clearing != nullptr && services_.clearing->letsLightThrough()) return {};
+  return services_.panels->visibility(window.screen(), geometry.windowFrame, window.level());
+}
+
+/// The windows of those that are hidden already, or of all, that panels certainly cover.
+std::set<std::uint32_t> AppDelegate::hiddenWindows(bool newOnes) const {
+  std::set<std::uint32_t> hidden;
+  for (const auto& [number, window] : windows_) {
+    if (!newOnes && !hidden_.contains(number)) continue;
+    if (visibilityOf(*window).kind == Visibility::Kind::hidden) hidden.insert(number);
+  }
+  return hidden;
+}
+
+void AppDelegate::judgeVisibility(bool mayHide) {
+  if (!rendering_) return;
+  auto hidden = hiddenWindows(mayHide);
+  if (hidden == hidden_) return;
+  hidden_ = std::move(hidden);
+  setRendering(rendering_);
+}
+
+/// Only a strip behind panels can be hidden. The panel is told whether such a strip wants to be seen.
+void AppDelegate::watchVisibility() {
+  const bool behind = rendering_ && std::any_of(windows_.begin(), windows_.end(), [](const auto& entry) {
+                        return entry.second->level() == OverlayLevel::desktop;
+                      });
+  if (services_.clearing != nullptr) services_.clearing->setWanted(behind);
+  visibilityTimer_.reset();
+  if (!behind || services_.settings->config().layerMode == LayerMode::desktopFull) return;
+  visibilityTimer_ = services_.timers->repeating(hidden_.empty() ? shownPollSeconds : hiddenPollSeconds, pollTolerance,
+                                                 [this] { judgeVisibility(true); });
+}
+
+void AppDelegate::panelsChanged() {
+  judgeVisibility(false);
+  updateCapture();
+  hintTimer_ = services_.timers->after(
+      hintDelay, [this] { panelsSettled(); }, 0.5);
 }
 
 void AppDelegate::updatePointerInterest() {
   if (services_.pointer == nullptr) return;
   const NimbraConfig& config = services_.settings->config();
-  const bool on = config.enabled && config.pointerMode != PointerMode::none && shouldRender();
+  const bool on = config.enabled && config.pointerMode != PointerMode::none && drawing_;
   Rect interest;
   for (const auto& [number, window] : windows_) interest = interest.united(window->geometry().windowFrame);
   services_.pointer->interestRect = interest;
@@ -251,7 +319,8 @@ void AppDelegate::updateCapture() {
   }
   const Screen& screen = screens.front();
   const Rect& frame = window->second->geometry().windowFrame;
-  capture_->start(screen.number, {frame.minX() - screen.frame.minX(), 0, frame.width, frame.height},
+  capture_->start(screen.number,
+                  {frame.minX() - screen.frame.minX(), screen.frame.maxY() - frame.maxY(), frame.width, frame.height},
                   screen.backingScale);
   for (const auto& [number, renderer] : renderers_) {
     renderer->backdrop = number == screen.number ? capture_->box() : nullptr;
@@ -293,11 +362,14 @@ void AppDelegate::recoverDevice() {
   services_.terminate();
 }
 
-std::string AppDelegate::hintFor(const NimbraWindow& window) const {
-  // A bleed below the panel is visible whatever the panel is like.
-  const StripGeometry& geometry = window.geometry();
-  if (geometry.windowFrame.height > geometry.menuBarHeight + 0.5) return {};
-  return services_.panels->visibilityHint(window.screen(), window.level());
+std::string AppDelegate::offerText() const {
+  if (services_.clearing == nullptr) return {};
+  const auto offer = services_.clearing->offer();
+  std::string text;
+  if (offer.way == PanelClearing::Way::oneClick || offer.way == PanelClearing::Way::afterAsking)
+    text = " Or choose \"Let the light through the panel\" there.";
+  if (offer.way != PanelClearing::Way::none && !offer.text.empty()) text += ' ' + offer.text;
+  return text;
 }
 
 std::string AppDelegate::reasonForDarkness() const {
@@ -305,6 +377,10 @@ std::string AppDelegate::reasonForDarkness() const {
   if (!shouldRender() && services_.activity != nullptr) return services_.activity->reason();
   if (!shouldRender()) return "it is switched off";
   if (windows_.empty()) return "there is no screen to draw on";
+  if (!drawing_ && rendering_) {
+    const PanelEdge edge = windows_.begin()->second->geometry().edge;
+    return std::string("the panel at the ") + nameOf(edge) + " of the screen is opaque and covers the band";
+  }
   return {};
 }
 
@@ -319,8 +395,10 @@ AppStatus AppDelegate::status() const {
   if (device_ != nullptr) status.device = device_->name();
   for (const auto& [number, window] : windows_) {
     status.screens.push_back(screenStatus(*window, *renderers_.at(number)));
-    if (status.hint.empty() && status.rendering) status.hint = hintFor(*window);
+    if (status.hint.empty() && rendering_) status.hint = visibilityOf(*window).hint;
   }
+  if (!status.hint.empty()) status.hint += offerText();
+  if (services_.clearing != nullptr) status.panelClear = services_.clearing->letsLightThrough();
   status.scriptError = services_.driver->scriptError();
   status.audio = audioStatus(services_.driver->audio());
   status.weather = weatherStatus(services_.driver->weather());
@@ -331,12 +409,35 @@ AppStatus AppDelegate::status() const {
   return status;
 }
 
-void AppDelegate::giveHints() {
-  if (!shouldRender()) return;
+void AppDelegate::panelsSettled() {
+  if (!rendering_) return;
+  takeFirstLayer();
   for (const auto& [number, window] : windows_) {
-    const std::string text = hintFor(*window);
+    const std::string text = visibilityOf(*window).hint;
     if (!text.empty() && hintsGiven_.insert(text).second) services_.hint(text);
   }
+  judgeVisibility(true);
+}
+
+/// Without a panel nothing is decided: it may start after us.
+void AppDelegate::takeFirstLayer() {
+  const auto screens = services_.screens->screens();
+  const auto window = screens.empty() ? windows_.end() : windows_.find(screens.front().number);
+  if (!firstStart_ || window == windows_.end()) return;
+  const NimbraConfig& config = services_.settings->config();
+  const Visibility behind = visibilityOf(*window->second);
+  const bool untouched = config == NimbraConfig();
+  if (untouched && behind.kind == Visibility::Kind::seen && !screens.front().panelEdge) return;
+  firstStart_ = false;
+  if (!untouched) return;
+  const Rect& band = window->second->geometry().windowFrame;
+  const NimbraConfig chosen =
+      firstStartConfig({.behind = behind.kind,
+                        .above = services_.panels->visibility(screens.front(), band, OverlayLevel::aboveMenuBar).kind,
+                        .textCanBeKept = services_.textCanBeKept && services_.textCanBeKept()});
+  services_.settings->setConfig(chosen);
+  services_.settings->keep();
+  if (chosen != NimbraConfig() && services_.firstLayerTaken) services_.firstLayerTaken();
 }
 
 }  // namespace veloria

@@ -17,6 +17,7 @@
 #include "ports/BarCaptureStream.h"
 #include "ports/EventLoop.h"
 #include "ports/OverlayPanel.h"
+#include "ports/PanelClearing.h"
 #include "ports/ScreenProvider.h"
 #include "render/MenuBarCapture.h"
 #include "render/NimbraRenderer.h"
@@ -44,6 +45,10 @@ struct AppServices {
   /// Null if the menu bar can't be captured; `captureProblem` then says why, for people.
   BarCaptureStream* captureStream = nullptr;
   std::string captureProblem;
+  /// Null if the panel can't be made clear.
+  PanelClearing* clearing = nullptr;
+  /// Whether the panel's text can be kept readable under a band over it now. May be empty: never.
+  std::function<bool()> textCanBeKept = {};
   /// Why the wallpaper gives no colours. May be empty.
   std::function<std::optional<std::string>()> pictureError = {};
   Environment environment;
@@ -55,6 +60,8 @@ struct AppServices {
   std::function<void()> terminate;
   /// Shows the user a hint, which may go unnoticed. Each text once at most.
   std::function<void(const std::string& text)> hint;
+  /// Called after a first start has taken another layer than the default one. May be empty.
+  std::function<void()> firstLayerTaken = {};
 };
 
 /// The screens that get a band: all of them, or the first one only.
@@ -88,6 +95,12 @@ class AppDelegate {
   /// Retries the capture of the menu bar if it is wanted and not running, for example once a permission is granted.
   void updateCapture();
 
+  /// Call it when a panel may hide more or less than before: a compositor has come or gone, or a panel is clear now.
+  void panelsChanged();
+
+  /// Whether anything is drawn.
+  bool isDrawing() const { return drawing_; }
+
   /// Clears every fluid; the next frames start empty.
   void restartSimulation();
 
@@ -111,10 +124,15 @@ class AppDelegate {
   CaptureStatus captureStatus() const;
   bool shouldRender() const;
   std::string reasonForDarkness() const;
-  std::string hintFor(const NimbraWindow& window) const;
+  Visibility visibilityOf(const NimbraWindow& window) const;
+  std::set<std::uint32_t> hiddenWindows(bool newOnes) const;
+  void judgeVisibility(bool mayHide);
+  void watchVisibility();
+  std::string offerText() const;
   void deviceLost();
   void recoverDevice();
-  void giveHints();
+  void panelsSettled();
+  void takeFirstLayer();
 
   AppServices services_;
   std::unique_ptr<gpu::Device> device_;
@@ -123,7 +141,12 @@ class AppDelegate {
   std::map<std::uint32_t, std::shared_ptr<NimbraRenderer>> renderers_;
   std::map<std::uint32_t, std::unique_ptr<NimbraWindow>> windows_;
   std::optional<NimbraConfig> lastConfig_;
-  bool rendering_ = false;
+  ExtraSettings lastExtra_;
+  bool firstStart_ = false;         ///< the layer has still to be chosen
+  bool rendering_ = false;          ///< nothing but panels keeps the bands from being drawn
+  bool drawing_ = false;            ///< at least one is
+  std::set<std::uint32_t> hidden_;  ///< windows that panels cover; nothing is drawn for them
+  std::unique_ptr<Timer> visibilityTimer_;
   Subscription settingsSubscription_;
   std::unique_ptr<Timer> recovery_;
   int recoveryAttempts_ = 0;

@@ -26,6 +26,8 @@ Json screenJson(const ScreenStatus& screen) {
   return {{"name", screen.name},
           {"frame", rect(screen.frame)},
           {"menuBarHeight", screen.menuBarHeight},
+          {"edge", nameOf(screen.edge)},
+          {"panel", screen.panelEdge ? Json(nameOf(*screen.panelEdge)) : Json(nullptr)},
           {"notch", screen.notch ? rect(*screen.notch) : Json(nullptr)},
           {"scale", screen.scale},
           {"grid", Json::array({screen.gridWidth, screen.gridHeight})},
@@ -87,9 +89,12 @@ std::string screenText(const Json& screen) {
   const Json& frame = member(screen, "frame");
   const Json& grid = member(screen, "grid");
   const auto at = [](const Json& list, std::size_t i) { return i < list.size() && list.is_array() ? list[i] : Json(); };
+  const std::string edge = text(screen, "edge");
+  const std::string place = (edge.empty() ? "?" : edge) + " edge" +
+                            (member(screen, "panel").is_string() ? "" : " (no panel at the top or bottom)");
   return text(screen, "name") + ", " + number(at(frame, 2), 0) + "x" + number(at(frame, 3), 0) + " points at scale " +
-         number(member(screen, "scale"), 2) + ", bar " + number(member(screen, "menuBarHeight"), 0) + ", grid " +
-         number(at(grid, 0), 0) + "x" + number(at(grid, 1), 0) + ", " + number(member(screen, "fps"), 0) +
+         number(member(screen, "scale"), 2) + ", " + place + ", bar " + number(member(screen, "menuBarHeight"), 0) +
+         ", grid " + number(at(grid, 0), 0) + "x" + number(at(grid, 1), 0) + ", " + number(member(screen, "fps"), 0) +
          " frames a second, " + number(member(screen, "gpuMs"), 1) + " ms GPU";
 }
 
@@ -118,6 +123,7 @@ Json toJson(const AppStatus& status) {
             {"weather", status.weather ? weatherJson(*status.weather) : Json(nullptr)},
             {"desktopPicture", {{"error", orNull(status.pictureError)}}},
             {"capture", {{"running", status.capture.running}, {"error", orNull(status.capture.error)}}},
+            {"panel", {{"clear", orNull(status.panelClear)}}},
             {"pointer", {{"available", status.pointer.available}, {"reason", status.pointer.reason}}},
             {"hint", status.hint}};
   for (const ScreenStatus& screen : status.screens) json["screens"].push_back(screenJson(screen));
@@ -141,6 +147,7 @@ std::string statusText(const Json& status) {
   lines.add("weather", text(member(status, "weather"), "readout"));
   lines.add("weather error", text(member(status, "weather"), "error"));
   lines.add("desktop picture", text(member(status, "desktopPicture"), "error"));
+  if (member(member(status, "panel"), "clear") == true) lines.add("panel", "clear: it lets the light through");
   lines.add("panel's text", text(member(status, "capture"), "error"));
   lines.add("pointer", text(member(status, "pointer"), "reason"));
   lines.add("hint", text(status, "hint"));

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/Geometry.h"
+#include "ports/ScreenProvider.h"
 #include "settings/NimbraConfig.h"
 #include "sources/AudioSource.h"
 
@@ -15,7 +16,9 @@ namespace veloria {
 /// One screen's band.
 struct ScreenStatus {
   std::string name;
-  Rect frame;  ///< the band's window: points, global coordinates, y up
+  Rect frame;                          ///< the band's window: points, global coordinates, y up
+  PanelEdge edge = PanelEdge::top;     ///< of the band
+  std::optional<PanelEdge> panelEdge;  ///< where the panel is; nothing without one at the top or bottom
   double menuBarHeight = 0;
   std::optional<Rect> notch;  ///< points from the window's top left corner, y down
   double scale = 1;
@@ -61,6 +64,7 @@ struct AppStatus {
   std::optional<WeatherStatus> weather;     ///< nothing before the first answer or error
   std::optional<std::string> pictureError;  ///< why the wallpaper gives no colours, while they are wanted
   CaptureStatus capture;
+  std::optional<bool> panelClear;  ///< whether the panel lets the light through; nothing if it can't be made clear
   PointerStatus pointer;
   std::string hint;  ///< advice for the user about this desktop; may be empty
 };

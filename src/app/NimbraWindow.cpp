@@ -54,16 +54,16 @@ NimbraWindow::NimbraWindow(std::unique_ptr<OverlayPanel> panel, std::weak_ptr<Ni
                            const Screen& screen, const NimbraConfig& config, Options options)
     : panel_(std::move(panel)), renderer_(std::move(renderer)), options_(std::move(options)) {
   panel_->setDrawHandler([this] { draw(); });
-  apply(config, screen);
+  apply(config, options_.edge, screen);
 }
 
 NimbraWindow::~NimbraWindow() {
   panel_->orderOut();
 }
 
-void NimbraWindow::apply(const NimbraConfig& config, const Screen& screen) {
+void NimbraWindow::apply(const NimbraConfig& config, EdgeChoice edge, const Screen& screen) {
   screen_ = screen;
-  geometry_ = ScreenGeometry::geometry(screen, config);
+  geometry_ = ScreenGeometry::geometry(screen, config, edge);
   level_ = overlayLevelFor(config.layerMode, options_.debugLevel);
   logPlacement(panel_->levelName(level_), geometry_);
   panel_->setLevel(level_);

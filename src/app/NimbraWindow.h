@@ -10,7 +10,7 @@
 #include "ports/ScreenProvider.h"
 #include "render/NimbraRenderer.h"
 #include "render/StripGeometry.h"
-#include "settings/NimbraConfig.h"
+#include "settings/ExtraSettings.h"
 
 namespace veloria {
 
@@ -29,7 +29,8 @@ class NimbraWindow {
  public:
   struct Options {
     std::optional<std::string> debugLevel;  ///< the value of NIMBRA_DEBUG_LEVEL
-    std::function<void()> onDeviceLost;     ///< called from a draw that found the GPU gone; must not destroy the window
+    EdgeChoice edge = EdgeChoice::automatic;
+    std::function<void()> onDeviceLost;  ///< called from a draw that found the GPU gone; must not destroy the window
   };
 
   NimbraWindow(std::unique_ptr<OverlayPanel> panel, std::weak_ptr<NimbraRenderer> renderer, const Screen& screen,
@@ -39,7 +40,7 @@ class NimbraWindow {
   NimbraWindow& operator=(const NimbraWindow&) = delete;
 
   /// Places and configures the window again for these settings and this screen.
-  void apply(const NimbraConfig& config, const Screen& screen);
+  void apply(const NimbraConfig& config, EdgeChoice edge, const Screen& screen);
 
   /// Shows the band and draws, or hides it and stops drawing.
   void setRendering(bool on);

@@ -25,6 +25,7 @@
 #include "platform/posix/files/UserFolders.h"
 #include "platform/qt/QtEventLoop.h"
 #include "render/PointerTracker.h"
+#include "render/ScreenGeometry.h"
 #include "scene/SceneDriver.h"
 #include "settings/SettingsStore.h"
 #include "sources/ActivityWatcher.h"
@@ -43,7 +44,8 @@ class LiveBand {
         settings_(settings),
         timers_(timers),
         terminate_(std::move(terminate)) {
-    desktop_->setCaptureChanceHandler([this] { delegate_.updateCapture(); });
+    desktop_->setCaptureChanceHandler([this] { delegate_.panelsChanged(); });
+    if (clearing_) clearing_->setChangeHandler([this] { delegate_.panelsChanged(); });
   }
 
   /// False if no GPU can be used; the user has been told.
@@ -58,10 +60,12 @@ class LiveBand {
   }
 
   Desktop& desktop() { return *desktop_; }
+  /// Null if nothing can be done about the panel here.
+  PanelClearing* clearing() { return clearing_.get(); }
   AppStatus status() { return delegate_.status(); }
   void restartSimulation() { delegate_.restartSimulation(); }
   /// What is drawn now, or would be.
-  NimbraConfig drawn() { return activity_.shouldRender() ? driver_.driven() : settings_.config().applyingTempo(); }
+  NimbraConfig drawn() { return delegate_.isDrawing() ? driver_.driven() : settings_.config().applyingTempo(); }
   Readouts readouts() {
     const auto screen = desktop_->mainScreen();
     return readoutsOf(status(), screen ? &*screen : nullptr);
@@ -76,6 +80,14 @@ class LiveBand {
 
  private:
   const NimbraConfig& config() const { return settings_.config(); }
+  bool overIsSeen() {
+    const auto screen = desktop_->mainScreen();
+    if (!screen) return true;
+    const auto band = ScreenGeometry::geometry(*screen, NimbraConfig(), settings_.extra().edge).windowFrame;
+    const auto kind = desktop_->panels().visibility(*screen, band, OverlayLevel::aboveMenuBar).kind;
+    return kind == Visibility::Kind::seen;
+  }
+  bool textCanBeKept() const { return desktop_->captureStream() != nullptr && desktop_->showsTranslucency(); }
 
   SceneDriver::Ports driverPorts() {
     SceneDriver::Ports ports{.settings = [this]() -> const NimbraConfig& { return config(); }, .timers = &timers_};
@@ -96,6 +108,8 @@ class LiveBand {
         .pointer = &pointer_,
         .captureStream = desktop_->captureStream(),
         .captureProblem = desktop_->captureProblem(),
+        .clearing = clearing_.get(),
+        .textCanBeKept = [this] { return textCanBeKept(); },
         .pictureError = [this] { return sources_.pictureError(); },
         .environment = environment_,
         .backendName = desktop_->name(),
@@ -105,8 +119,9 @@ class LiveBand {
         .hint =
             [this](const std::string& text) {
               systemLog("Veloria: " + text);
-              firstMinute_.lightIsHidden();
+              firstMinute_.tell();
             },
+        .firstLayerTaken = [this] { firstMinute_.tell(); },
     };
   }
 
@@ -133,10 +148,13 @@ class LiveBand {
   PointerTracker pointer_{timers_, desktop_->pointerSource()};
 
   std::unique_ptr<Notifier> notifier_ = platform_.makeNotifier();
+  std::unique_ptr<PanelClearing> clearing_ = platform_.makePanelClearing();
   OnceMark told_{stateFolder(environment_), "first-minute"};
   FirstMinute firstMinute_{{.settings = &settings_,
                             .notifier = notifier_.get(),
-                            .textCanBeKept = [this] { return desktop_->captureStream() != nullptr; },
+                            .clearing = clearing_.get(),
+                            .overIsSeen = [this] { return overIsSeen(); },
+                            .textCanBeKept = [this] { return textCanBeKept(); },
                             .wasTold = [this] { return told_.isSet(); },
                             .rememberTold = [this] { told_.set(); }}};
   std::vector<std::filesystem::path> shaderLibraries_ = shaderLibraryCandidates(programPlaces());
@@ -191,6 +209,7 @@ class Controls {
             .loginItem = &services_.loginItem(),
             .system = &services_.state(),
             .panes = platform_.panes(),
+            .panel = band_.clearing(),
             .visibleChanged = [this](bool visible) { settingsShown(visible); }};
   }
 

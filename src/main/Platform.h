@@ -11,6 +11,7 @@
 #include "ports/DesktopPicture.h"
 #include "ports/EventLoop.h"
 #include "ports/Notifier.h"
+#include "ports/PanelClearing.h"
 #include "ports/SettingsPresenter.h"
 #include "ports/SettingsStorage.h"
 #include "ports/StatusItem.h"
@@ -47,6 +48,8 @@ class Platform {
   /// `desktop`: what openDesktop() returned; must outlive it.
   virtual std::unique_ptr<SystemPort> makeSystem(Desktop& desktop) = 0;
   virtual std::unique_ptr<LoginItemPort> makeLoginItem() = 0;
+  /// Needs no more than a QCoreApplication. Null on a system whose panel can't be changed.
+  virtual std::unique_ptr<PanelClearing> makePanelClearing() { return nullptr; }
   /// The plain values alone; the pointers are null.
   virtual SystemServices::Ports services() const = 0;
   virtual SystemPanes panes() const { return {}; }

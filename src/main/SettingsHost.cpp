@@ -8,13 +8,16 @@
 #include <cstdio>
 #include <utility>
 
+#include "app/FirstMinute.h"
 #include "render/ScreenGeometry.h"
 #include "ui/cards/AgentCard.h"
 #include "ui/cards/DriveModeChooser.h"
+#include "ui/cards/EdgeCard.h"
 #include "ui/cards/GlassCard.h"
 #include "ui/cards/LoginItemCard.h"
 #include "ui/cards/PaletteEditor.h"
 #include "ui/cards/PaletteGallery.h"
+#include "ui/cards/PanelCard.h"
 #include "ui/cards/PresetGallery.h"
 #include "ui/cards/ReadoutCard.h"
 #include "ui/cards/Readouts.h"
@@ -136,7 +139,23 @@ class SettingsHost::Window {
     add(SettingTab::look, "Glass compensation", "clear tinted", [&] { return new GlassCard(editor); });
   }
 
+  /// A first start may have put the band elsewhere, because the panel hid it.
+  void goBehindThePanel() {
+    host_.ports_.settings->change("the band behind the panel", [](NimbraConfig& config) {
+      config = withOffer(LightOffer::clearPanel, config, true);
+    });
+  }
+
   void addBarAndPointer() {
+    if (PanelClearing* panel = host_.ports_.panel) {
+      add(SettingTab::bar, "Let the light through the panel", "clear transparent opaque taskbar",
+          [this, panel] { return new PanelCard(*panel, [this] { goBehindThePanel(); }); });
+    }
+#ifndef __APPLE__
+    add(
+        SettingTab::bar, "Edge of the screen", "panel top bottom position place",
+        [this] { return new EdgeCard(*host_.ports_.settings); }, "Place");
+#endif
     add(
         SettingTab::bar, "", "", [this] { return ReadoutCard::makeNotch(ticker_, &window_); }, "Camera housing");
     add(SettingTab::pointer, "", "", [this] { return ReadoutCard::makePointer(ticker_, &window_); });

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "app/AppStatus.h"
+#include "ports/PanelClearing.h"
 #include "ports/ScreenProvider.h"
 #include "ports/SettingsPresenter.h"
 #include "settings/SettingsEditor.h"
@@ -31,6 +32,7 @@ class SettingsHost final : public SettingsPresenter {
     LoginItem* loginItem = nullptr;
     SystemState* system = nullptr;
     SystemPanes panes{};
+    PanelClearing* panel = nullptr;  ///< null: no card for it
     /// Called when the window opens and closes.
     std::function<void(bool)> visibleChanged;
   };

@@ -16,11 +16,12 @@ struct CommandEntry {
   const char* summary;
 };
 
-constexpr std::array<CommandEntry, 5> commands{{
+constexpr std::array<CommandEntry, 6> commands{{
     {"render", runRender, "draw frames without a display, into pictures or as raw rows"},
     {"bench", runBench, "measure drawing"},
     {"check", runCheck, "check a scene script"},
     {"status", runStatus, "show the state of the running band"},
+    {"panel", runPanel, "let the light through the desktop's panel, or put the panel back"},
     {"devices", runDevices, "list the GPUs"},
 }};
 
@@ -67,6 +68,6 @@ int main(int argc, char** argv) {
   }
   return runCommand("veloria", [&]() -> int {
     throw UsageError("unknown command '" + first +
-                     "'. Commands: render, bench, check, status, devices. See 'veloria --help'.");
+                     "'. Commands: render, bench, check, status, panel, devices. See 'veloria --help'.");
   });
 }

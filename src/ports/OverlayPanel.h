@@ -42,15 +42,25 @@ class OverlayPanel : public FrameTarget {
   virtual void orderOut() = 0;
 };
 
+/// Whether a band can be seen on this desktop.
+struct Visibility {
+  enum class Kind {
+    seen,
+    mayBeHidden,  ///< it can't be known
+    hidden,       ///< all of it is certainly covered
+  };
+  Kind kind = Kind::seen;
+  std::string hint;  ///< for people: what hides the band, and what to do; empty if it is seen
+};
+
 /// Port: makes overlays, and knows what this desktop hides.
 class OverlayPanelFactory {
  public:
   virtual ~OverlayPanelFactory() = default;
   /// Throws std::runtime_error when the display server refuses.
   virtual std::unique_ptr<OverlayPanel> makePanel(const Screen& screen) = 0;
-  /// If something hides a band at `level` on `screen`, such as an opaque panel: a sentence for people that says so and
-  /// what to do. Otherwise empty.
-  virtual std::string visibilityHint(const Screen& screen, OverlayLevel level) = 0;
+  /// Whether panels hide a band at `level` on `screen`. `band`: its place in global points, without a bleed.
+  virtual Visibility visibility(const Screen& screen, const Rect& band, OverlayLevel level) = 0;
 };
 
 }  // namespace veloria

@@ -16,6 +16,9 @@ struct PointerSource {
   std::function<std::optional<Point>()> location;
   /// For people: why `location` is empty.
   std::string reason;
+  /// Called with the place near which positions matter whenever it may have changed, and with an empty one when none
+  /// do. May be empty.
+  std::function<void(const Rect& place)> follow = {};
 };
 
 }  // namespace veloria

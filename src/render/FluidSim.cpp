@@ -28,13 +28,13 @@ double emitSteps(double speed) {
   return std::min(std::abs(speed) * 6, 64.0);
 }
 
-/// What the birth of light is multiplied by, `age` seconds after a clearing, for a frame of `seconds` that moves the
-/// fluid on by `dt` 60 Hz frames. Over the first second it adds what 0.9 s of scaled time at the full rate would give,
-/// most of it at once, whatever the time scale.
+/// What the birth of light is multiplied by, `age` seconds after a clearing, for a frame that moves the fluid on by
+/// `dt` 60 Hz frames, `seconds` after the one before. Over the first second it adds what 0.9 s of scaled time at the
+/// full rate would give, most of it at once, whatever the time scale; a slow frame adds no more than all of it.
 float firstLight(double age, double seconds, double dt) {
   if (age >= 1 || !(dt > 0)) return 1;
   const double left = 1 - age;
-  return static_cast<float>(1 + 3.6 * left * left * left * seconds * 60 / dt);
+  return static_cast<float>(1 + 3.6 * left * left * left * std::min(seconds, 0.25) * 60 / dt);
 }
 
 std::uint32_t cells(std::int64_t count) {

@@ -24,8 +24,9 @@ class FluidSim {
   void resize(std::int64_t width, std::int64_t height);
 
   /// Runs one step: velocity advection, curl, forces, divergence, `pressureIterations` Jacobi passes (at least one),
-  /// projection, dye advection. Does nothing before the first resize(). `seconds` is the frame's real length, above 0.
-  /// For a second after a clearing it emits more light than `params` says, so that an empty band lights up at once.
+  /// projection, dye advection. Does nothing before the first resize(). `seconds` is the real time since the frame
+  /// before, above 0. For a second after a clearing it emits more light than `params` says, so that an empty band
+  /// lights up at once.
   void step(gpu::Frame& frame, const SimParams& params, std::int64_t pressureIterations, double seconds);
 
   /// The live fields; nullptr before the first resize().

@@ -19,6 +19,7 @@ constexpr float glowThreshold = 0.001F;
 constexpr std::uint32_t extraTextMask = 1;
 constexpr std::uint32_t extraHousing = 2;
 constexpr std::uint32_t extraEnlarging = 4;
+constexpr std::uint32_t extraMirror = 8;
 
 constexpr const char* vertexFunction = "v_fullscreen";
 
@@ -73,7 +74,7 @@ std::shared_ptr<gpu::Pipeline> NimbraRenderer::pipeline(const char* fragment, gp
 std::uint32_t NimbraRenderer::compositeExtras(gpu::Size drawable, bool hasBar) const {
   const bool housing = geometry && geometry->notch && frameConfig_.notchMode != NotchMode::ignore;
   return (frameConfig_.preserveMenuBarText && hasBar ? extraTextMask : 0) | (housing ? extraHousing : 0) |
-         (sceneTex_->size() != drawable ? extraEnlarging : 0);
+         (sceneTex_->size() != drawable ? extraEnlarging : 0) | (isMirrored() ? extraMirror : 0);
 }
 
 bool NimbraRenderer::ensureFinalPipeline(gpu::PixelFormat format, std::uint32_t extras) {
@@ -137,6 +138,7 @@ void NimbraRenderer::draw(FrameTarget& target) {
 
   const double now = clock_();
   const double dt = frameSeconds(now, lastStamp_);
+  const double elapsed = lastStamp_ == 0 ? dt : std::max(now - lastStamp_, dt);
   lastStamp_ = now;
   const double scaled = uniformFloat(frameConfig_.timeScale) * dt;
   simTime_ += scaled;
@@ -144,7 +146,7 @@ void NimbraRenderer::draw(FrameTarget& target) {
 
   gpu::Frame* frame = beginFrame();
   if (frame == nullptr) return;
-  runPasses(*frame, *drawable, bar.get(), dt, scaled);
+  runPasses(*frame, *drawable, bar.get(), elapsed, scaled);
   frame->present(*drawable);
   frame->commit([this](const gpu::Completion& completion) { completed(completion); });
   frameDone();
@@ -180,16 +182,17 @@ void NimbraRenderer::runGlow(gpu::Frame& frame) {
              .target = *glowA_});
 }
 
-void NimbraRenderer::runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const gpu::Texture* bar, double seconds,
+void NimbraRenderer::runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const gpu::Texture* bar, double elapsed,
                                double scaledSeconds) {
+  const PointerState seen = isMirrored() ? mirrored(pointer, geometry->windowFrame.height) : pointer;
   const Extent view = viewSizeFor(drawableSize_, geometry);
-  sim_.step(frame, makeSimParams(frameConfig_, scaledSeconds * 60, simTime_, pointer, view),
-            frameConfig_.pressureIterations, seconds);
+  sim_.step(frame, makeSimParams(frameConfig_, scaledSeconds * 60, simTime_, seen, view),
+            frameConfig_.pressureIterations, elapsed);
 
   BandBlock block{{}, motion_.rays(), motion_.hueDrift(), motion_.hueSwing()};
   RenderParams& params = block.params;
   const Extent scene{drawableSize_.width * sceneScale_, drawableSize_.height * sceneScale_};
-  params = makeRenderParams(frameConfig_, simTime_, scene, geometry, pointer,
+  params = makeRenderParams(frameConfig_, simTime_, scene, geometry, seen,
                             debugSolidValue(std::getenv("NIMBRA_DEBUG_SOLID")));
   frame.run({.pipeline = *nimbraPipeline_,
              .label = "nimbra",

@@ -74,8 +74,9 @@ class NimbraRenderer {
   gpu::Frame* beginFrame();
   void completed(const gpu::Completion& completion);
   void runGlow(gpu::Frame& frame);
-  void runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const gpu::Texture* bar, double seconds,
+  void runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const gpu::Texture* bar, double elapsed,
                  double scaledSeconds);
+  bool isMirrored() const { return geometry && geometry->edge == PanelEdge::bottom; }
   std::uint32_t compositeExtras(gpu::Size drawable, bool hasBar) const;
   void skipFrame(const FrameTarget& target, bool drawable);
   void frameDone();

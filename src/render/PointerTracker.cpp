@@ -25,7 +25,10 @@ void PointerTracker::setEnabled(bool on) {
   timer_.reset();
   lastPoint_.reset();
   fastRate_ = false;
-  if (!on) return report(std::nullopt, {});
+  if (!on) {
+    follow({});
+    return report(std::nullopt, {});
+  }
   if (available()) schedule(slowInterval);
 }
 
@@ -35,8 +38,10 @@ void PointerTracker::schedule(double interval) {
 }
 
 void PointerTracker::sample() {
+  const Rect near = interestRect.inset(-margin, -margin);
+  follow(near);
   const std::optional<Point> point = source_.location();
-  const bool inside = point && interestRect.inset(-margin, -margin).contains(*point);
+  const bool inside = point && near.contains(*point);
   if (inside != fastRate_) {
     fastRate_ = inside;
     schedule(inside ? fastInterval : slowInterval);
@@ -64,6 +69,10 @@ void PointerTracker::sampleOutside() {
   if (!lastPoint_) return;
   lastPoint_.reset();
   report(std::nullopt, {});
+}
+
+void PointerTracker::follow(const Rect& place) {
+  if (source_.follow) source_.follow(place);
 }
 
 void PointerTracker::report(const std::optional<Point>& point, Point velocity) {

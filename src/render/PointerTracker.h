@@ -40,6 +40,7 @@ class PointerTracker {
   void sample();
   void sampleInside(Point point);
   void sampleOutside();
+  void follow(const Rect& place);
   void report(const std::optional<Point>& point, Point velocity);
 
   TimerFactory& timers_;

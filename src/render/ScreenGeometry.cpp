@@ -11,11 +11,18 @@ namespace veloria {
 
 namespace {
 
-Rect windowFrame(const Screen& screen, const NimbraConfig& config, double menuBarHeight) {
+Rect windowFrame(const Screen& screen, const NimbraConfig& config, double menuBarHeight, PanelEdge edge) {
   const Rect& frame = screen.frame;
   if (config.layerMode == LayerMode::desktopFull) return frame;
   const double height = std::min(menuBarHeight + bounded(config.extraHeight, {0, frame.height}), frame.height);
-  return {frame.minX(), frame.maxY() - height, frame.width, height};
+  const double y = edge == PanelEdge::top ? frame.maxY() - height : frame.minY();
+  return {frame.minX(), y, frame.width, height};
+}
+
+PanelEdge edgeFor(const Screen& screen, const NimbraConfig& config, EdgeChoice choice) {
+  if (config.layerMode == LayerMode::desktopFull) return PanelEdge::top;
+  if (choice == EdgeChoice::automatic) return screen.panelEdge.value_or(PanelEdge::top);
+  return choice == EdgeChoice::top ? PanelEdge::top : PanelEdge::bottom;
 }
 
 /// The padding widens the housing on both sides but only lengthens it downwards: its top is the screen's edge.
@@ -40,17 +47,18 @@ std::optional<Rect> ScreenGeometry::notchRect(const Screen& screen) {
   return Rect{left, screen.frame.maxY() - screen.safeAreaTop, right - left, screen.safeAreaTop};
 }
 
-double ScreenGeometry::menuBarHeight(const Screen& screen) {
-  const double reserved = screen.frame.maxY() - screen.visibleFrame.maxY();
-  const double measured = bounded(std::max(screen.safeAreaTop, reserved), {0, screen.frame.height});
+double ScreenGeometry::menuBarHeight(const Screen& screen, PanelEdge edge) {
+  const double housing = edge == PanelEdge::top ? screen.safeAreaTop : 0;
+  const double measured = bounded(std::max(housing, screen.reserved(edge)), {0, screen.frame.height});
   return std::round(std::max(measured, screen.statusBarThickness));
 }
 
-StripGeometry ScreenGeometry::geometry(const Screen& screen, const NimbraConfig& config) {
+StripGeometry ScreenGeometry::geometry(const Screen& screen, const NimbraConfig& config, EdgeChoice choice) {
   StripGeometry result;
-  result.menuBarHeight = menuBarHeight(screen);
-  result.windowFrame = windowFrame(screen, config, result.menuBarHeight);
-  result.notch = localNotch(screen, config, result.windowFrame);
+  result.edge = edgeFor(screen, config, choice);
+  result.menuBarHeight = menuBarHeight(screen, result.edge);
+  result.windowFrame = windowFrame(screen, config, result.menuBarHeight, result.edge);
+  if (result.edge == PanelEdge::top) result.notch = localNotch(screen, config, result.windowFrame);
   result.backingScale = screen.backingScale;
   return result;
 }

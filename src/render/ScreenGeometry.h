@@ -6,6 +6,7 @@
 #include "base/Geometry.h"
 #include "ports/ScreenProvider.h"
 #include "render/StripGeometry.h"
+#include "settings/ExtraSettings.h"
 #include "settings/NimbraConfig.h"
 
 namespace veloria {
@@ -16,13 +17,15 @@ struct ScreenGeometry {
   /// The camera housing in global coordinates (points, y upwards), flush with the screen's top edge; empty without one.
   static std::optional<Rect> notchRect(const Screen& screen);
 
-  /// The largest of the housing's height, what panels reserve at the top and the status bar's thickness; whole points.
-  /// The first two are capped at the screen's height.
-  static double menuBarHeight(const Screen& screen);
+  /// The largest of the housing's height (at the top), what panels reserve at the edge and the status bar's thickness;
+  /// whole points. The first two are capped at the screen's height.
+  static double menuBarHeight(const Screen& screen, PanelEdge edge = PanelEdge::top);
 
   /// The band's place by `layerMode`, `extraHeight`, `notchMode` and `notchPadding`. A NaN in either counts as 0; the
-  /// padding is capped at the screen's longer side.
-  static StripGeometry geometry(const Screen& screen, const NimbraConfig& config);
+  /// padding is capped at the screen's longer side. A strip hangs on the chosen edge, or where the panel is, or at the
+  /// top; the whole desktop is always upright.
+  static StripGeometry geometry(const Screen& screen, const NimbraConfig& config,
+                                EdgeChoice choice = EdgeChoice::automatic);
 
   /// The settings window's line about the housing of the main screen; empty without a main screen (null).
   static std::string description(const Screen* mainScreen);

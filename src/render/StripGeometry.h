@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "base/Geometry.h"
+#include "ports/ScreenProvider.h"
 
 namespace veloria {
 
@@ -13,7 +14,8 @@ struct StripGeometry {
   /// The camera housing with its padding: points, from the window's top left corner, y downwards. It may reach beyond
   /// the window.
   std::optional<Rect> notch;
-  double backingScale = 1;  ///< pixels per point
+  double backingScale = 1;          ///< pixels per point
+  PanelEdge edge = PanelEdge::top;  ///< at the bottom the picture is mirrored, so that the light leaves from the edge
 
   bool operator==(const StripGeometry&) const = default;
 };

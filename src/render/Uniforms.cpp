@@ -83,6 +83,12 @@ void fillPointerGlow(RenderParams& params, const NimbraConfig& config, const Poi
 
 }  // namespace
 
+PointerState mirrored(PointerState pointer, double height) {
+  if (pointer.local) pointer.local->y = height - pointer.local->y;
+  pointer.velocity.y = -pointer.velocity.y;
+  return pointer;
+}
+
 Extent viewSizeFor(gpu::Size drawable, const std::optional<StripGeometry>& geometry) {
   double scale = 2;
   if (geometry) scale = geometry->backingScale > 1 ? geometry->backingScale : 1;

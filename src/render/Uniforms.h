@@ -111,6 +111,9 @@ struct PointerState {
   bool inside = false;
 };
 
+/// The pointer over a view of `height` points whose picture is drawn upside down.
+PointerState mirrored(PointerState pointer, double height);
+
 /// The view's size in points: the drawable's over the backing scale; half the drawable if the geometry is unknown. At
 /// least 1.
 Extent viewSizeFor(gpu::Size drawable, const std::optional<StripGeometry>& geometry);

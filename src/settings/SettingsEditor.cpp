@@ -31,10 +31,22 @@ void SettingsEditor::change(std::string_view what, const std::function<void(Nimb
     done_.back().time = now;
     if (done_.back().before == after) done_.pop_back();  // back where it was: nothing to undo
   } else {
-    if (done_.size() == maximumSteps) done_.erase(done_.begin());
-    done_.push_back({std::string(what), before, after, now});
+    add({std::string(what), before, after, now});
   }
   store_.setConfig(std::move(after));
+}
+
+void SettingsEditor::add(Step step) {
+  if (done_.size() == maximumSteps) done_.erase(done_.begin());
+  done_.push_back(std::move(step));
+}
+
+void SettingsEditor::changeExtra(std::string_view what, const ExtraSettings& wanted) {
+  const ExtraSettings before = extra();
+  if (wanted == before) return;
+  undone_.clear();
+  add({std::string(what), config(), config(), -joinSeconds, before, wanted});
+  store_.setExtra(wanted);
 }
 
 void SettingsEditor::choosePreset(const LookPreset& preset) {
@@ -74,6 +86,7 @@ void SettingsEditor::moveStep(std::vector<Step>& from, std::vector<Step>& to, bo
   step.time = -joinSeconds;  // nothing joins an undone step
   NimbraConfig config = store_.config();
   applyDifference(config, forwards ? step.before : step.after, forwards ? step.after : step.before);
+  if (step.extraBefore != step.extraAfter) store_.setExtra(forwards ? step.extraAfter : step.extraBefore);
   to.push_back(std::move(step));
   store_.setConfig(std::move(config));
 }

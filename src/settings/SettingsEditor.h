@@ -31,6 +31,10 @@ class SettingsEditor {
   /// key or the title of an action.
   void change(std::string_view what, const std::function<void(NimbraConfig&)>& edit);
 
+  /// Changes what is kept beside the record.
+  void changeExtra(std::string_view what, const ExtraSettings& wanted);
+  const ExtraSettings& extra() const { return store_.extra(); }
+
   /// These replace the palette. The user's own, if it goes out of use, is kept for useOwnPalette().
   void choosePreset(const LookPreset& preset);
   void choosePalette(std::string_view name);
@@ -54,7 +58,9 @@ class SettingsEditor {
     std::string what;
     NimbraConfig before, after;
     double time = 0;
+    ExtraSettings extraBefore = {}, extraAfter = {};
   };
+  void add(Step step);
   void moveStep(std::vector<Step>& from, std::vector<Step>& to, bool forwards);
 
   SettingsStore& store_;

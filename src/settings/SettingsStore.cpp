@@ -60,12 +60,21 @@ void SettingsStore::keepOwnPalette() {
   if (const auto bytes = encodeSettings(config())) storage_->write(ownPaletteKey, *bytes);
 }
 
+void SettingsStore::setExtra(const ExtraSettings& extra) {
+  if (extra == extra_) return;
+  extra_ = extra;
+  storage_->write(extraKey, encodeExtraSettings(extra_));
+  setConfig(config());
+}
+
 void SettingsStore::load() {
+  if (const auto kept = storage_->read(extraKey)) extra_ = decodeExtraSettings(*kept);
   if (const auto kept = storage_->read(ownPaletteKey)) {
     if (auto decoded = decodeSettings(*kept)) asidePalette_ = std::move(decoded->customPalette);
   }
   auto bytes = storage_->read(settingsKey);
   if (!bytes) return;
+  isNew_ = false;
   auto decoded = decodeSettings(*bytes);
   if (decoded) return setConfig(*std::move(decoded));
   NimbraLog::debug("stored settings dropped: " + decoded.error());
@@ -95,6 +104,7 @@ void SettingsStore::persist() {
   const auto bytes = encodeSettings(config());
   if (!bytes) return NimbraLog::debug("settings not stored: they can't be encoded");
   keepRejected();
+  isNew_ = false;
   storage_->write(settingsKey, *bytes);
 }
 

@@ -8,6 +8,7 @@
 #include "base/Environment.h"
 #include "base/Observable.h"
 #include "ports/SettingsStorage.h"
+#include "settings/ExtraSettings.h"
 #include "settings/NimbraConfig.h"
 
 namespace veloria {
@@ -17,6 +18,9 @@ inline constexpr std::string_view settingsKey = "NimbraConfig.v1";
 
 /// Holds the record with the user's own palette that was last put aside. The main record has no field for it.
 inline constexpr std::string_view ownPaletteKey = "NimbraConfig.v1.ownPalette";
+
+/// Holds the ExtraSettings.
+inline constexpr std::string_view extraKey = "NimbraConfig.v1.extra";
 
 /// Owns the live record: loads it, notifies observers of each change, and stores it if it differs. Main thread.
 class SettingsStore {
@@ -38,6 +42,16 @@ class SettingsStore {
   /// Replaces the record, notifies the observers, also of an equal record, and then stores it if it differs. A record
   /// that can't be encoded stays in memory only. The storage reports write failures.
   void setConfig(NimbraConfig config);
+
+  /// Whether no record was stored when this store was made, valid or not, and none has been since.
+  bool isNew() const { return isNew_; }
+
+  /// Stores the record as it is.
+  void keep() { persist(); }
+
+  /// What is kept beside the record. setExtra() notifies the observers of the record, which is unchanged.
+  const ExtraSettings& extra() const { return extra_; }
+  void setExtra(const ExtraSettings& extra);
 
   /// Returns once the last change is on disk or has failed to get there. Any thread.
   void flush() { storage_->flush(); }
@@ -61,6 +75,8 @@ class SettingsStore {
   std::unique_ptr<SettingsStorage> storage_;
   Observable<NimbraConfig> config_{NimbraConfig()};
   std::optional<Palette> asidePalette_;
+  ExtraSettings extra_;
+  bool isNew_ = true;
   std::string rejected_;  ///< what was stored but didn't decode, until it is overwritten
   bool loading_ = true;
 };

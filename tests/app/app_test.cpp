@@ -5,6 +5,7 @@
 #include "../support/ManualTimers.h"
 #include "../support/MemoryStorage.h"
 #include "app/AppDelegate.h"
+#include "app/FirstMinute.h"
 #include "gpu/recording/RecordingDevice.h"
 
 namespace veloria::tests {
@@ -80,14 +81,31 @@ class FakePanels final : public OverlayPanelFactory {
     if (screen.name == refused) throw std::runtime_error("no window for this one");
     return std::make_unique<FakePanel>(live, screen.name, *device);
   }
-  std::string visibilityHint(const Screen&, OverlayLevel level) override {
-    return level == OverlayLevel::desktop ? hint : "";
+  Visibility visibility(const Screen&, const Rect&, OverlayLevel level) override {
+    if (level != OverlayLevel::desktop || kind == Visibility::Kind::seen) return {};
+    return {kind, "The panel hides the band."};
   }
 
   RecordingDevice* device = nullptr;
   std::map<std::string, FakePanel*> live;
-  std::string hint;
+  Visibility::Kind kind = Visibility::Kind::seen;
   std::string refused;  ///< the screen that gets no panel
+};
+
+class FakeClearing final : public PanelClearing {
+ public:
+  Offer offer() const override { return {Way::oneClick, "Nothing else changes.", ""}; }
+  bool letsLightThrough() const override { return clear_; }
+  bool canRestore() const override { return clear_; }
+  void clear(Answer) override { clear_ = true; }
+  void restore(Answer) override { clear_ = false; }
+  void setWanted(bool now) override { wanted = now; }
+  void setChangeHandler(std::function<void()>) override {}
+
+  bool wanted = false;
+
+ private:
+  bool clear_ = false;
 };
 
 class FakeStream final : public BarCaptureStream {
@@ -168,6 +186,7 @@ class AppTest : public testing::Test {
   double now_ = 10;
   PointerTracker pointer_{timers_, {[this] { return pointerPlace_; }, ""}, [this] { return now_; }};
   FakeStream stream_;
+  FakeClearing clearing_;
   std::vector<std::string> alerts_, hints_;
   int terminations_ = 0;
   AppServices services_{
@@ -313,12 +332,15 @@ TEST_F(AppTest, ThePanelsTextIsCapturedWhileItIsWanted) {
   });
   const NimbraConfig wanted = settings_.config();
   EXPECT_THAT(stream_.regions, ElementsAre(BarRegion{1, {0, 0, 1920, 32}, 2}));
+  settings_.setExtra({EdgeChoice::bottom});
+  EXPECT_EQ(stream_.regions.back(), (BarRegion{1, {0, 1056, 1920, 24}, 2}));
+  settings_.setExtra({});
   stream_.show();
   ASSERT_NE(delegate.renderers().at(1)->backdrop, nullptr);
   EXPECT_NE(delegate.renderers().at(1)->backdrop->stored(), nullptr);
   EXPECT_EQ(delegate.renderers().at(2)->backdrop, nullptr) << "it is the first screen's bar";
   change([](auto& c) { c.exposure = 2; });
-  EXPECT_EQ(stream_.regions.size(), 1U) << "started once";
+  EXPECT_EQ(stream_.regions.size(), 3U) << "started once for a place";
   void (*const edits[])(NimbraConfig&) = {[](auto& c) { c.enabled = false; },
                                           [](auto& c) { c.preserveMenuBarText = false; },
                                           [](auto& c) { c.layerMode = LayerMode::desktopStrip; }};
@@ -392,7 +414,9 @@ TEST_F(AppTest, ALostGpuIsReplacedWithTheSettingsIntactOrEndsTheProgram) {
 }
 
 TEST_F(AppTest, TheHintIsGivenOnceAndOnlyAboutABandThatIsDrawn) {
-  panels_.hint = "The panel hides the band.";
+  panels_.kind = Visibility::Kind::mayBeHidden;
+  services_.clearing = &clearing_;
+  settings_.keep();
   fullScreen_ = true;
   AppDelegate& delegate = launch();
   timers_.fire();
@@ -402,10 +426,88 @@ TEST_F(AppTest, TheHintIsGivenOnceAndOnlyAboutABandThatIsDrawn) {
     timers_.fire();
     screens_.changed();
   }
-  EXPECT_THAT(hints_, ElementsAre(panels_.hint));
-  EXPECT_EQ(delegate.status().hint, panels_.hint);
+  EXPECT_THAT(hints_, ElementsAre("The panel hides the band."));
+  EXPECT_EQ(delegate.status().hint,
+            "The panel hides the band. Or choose \"Let the light through the panel\" there. Nothing else changes.");
+  clearing_.clear({});
+  EXPECT_EQ(delegate.status().hint, "") << "a clear panel hides nothing";
+  EXPECT_EQ(delegate.status().panelClear, true);
+  clearing_.restore({});
   change([](auto& c) { c.extraHeight = 20; });
   EXPECT_EQ(delegate.status().hint, "") << "light below the panel is seen";
+}
+
+TEST_F(AppTest, WhatIsCertainlyHiddenIsDarkUntilItIsSeen) {
+  settings_.keep();
+  services_.clearing = &clearing_;
+  panels_.kind = Visibility::Kind::hidden;
+  AppDelegate& delegate = launch();
+  FakePanel* panel = panels_.live.at("left");
+  EXPECT_TRUE(panel->shown) << "the panels may not be complete yet";
+  const auto isDark = [&] { return !panel->shown && panel->paused && !delegate.isDrawing(); };
+  const std::function<void()> lights[] = {
+      [this] { panels_.kind = Visibility::Kind::mayBeHidden; },
+      [this] { clearing_.clear({}); },
+      [this] { change([](auto& c) { c.layerMode = LayerMode::aboveMenuBar; }); },
+      [this] { change([](auto& c) { c.extraHeight = 30; }); },
+  };
+  for (const auto& light : lights) {
+    settings_.setConfig({});
+    clearing_.restore({});
+    panels_.kind = Visibility::Kind::hidden;
+    timers_.fire();
+    ASSERT_TRUE(isDark()) << &light - lights;
+    EXPECT_EQ(delegate.status().reason, "the panel at the top of the screen is opaque and covers the band");
+    EXPECT_EQ(delegate.status().hint.substr(0, 25), "The panel hides the band.");
+    EXPECT_TRUE(clearing_.wanted) << "it would be seen through a clear panel";
+    light();
+    timers_.fire();
+    EXPECT_FALSE(isDark()) << &light - lights;
+    EXPECT_EQ(delegate.status().reason, "");
+  }
+  change([](auto& c) { c.enabled = false; });
+  EXPECT_FALSE(clearing_.wanted);
+}
+
+TEST_F(AppTest, ABandIsHiddenOnItsOwnScreenOnly) {
+  settings_.keep();
+  panels_.kind = Visibility::Kind::hidden;
+  change([](auto& c) { c.allDisplays = true; });
+  AppDelegate& delegate = launch();
+  timers_.fire();
+  EXPECT_FALSE(delegate.isDrawing());
+  settings_.setExtra({EdgeChoice::bottom});
+  EXPECT_EQ(panels_.live.at("left")->frame, (Rect{0, 0, 1920, 24})) << "it follows the setting while it is dark";
+  EXPECT_EQ(delegate.status().reason, "the panel at the bottom of the screen is opaque and covers the band");
+}
+
+TEST_F(AppTest, AFirstStartIsSeenAndNoOtherStartIsChanged) {
+  services_.textCanBeKept = [] { return true; };
+  int told = 0;
+  services_.firstLayerTaken = [&] { ++told; };
+  launch();
+  timers_.fire();
+  EXPECT_TRUE(settings_.isNew()) << "no panel has come yet";
+  panels_.kind = Visibility::Kind::hidden;
+  screens_.changed();
+  timers_.fire();
+  EXPECT_EQ(settings_.config(), firstStartConfig({Visibility::Kind::hidden, Visibility::Kind::seen, true}));
+  EXPECT_FALSE(settings_.isNew());
+  EXPECT_EQ(told, 1);
+  settings_.setConfig({});
+  timers_.fire();
+  EXPECT_EQ(settings_.config(), NimbraConfig()) << "the user's own choice stands";
+  EXPECT_THAT(hints_, ElementsAre("The panel hides the band."));
+}
+
+TEST_F(AppTest, AFirstStartWithALayerFromTheEnvironmentChoosesNothing) {
+  panels_.kind = Visibility::Kind::hidden;
+  services_.environment = [](std::string_view name) {
+    return name == "NIMBRA_LAYER" ? std::optional<std::string>("desktopStrip") : std::nullopt;
+  };
+  launch();
+  timers_.fire();
+  EXPECT_EQ(settings_.config(), NimbraConfig());
 }
 
 }  // namespace

@@ -147,14 +147,30 @@ class FakeNotifier final : public Notifier {
   std::function<void()> delivered;
 };
 
+class FakeClearing final : public PanelClearing {
+ public:
+  Offer offer() const override { return now; }
+  bool letsLightThrough() const override { return false; }
+  bool canRestore() const override { return false; }
+  void clear(Answer given) override { answer = std::move(given); }
+  void restore(Answer) override {}
+  void setChangeHandler(std::function<void()>) override {}
+
+  Offer now;
+  Answer answer;
+};
+
 class FirstMinuteTest : public testing::Test {
  protected:
   SettingsStore settings_{std::make_unique<MemoryStorage>(), emptyEnvironment};
   FakeNotifier notifier_;
+  FakeClearing clearing_;
   bool textCanBeKept_ = true;
   bool told_ = false;
   FirstMinute first_{{.settings = &settings_,
                       .notifier = &notifier_,
+                      .clearing = &clearing_,
+                      .overIsSeen = [] { return true; },
                       .textCanBeKept = [this] { return textCanBeKept_; },
                       .wasTold = [this] { return told_; },
                       .rememberTold = [this] { told_ = true; }}};
@@ -170,9 +186,14 @@ TEST(LightOffers, AreMadeOnlyIfTheyHelpAndChangeWhatTheySayOnly) {
     return config;
   };
   constexpr auto behind = LayerMode::desktopStrip, above = LayerMode::aboveMenuBar;
-  EXPECT_EQ(lightOffers(record(behind, 23, false, 1)).size(), 2U);
-  for (const NimbraConfig& lit : {record(behind, 24, false, 1), record(above, 0, false, 1)}) {
-    EXPECT_EQ(lightOffers(lit).size(), 0U);
+  using Way = PanelClearing::Way;
+  for (const Way way : {Way::none, Way::byHand, Way::oneClick, Way::afterAsking}) {
+    const std::size_t clearing = way == Way::oneClick || way == Way::afterAsking ? 1 : 0;
+    EXPECT_EQ(lightOffers(record(behind, 23, false, 1), way, true).size(), 2U + clearing);
+    EXPECT_EQ(lightOffers(record(behind, 23, false, 1), way, false).size(), 1U + clearing);
+    for (const NimbraConfig& lit : {record(behind, 24, false, 1), record(above, 0, false, 1)}) {
+      EXPECT_EQ(lightOffers(lit, way, true).size(), clearing);
+    }
   }
   const NimbraConfig before = record(behind, 5, false, 0.9), faint = record(behind, 30, false, 0.2);
   EXPECT_EQ(withOffer(LightOffer::overPanel, before, true), record(above, 5, true, 0.9));
@@ -180,14 +201,27 @@ TEST(LightOffers, AreMadeOnlyIfTheyHelpAndChangeWhatTheySayOnly) {
   EXPECT_EQ(withOffer(LightOffer::overPanel, faint, false), record(above, 30, false, 0.2)) << "never made stronger";
   EXPECT_EQ(withOffer(LightOffer::belowPanel, before, true), record(behind, 24, false, 0.9));
   EXPECT_EQ(withOffer(LightOffer::belowPanel, faint, true), faint);
+  EXPECT_EQ(withOffer(LightOffer::clearPanel, record(above, 24, true, 0.9), true), record(behind, 0, true, 0.9));
+}
+
+TEST(FirstStart, TakesTheFirstLayerThatShowsLightAndLeavesThePanelReadable) {
+  using Kind = Visibility::Kind;
+  const NimbraConfig defaults, over = withOffer(LightOffer::overPanel, defaults, true),
+                               below = withOffer(LightOffer::belowPanel, defaults, true);
+  const std::pair<FirstStartFacts, NimbraConfig> cases[] = {
+      {{Kind::seen, Kind::seen, true}, defaults},      {{Kind::mayBeHidden, Kind::seen, true}, over},
+      {{Kind::hidden, Kind::seen, true}, over},        {{Kind::hidden, Kind::seen, false}, below},
+      {{Kind::mayBeHidden, Kind::seen, false}, below}, {{Kind::mayBeHidden, Kind::mayBeHidden, true}, below},
+  };
+  for (const auto& [facts, chosen] : cases) EXPECT_EQ(firstStartConfig(facts), chosen) << &facts - &cases[0].first;
 }
 
 TEST_F(FirstMinuteTest, OneNotificationAndAButtonDoesTheWork) {
   told_ = true;
-  first_.lightIsHidden();
+  first_.tell();
   EXPECT_TRUE(notifier_.shown.empty()) << "once per installation";
   told_ = false;
-  for (int i = 0; i < 2; ++i) first_.lightIsHidden();
+  for (int i = 0; i < 2; ++i) first_.tell();
   ASSERT_EQ(notifier_.shown.size(), 1U);
   const Notification& shown = notifier_.shown.front();
   ASSERT_EQ(shown.actions.size(), 2U);
@@ -202,6 +236,25 @@ TEST_F(FirstMinuteTest, OneNotificationAndAButtonDoesTheWork) {
   EXPECT_TRUE(told_);
 }
 
+TEST_F(FirstMinuteTest, AClearPanelComesFirstAndTheBandGoesBehindItOnceItIsClear) {
+  clearing_.now = {PanelClearing::Way::afterAsking, "The panel restarts.", ""};
+  const NimbraConfig start = firstStartConfig({Visibility::Kind::hidden, Visibility::Kind::seen, true});
+  settings_.setConfig(start);
+  first_.tell();
+  ASSERT_EQ(notifier_.shown.size(), 1U);
+  EXPECT_THAT(notifier_.shown[0].text, HasSubstr("The panel restarts.")) << "the button is the consent to it";
+  const auto choose = notifier_.shown[0].actions.at(0).chosen;
+  for (const auto& [problem, note] : {std::pair("It failed.", ""), {"", "Log in again."}}) {
+    choose();
+    clearing_.answer(problem, note);
+    EXPECT_EQ(notifier_.shown.back().text, std::string(problem) + note);
+    EXPECT_EQ(settings_.config(), start) << "it would not be seen there yet";
+  }
+  choose();
+  clearing_.answer("", "");
+  EXPECT_EQ(settings_.config().layerMode, LayerMode::desktopStrip);
+}
+
 AppStatus fullStatus() {
   AppStatus status;
   status.rendering = true;
@@ -209,12 +262,14 @@ AppStatus fullStatus() {
   status.layer = LayerMode::aboveMenuBar;
   status.backend = "x11";
   status.device = "A GPU";
-  status.screens = {{"DP-1", {0, 1056, 1920, 24}, 24, Rect{860, 0, 200, 32}, 2, 634, 32, 60, 1.23456}};
+  status.screens = {
+      {"DP-1", {0, 1056, 1920, 24}, PanelEdge::top, std::nullopt, 24, Rect{860, 0, 200, 32}, 2, 634, 32, 60, 1.23456}};
   status.scriptError = "Line 2: unknown parameter 'glw'";
   status.audio = {true, std::nullopt, {0.5, 0.25, 0.125, 0.0625, 1}};
   status.weather = WeatherStatus{12, 8, 15, 0.75, 0, "12°C", "timed out"};
   status.pictureError = "a.svg: no reader for .svg pictures is installed";
   status.capture.error = "no compositor runs";
+  status.panelClear = true;
   status.pointer.available = true;
   return status;
 }
@@ -261,25 +316,28 @@ TEST_F(RemoteControlTest, TellsTheStatus) {
   const Json wanted = Json::parse(R"({"running": true, "rendering": true, "reason": "", "visualizer": "music",
       "layer": "aboveMenuBar", "backend": "x11", "device": "A GPU",
       "screens": [{"name": "DP-1", "frame": [0.0, 1056.0, 1920.0, 24.0], "menuBarHeight": 24.0,
-                   "notch": [860.0, 0.0, 200.0, 32.0], "scale": 2.0, "grid": [634, 32], "fps": 60, "gpuMs": 1.235}],
+                   "edge": "top", "panel": null, "notch": [860.0, 0.0, 200.0, 32.0], "scale": 2.0, "grid": [634, 32], "fps": 60, "gpuMs": 1.235}],
       "script": {"error": "Line 2: unknown parameter 'glw'"},
       "audio": {"running": true, "error": null, "level": 0.5, "bass": 0.25, "mid": 0.125, "treble": 0.063, "beat": 1.0},
       "weather": {"temp": 12.0, "wind": 8.0, "gust": 15.0, "cloud": 0.75, "rain": 0.0, "readout": "12°C",
                   "error": "timed out"},
       "desktopPicture": {"error": "a.svg: no reader for .svg pictures is installed"},
-      "capture": {"running": false, "error": "no compositor runs"}, "pointer": {"available": true, "reason": ""},
+      "capture": {"running": false, "error": "no compositor runs"}, "panel": {"clear": true}, "pointer": {"available": true, "reason": ""},
       "hint": ""})");
   EXPECT_EQ(ask(R"({"command": "status"})"), wanted);
 }
 
 TEST(StatusText, IsForPeople) {
-  EXPECT_EQ(statusText(toJson(fullStatus())),
-            "Veloria: drawing\ndrive: music\nlayer: aboveMenuBar\ndevice: A GPU, x11\n"
-            "screen: DP-1, 1920x24 points at scale 2.00, bar 24, grid 634x32, 60 frames a second, 1.2 ms GPU\n"
-            "script: Line 2: unknown parameter 'glw'\n"
-            "sound: listening, level 0.50, bass 0.25, mid 0.12, treble 0.06\n"
-            "weather: 12°C\nweather error: timed out\n"
-            "desktop picture: a.svg: no reader for .svg pictures is installed\npanel's text: no compositor runs\n");
+  EXPECT_EQ(
+      statusText(toJson(fullStatus())),
+      "Veloria: drawing\ndrive: music\nlayer: aboveMenuBar\ndevice: A GPU, x11\n"
+      "screen: DP-1, 1920x24 points at scale 2.00, top edge (no panel at the top or bottom), bar 24, grid 634x32, 60 "
+      "frames a second, 1.2 ms GPU\n"
+      "script: Line 2: unknown parameter 'glw'\n"
+      "sound: listening, level 0.50, bass 0.25, mid 0.12, treble 0.06\n"
+      "weather: 12°C\nweather error: timed out\n"
+      "desktop picture: a.svg: no reader for .svg pictures is installed\npanel: clear: it lets the light through\n"
+      "panel's text: no compositor runs\n");
   AppStatus hostile;
   hostile.device = "A\nGPU\x1b[31m";
   EXPECT_THAT(statusText(toJson(hostile)), HasSubstr("device: A GPU [31m, \n"));

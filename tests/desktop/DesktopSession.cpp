@@ -64,20 +64,21 @@ bool DesktopSession::windowManagerRuns() const {
   return check.size() == 1 && property(check.front(), "_NET_SUPPORTING_WM_CHECK") == check;
 }
 
-void DesktopSession::startPanel(int height, const std::string& monitor) {
+void DesktopSession::startPanel(int height, const std::string& monitor, const std::string& edge) {
   panel_.reset();
   std::ifstream source(VELORIA_DESKTOP_DATA "/tint2rc");
   std::ostringstream text;
-  text << source.rdbuf() << "\npanel_size = 100% " << height << "\npanel_monitor = " << monitor << "\n";
+  text << source.rdbuf() << "\npanel_size = 100% " << height << "\npanel_monitor = " << monitor
+       << "\npanel_position = " << edge << " center horizontal\n";
   panel_ = run({"tint2", "-c", folder_.write("tint2rc", text.str())});
-  require("tint2 shows no panel", *panel_, [&] { return panelIsUp(height); });
+  require("tint2 shows no panel", *panel_, [&] { return panelIsUp(height, edge == "top"); });
 }
 
-bool DesktopSession::panelIsUp(int height) const {
+bool DesktopSession::panelIsUp(int height, bool top) const {
   for (const WindowInfo& window : windows()) {
     if (window.windowClass != "Tint2" || window.height != height) continue;
     const auto strut = property(window.id, "_NET_WM_STRUT_PARTIAL");
-    if (strut.size() == 12 && strut[2] >= static_cast<std::uint32_t>(height)) return true;
+    if (strut.size() == 12 && strut[top ? 2 : 3] >= static_cast<std::uint32_t>(height)) return true;
   }
   return false;
 }

@@ -40,8 +40,8 @@ class DesktopSession final : public Session {
   void stopServer() { server_->stop(); }
   void startWindowManager(const std::string& name);  ///< "openbox" or "xfwm4"
   void stopWindowManager() { windowManager_.reset(); }
-  /// tint2, opaque, `height` pixels tall, at the top; `monitor` is "all", "primary" or a number from 1.
-  void startPanel(int height = 32, const std::string& monitor = "all");
+  /// tint2, opaque, `height` pixels tall, at the "top" or "bottom"; `monitor` is "all", "primary" or a number from 1.
+  void startPanel(int height = 32, const std::string& monitor = "all", const std::string& edge = "top");
   void stopPanel();
   void startCompositor();
   void stopCompositor();
@@ -63,7 +63,7 @@ class DesktopSession final : public Session {
  private:
   bool windowManagerRuns() const;
   bool managesWindows() const;
-  bool panelIsUp(int height) const;
+  bool panelIsUp(int height, bool top) const;
   std::vector<xcb_window_t> children(xcb_window_t window) const;
   std::optional<WindowInfo> describe(xcb_window_t window, int level) const;
 

@@ -86,6 +86,36 @@ TEST_F(EndToEnd, ThereIsOneOfItAndItListensToItsUser) {
   EXPECT_TRUE(waitUntilDark(strip));
 }
 
+TEST_F(EndToEnd, TheBandIsWhereThePanelIsAndDarkUnderAnOpaqueOne) {
+  constexpr Region lowerStrip{0, 540 - panelHeight, width, panelHeight};
+  desktop().startPanel(panelHeight, "all", "bottom");
+  startVeloria(overThePanel);
+  ASSERT_TRUE(waitForLight(lowerStrip));
+  EXPECT_EQ(litShare(session().screenshot(), {0, 0, width, 540 - panelHeight}), 0) << "nothing outside the band";
+  EXPECT_EQ(status()["screens"][0]["edge"], "bottom");
+  desktop().startPanel(panelHeight);
+  EXPECT_TRUE(waitForLight(strip) && waitUntilDark(lowerStrip)) << "it follows the panel";
+  veloria_->signal(SIGTERM);
+  endOfVeloria(0);
+
+  startVeloria([](NimbraConfig&) {});
+  EXPECT_TRUE(waitForStatus([](const json& now) {
+    return now["reason"] == "the panel at the top of the screen is opaque and covers the band";
+  }));
+  EXPECT_TRUE(waitForBands(0));
+  desktop().stopPanel();
+  EXPECT_TRUE(waitForLight(strip)) << "it is lit when the panel goes";
+  veloria_->signal(SIGTERM);
+  endOfVeloria(0);
+  desktop().startPanel(panelHeight);
+
+  std::filesystem::remove(settingsFile());
+  veloria_ = session().run({VELORIA_BINARY});
+  EXPECT_TRUE(waitForLight(strip)) << "a first start is seen";
+  EXPECT_TRUE(waitForStatus([](const json& now) { return now["capture"]["running"] == true; }));
+  EXPECT_TRUE(session().waitUntil([&] { return std::filesystem::exists(settingsFile()); }));
+}
+
 TEST_F(EndToEnd, ThePanelsClockStaysLegibleUnderTheLight) {
   const Screenshot without = session().screenshot();
   const auto isStroke = [&](int x, int y) { return luminance(without.at(x, y)) > 180; };

@@ -73,6 +73,7 @@ TEST_F(Screens, WhatPanelsReserveIsFollowed) {
   start({"openbox"});
   const xcb_window_t dock = openDock(30);
   EXPECT_TRUE(panelsReserve({30}));
+  EXPECT_EQ(screens_->screens().at(0).panelEdge, PanelEdge::top);
   setNumbers(dock, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL, {0, 0, 44, 0, 0, 0, 0, 0, 0, 1919, 0, 0});
   EXPECT_TRUE(panelsReserve({44})) << "a strut that changes";
   closeWindow(dock);
@@ -138,22 +139,24 @@ TEST_F(Screens, OurOwnWindowIsNoFullScreenWindow) {
   EXPECT_EQ(x11PointerSource(*connection_, *screens_).location(), std::nullopt);
 }
 
-TEST_F(Screens, AHintSaysThatAPanelHidesTheLight) {
+TEST_F(Screens, WhetherAPanelHidesTheLightIsKnown) {
   start({"openbox", true});
-  const auto hintBecomes = [&](bool hint) {
-    return waitUntil(
-        [&] { return factory_->visibilityHint(screens_->screens().at(0), OverlayLevel::desktop).empty() != hint; });
+  using Kind = Visibility::Kind;
+  const auto seen = [&](OverlayLevel level, double height) {
+    return factory_->visibility(screens_->screens().at(0), {0, 1080 - height, 1920, height}, level).kind;
   };
+  const auto becomes = [&](Kind kind) { return waitUntil([&] { return seen(OverlayLevel::desktop, 32) == kind; }); };
   const xcb_window_t dock = openDock(32);
-  EXPECT_TRUE(hintBecomes(true)) << "an opaque panel";
-  EXPECT_EQ(factory_->visibilityHint(screens_->screens().at(0), OverlayLevel::aboveMenuBar), "");
+  EXPECT_TRUE(becomes(Kind::hidden)) << "an opaque panel";
+  EXPECT_EQ(seen(OverlayLevel::desktop, 33), Kind::mayBeHidden) << "a line of the band is free";
+  EXPECT_EQ(seen(OverlayLevel::aboveMenuBar, 32), Kind::seen);
   setNumbers(dock, "_NET_WM_WINDOW_OPACITY", XCB_ATOM_CARDINAL, {0x80000000U});
-  EXPECT_TRUE(hintBecomes(false)) << "made translucent by its opacity";
+  EXPECT_TRUE(becomes(Kind::seen)) << "made translucent by its opacity";
   closeWindow(dock);
   openDock(32, 0.5);
-  EXPECT_TRUE(hintBecomes(false)) << "with an alpha channel";
+  EXPECT_TRUE(becomes(Kind::seen)) << "with an alpha channel";
   desktop().stopCompositor();
-  EXPECT_TRUE(hintBecomes(true)) << "nothing is translucent without a compositor";
+  EXPECT_TRUE(becomes(Kind::hidden)) << "nothing is translucent without a compositor";
 }
 
 }  // namespace

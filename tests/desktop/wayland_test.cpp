@@ -20,9 +20,9 @@ constexpr Region lowStrip{0, 0, 960, 24};  // of an output without a panel
 constexpr Region below{0, panelHeight + 4, 960, 400};
 const std::string screenLine = "output HEADLESS-1 resolution 960x540 position 0 0\noutput * bg #203040 solid_color\n";
 
-std::string panelLines(const std::string& color) {
+std::string panelLines(const std::string& color, const std::string& edge = "top") {
   // "cat" ends with the panel, which holds the other end of its input.
-  return "bar {\n position top\n height " + std::to_string(panelHeight) +
+  return "bar {\n position " + edge + "\n height " + std::to_string(panelHeight) +
          "\n status_command echo 12:34; cat\n colors {\n  background " + color + "\n }\n}\n";
 }
 
@@ -50,9 +50,11 @@ class Wayland : public ProgramTest {
   void startSway(const std::string& configuration, int outputs = 1) {
     useDesktop(std::make_unique<SwaySession>(SwaySession::Options{outputs, configuration}));
     const bool panel = configuration.find("bar {") != std::string::npos;
+    const bool low = configuration.find("position bottom") != std::string::npos;
+    const Region clock{clockPlace.x, low ? 540 - panelHeight : 0, clockPlace.width, clockPlace.height};
     ASSERT_TRUE(session().waitUntil([&] {
       const Screenshot now = session().screenshot();  // the clock comes last
-      return now.at(480, 300) == wallpaper && (!panel || shareOf(white, now, clockPlace) > 0.004);
+      return now.at(480, 300) == wallpaper && (!panel || shareOf(white, now, clock) > 0.004);
     }));
   }
 
@@ -101,17 +103,18 @@ TEST_F(Wayland, TheBleedLiesBetweenWallpaperAndPanelAlsoAfterAReload) {
   })) << veloria_->output();
 }
 
-TEST_F(Wayland, OverThePanelClicksGoThroughTheLight) {
-  startSway(screenLine + panelLines("#000000") + "focus_follows_mouse no\ndefault_border none\n");
+TEST_F(Wayland, OverThePanelWhereverItIsClicksGoThroughTheLight) {
+  startSway(screenLine + panelLines("#000000", "bottom") + "focus_follows_mouse no\ndefault_border none\n");
   const auto under = open("under");
   sway().message({"[app_id=under] floating enable, resize set 400 200, move absolute position 100 0"});
   const auto other = open("other");
   startVeloria(overThePanel);
-  ASSERT_TRUE(waitForLight(strip));
+  ASSERT_TRUE(waitForLight({strip.x, 540 - panelHeight, strip.width, panelHeight}));
+  EXPECT_EQ(litShare(session().screenshot(), strip), 0);
   ASSERT_EQ(focus(), "other");
   sway().message({"bar bar-0 mode invisible"});
   ASSERT_TRUE(waitForStatus([](const json& now) { return now["screens"][0]["menuBarHeight"] == 24; }));
-  ASSERT_TRUE(waitForLight(lowStrip));
+  ASSERT_TRUE(waitForLight(lowStrip)) << "at the top without a panel";
   for (const char* step : {"set 200 8", "press button1", "release button1"}) {
     sway().message({std::string("seat seat0 cursor ") + step});
   }

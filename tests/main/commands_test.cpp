@@ -47,6 +47,32 @@ TEST(Render, SameInputSameBytesAndLayersOfSettingsApplyInOrder) {
   EXPECT_EQ(std::count(dark.begin(), dark.end(), '\0'), static_cast<std::ptrdiff_t>(dark.size()));
 }
 
+TEST(Render, AtTheBottomEdgeThePictureIsUpsideDown) {
+  const auto film = [](const char* edge, const char* pointer) {
+    return rawFrames({"--edge", edge, "--bar-height", "10", "--set", "fadeTop=0.4", "--set", "pointerMode=\"push\"",
+                      "--pointer", pointer});
+  };
+  const std::string top = film("top", "60,4,3,2");
+  const std::string bottom = film("bottom", "60,12,3,-2");
+  constexpr std::size_t row = 320 * 4;
+  std::string turned;
+  for (std::size_t frame = 0; frame < 10; ++frame) {
+    for (std::size_t y = 16; y-- > 0;) turned += bottom.substr((frame * 16 + y) * row, row);
+  }
+  EXPECT_LT(meanDifference(top, turned), 0.01);
+  EXPECT_GT(meanDifference(top, bottom), 1) << "not the same either way";
+}
+
+TEST(Render, SlowFramesLightUpAsSoonAsFastOnes) {
+  constexpr std::size_t frame = 320 * 16 * 4;
+  const std::string dark(frame, '\0');
+  const auto light = [&](const std::string& film) { return meanDifference(film.substr(film.size() - frame), dark); };
+  const ProcessResult slow = veloria({"render", "--size", "320x16", "--seconds", "0.75", "--fps", "4", "--set",
+                                      "opaqueBackground=false", "--raw", "-"});
+  ASSERT_EQ(slow.output.size(), 3 * frame);
+  EXPECT_GT(light(slow.output), 0.7 * light(rawFrames({"--set", "opaqueBackground=false"})));
+}
+
 TEST(Render, ChannelsDriveTheScript) {
   const TemporaryFolder folder;
   const std::string script = folder.write("bass.scene", "bind exposure = bass * 3\n");

@@ -92,7 +92,8 @@ TEST_P(Help, OperandsAreOffered) {
   const std::vector<std::pair<std::string, Names>> files{{"render --preset ", presetNames()},
                                                          {"render --size ", {}},
                                                          {"render --script my", {"my.scene"}},
-                                                         {"check my", {"my.scene"}}};
+                                                         {"check my", {"my.scene"}},
+                                                         {"panel c", {"clear"}}};
   const std::vector<std::pair<std::string, Names>> programs{{"preset ", presetNames()},
                                                             {"run --ttl 3 -- dirna", {"dirname"}},
                                                             {"run dirna", {"dirname"}},

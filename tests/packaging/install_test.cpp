@@ -61,6 +61,33 @@ TEST_F(InstallTest, EverythingIsInItsPlace) {
   EXPECT_TRUE(std::filesystem::is_regular_file(installed("share/icons/hicolor/scalable/apps/veloria.svg")));
 }
 
+TEST_F(InstallTest, GnomeShellsExtensionsAreWhole) {
+  const std::string folder = installed("share/gnome-shell/extensions/");
+  const std::string script = folder + "panel-42@veloria.tollmere.com";
+  const std::string module = folder + "panel@veloria.tollmere.com";
+  for (const std::string& each : {script, module}) {
+    const ProcessResult uuid = run(
+        {"python3", "-c", "import json, sys; print(json.load(open(sys.argv[1]))['uuid'])", each + "/metadata.json"});
+    EXPECT_EQ(folder + uuid.output, each + "\n") << uuid.errors;
+    EXPECT_TRUE(std::filesystem::is_regular_file(each + "/stylesheet.css"));
+    EXPECT_EQ(run({"grep", "-c", "@[a-z]*@", each + "/extension.js"}).output, "0\n");
+  }
+  if (run({"sh", "-c", "command -v gjs"}).exitCode != 0) GTEST_SKIP() << "gjs is not here to read the extensions";
+  // The shell's own parts, as far as loading needs them.
+  std::filesystem::create_directory(home->file("ui"));
+  home->write("ui/main.js", "");
+  home->write("ui/pointerWatcher.js", "function getPointerWatcher() {}");
+  home->write("shell.js", "export class Extension {}; export const panel = 0; export function getPointerWatcher() {}");
+  const std::string check = "; for (const each of [x.enable, x.disable]) if (!each) throw new Error('not whole')";
+  expectSilent({"sh", "-c", "sed \"s|resource:///org/gnome/shell/.*js'|./shell.js'|\" \"$0\" > extension.js",
+                module + "/extension.js"});
+  home->write("main.js", "import E from './extension.js'; const x = new E()" + check);
+  expectSilent({"gjs", "-m", "main.js"});
+  expectSilent(
+      {"gjs", "-I", home->path(), "-c",
+       "const places = imports.searchPath.unshift('" + script + "'); const x = imports.extension.init()" + check});
+}
+
 TEST_F(InstallTest, DesktopEntryMetadataAndServiceAreValid) {
   expectSilent({"desktop-file-validate", installed("share/applications/com.tollmere.Veloria.desktop")});
   EXPECT_EQ(run({"appstreamcli", "validate", "--no-net", installed("share/metainfo/com.tollmere.Veloria.metainfo.xml")})

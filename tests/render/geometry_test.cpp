@@ -63,6 +63,37 @@ TEST(ScreenGeometry, TheWindowHangsFromTheTopEdgeAndNeverOutgrowsItsScreen) {
   }
 }
 
+TEST(ScreenGeometry, TheStripHangsOnThePanelsEdgeOrOnTheChosenOne) {
+  using Edge = std::optional<PanelEdge>;
+  constexpr auto automatic = EdgeChoice::automatic;
+  const struct {
+    Edge panel;
+    EdgeChoice choice;
+    LayerMode mode;
+    PanelEdge edge;
+    double y, height, barHeight;
+  } cases[] = {{{}, automatic, LayerMode::desktopStrip, PanelEdge::top, 1038, 42, 32},
+               {PanelEdge::top, automatic, LayerMode::aboveMenuBar, PanelEdge::top, 1038, 42, 32},
+               {PanelEdge::bottom, automatic, LayerMode::desktopStrip, PanelEdge::bottom, 0, 50, 40},
+               {PanelEdge::bottom, EdgeChoice::top, LayerMode::desktopStrip, PanelEdge::top, 1038, 42, 32},
+               {{}, EdgeChoice::bottom, LayerMode::aboveMenuBar, PanelEdge::bottom, 0, 50, 40},
+               {PanelEdge::bottom, EdgeChoice::bottom, LayerMode::desktopFull, PanelEdge::top, 0, 1080, 32}};
+  for (const auto& c : cases) {
+    Screen screen = housingScreen();
+    screen.visibleFrame = {origin.x, origin.y + 40, 1920, 1040};
+    screen.panelEdge = c.panel;
+    NimbraConfig config;
+    config.layerMode = c.mode;
+    config.extraHeight = 10;
+    const StripGeometry geometry = ScreenGeometry::geometry(screen, config, c.choice);
+    EXPECT_EQ(geometry.windowFrame, (Rect{origin.x, origin.y + c.y, 1920, c.height})) << &c - cases;
+    EXPECT_EQ(geometry.menuBarHeight, c.barHeight);
+    EXPECT_EQ(geometry.edge, c.edge);
+    EXPECT_EQ(geometry.notch.has_value(), c.edge == PanelEdge::top) << "the housing is at the top only";
+    EXPECT_EQ(screen.edgeOf(geometry.windowFrame), c.edge);
+  }
+}
+
 TEST(ScreenGeometry, NoHousingWithoutAnInsetBothAreasAndAGapBetweenThem) {
   using Edit = void (*)(Screen&);
   for (const Edit edit :

@@ -38,7 +38,12 @@ class PointerTrackerTest : public testing::Test {
   std::optional<Point> location_;
   double now_ = 100;
   Reports reports_;
-  PointerTracker tracker_{timers_, {.location = [this] { return location_; }, .reason = {}}, [this] { return now_; }};
+  std::optional<Rect> followed_;
+  PointerTracker tracker_{timers_,
+                          {.location = [this] { return location_; },
+                           .reason = {},
+                           .follow = [this](const Rect& place) { followed_ = place; }},
+                          [this] { return now_; }};
 };
 
 TEST_F(PointerTrackerTest, TheRateFollowsTheDistance) {
@@ -82,9 +87,11 @@ TEST_F(PointerTrackerTest, LeavingIsReportedOnce) {
 
 TEST_F(PointerTrackerTest, SwitchingOffReportsAnAbsenceAndOnAgainStartsSlowly) {
   sampleAt(Point{960, 1060}, 0.05);
+  EXPECT_EQ(followed_, (Rect{-120, 928, 2160, 272}));
   reports_.clear();
   for (int i = 0; i < 2; ++i) tracker_.setEnabled(false);
   EXPECT_EQ(reports_, absence);
+  EXPECT_EQ(followed_, Rect());
   EXPECT_TRUE(timers_.entries.empty());
   tracker_.setEnabled(true);
   EXPECT_DOUBLE_EQ(interval(), 0.05);

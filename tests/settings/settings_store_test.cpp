@@ -117,6 +117,23 @@ TEST_F(SettingsStoreTest, APaletteThatWasPutAsideOutlivesTheProcess) {
   EXPECT_EQ(makeStore().ownPalette(), mine.customPalette);
 }
 
+TEST_F(SettingsStoreTest, TheEdgeIsKeptBesideTheRecordAndAnUnknownOneIsRefused) {
+  SettingsStore store = makeStore();
+  EXPECT_TRUE(store.isNew());
+  int seen = 0;
+  const Subscription token = store.subscribe([&](const NimbraConfig&) { ++seen; });
+  store.setExtra({EdgeChoice::bottom});
+  EXPECT_EQ(seen, 2);
+  EXPECT_TRUE(store.isNew()) << "the record itself is not written";
+  EXPECT_EQ(makeStore().extra().edge, EdgeChoice::bottom);
+  for (const char* bytes : {"", "[]", R"({"edge": 1})", R"({"edge": "left"})", R"({"edge": "bottom")"}) {
+    memory_->stored["NimbraConfig.v1.extra"] = bytes;
+    EXPECT_EQ(makeStore().extra(), ExtraSettings()) << bytes;
+  }
+  memory_->stored["NimbraConfig.v1"] = "nonsense";
+  EXPECT_FALSE(makeStore().isNew());
+}
+
 class SettingsEditorTest : public SettingsStoreTest {
  protected:
   void setExposure(double value) {
@@ -160,6 +177,19 @@ TEST_F(SettingsEditorTest, UndoAndRedoKeepWhatOthersChangedMeanwhile) {
   EXPECT_EQ(store_.config().exposure, 1.25);
   editor_.redo();
   EXPECT_EQ(store_.config(), others);
+}
+
+TEST_F(SettingsEditorTest, WhatIsBesideTheRecordIsUndoneInItsTurn) {
+  setExposure(2);
+  editor_.changeExtra("edge", {EdgeChoice::bottom});
+  setExposure(3);
+  for (const auto& [exposure, edge] : {std::pair(2.0, EdgeChoice::bottom), {2.0, EdgeChoice::automatic}}) {
+    editor_.undo();
+    EXPECT_EQ(store_.config().exposure, exposure);
+    EXPECT_EQ(editor_.extra().edge, edge);
+  }
+  editor_.redo();
+  EXPECT_EQ(editor_.extra().edge, EdgeChoice::bottom);
 }
 
 /// A disk that can be slow and full; outlives the storage in front of it.

@@ -15,10 +15,12 @@
 #include "ui/cards/AgentCard.h"
 #include "ui/cards/CommandLineCard.h"
 #include "ui/cards/DriveModeChooser.h"
+#include "ui/cards/EdgeCard.h"
 #include "ui/cards/GlassCard.h"
 #include "ui/cards/LoginItemCard.h"
 #include "ui/cards/PaletteEditor.h"
 #include "ui/cards/PaletteGallery.h"
+#include "ui/cards/PanelCard.h"
 #include "ui/cards/PresetGallery.h"
 #include "ui/cards/ReadoutCard.h"
 #include "ui/cards/SystemFactsCard.h"
@@ -161,6 +163,16 @@ TEST_F(CardsTest, GlassTuningsAndDriveModesAreOneClickEach) {
   }
 }
 
+TEST_F(CardsTest, TheEdgeIsOneClickAndOneStepOfUndo) {
+  EdgeCard card(editor_);
+  const auto buttons = card.findChildren<QRadioButton*>();
+  ASSERT_EQ(buttons.size(), 3);
+  buttons[2]->click();
+  EXPECT_EQ(editor_.extra().edge, EdgeChoice::bottom);
+  editor_.undo();
+  EXPECT_TRUE(buttons[0]->isChecked());
+}
+
 TEST_F(CardsTest, TheCommandsCardOffersWhatCanBeDone) {
   const std::tuple<CommandLineToolState, const char*, bool, bool, int> cases[] = {
       // the state, the sentence, whether it can be installed and removed, the commands to run by hand
@@ -222,6 +234,70 @@ TEST_F(CardsTest, TheCommandsCardMayBeDestroyedWhileItLooks) {
   gate.set_value();
   QThreadPool::globalInstance()->waitForDone();
   QTest::qWait(10);
+}
+
+/// Answers when it is told to.
+class FakePanelClearing final : public PanelClearing {
+ public:
+  Offer offer() const override { return offered; }
+  bool letsLightThrough() const override { return isClear; }
+  bool canRestore() const override { return isClear; }
+  void clear(Answer answer) override { asked.push_back({"clear", std::move(answer)}); }
+  void restore(Answer answer) override { asked.push_back({"restore", std::move(answer)}); }
+  void setChangeHandler(std::function<void()>) override { ADD_FAILURE() << "it belongs to the application"; }
+
+  Offer offered;
+  bool isClear = false;
+  std::vector<std::pair<std::string, Answer>> asked;
+};
+
+TEST_F(CardsTest, ThePanelsCardOffersWhatTheDesktopCan) {
+  using Way = PanelClearing::Way;
+  FakePanelClearing panel;
+  auto card = std::make_unique<PanelCard>(panel);
+  card->show();
+  const auto shown = [&] {
+    QString names;
+    for (const auto* button : card->findChildren<QPushButton*>()) {
+      if (button->isVisible() && button->isEnabled()) names += button->text() + ',';
+    }
+    return names;
+  };
+  const auto becomes = [&](const char* buttons, const char* sentence) {
+    return runUntil([&] { return shown() == buttons && sentences(*card).contains(sentence); });
+  };
+  const auto click = [&](const char* name) { child<QPushButton>(*card, name).click(); };
+  EXPECT_TRUE(becomes("", "Looking for the panel"));
+  panel.offered = {Way::none, "It can't be done.", ""};
+  EXPECT_TRUE(becomes("", "It can't be done."));
+  panel.offered = {Way::byHand, "Write this.", "alpha = 0\nbeta"};
+  EXPECT_TRUE(becomes("Copy,", "Write this."));
+  card->findChild<QPushButton*>()->click();
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), "alpha = 0\nbeta");
+
+  panel.offered = {Way::afterAsking, "The panel restarts.", ""};
+  EXPECT_TRUE(becomes("Make the panel clear,", "The panel restarts."));
+  click("clearPanel");
+  EXPECT_TRUE(becomes("Go on,Leave it as it is,", "The panel restarts."));
+  click("declineToClear");
+  EXPECT_TRUE(becomes("Make the panel clear,", "The panel restarts."));
+  click("clearPanel");
+  EXPECT_TRUE(panel.asked.empty());
+  click("agreeToClear");
+  EXPECT_TRUE(becomes("", "Asking the desktop"));
+  ASSERT_EQ(panel.asked.size(), 1U);
+  panel.asked[0].second("It refused.", "");
+  EXPECT_TRUE(becomes("Make the panel clear,", "It refused."));
+
+  panel.offered = {Way::oneClick, "", ""};
+  click("clearPanel");
+  panel.isClear = true;
+  panel.asked[1].second("", "Log out once.");
+  EXPECT_TRUE(becomes("Put the panel back,", "Log out once."));
+  click("restorePanel");
+  EXPECT_EQ(panel.asked[2].first, "restore");
+  card.reset();
+  panel.asked[2].second("", "");  // too late
 }
 
 TEST_F(CardsTest, TheExampleForAgentsIsCopied) {

@@ -62,6 +62,13 @@ Extent parseExtent(const std::string& option, const std::string& text) {
   return *size;
 }
 
+PanelEdge parseEdge(const std::string& option, const std::string& text) {
+  for (const PanelEdge edge : {PanelEdge::top, PanelEdge::bottom}) {
+    if (text == nameOf(edge)) return edge;
+  }
+  refuse(option, text, "top or bottom");
+}
+
 double parseNumber(const std::string& option, const std::string& text, double low, double high) {
   const auto value = numberIn(text);
   if (!value || *value < low || *value > high)

@@ -9,6 +9,7 @@
 
 #include "base/Geometry.h"
 #include "gpu/Types.h"
+#include "ports/ScreenProvider.h"
 #include "settings/NimbraConfig.h"
 
 namespace veloria {
@@ -20,6 +21,9 @@ gpu::Size parsePixelSize(const std::string& option, const std::string& text);
 
 /// "200x32": points, above 0 and at most 16384 each.
 Extent parseExtent(const std::string& option, const std::string& text);
+
+/// "top" or "bottom".
+PanelEdge parseEdge(const std::string& option, const std::string& text);
 
 /// A number from `low` to `high`.
 double parseNumber(const std::string& option, const std::string& text, double low, double high);

@@ -36,6 +36,7 @@ int runRender(const QStringList& arguments);   ///< draws frames without a displ
 int runBench(const QStringList& arguments);    ///< measures
 int runCheck(const QStringList& arguments);    ///< checks a scene script
 int runStatus(const QStringList& arguments);   ///< asks the running band
+int runPanel(const QStringList& arguments);    ///< makes the desktop's panel clear, or puts it back
 int runDevices(const QStringList& arguments);  ///< lists the GPUs
 
 /// The band itself. Makes the application object of the event loop, so there must be none yet.

@@ -34,6 +34,7 @@ struct RenderJob {
   double scale = 1;
   std::optional<double> barHeight;
   std::optional<Extent> notch;
+  PanelEdge edge = PanelEdge::top;
   long frames = 600;
   double fps = 60;
   std::vector<std::uint8_t> ground;  ///< empty: none
@@ -55,6 +56,7 @@ void addOptions(QCommandLineParser& parser) {
       {"scale", "Pixels per point, 0.25 to 8 (default 1).", "number"},
       {"bar-height", "Height of the bar in points; the rest is the bleed below it (default: all of the picture).",
        "points"},
+      {"edge", "Edge of the screen that the band is at, top (the default) or bottom.", "edge"},
       {"notch", "Camera housing at the top centre, in points, such as 200x32.", "WxH"},
       {"seconds", "Length of the clip, up to 86400 (default 10).", "number"},
       {"fps", "Frames per second, 1 to 240 (default 60).", "number"},
@@ -151,6 +153,10 @@ RenderJob jobFrom(const QCommandLineParser& parser) {
   if (parser.isSet("size")) job.size = parsePixelSize("--size", text("size"));
   if (parser.isSet("scale")) job.scale = parseNumber("--scale", text("scale"), 0.25, 8);
   if (parser.isSet("bar-height")) job.barHeight = parseNumber("--bar-height", text("bar-height"), 1, 16384);
+  if (parser.isSet("edge")) job.edge = parseEdge("--edge", text("edge"));
+  if (parser.isSet("notch") && job.edge == PanelEdge::bottom) {
+    throw UsageError("--notch: a camera housing is at the top only; leave --edge out");
+  }
   if (parser.isSet("notch")) job.notch = parseExtent("--notch", text("notch"));
   if (parser.isSet("fps")) job.fps = parseNumber("--fps", text("fps"), 1, 240);
   const double seconds = parser.isSet("seconds") ? parseNumber("--seconds", text("seconds"), 0, longestClip) : 10;
@@ -189,6 +195,7 @@ StripGeometry geometryFor(const RenderJob& job) {
   NimbraConfig whole = job.config;
   whole.layerMode = LayerMode::desktopFull;
   StripGeometry geometry = ScreenGeometry::geometry(screen, whole);
+  geometry.edge = job.edge;
   geometry.menuBarHeight = std::min(job.barHeight.value_or(screen.frame.height), screen.frame.height);
   return geometry;
 }

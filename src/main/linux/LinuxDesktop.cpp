@@ -6,6 +6,7 @@
 #include "base/Log.h"
 #include "main/GpuSetup.h"
 #include "main/commands/Command.h"
+#include "platform/linux/files/DesktopNames.h"
 
 namespace veloria {
 
@@ -60,7 +61,8 @@ std::unique_ptr<Desktop> openDesktop(const Environment& environment, const Descr
     case DesktopKind::wayland:
       return makeWaylandDesktop(std::move(wayland), environment);
     case DesktopKind::x11:
-      return makeX11Desktop(*environment("DISPLAY"), watch, timers);
+      return makeX11Desktop(*environment("DISPLAY"), facts.waylandAnswers && isDesktop(environment, "gnome"), watch,
+                            timers);
     case DesktopKind::none:
       break;
   }

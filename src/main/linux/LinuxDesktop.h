@@ -52,8 +52,9 @@ class VulkanDesktop : public Desktop {
 std::unique_ptr<Desktop> makeWaylandDesktop(std::unique_ptr<WaylandConnection> connection,
                                             const Environment& environment);
 
+/// `besideGnome`: the display is XWayland's in a GNOME session, where the shell's extension tells what X11 can't.
 /// Throws std::runtime_error if the display can't be opened or allows no overlays.
-std::unique_ptr<Desktop> makeX11Desktop(const std::string& displayName, const DescriptorWatcher& watch,
-                                        TimerFactory& timers);
+std::unique_ptr<Desktop> makeX11Desktop(const std::string& displayName, bool besideGnome,
+                                        const DescriptorWatcher& watch, TimerFactory& timers);
 
 }  // namespace veloria

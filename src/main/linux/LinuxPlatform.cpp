@@ -18,7 +18,9 @@
 #include "main/linux/LinuxDesktop.h"
 #include "platform/linux/activity/LinuxActivity.h"
 #include "platform/linux/files/FileSettingsStorage.h"
+#include "platform/linux/gnome/GnomePanelClearing.h"
 #include "platform/linux/notifications/DesktopNotifier.h"
+#include "platform/linux/panel/LinuxPanelClearing.h"
 #include "platform/linux/pulse/PulseAudioTap.h"
 #include "platform/linux/system/AutostartLoginItem.h"
 #include "platform/linux/system/LinuxSystem.h"
@@ -133,6 +135,9 @@ class LinuxPlatform final : public Platform {
   }
   std::unique_ptr<LoginItemPort> makeLoginItem() override {
     return std::make_unique<AutostartLoginItem>(environment_, program());
+  }
+  std::unique_ptr<PanelClearing> makePanelClearing() override {
+    return veloria::makePanelClearing(environment_, [this] { return makeGnomePanelClearing(environment_); });
   }
   SystemServices::Ports services() const override { return {.command = commandBeside(program())}; }
 

@@ -6,11 +6,18 @@
 #include <vulkan/vulkan_core.h>
 #include <vulkan/vulkan_wayland.h>
 
+#include <QDBusConnection>
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <span>
 #include <utility>
 
 #include "gpu/vulkan/VulkanFactory.h"
+#include "platform/linux/files/DesktopNames.h"
 #include "platform/linux/hyprland/HyprlandPointer.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
+#include "platform/linux/wayland/PlasmaPanels.h"
 #include "platform/linux/wayland/WaylandActivity.h"
 #include "platform/linux/wayland/WaylandBand.h"
 #include "platform/linux/wayland/WaylandScreenProvider.h"
@@ -25,12 +32,15 @@ class WaylandDesktop final : public VulkanDesktop {
       : environment_(environment),
         connection_(std::move(connection)),
         compositor_(environment),
+        plasma_(makePlasmaPanels(environment)),
         screens_(
-            *connection_, [this] { return compositor_.reservedEdges(); }, screenOverridesFromEnvironment()),
+            *connection_, [this](auto monitors) { return reservedEdges(monitors); }, screenOverridesFromEnvironment()),
         fullScreen_(*connection_, [this] { return compositor_.coveredOutputs(); }),
         outputPower_(*connection_),
         bands_(*connection_, screens_, compositor_.layerStacking(),
-               [this](wl_display* display, wl_surface* surface) { return makeSurface(display, surface); }) {}
+               [this](wl_display* display, wl_surface* surface) { return makeSurface(display, surface); }) {
+    if (plasma_) panelsMoved_ = screens_.onPanelsMoved([this] { plasma_->read(); });
+  }
 
   const char* name() const override { return "wayland"; }
   ScreenProvider& screens() override { return screens_; }
@@ -56,6 +66,14 @@ class WaylandDesktop final : public VulkanDesktop {
   }
 
  private:
+  std::unique_ptr<PlasmaPanels> makePlasmaPanels(const Environment& environment) {
+    const auto names = desktopNames(environment);
+    if (std::count(names.begin(), names.end(), "kde") == 0) return nullptr;
+    return std::make_unique<PlasmaPanels>(QDBusConnection::sessionBus(), [this] { screens_.reservedEdgesChanged(); });
+  }
+  std::optional<ReservedEdges> reservedEdges(std::span<const MonitorDescription> monitors) const {
+    return plasma_ ? plasma_->reservedEdges(monitors) : compositor_.reservedEdges();
+  }
   Point fromLayout(Point point) {
     const ScreenSpace& space = screens_.space();
     return {point.x - space.originX, space.originBottom - point.y};
@@ -75,10 +93,12 @@ class WaylandDesktop final : public VulkanDesktop {
   Environment environment_;
   std::unique_ptr<WaylandConnection> connection_;
   CompositorQuestions compositor_;
+  std::unique_ptr<PlasmaPanels> plasma_;
   WaylandScreenProvider screens_;
   WaylandFullScreen fullScreen_;
   WaylandOutputPower outputPower_;
   WaylandBandFactory bands_;
+  std::shared_ptr<void> panelsMoved_;
 };
 
 }  // namespace

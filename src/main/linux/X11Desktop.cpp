@@ -7,10 +7,12 @@
 #include <vulkan/vulkan_xcb.h>
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <utility>
 
 #include "gpu/vulkan/VulkanFactory.h"
+#include "platform/linux/gnome/ShellFacts.h"
 #include "platform/linux/x11/X11Activity.h"
 #include "platform/linux/x11/X11BandFactory.h"
 #include "platform/linux/x11/X11Connection.h"
@@ -24,7 +26,7 @@ namespace {
 
 class X11Desktop final : public VulkanDesktop {
  public:
-  X11Desktop(const std::string& displayName, const DescriptorWatcher& watch, TimerFactory& timers)
+  X11Desktop(const std::string& displayName, bool besideGnome, const DescriptorWatcher& watch, TimerFactory& timers)
       : connection_(displayName, watch, timers),
         screens_(connection_, screenOverridesFromEnvironment()),
         bands_(connection_, screens_,
@@ -33,6 +35,9 @@ class X11Desktop final : public VulkanDesktop {
         fullScreen_(connection_, screens_),
         dpms_(connection_) {
     dpms_.setHandler([this](bool off) { displaysOff_ = off; });
+    if (!besideGnome) return;
+    shell_ = std::make_unique<ShellFacts>();
+    shell_->setChangeHandler([this] { placePanel(); });
   }
 
   const char* name() const override { return "x11"; }
@@ -45,8 +50,24 @@ class X11Desktop final : public VulkanDesktop {
     compositorChange_ = connection_.onCompositorChange(std::move(handler));
   }
 
-  PointerSource pointerSource() override { return x11PointerSource(connection_, screens_); }
-  bool isFullScreen() override { return fullScreen_.isActive(); }
+  PointerSource pointerSource() override {
+    auto source = x11PointerSource(connection_, screens_);
+    if (!shell_) return source;
+    source.follow = [this](const Rect& place) {
+      const ScreenSpace& space = screens_.space();
+      shell_->watchPointer(sharesOf(space.toPixels(place, space.scale), screens_.root()));
+    };
+    source.location = [this, ofServer = std::move(source.location)] {
+      return shell_->answers() ? pointerOfShell() : ofServer();
+    };
+    return source;
+  }
+  bool isFullScreen() override {
+    const auto all = screens_.screens();
+    if (!shell_ || !shell_->answers() || all.empty()) return fullScreen_.isActive();
+    const PixelRect first = screens_.space().toPixels(all.front().frame, all.front().backingScale);
+    return coverMonitor(shell_->fullScreen(), first, screens_.root());
+  }
   bool displaysOff() override {
     dpms_.poll();
     return displaysOff_;
@@ -57,6 +78,18 @@ class X11Desktop final : public VulkanDesktop {
   }
 
  private:
+  std::optional<Point> pointerOfShell() {
+    const auto share = shell_->pointer();
+    if (!share) return std::nullopt;
+    const PixelRect pixel = pixelsOf({share->x, share->y, 0, 0}, screens_.root());
+    return screens_.space().toPoints(pixel.x, pixel.y);
+  }
+
+  void placePanel() {
+    const auto panel = shell_->panel();
+    screens_.setForeignPanel(panel ? std::optional(pixelsOf(*panel, screens_.root())) : std::nullopt);
+  }
+
   std::unique_ptr<gpu::Surface> makeSurface(xcb_connection_t* connection, xcb_window_t window) {
     const std::uint8_t depth = windowDepth(connection, window);
     if (depth == 32 && gpu::vulkan::needsHostSurface(device())) {
@@ -83,13 +116,14 @@ class X11Desktop final : public VulkanDesktop {
   X11Dpms dpms_;
   bool displaysOff_ = false;
   X11Connection::Subscription compositorChange_;
+  std::unique_ptr<ShellFacts> shell_;  ///< null but on XWayland in GNOME
 };
 
 }  // namespace
 
-std::unique_ptr<Desktop> makeX11Desktop(const std::string& displayName, const DescriptorWatcher& watch,
-                                        TimerFactory& timers) {
-  return std::make_unique<X11Desktop>(displayName, watch, timers);
+std::unique_ptr<Desktop> makeX11Desktop(const std::string& displayName, bool besideGnome,
+                                        const DescriptorWatcher& watch, TimerFactory& timers) {
+  return std::make_unique<X11Desktop>(displayName, besideGnome, watch, timers);
 }
 
 }  // namespace veloria

@@ -15,11 +15,12 @@ layout(set = 0, binding = 2) uniform sampler2D bar;
 layout(constant_id = 2) const uint target = 0u;
 const bool eightBit = target != 0u;
 // Parts that few bands need. They cost time even if a branch skips them, so they are compiled in only when needed:
-// 1 the text mask, 2 the camera housing, 4 a scene that has to be enlarged.
+// 1 the text mask, 2 the camera housing, 4 a scene that has to be enlarged, 8 a picture upside down.
 layout(constant_id = 3) const uint extras = 0u;
 const bool masksText = (extras & 1u) != 0u;
 const bool hasHousing = (extras & 2u) != 0u;
 const bool enlarges = (extras & 4u) != 0u;
+const bool mirrors = (extras & 8u) != 0u;
 
 layout(location = 0) in vec2 uv;
 layout(location = 0) out vec4 color;
@@ -120,9 +121,9 @@ uint pixelHash(uvec2 p) {
 }
 
 // Triangular noise of one 8-bit step, still, its own for each channel; it hides the steps of dark gradients.
-vec3 ditherNoise() {
-  uint h = pixelHash(uvec2(gl_FragCoord.xy));
-  uint k = pixelHash(uvec2(gl_FragCoord.yx) + 7919u);
+vec3 ditherNoise(uvec2 pixel) {
+  uint h = pixelHash(pixel);
+  uint k = pixelHash(pixel.yx + 7919u);
   vec3 a = vec3(h & 1023u, (h >> 10) & 1023u, (h >> 20) & 1023u);
   vec3 b = vec3(k & 1023u, (k >> 10) & 1023u, (k >> 20) & 1023u);
   return (a - b) * (1.0 / (1023.0 * 255.0));
@@ -134,8 +135,12 @@ void main() {
     color = vec4(a, 0.0, a, a);
     return;
   }
-  vec3 light = enlarges ? textureLod(scene, uv, 0.0).rgb : texelFetch(scene, ivec2(gl_FragCoord.xy), 0).rgb;
-  if (params.glowAmount > 0.001) light += textureLod(glow, uv, 0.0).rgb * (clamp(params.glowAmount, 0.0, 16.0) * 0.55);
+  // The place in the scene. The bar's text and the housing are where they are on the screen.
+  vec2 place = mirrors ? vec2(uv.x, 1.0 - uv.y) : uv;
+  uvec2 pixel = uvec2(gl_FragCoord.xy);
+  if (mirrors && !enlarges) pixel.y = uint(textureSize(scene, 0).y) - 1u - pixel.y;
+  vec3 light = enlarges ? textureLod(scene, place, 0.0).rgb : texelFetch(scene, ivec2(pixel), 0).rgb;
+  if (params.glowAmount > 0.001) light += textureLod(glow, place, 0.0).rgb * (clamp(params.glowAmount, 0.0, 16.0) * 0.55);
 
   float open = 1.0;
   if (hasHousing && params.notchPresent > 0.5) {
@@ -159,8 +164,8 @@ void main() {
     covered = 1.0;
   }
 
-  float passes = edge(uv.y, params.fadeTop) * edge(1.0 - uv.y, params.fadeBottom) * edge(uv.x, params.fadeSide) *
-                 edge(1.0 - uv.x, params.fadeSide);
+  float passes = edge(place.y, params.fadeTop) * edge(1.0 - place.y, params.fadeBottom) *
+                 edge(uv.x, params.fadeSide) * edge(1.0 - uv.x, params.fadeSide);
   if (masksText && params.textMaskOn > 0.5) {
     vec2 text = textMask();
     float shadow = clamp(params.textShadow, 0.0, 1.0) * text.y;
@@ -187,7 +192,7 @@ void main() {
     float additive = params.opaque > 0.5 ? 0.0 : clamp(params.additive, 0.0, 1.0);
     vec3 premultiplied = mix(covering, encodedOf(shown), additive);
     float strongest = max(premultiplied.r, max(premultiplied.g, premultiplied.b));
-    vec3 dithered = premultiplied + ditherNoise() * step(1.0 / 512.0, strongest);
+    vec3 dithered = premultiplied + ditherNoise(pixel) * step(1.0 / 512.0, strongest);
     vec3 kept = clamp(dithered, 0.0, additive > 0.0 ? 1.0 : alpha);
     color = vec4(target == 2u ? decodedOf(kept) : kept, covered);
   } else {

@@ -12,7 +12,10 @@ constexpr const char* keptTextHelp = QT_TRANSLATE_NOOP(
     "SettingCatalogue",
     "When over the bar: keeps its text and icons uncovered. To see them the system asks you for the Screen Recording "
     "permission; nothing is recorded or sent anywhere.");
+constexpr const char* wholeDesktopHelp = QT_TRANSLATE_NOOP("SettingCatalogue", "A live wallpaper, behind all windows.");
 #else
+constexpr const char* wholeDesktopHelp = QT_TRANSLATE_NOOP(
+    "SettingCatalogue", "A live wallpaper, behind all windows. On X11 it covers the icons on the desktop.");
 constexpr const char* keptTextHelp =
     QT_TRANSLATE_NOOP("SettingCatalogue", "When over the bar: keeps its text and icons uncovered.");
 #endif
@@ -151,7 +154,7 @@ struct Cards {
   static Rows place() {
     return {row(FIELD(layerMode), QT_TR_NOOP("Layer"), QT_TR_NOOP("Where the band is drawn."),
                 QT_TR_NOOP("level above below wallpaper panel menu z-order")),
-            row(FIELD(extraHeight), QT_TR_NOOP("Bleed"), QT_TR_NOOP("How far the light reaches below the bar."),
+            row(FIELD(extraHeight), QT_TR_NOOP("Bleed"), QT_TR_NOOP("How far the light reaches beyond the bar."),
                 QT_TR_NOOP("extra height taller size hang panel"), {1, 0, Curve::squared, QT_TR_NOOP(" pt")}),
             row(FIELD(allDisplays), QT_TR_NOOP("Show on all displays"), QT_TR_NOOP("Off: only on the main display."),
                 QT_TR_NOOP("monitors screens second"))};
@@ -293,7 +296,7 @@ std::vector<Choice> SettingCatalogue::choices(const Setting& setting) {
     return {{QT_TR_NOOP("Under the bar"),
              QT_TR_NOOP("On the desktop, behind all windows. Visible only where the bar is transparent.")},
             {QT_TR_NOOP("Over the bar"), QT_TR_NOOP("In front of the bar. Clicks pass through.")},
-            {QT_TR_NOOP("Whole desktop"), QT_TR_NOOP("A live wallpaper, behind all windows.")}};
+            {QT_TR_NOOP("Whole desktop"), wholeDesktopHelp}};
   }
   if (std::holds_alternative<NotchMode NimbraConfig::*>(setting.field)) {
     return {{QT_TR_NOOP("Keep it dark"), QT_TR_NOOP("The light ends at the housing.")},

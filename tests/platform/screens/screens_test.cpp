@@ -98,6 +98,25 @@ TEST(ScreenDescription, TheNotchIsOnTheBuiltInDisplayIfItFits) {
   EXPECT_FALSE(describeScreens(monitors, 1, {std::nullopt, Extent{1512, 32}})[1].auxiliaryTopLeft);
 }
 
+TEST(ScreenDescription, ThePanelIsWhereTheServerSaysOrWhereMoreIsReserved) {
+  using Edge = std::optional<PanelEdge>;
+  const std::tuple<PixelRect, Edge, Edge> cases[] = {
+      {{0, 0, 1920, 1080}, {}, {}},
+      {{70, 0, 1850, 1080}, {}, {}},
+      {{0, 20, 1920, 1040}, {}, PanelEdge::top},
+      {{0, 20, 1920, 1039}, {}, PanelEdge::bottom},
+      {{0, 20, 1920, 1039}, PanelEdge::top, PanelEdge::top},
+  };
+  for (const auto& [visible, told, edge] : cases) {
+    const MonitorDescription one{"DP-1", {0, 0, 1920, 1080}, visible, told};
+    const Screen screen = describeScreens(std::vector{one}, 1, {})[0];
+    EXPECT_EQ(screen.panelEdge, edge) << visible.y;
+    const Screen taller = describeScreens(std::vector{one}, 1, {50, std::nullopt})[0];
+    EXPECT_EQ(taller.panelEdge, edge.value_or(PanelEdge::top));
+    EXPECT_EQ(taller.reserved(*taller.panelEdge), 50);
+  }
+}
+
 TEST(ScreenDescription, TheBarHeightReplacesWhatPanelsReserve) {
   MonitorDescription withPanel = monitor("DP-1", {0, 0, 1920, 1080});
   withPanel.visible = {0, 60, 1920, 980};  // and 40 at the bottom

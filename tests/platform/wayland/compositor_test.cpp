@@ -8,6 +8,7 @@
 #include "LocalListener.h"
 #include "Process.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
+#include "platform/linux/wayland/PlasmaPanels.h"
 
 namespace veloria::tests {
 namespace {
@@ -64,6 +65,30 @@ TEST(SwayReplies, AnythingElseIsRefusedOrLeftOut) {
         R"({"output": "A", "visible": true, "rect": {"x": 0, "y": 1e30, "width": 1, "height": 1}})"}) {
     EXPECT_TRUE(edgesOf(odd).empty()) << odd;
   }
+}
+
+TEST(PlasmaReplies, PanelsThatStayReserveTheirEdge) {
+  const std::vector<MonitorDescription> monitors{{"A", {0, 0, 1920, 1080}, {}}, {"B", {1920, 0, 1280, 720}, {}}};
+  const auto panel = [](const std::string& members) {
+    return R"({"x": 0, "y": 0, "width": 1920, "height": 1080, )" + members + "}";
+  };
+  const std::pair<std::string, EdgeInsets> cases[] = {
+      {panel(R"("location": "bottom", "hiding": "none", "thickness": 44)"), {0, 0, 0, 44}},
+      {panel(R"("location": "top", "hiding": "none", "thickness": 28)") + "," +
+           panel(R"("location": "top", "hiding": "none", "thickness": 20)"),
+       {0, 28, 0, 0}},
+      {panel(R"("location": "top", "hiding": "autohide", "thickness": 28)"), {}},
+      {panel(R"("location": "floating", "hiding": "none", "thickness": 28)"), {}},
+      {panel(R"("location": "left", "hiding": "none", "thickness": -5)"), {}},
+      {panel(R"("location": "left", "hiding": "none", "thickness": "5")") + R"(, 7, {"hiding": "none"})", {}},
+  };
+  for (const auto& [panels, expected] : cases) {
+    const auto edges = plasmaReservedEdges("[" + panels + "]\n", monitors);
+    ASSERT_TRUE(edges) << panels;
+    EXPECT_EQ(edges->at("A"), expected) << panels;
+    EXPECT_EQ(edges->at("B"), EdgeInsets{}) << panels;
+  }
+  for (const char* bytes : {"", "{}", "Error: no panels"}) EXPECT_FALSE(plasmaReservedEdges(bytes, monitors)) << bytes;
 }
 
 /// A container of sway's, in which there may be others.

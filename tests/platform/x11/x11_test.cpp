@@ -51,13 +51,46 @@ TEST(DockStruts, TakeFromAMonitorWhatThePanelsOnItReserve) {
       {"more than half", left, {{{0, 0, 1920, 32}, top(541, 0, 1919)}}, left},
       {"the bottom", lower, {{{0, 2120, 1920, 40}, {{}, {}, {}, {40, 0, 1919}}}}, {0, 1080, 1920, 1040}},
       {"the left edge", left, {{{0, 0, 60, 1080}, {{60, 0, 1079}, {}, {}, {}}}}, {60, 0, 1860, 1080}},
+      {"a panel at the top, by its place",
+       right,
+       {strutAlong({1920, 0, 1920, 32}, right, root)},
+       {1920, 32, 1920, 1048}},
+      {"a panel at the bottom, by its place",
+       lower,
+       {strutAlong({0, 2110, 1920, 50}, lower, root)},
+       {0, 1080, 1920, 1030}},
       {"the right edge", right, {{{3800, 0, 40, 1080}, {{}, {40, 0, 1079}, {}, {}}}}, {1920, 0, 1880, 1080}},
   };
   for (const auto& each : cases) EXPECT_EQ(visiblePixels(each.monitor, root, each.docks), each.visible) << each.what;
   EXPECT_EQ(visiblePixelsFromWorkArea(left, {70, 27, 1850, 1053}), (PixelRect{0, 27, 1920, 1053}));
+  EXPECT_EQ(visiblePixelsFromWorkArea(left, {0, 27, 1920, 1013}), (PixelRect{0, 27, 1920, 1013}));
   for (const PixelRect& area : {PixelRect{}, left, PixelRect{0, 900, 1920, 180}}) {
     EXPECT_EQ(visiblePixelsFromWorkArea(left, area), left) << area.y;
   }
+}
+
+TEST(DockStruts, TheMainPanelHasTheTrayOrIsTheLargest) {
+  const auto top = [](int thickness, bool tray = false) {
+    return DockStrut{{0, 0, 1920, thickness}, {{}, {}, {thickness, 0, 1919}, {}}, tray};
+  };
+  const auto bottom = [](int thickness, bool tray = false, int width = 1920) {
+    const PixelRect bounds{0, 2160 - thickness, width, thickness};
+    return DockStrut{bounds, {{}, {}, {}, {thickness, 0, width - 1}}, tray};
+  };
+  const DockStrut side{{0, 0, 60, 1080}, {{60, 0, 1079}, {}, {}, {}}, true};
+  constexpr PixelRect tall{0, 0, 1920, 2160};
+  const std::pair<std::vector<DockStrut>, std::optional<PanelEdge>> cases[] = {
+      {{}, std::nullopt},
+      {{side}, std::nullopt},
+      {{side, bottom(40)}, PanelEdge::bottom},
+      {{top(26), bottom(48)}, PanelEdge::bottom},
+      {{top(26), bottom(48, false, 600)}, PanelEdge::top},
+      {{bottom(28), top(28)}, PanelEdge::top},
+      {{bottom(48), top(26, true)}, PanelEdge::top},
+      {{bottom(20, true), top(26), bottom(48)}, PanelEdge::bottom},
+  };
+  for (const auto& [docks, edge] : cases) EXPECT_EQ(mainPanelEdge(tall, root, docks), edge) << &docks - &cases[0].first;
+  EXPECT_EQ(mainPanelEdge(right, root, std::vector{top(26)}), std::nullopt) << "on another monitor";
 }
 
 TEST(FullScreenWindow, CoversTheScreenWhileItIsSeenThere) {
@@ -169,10 +202,33 @@ TEST(PanelVisibility, AHintSpeaksIfHalfOfTheStripIsCoveredByWhatLetsNoLightThrou
       {{opaque(0, 250), opaque(750, 250)}, "is opaque"},
   };
   for (const auto& [panels, words] : cases) {
-    const std::string hint = panelHint({0, 0, 1000, 32}, panels, true);
-    EXPECT_NE(hint.find(words), std::string::npos) << hint;
-    EXPECT_EQ(hint.empty(), *words == '\0') << hint;
+    const Visibility seen = visibilityUnder({0, 0, 1000, 32}, PanelEdge::top, panels, true);
+    EXPECT_NE(seen.hint.find(words), std::string::npos) << seen.hint;
+    EXPECT_EQ(seen.hint.empty(), *words == '\0') << seen.hint;
+    EXPECT_EQ(seen.kind, *words == '\0' ? Visibility::Kind::seen : Visibility::Kind::mayBeHidden);
     EXPECT_EQ(seeThrough(panels.front(), false), SeeThrough::no) << "nothing is see-through without a compositor";
+  }
+}
+
+TEST(PanelVisibility, ItIsHiddenOnlyIfPanelsThatCoverLeaveNothingFree) {
+  const auto covering = [](const PixelRect& bounds, bool covers = true) {
+    PanelFacts facts;
+    facts.bounds = bounds;
+    facts.covers = covers;
+    return facts;
+  };
+  const std::pair<std::vector<PanelFacts>, bool> cases[] = {
+      {{covering({-5, 90, 1010, 50})}, true},
+      {{covering({0, 100, 1000, 32}, false)}, false},
+      {{covering({0, 100, 1000, 31})}, false},
+      {{covering({0, 100, 999, 32})}, false},
+      {{covering({0, 100, 600, 32}), covering({500, 100, 500, 32})}, true},
+      {{covering({0, 100, 600, 32}), covering({601, 100, 399, 32})}, false},
+      {{covering({0, 110, 1000, 10}), covering({0, 120, 1000, 12}), covering({0, 100, 1000, 10})}, true},
+  };
+  for (const auto& [panels, hidden] : cases) {
+    const Visibility seen = visibilityUnder({0, 100, 1000, 32}, PanelEdge::bottom, panels, false);
+    EXPECT_EQ(seen.kind == Visibility::Kind::hidden, hidden) << &panels - &cases[0].first;
   }
 }
 

@@ -1,5 +1,6 @@
 #include "platform/linux/files/DesktopNames.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/Text.h"
@@ -22,6 +23,11 @@ std::vector<std::string> namesIn(const std::string& list) {
 std::vector<std::string> desktopNames(const Environment& environment) {
   auto names = namesIn(environment("XDG_CURRENT_DESKTOP").value_or(""));
   return names.empty() ? namesIn(environment("XDG_SESSION_DESKTOP").value_or("")) : names;
+}
+
+bool isDesktop(const Environment& environment, std::string_view name) {
+  const auto names = desktopNames(environment);
+  return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 }  // namespace veloria

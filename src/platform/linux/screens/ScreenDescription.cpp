@@ -108,10 +108,16 @@ bool builtIn(std::string_view name) {
   return false;
 }
 
+/// The bar that the environment tells of is where a panel is known to be, or at the top.
 void applyBarHeight(Screen& screen, double barHeight) {
   const double height = std::min(barHeight, screen.frame.height / 2);
-  screen.visibleFrame.height = screen.frame.maxY() - height - screen.visibleFrame.y;
-  screen.statusBarThickness = std::min(screen.statusBarThickness, height);
+  screen.panelEdge = screen.panelEdge.value_or(PanelEdge::top);
+  const bool top = screen.panelEdge == PanelEdge::top;
+  const double low = top ? screen.visibleFrame.minY() : screen.frame.minY() + height;
+  const double high = top ? screen.frame.maxY() - height : screen.visibleFrame.maxY();
+  screen.visibleFrame.y = low;
+  screen.visibleFrame.height = high - low;
+  screen.statusBarThickness = height;
 }
 
 void applyNotch(Screen& screen, const Extent& notch) {
@@ -132,11 +138,19 @@ std::uint32_t unusedNumber(std::uint32_t number, std::span<const Screen> taken) 
   return number;
 }
 
+std::optional<PanelEdge> edgeWithMoreReserved(const Screen& screen) {
+  const double top = screen.reserved(PanelEdge::top);
+  const double bottom = screen.reserved(PanelEdge::bottom);
+  if (!(std::max(top, bottom) > 0)) return std::nullopt;
+  return bottom > top ? PanelEdge::bottom : PanelEdge::top;
+}
+
 Screen describeScreen(const MonitorDescription& monitor, const ScreenSpace& space) {
   Screen screen;
   screen.name = monitor.name;
   screen.frame = space.toPoints(monitor.frame);
   screen.visibleFrame = space.toPoints(monitor.visible);
+  screen.panelEdge = monitor.panel ? monitor.panel : edgeWithMoreReserved(screen);
   screen.backingScale = space.scale;
   return screen;
 }

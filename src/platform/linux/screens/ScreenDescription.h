@@ -56,6 +56,8 @@ struct MonitorDescription {
   std::string name;
   PixelRect frame;
   PixelRect visible;  ///< `frame` without what panels reserve
+  /// Where the main panel is, if the server tells; else it is taken to be where more is reserved.
+  std::optional<PanelEdge> panel = {};
 };
 
 /// What the environment sets for the screens, in points.

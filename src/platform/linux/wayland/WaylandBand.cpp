@@ -58,13 +58,22 @@ WaylandBand::~WaylandBand() {
 
 void WaylandBand::setFrame(const Rect& frame, double scale) {
   const std::uint32_t height = wholePoints(frame.height);
-  if (height == height_ && scale == scale_) return;
+  const PanelEdge edge = edgeOf(frame);
+  if (height == height_ && edge == edge_ && scale == scale_) return;
   // Without a viewport the buffers that are still under way would not fit a new scale.
-  if (height != height_ || !viewport_) hide();
+  if (height != height_ || edge != edge_ || !viewport_) hide();
   height_ = height;
+  edge_ = edge;
   scale_ = scale > 0 && std::isfinite(scale) ? scale : 1;
   update();
   configureSurface();
+}
+
+PanelEdge WaylandBand::edgeOf(const Rect& frame) const {
+  for (const Screen& screen : screens_.screens()) {
+    if (screen.number == screenNumber_) return screen.edgeOf(frame);
+  }
+  return edge_;
 }
 
 void WaylandBand::setLevel(OverlayLevel level) {
@@ -138,8 +147,9 @@ void WaylandBand::show() {
   shownOn_ = output;
   const LayerPlacement placement{
       .layer = layer(),
-      .anchors =
-          ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT,
+      .anchors = static_cast<std::uint32_t>(edge_ == PanelEdge::top ? ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP
+                                                                    : ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM) |
+                 ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT,
       .width = 0,
       .height = height_,
       .exclusiveZone = -1,
@@ -275,10 +285,12 @@ std::unique_ptr<OverlayPanel> WaylandBandFactory::makePanel(const Screen& screen
   return panel;
 }
 
-std::string WaylandBandFactory::visibilityHint(const Screen& screen, OverlayLevel level) {
+Visibility WaylandBandFactory::visibility(const Screen& screen, const Rect& band, OverlayLevel level) {
+  using Kind = Visibility::Kind;
   if (level != OverlayLevel::desktop) return {};
-  if (!screens_.panelsTold()) return unreportedPanelHint();
-  return screen.visibleFrame.maxY() < screen.frame.maxY() ? unknownPanelHint() : std::string();
+  if (!screens_.panelsTold()) return {Kind::mayBeHidden, unreportedPanelHint()};
+  const PanelEdge edge = screen.edgeOf(band);
+  return screen.reserved(edge) > 0 ? Visibility{Kind::mayBeHidden, unknownPanelHint(edge)} : Visibility{};
 }
 
 }  // namespace veloria

@@ -41,13 +41,13 @@ class FramePacing {
 /// std::exception.
 using WaylandSurfaceMaker = std::function<std::unique_ptr<gpu::Surface>(wl_display*, wl_surface*)>;
 
-/// The band as a surface of the layer shell, at the top of one output: over the panel in layer `overlay`; on the
-/// desktop in layer `background`, or in `bottom` if the newest surface of a layer is the lowest, since a new one would
-/// then be hidden by the wallpaper in its own layer. It exists only while it is shown; a change of level makes a new
-/// one. Frames come at the slower of the wanted rate and the compositor's: while that asks for none (the output is off,
-/// or a window covers it) nothing is drawn and nothing wakes up. On the desktop it is made again if another surface in
-/// its layer may be on the wrong side of it: that of a wallpaper program that has started or, in layer `bottom`, a
-/// panel's. Main thread.
+/// The band as a surface of the layer shell, at the top or bottom of one output: over the panel in layer `overlay`; on
+/// the desktop in layer `background`, or in `bottom` if the newest surface of a layer is the lowest, since a new one
+/// would then be hidden by the wallpaper in its own layer. It exists only while it is shown; a change of level makes a
+/// new one. Frames come at the slower of the wanted rate and the compositor's: while that asks for none (the output is
+/// off, or a window covers it) nothing is drawn and nothing wakes up. On the desktop it is made again if another
+/// surface in its layer may be on the wrong side of it: that of a wallpaper program that has started or, in layer
+/// `bottom`, a panel's. Main thread.
 class WaylandBand final : public OverlayPanel {
  public:
   /// For the screen with this number. The references must outlive it.
@@ -57,7 +57,7 @@ class WaylandBand final : public OverlayPanel {
   WaylandBand(const WaylandBand&) = delete;
   WaylandBand& operator=(const WaylandBand&) = delete;
 
-  /// Only the height of `frame` counts: a band spans the top of its screen.
+  /// Only the height of `frame` counts, and which edge of its screen it is at: a band spans that edge.
   void setFrame(const Rect& frame, double scale) override;
   void setLevel(OverlayLevel level) override;
   void setPixelFormat(gpu::PixelFormat wanted) override;
@@ -81,6 +81,7 @@ class WaylandBand final : public OverlayPanel {
   void configured(std::uint32_t width, std::uint32_t height);
   void closed();
   void configureSurface();
+  PanelEdge edgeOf(const Rect& frame) const;
   std::uint32_t layer() const;
   void watchOthers();
 
@@ -103,6 +104,7 @@ class WaylandBand final : public OverlayPanel {
   WaylandPtr<wl_callback> callback_;  ///< there while the compositor has to ask for the next frame
 
   std::uint32_t height_ = 0;  ///< points
+  PanelEdge edge_ = PanelEdge::top;
   double scale_ = 1;
   std::uint32_t givenWidth_ = 0;  ///< by the compositor, points; 0 before it has
   std::uint32_t givenHeight_ = 0;
@@ -131,7 +133,7 @@ class WaylandBandFactory final : public OverlayPanelFactory {
 
   std::unique_ptr<OverlayPanel> makePanel(const Screen& screen) override;
   /// No client can see how opaque another one's surface is, so any panel in front gives a hint.
-  std::string visibilityHint(const Screen& screen, OverlayLevel level) override;
+  Visibility visibility(const Screen& screen, const Rect& band, OverlayLevel level) override;
 
  private:
   WaylandConnection& connection_;

@@ -136,13 +136,13 @@ std::vector<WaylandScreenProvider::Found> WaylandScreenProvider::plausibleOutput
 void WaylandScreenProvider::refresh() {
   if (connection_.isBroken()) return;  // what was last known stays
   const auto found = plausibleOutputs();
-  const auto reserved = found.empty() ? std::nullopt : reserved_();
-  if (!found.empty()) panelsTold_ = reserved.has_value() || overrides_.barHeight.has_value();
   std::vector<MonitorDescription> monitors;
-  for (const Found& each : found) {
-    monitors.push_back(each.monitor);
-    if (!reserved || !reserved->contains(each.monitor.name)) continue;
-    monitors.back().visible = withoutReserved(each.monitor.frame, reserved->at(each.monitor.name));
+  for (const Found& each : found) monitors.push_back(each.monitor);
+  const auto reserved = found.empty() ? std::nullopt : reserved_(monitors);
+  if (!found.empty()) panelsTold_ = reserved.has_value() || overrides_.barHeight.has_value();
+  for (MonitorDescription& monitor : monitors) {
+    if (!reserved || !reserved->contains(monitor.name)) continue;
+    monitor.visible = withoutReserved(monitor.frame, reserved->at(monitor.name));
   }
   screens_ = describeScreens(monitors, 1, overrides_);
   if (!monitors.empty()) space_ = spaceOf(monitors, 1);

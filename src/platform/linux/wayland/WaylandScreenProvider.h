@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,8 +19,8 @@
 
 namespace veloria {
 
-/// What panels have reserved on the outputs now; nothing if it is unknown.
-using ReservedEdgesQuery = std::function<std::optional<ReservedEdges>()>;
+/// What panels have reserved on these outputs now; nothing if it is unknown.
+using ReservedEdgesQuery = std::function<std::optional<ReservedEdges>(std::span<const MonitorDescription>)>;
 
 /// The compositor's outputs, the one at (0, 0) first, with what panels reserve on them. A point is what the compositor
 /// calls a logical pixel. The list is read when it is made and again 250 ms after the last of a burst of changes (2 s
@@ -31,6 +32,8 @@ class WaylandScreenProvider final : public ScreenProvider {
 
   std::vector<Screen> screens() override { return screens_; }
   void setChangeHandler(std::function<void()> handler) override;
+  /// Call it when the query has another answer.
+  void reservedEdgesChanged() { settling_.note(); }
 
   /// The coordinate system of screens(), from the compositor's logical pixels (y downwards).
   const ScreenSpace& space() const { return space_; }

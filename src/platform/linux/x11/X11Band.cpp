@@ -80,6 +80,7 @@ void X11Band::recreate() {
   managed_ = false;
   withdrawal_.reset();
   remapping_.reset();
+  restacking_.reset();
   if (recreateAttempts_.spend(mediaTime())) {
     try {
       createWindow();
@@ -265,6 +266,7 @@ void X11Band::handleProperty(const xcb_property_notify_event_t& event) {
   if (event.window != window_) return;
   if (event.atom == connection_.atom(X11Atom::wmState)) readManagedState();
   if (event.atom == connection_.atom(X11Atom::netWmState)) scheduleVerification();
+  if (event.atom == connection_.atom(X11Atom::netWmUserTime)) restackAt(event.time);
 }
 
 void X11Band::handleRootProperty(xcb_atom_t changed) {
@@ -337,8 +339,19 @@ void X11Band::verifyStacking() {
   const auto change = neededRestacking(connection_, window_, level_, screens_.panels());
   if (!change) return;
   if (!stackAttempts_.spend(mediaTime())) return scheduleVerification(stackAttempts_.pauseSeconds());
+  restacking_ = *change;
+  requestUserTimeReport(connection_, window_);
+}
+
+// Of windows of one kind, some window managers keep the one on top that a person used last, such as the desktop's icons
+// after a click, and ignore the others' requests.
+void X11Band::restackAt(xcb_timestamp_t time) {
+  const auto change = std::exchange(restacking_, std::nullopt);
+  if (!change) return;
+  if (managed_) writeUserTime(connection_, window_, time);
   restack(connection_, window_, *change);
   scheduleVerification();
+  connection_.flush();
 }
 
 }  // namespace veloria

@@ -8,6 +8,7 @@
 #include "platform/linux/screens/Pacing.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11ScreenProvider.h"
+#include "platform/linux/x11/X11WindowManager.h"
 #include "ports/OverlayPanel.h"
 
 namespace veloria {
@@ -83,6 +84,7 @@ class X11Band final : public OverlayPanel {
   void verifyPlace();
   void verifyStates();
   void verifyStacking();
+  void restackAt(xcb_timestamp_t time);
 
   X11Connection& connection_;
   X11ScreenProvider& screens_;
@@ -115,6 +117,7 @@ class X11Band final : public OverlayPanel {
   double pendingDelay_ = 0;
   OneShot withdrawal_;
   OneShot remapping_;
+  std::optional<Restacking> restacking_;  ///< waits for the server's time
   X11Connection::Subscription events_;
   std::shared_ptr<void> refresh_;
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);

@@ -3,6 +3,7 @@
 #include <xcb/composite.h>
 
 #include <algorithm>
+#include <cstring>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -45,16 +46,44 @@ SeeThrough seeThrough(const PanelFacts& panel, bool compositorRunning) {
   return *panel.meanAlpha < seeThroughAlpha ? SeeThrough::yes : SeeThrough::no;
 }
 
-std::string panelHint(const PixelRect& strip, std::span<const PanelFacts> panels, bool compositorRunning) {
+namespace {
+
+/// Whether covering panels leave nothing of `area` free.
+bool isCovered(const PixelRect& area, std::span<const PanelFacts> panels) {
+  if (area.empty()) return true;
+  for (std::size_t i = 0; i < panels.size(); ++i) {
+    const PixelRect shared = intersection(area, panels[i].bounds);
+    if (!panels[i].covers || shared.empty()) continue;
+    const auto others = panels.subspan(i + 1);
+    return isCovered({area.x, area.y, area.width, shared.y - area.y}, others) &&
+           isCovered({area.x, shared.bottom(), area.width, area.bottom() - shared.bottom()}, others) &&
+           isCovered({area.x, shared.y, shared.x - area.x, shared.height}, others) &&
+           isCovered({shared.right(), shared.y, area.right() - shared.right(), shared.height}, others);
+  }
+  return false;
+}
+
+}  // namespace
+
+Visibility visibilityUnder(const PixelRect& strip, PanelEdge edge, std::span<const PanelFacts> panels,
+                           bool compositorRunning) {
+  using Kind = Visibility::Kind;
+  if (!strip.empty() && isCovered(strip, panels)) return {Kind::hidden, opaquePanelHint(edge)};
   const double hidden = coveredShare(strip, panels, SeeThrough::no, compositorRunning);
   const double unknown = coveredShare(strip, panels, SeeThrough::unknown, compositorRunning);
-  if (hidden >= 0.5) return opaquePanelHint();
-  return hidden + unknown >= 0.5 ? unknownPanelHint() : std::string();
+  if (hidden >= 0.5) return {Kind::mayBeHidden, opaquePanelHint(edge)};
+  if (hidden + unknown >= 0.5) return {Kind::mayBeHidden, unknownPanelHint(edge)};
+  return {};
 }
 
 namespace {
 
 constexpr std::uint32_t allPlanes = 0xFFFFFFFFU;
+constexpr std::uint32_t colorPlanes = 0x00FFFFFFU;
+constexpr std::uint32_t allOfIt = 0xFFFFFFFFU;
+constexpr std::uint8_t depthOfColor = 24;
+constexpr double solidAlpha = 0.999;
+constexpr double sameShare = 0.98;
 constexpr int sampledRows = 5;
 constexpr std::size_t bytesPerPixel = 4;
 
@@ -77,6 +106,22 @@ BandVisual chooseVisual(X11Connection& connection) {
   return {depthWithAlpha, visual->visual_id, colormap};
 }
 
+using Pixels = std::vector<std::uint32_t>;  ///< red, green and blue in some order
+
+/// Empty if they can't be read.
+Pixels rowOf(X11Connection& connection, xcb_drawable_t drawable, int x, int y, int width) {
+  const auto image =
+      connection.reply(xcb_get_image_reply, xcb_get_image(connection.raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, drawable,
+                                                          static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
+                                                          static_cast<std::uint16_t>(width), 1, colorPlanes));
+  if (!image || (image->depth != depthWithAlpha && image->depth != depthOfColor)) return {};
+  const auto length = static_cast<std::size_t>(xcb_get_image_data_length(image.get()));
+  Pixels pixels(length / bytesPerPixel);
+  std::memcpy(pixels.data(), xcb_get_image_data(image.get()), pixels.size() * bytesPerPixel);
+  for (std::uint32_t& pixel : pixels) pixel &= colorPlanes;
+  return pixels;
+}
+
 struct AlphaSum {
   double sum = 0;
   std::size_t count = 0;
@@ -96,12 +141,6 @@ void addRow(X11Connection& connection, xcb_pixmap_t pixmap, int y, std::uint16_t
   }
 }
 
-PixelRect stripOf(const Screen& screen, const ScreenSpace& space) {
-  const double height = std::max(screen.frame.maxY() - screen.visibleFrame.maxY(), screen.statusBarThickness);
-  const Rect strip{screen.frame.x, screen.frame.maxY() - height, screen.frame.width, height};
-  return space.toPixels(strip, screen.backingScale);
-}
-
 }  // namespace
 
 X11BandFactory::X11BandFactory(X11Connection& connection, X11ScreenProvider& screens, SurfaceMaker makeSurface)
@@ -119,17 +158,19 @@ std::unique_ptr<OverlayPanel> X11BandFactory::makePanel(const Screen& screen) {
   return panel;
 }
 
-std::string X11BandFactory::visibilityHint(const Screen& screen, OverlayLevel level) {
-  if (level != OverlayLevel::desktop) return {};
-  const PixelRect strip = stripOf(screen, screens_.space());
+Visibility X11BandFactory::visibility(const Screen& screen, const Rect& band, OverlayLevel level) {
+  const PixelRect strip = screens_.clippedToScreen(screens_.space().toPixels(band, screen.backingScale));
+  const PanelEdge edge = screen.edgeOf(band);
   std::vector<PanelFacts> facts;
   for (const DockWindow& dock : findDocks(connection_)) {
-    if (dock.isDock && dock.viewable && intersects(dock.bounds, strip)) facts.push_back(factsOf(dock));
+    if (dock.isDock && dock.viewable && intersects(dock.bounds, strip)) facts.push_back(factsOf(dock, strip));
   }
-  return panelHint(strip, facts, connection_.compositorRunning());
+  if (facts.empty() && screen.reserved(edge) > 0) return {Visibility::Kind::mayBeHidden, desktopsOwnPanelHint(edge)};
+  if (level != OverlayLevel::desktop) return {};
+  return visibilityUnder(strip, edge, facts, connection_.compositorRunning());
 }
 
-PanelFacts X11BandFactory::factsOf(const DockWindow& dock) {
+PanelFacts X11BandFactory::factsOf(const DockWindow& dock, const PixelRect& strip) {
   PanelFacts facts;
   facts.bounds = dock.bounds;
   facts.depth = dock.depth;
@@ -138,8 +179,37 @@ PanelFacts X11BandFactory::factsOf(const DockWindow& dock) {
     const auto opacity = connection_.numbers(window, X11Atom::netWmWindowOpacity, 1);
     if (!opacity.empty()) facts.opacity = std::min(facts.opacity, opacity.front());
   }
-  if (dock.depth == depthWithAlpha && connection_.compositorRunning()) facts.meanAlpha = meanAlpha(topLevel);
+  const bool composited = connection_.compositorRunning();
+  if (dock.depth == depthWithAlpha && composited) facts.meanAlpha = meanAlpha(topLevel);
+  const bool solid = dock.depth != depthWithAlpha || facts.meanAlpha.value_or(0) > solidAlpha;
+  // Window managers may give a frame that is a plain rectangle a shape.
+  const auto place = probePanel(connection_, dock.window, {});
+  const bool whole = place && place->shape.empty();
+  facts.covers =
+      whole &&
+      (!composited || (solid && facts.opacity == allOfIt && isShownAsItIs(topLevel, intersection(dock.bounds, strip))));
   return facts;
+}
+
+// Compares some rows of a redirected window with what the screen shows there.
+bool X11BandFactory::isShownAsItIs(xcb_window_t topLevel, const PixelRect& area) {
+  if (!connection_.composite().present || topLevel == XCB_WINDOW_NONE) return false;
+  auto* raw = connection_.raw();
+  const auto place = connection_.reply(xcb_get_geometry_reply, xcb_get_geometry(raw, topLevel));
+  if (!place) return false;
+  const xcb_pixmap_t pixmap = xcb_generate_id(raw);
+  xcb_composite_name_window_pixmap(raw, topLevel, pixmap);
+  std::size_t same = 0;
+  std::size_t all = 0;
+  for (int row = 0; row < sampledRows; ++row) {
+    const int y = area.y + (2 * row + 1) * area.height / (2 * sampledRows);
+    const Pixels own = rowOf(connection_, pixmap, area.x - place->x, y - place->y, area.width);
+    const Pixels shown = rowOf(connection_, connection_.root(), area.x, y, area.width);
+    for (std::size_t i = 0; i < std::min(own.size(), shown.size()); ++i) same += own[i] == shown[i] ? 1 : 0;
+    all += static_cast<std::size_t>(area.width);
+  }
+  xcb_free_pixmap(raw, pixmap);
+  return all > 0 && static_cast<double>(same) >= sameShare * static_cast<double>(all);
 }
 
 // Only a redirected window has a pixmap of its own: what is behind it is not in there.

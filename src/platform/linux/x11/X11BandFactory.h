@@ -18,6 +18,9 @@ struct PanelFacts {
   std::uint8_t depth = 24;              ///< of its pixels; 32 has an alpha channel
   std::uint32_t opacity = 0xFFFFFFFFU;  ///< _NET_WM_WINDOW_OPACITY
   std::optional<double> meanAlpha;      ///< 0 to 1, of its own pixels; nothing if they can't be read
+  /// All of `bounds` shows the panel's own pixels and nothing of what is behind it; known from the screen itself, as
+  /// compositors have rules of their own.
+  bool covers = false;
 };
 
 /// Whether a panel lets through what is behind it.
@@ -25,9 +28,10 @@ enum class SeeThrough { yes, no, unknown };
 
 SeeThrough seeThrough(const PanelFacts& panel, bool compositorRunning);
 
-/// A hint for a person whose band on `strip` lies under `panels`; empty unless panels that hide it, or may, cover at
-/// least half of it.
-std::string panelHint(const PixelRect& strip, std::span<const PanelFacts> panels, bool compositorRunning);
+/// Whether a band on `strip`, at `edge` of its screen, is seen under `panels`: hidden if panels cover all of it; with a
+/// hint if panels that hide it, or may, cover at least half of it.
+Visibility visibilityUnder(const PixelRect& strip, PanelEdge edge, std::span<const PanelFacts> panels,
+                           bool compositorRunning);
 
 /// Bands on one X server. Main thread.
 class X11BandFactory final : public OverlayPanelFactory {
@@ -37,13 +41,15 @@ class X11BandFactory final : public OverlayPanelFactory {
   X11BandFactory(X11Connection& connection, X11ScreenProvider& screens, SurfaceMaker makeSurface);
 
   std::unique_ptr<OverlayPanel> makePanel(const Screen& screen) override;
-  std::string visibilityHint(const Screen& screen, OverlayLevel level) override;
+  /// A panel that is reserved room for but is no window counts as one that may hide the band, also from above.
+  Visibility visibility(const Screen& screen, const Rect& band, OverlayLevel level) override;
 
   const BandVisual& visual() const { return visual_; }
 
  private:
-  PanelFacts factsOf(const DockWindow& dock);
+  PanelFacts factsOf(const DockWindow& dock, const PixelRect& strip);
   std::optional<double> meanAlpha(xcb_window_t topLevel);
+  bool isShownAsItIs(xcb_window_t topLevel, const PixelRect& area);
 
   X11Connection& connection_;
   X11ScreenProvider& screens_;

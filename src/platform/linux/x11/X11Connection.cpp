@@ -77,15 +77,19 @@ void X11Connection::internAtoms() {
   for (std::size_t i = 0; i < x11AtomCount; ++i) {
     cookies[i] = xcb_intern_atom(raw(), 0, static_cast<std::uint16_t>(std::strlen(x11AtomNames[i])), x11AtomNames[i]);
   }
-  const std::string selection = "_NET_WM_CM_S" + std::to_string(screenNumber());
-  const auto selectionCookie =
-      xcb_intern_atom(raw(), 0, static_cast<std::uint16_t>(selection.size()), selection.c_str());
-  for (std::size_t i = 0; i < x11AtomCount; ++i) {
-    const auto answer = reply(xcb_intern_atom_reply, cookies[i]);
-    atoms_[i] = answer ? answer->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
-  }
-  const auto answer = reply(xcb_intern_atom_reply, selectionCookie);
-  compositorSelection_ = answer ? answer->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+  const auto askForSelection = [&](const std::string& prefix) {
+    const std::string name = prefix + std::to_string(screenNumber());
+    return xcb_intern_atom(raw(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
+  };
+  const auto compositorCookie = askForSelection("_NET_WM_CM_S");
+  const auto trayCookie = askForSelection("_NET_SYSTEM_TRAY_S");
+  const auto atomFrom = [&](xcb_intern_atom_cookie_t cookie) {
+    const auto answer = reply(xcb_intern_atom_reply, cookie);
+    return answer ? answer->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+  };
+  for (std::size_t i = 0; i < x11AtomCount; ++i) atoms_[i] = atomFrom(cookies[i]);
+  compositorSelection_ = atomFrom(compositorCookie);
+  traySelection_ = atomFrom(trayCookie);
 }
 
 // Servers fall back to an older behaviour when an extension is used before its version was asked for.
@@ -127,8 +131,16 @@ void X11Connection::watchCompositor() {
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
   }
-  const auto owner = reply(xcb_get_selection_owner_reply, xcb_get_selection_owner(raw(), compositorSelection_));
-  compositorRunning_ = owner && owner->owner != XCB_WINDOW_NONE;
+  compositorRunning_ = ownerOf(compositorSelection_) != XCB_WINDOW_NONE;
+}
+
+xcb_window_t X11Connection::ownerOf(xcb_atom_t selection) {
+  const auto answer = reply(xcb_get_selection_owner_reply, xcb_get_selection_owner(raw(), selection));
+  return answer ? answer->owner : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
+}
+
+xcb_window_t X11Connection::trayManager() {
+  return traySelection_ == XCB_ATOM_NONE ? static_cast<xcb_window_t>(XCB_WINDOW_NONE) : ownerOf(traySelection_);
 }
 
 bool X11Connection::isOwn(xcb_window_t window) const {

@@ -92,6 +92,8 @@ class X11Connection final : public X11Client {
   /// True when `window` was made on this connection.
   bool isOwn(xcb_window_t window) const;
   bool compositorRunning() const { return compositorRunning_; }
+  /// The window that manages the status icons of the system tray; none without a tray. One round trip.
+  xcb_window_t trayManager();
   /// One or two round trips.
   bool windowManagerRunning();
 
@@ -116,6 +118,7 @@ class X11Connection final : public X11Client {
   struct ChangeSubscriber;
 
   void internAtoms();
+  xcb_window_t ownerOf(xcb_atom_t selection);
   void findExtensions();
   void watchRoot();
   void watchCompositor();
@@ -130,6 +133,7 @@ class X11Connection final : public X11Client {
   TimerFactory& timers_;
   std::array<xcb_atom_t, x11AtomCount> atoms_{};
   xcb_atom_t compositorSelection_ = XCB_ATOM_NONE;
+  xcb_atom_t traySelection_ = XCB_ATOM_NONE;
   X11Extension randr_;
   X11Extension shape_;
   X11Extension composite_;

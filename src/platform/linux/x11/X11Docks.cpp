@@ -54,6 +54,23 @@ std::optional<Strut> strutFromCardinals(std::span<const std::uint32_t> values, c
                edgeOf(values, 3, root.width)};
 }
 
+std::optional<PanelEdge> mainPanelEdge(const PixelRect& monitor, const PixelRect& root,
+                                       std::span<const DockStrut> docks) {
+  std::optional<PanelEdge> best;
+  std::pair<bool, int> most;
+  for (const PanelEdge edge : {PanelEdge::top, PanelEdge::bottom}) {
+    for (const DockStrut& dock : docks) {
+      const PixelRect left = visiblePixels(monitor, root, std::span(&dock, 1));
+      const int thickness = edge == PanelEdge::top ? left.y - monitor.y : monitor.bottom() - left.bottom();
+      const std::pair size(dock.holdsTray, thickness * intersection(dock.bounds, monitor).width);
+      if (thickness <= 0 || (best && size <= most)) continue;
+      best = edge;
+      most = size;
+    }
+  }
+  return best;
+}
+
 PixelRect visiblePixels(const PixelRect& monitor, const PixelRect& root, std::span<const DockStrut> docks) {
   Insets insets;
   for (const DockStrut& dock : docks) {
@@ -64,9 +81,21 @@ PixelRect visiblePixels(const PixelRect& monitor, const PixelRect& root, std::sp
 }
 
 PixelRect visiblePixelsFromWorkArea(const PixelRect& monitor, const PixelRect& workArea) {
-  const int top = workArea.y - monitor.y;
-  if (top <= 0 || top > monitor.height / 2) return monitor;
-  return {monitor.x, monitor.y + top, monitor.width, monitor.height - top};
+  if (!intersects(monitor, workArea)) return monitor;
+  const auto kept = [&](int part) { return part > 0 && part <= monitor.height / 2 ? part : 0; };
+  const int top = kept(workArea.y - monitor.y);
+  const int bottom = kept(monitor.bottom() - workArea.bottom());
+  return {monitor.x, monitor.y + top, monitor.width, monitor.height - top - bottom};
+}
+
+DockStrut strutAlong(const PixelRect& panel, const PixelRect& monitor, const PixelRect& root) {
+  DockStrut dock{panel, {}};
+  if (panel.y - monitor.y <= monitor.bottom() - panel.bottom()) {
+    dock.strut.top = {panel.bottom() - root.y, panel.x, panel.right() - 1};
+  } else {
+    dock.strut.bottom = {root.bottom() - panel.y, panel.x, panel.right() - 1};
+  }
+  return dock;
 }
 
 namespace {
@@ -151,6 +180,19 @@ xcb_window_t topLevelOf(X11Connection& connection, xcb_window_t window) {
     window = tree->parent;
   }
   return XCB_WINDOW_NONE;
+}
+
+xcb_window_t panelWithTray(X11Connection& connection, std::span<const DockWindow> docks) {
+  const xcb_window_t manager = connection.trayManager();
+  if (manager == XCB_WINDOW_NONE) return XCB_WINDOW_NONE;
+  const xcb_window_t frame = topLevelOf(connection, manager);
+  const std::uint32_t clientMask = ~xcb_get_setup(connection.raw())->resource_id_mask;
+  std::vector<xcb_window_t> ofManager;
+  for (const DockWindow& dock : docks) {
+    if (dock.window == manager || topLevelOf(connection, dock.window) == frame) return dock.window;
+    if (((dock.window ^ manager) & clientMask) == 0) ofManager.push_back(dock.window);
+  }
+  return ofManager.size() == 1 ? ofManager.front() : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
 }
 
 std::vector<DockWindow> findDocks(X11Connection& connection) {

@@ -36,6 +36,7 @@ struct Strut {
 struct DockStrut {
   PixelRect bounds;
   Strut strut;
+  bool holdsTray = false;  ///< certainly the panel with the status icons
 };
 
 /// Reads the twelve numbers of _NET_WM_STRUT_PARTIAL or the four of _NET_WM_STRUT (then each edge counts over its whole
@@ -46,9 +47,17 @@ std::optional<Strut> strutFromCardinals(std::span<const std::uint32_t> values, c
 /// would take more than half of a monitor is ignored there.
 PixelRect visiblePixels(const PixelRect& monitor, const PixelRect& root, std::span<const DockStrut> docks);
 
-/// `monitor` without the part above `workArea`, for desktops that announce nothing but their work area; the whole
-/// monitor if that part is more than half of it.
+/// The edge of the monitor's main panel: the one with the status icons, else the one that reserves the most room; the
+/// top one if they are equal. Nothing if nothing is reserved at the top and the bottom.
+std::optional<PanelEdge> mainPanelEdge(const PixelRect& monitor, const PixelRect& root,
+                                       std::span<const DockStrut> docks);
+
+/// `monitor` without the parts above and below `workArea`, for desktops that announce nothing but their work area; a
+/// part that is more than half of the monitor does not count.
 PixelRect visiblePixelsFromWorkArea(const PixelRect& monitor, const PixelRect& workArea);
+
+/// The strut that a panel along the top or the bottom of `monitor` would have.
+DockStrut strutAlong(const PixelRect& panel, const PixelRect& monitor, const PixelRect& root);
 
 /// A panel of the desktop, as found on the server: a window of type DOCK, or one that reserves an edge.
 struct DockWindow {
@@ -59,6 +68,10 @@ struct DockWindow {
   bool viewable = false;
   std::optional<Strut> strut;
 };
+
+/// The panel that certainly holds the status icons: their manager's window is in it, or it is the only panel of the
+/// program that manages them. None if that is unknown. A few round trips.
+xcb_window_t panelWithTray(X11Connection& connection, std::span<const DockWindow> docks);
 
 /// All panels, without our own windows: from the window manager's clients and, for those it doesn't manage, from the
 /// children of the root. Two round trips.

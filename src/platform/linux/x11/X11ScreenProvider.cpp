@@ -77,6 +77,8 @@ bool X11ScreenProvider::concerns(const xcb_generic_event_t& event) const {
       const auto window = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
       return std::count(watched_.begin(), watched_.end(), window) > 0;
     }
+    case XCB_CLIENT_MESSAGE:  // a system tray begins its work
+      return reinterpret_cast<const xcb_client_message_event_t&>(event).type == connection_.atom(X11Atom::manager);
     case XCB_PROPERTY_NOTIFY:
       return concernsProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
     default:
@@ -133,16 +135,31 @@ std::vector<MonitorDescription> X11ScreenProvider::monitors() {
 void X11ScreenProvider::subtractPanels(std::vector<MonitorDescription>& monitors) {
   const auto docks = findDocks(connection_);
   watchPanels(docks);
+  const xcb_window_t withTray = panelWithTray(connection_, docks);
   std::vector<DockStrut> struts;
   for (const DockWindow& dock : docks) {
-    if (dock.strut && dock.viewable) struts.push_back({dock.bounds, *dock.strut});
+    if (dock.strut && dock.viewable) struts.push_back({dock.bounds, *dock.strut, dock.window == withTray});
   }
-  const PixelRect root = connection_.rootRect();
-  for (MonitorDescription& monitor : monitors) monitor.visible = visiblePixels(monitor.frame, root, struts);
+  root_ = connection_.rootRect();
+  for (const MonitorDescription& monitor : monitors) {
+    if (foreignPanel_ && intersects(*foreignPanel_, monitor.frame)) {
+      struts.push_back(strutAlong(*foreignPanel_, monitor.frame, root_));
+    }
+  }
+  for (MonitorDescription& monitor : monitors) {
+    monitor.visible = visiblePixels(monitor.frame, root_, struts);
+    monitor.panel = mainPanelEdge(monitor.frame, root_, struts);
+  }
   // A work area is one rectangle for all monitors; without struts it is all there is, and the panel is on the first.
   if (struts.empty() && !monitors.empty()) {
     monitors.front().visible = visiblePixelsFromWorkArea(monitors.front().frame, firstWorkArea(connection_));
   }
+}
+
+void X11ScreenProvider::setForeignPanel(const std::optional<PixelRect>& place) {
+  if (foreignPanel_ == place) return;
+  foreignPanel_ = place;
+  settling_.note();
 }
 
 void X11ScreenProvider::watchPanels(const std::vector<DockWindow>& docks) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/linux/screens/Pacing.h"
@@ -23,8 +24,14 @@ class X11ScreenProvider final : public ScreenProvider {
   std::vector<Screen> screens() override { return screens_; }
   void setChangeHandler(std::function<void()> handler) override;
 
+  /// The place (root pixels) of a panel that is no window on this server, at the top or the bottom of a monitor;
+  /// nothing if there is none. The change handler is called as for other panels.
+  void setForeignPanel(const std::optional<PixelRect>& place);
+
   /// The coordinate system of screens().
   const ScreenSpace& space() const { return space_; }
+  /// All screens together, root pixels.
+  const PixelRect& root() const { return root_; }
   /// The part of `place` (root pixels) that is on the screen it shares most with; empty if there is none.
   PixelRect clippedToScreen(const PixelRect& place) const;
   /// The desktop's panels when the list was last read.
@@ -47,7 +54,9 @@ class X11ScreenProvider final : public ScreenProvider {
   std::vector<Screen> screens_;
   std::vector<PixelRect> frames_;  ///< of screens_, root pixels
   ScreenSpace space_;
+  PixelRect root_;
   std::vector<xcb_window_t> watched_;
+  std::optional<PixelRect> foreignPanel_;
   std::shared_ptr<std::function<void()>> changed_ = std::make_shared<std::function<void()>>();
   std::vector<std::weak_ptr<std::function<void()>>> refreshSubscribers_;
   SettledChanges settling_;

@@ -54,8 +54,7 @@ void refuseFocus(X11Connection& connection, xcb_window_t window) {
   xcb_icccm_set_wm_hints(connection.raw(), window, &hints);
   const std::uint32_t protocols[] = {connection.atom(X11Atom::wmDeleteWindow)};
   setNumbers(connection, window, connection.atom(X11Atom::wmProtocols), XCB_ATOM_ATOM, protocols);
-  const std::uint32_t never[] = {0};
-  setNumbers(connection, window, connection.atom(X11Atom::netWmUserTime), XCB_ATOM_CARDINAL, never);
+  writeUserTime(connection, window, 0);  // never: it takes no focus when it is mapped
 }
 
 std::array<std::uint32_t, 4> statesFor(const X11Connection& connection, OverlayLevel level) {
@@ -243,6 +242,16 @@ std::optional<Restacking> neededRestacking(X11Connection& connection, xcb_window
   if (level == OverlayLevel::desktop) return onDesktop(connection, window, panels, managed);
   if (isUnderPanel(connection, window, panels, managed)) return Restacking{XCB_STACK_MODE_ABOVE};
   return std::nullopt;
+}
+
+void writeUserTime(X11Connection& connection, xcb_window_t window, xcb_timestamp_t time) {
+  const std::uint32_t times[] = {time};
+  setNumbers(connection, window, connection.atom(X11Atom::netWmUserTime), XCB_ATOM_CARDINAL, times);
+}
+
+void requestUserTimeReport(X11Connection& connection, xcb_window_t window) {
+  xcb_change_property(connection.raw(), XCB_PROP_MODE_APPEND, window, connection.atom(X11Atom::netWmUserTime),
+                      XCB_ATOM_CARDINAL, 32, 0, nullptr);
 }
 
 void restack(X11Connection& connection, xcb_window_t window, const Restacking& change) {

@@ -39,6 +39,13 @@ struct Restacking {
 std::optional<Restacking> neededRestacking(X11Connection& connection, xcb_window_t window, OverlayLevel level,
                                            std::span<const xcb_window_t> panels);
 
+/// Writes when a person last used the window, in the server's time. Some window managers let only the window that was
+/// used last go over others of its kind.
+void writeUserTime(X11Connection& connection, xcb_window_t window, xcb_timestamp_t time);
+
+/// Makes the server report its time in a change of that property, which stays as it is.
+void requestUserTimeReport(X11Connection& connection, xcb_window_t window);
+
 /// Sends it.
 void restack(X11Connection& connection, xcb_window_t window, const Restacking& change);
 

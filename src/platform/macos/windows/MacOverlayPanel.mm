@@ -179,8 +179,10 @@ std::unique_ptr<OverlayPanel> MacOverlayPanelFactory::makePanel(const Screen& sc
   }
 }
 
-std::string MacOverlayPanelFactory::visibilityHint(const Screen&, OverlayLevel level) {
-  return menuBarHint(level, [NSWorkspace sharedWorkspace].accessibilityDisplayShouldReduceTransparency);
+Visibility MacOverlayPanelFactory::visibility(const Screen&, const Rect&, OverlayLevel level) {
+  const std::string hint =
+      menuBarHint(level, [NSWorkspace sharedWorkspace].accessibilityDisplayShouldReduceTransparency);
+  return {hint.empty() ? Visibility::Kind::seen : Visibility::Kind::mayBeHidden, hint};
 }
 
 }  // namespace veloria

@@ -19,7 +19,7 @@ class MacOverlayPanelFactory final : public OverlayPanelFactory {
   MacOverlayPanelFactory(MetalSurfaceMaker makeSurface, std::optional<long> debugLevel);
 
   std::unique_ptr<OverlayPanel> makePanel(const Screen& screen) override;
-  std::string visibilityHint(const Screen& screen, OverlayLevel level) override;
+  Visibility visibility(const Screen& screen, const Rect& band, OverlayLevel level) override;
 
  private:
   MetalSurfaceMaker makeSurface_;

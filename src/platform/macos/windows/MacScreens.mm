@@ -58,6 +58,7 @@ Screen describe(NSScreen* screen) {
   described.name = plainText(screen.localizedName);
   described.frame = plainRect(screen.frame);
   described.visibleFrame = plainRect(screen.visibleFrame);
+  described.panelEdge = PanelEdge::top;
   described.safeAreaTop = screen.safeAreaInsets.top;
   described.auxiliaryTopLeft = areaOf(screen.auxiliaryTopLeftArea);
   described.auxiliaryTopRight = areaOf(screen.auxiliaryTopRightArea);
