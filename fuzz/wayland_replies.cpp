@@ -9,7 +9,6 @@
 #include "base/StrictJson.h"
 #include "platform/linux/hyprland/HyprlandPointer.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
-#include "platform/linux/wayland/PlasmaPanels.h"
 
 namespace veloria {
 

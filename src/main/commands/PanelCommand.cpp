@@ -81,7 +81,10 @@ int show(PanelClearing& panel) {
 int clear(PanelClearing& panel, bool agreed) {
   const auto offer = settledOffer(panel);
   if (offer.way == Way::none) throw WorkError(offer.text);
-  if (offer.way == Way::byHand) return printOffer(offer), failed;
+  if (offer.way == Way::byHand) {
+    printOffer(offer);
+    return failed;
+  }
   agree(offer, agreed);
   waitFor([&](auto answer) { panel.clear(std::move(answer)); },
           "The panel lets the light through. To put it back: veloria panel restore");
@@ -100,8 +103,7 @@ int runPanel(const QStringList& arguments) {
   QCommandLineParser parser;
   parser.setApplicationDescription(
       "Makes the desktop's own panel clear, so that the light shows behind its text, or puts it back as it was. "
-      "Without "
-      "an action: says what can be done here.");
+      "Without an action: says what can be done here.");
   parser.addOption({"yes", "Clear the panel without asking, if that has side effects."});
   if (!parseArguments(parser, "veloria panel", arguments, 1, "[clear|restore]")) return done;
   const QString action = parser.positionalArguments().value(0);

@@ -7,7 +7,6 @@
 #include <vulkan/vulkan_wayland.h>
 
 #include <QDBusConnection>
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <span>
@@ -67,8 +66,7 @@ class WaylandDesktop final : public VulkanDesktop {
 
  private:
   std::unique_ptr<PlasmaPanels> makePlasmaPanels(const Environment& environment) {
-    const auto names = desktopNames(environment);
-    if (std::count(names.begin(), names.end(), "kde") == 0) return nullptr;
+    if (!isDesktop(environment, "kde")) return nullptr;
     return std::make_unique<PlasmaPanels>(QDBusConnection::sessionBus(), [this] { screens_.reservedEdgesChanged(); });
   }
   std::optional<ReservedEdges> reservedEdges(std::span<const MonitorDescription> monitors) const {

@@ -8,7 +8,6 @@
 #include "LocalListener.h"
 #include "Process.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
-#include "platform/linux/wayland/PlasmaPanels.h"
 
 namespace veloria::tests {
 namespace {

@@ -99,7 +99,11 @@ Result<PanelMemories> PanelJournal::read() const {
 Result<Done> PanelJournal::write(const PanelMemories& memories) const {
   auto content = readAll();
   if (!content) return Failure{content.error()};
-  memories.empty() ? content->erase(desktop_) : ((*content)[desktop_] = memories, std::size_t{1});
+  if (memories.empty()) {
+    content->erase(desktop_);
+  } else {
+    (*content)[desktop_] = memories;
+  }
   std::error_code error;
   if (content->empty()) {
     fs::remove(*file_, error);

@@ -93,6 +93,13 @@ std::optional<EdgeInsets> hyprlandInsets(const json& monitor) {
   return EdgeInsets{edges[0], edges[1], edges[2], edges[3]};
 }
 
+int* edgeOf(EdgeInsets& edges, std::string_view location) {
+  if (location == "left") return &edges.left;
+  if (location == "top") return &edges.top;
+  if (location == "right") return &edges.right;
+  return location == "bottom" ? &edges.bottom : nullptr;
+}
+
 /// What a container of sway's fills: nothing but its place, its output, or all outputs.
 enum class Filled { place, output, everything };
 
@@ -186,6 +193,24 @@ Result<ReservedEdges> hyprlandReservedEdges(std::string_view monitors) {
     const auto name = text(monitor, "name");
     const auto insets = hyprlandInsets(monitor);
     if (name && insets) edges.emplace(*name, *insets);
+  }
+  return edges;
+}
+
+Result<ReservedEdges> plasmaReservedEdges(std::string_view answer, std::span<const MonitorDescription> monitors) {
+  const auto panels = parseStrictJson(answer);
+  if (!panels || !panels->is_array()) return Failure{notAsExpected};
+  ReservedEdges edges;
+  for (const MonitorDescription& monitor : monitors) edges[monitor.name];
+  for (const json& panel : *panels) {
+    if (text(panel, "hiding") != "none") continue;
+    const PixelRect screen{numberOf(panel, "x").value_or(0), numberOf(panel, "y").value_or(0),
+                           numberOf(panel, "width").value_or(0), numberOf(panel, "height").value_or(0)};
+    const auto monitor = std::find_if(monitors.begin(), monitors.end(),
+                                      [&](const MonitorDescription& each) { return each.frame == screen; });
+    if (monitor == monitors.end()) continue;
+    int* edge = edgeOf(edges[monitor->name], text(panel, "location").value_or(""));
+    if (edge != nullptr) *edge = std::max(*edge, numberOf(panel, "thickness").value_or(0));
   }
   return edges;
 }

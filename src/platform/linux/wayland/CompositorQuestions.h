@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -50,6 +51,10 @@ Result<LayerStacking> swayLayerStacking(std::string_view version);
 
 /// From Hyprland's answer to j/monitors, whose "reserved" is left, top, right, bottom.
 Result<ReservedEdges> hyprlandReservedEdges(std::string_view monitors);
+
+/// From plasmashell's answer to PlasmaPanels: what its panels reserve on `monitors`, whose frames are in the
+/// compositor's logical pixels. Panels that hide or give way reserve nothing.
+Result<ReservedEdges> plasmaReservedEdges(std::string_view answer, std::span<const MonitorDescription> monitors);
 
 /// The names of the outputs on which a full-screen window is seen.
 using CoveredOutputs = std::set<std::string>;

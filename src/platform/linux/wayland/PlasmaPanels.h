@@ -6,18 +6,12 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 
-#include "base/Result.h"
 #include "platform/linux/bus/BusService.h"
 #include "platform/linux/screens/ScreenDescription.h"
 #include "platform/linux/wayland/CompositorQuestions.h"
 
 namespace veloria {
-
-/// From plasmashell's answer: what its panels reserve on `monitors`, whose frames are in the compositor's logical
-/// pixels. Panels that hide or give way reserve nothing.
-Result<ReservedEdges> plasmaReservedEdges(std::string_view answer, std::span<const MonitorDescription> monitors);
 
 /// Follows the panels of plasmashell, which alone knows where they are on a Wayland desktop: KWin doesn't say. Asked
 /// over the session bus, by its scripting interface. Main thread; never waits.
