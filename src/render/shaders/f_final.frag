@@ -1,5 +1,6 @@
 #version 460
 #extension GL_GOOGLE_include_directive : require
+#include "words.glsl"
 #include "RenderParams.glsl"
 #include "color.glsl"
 #include "palette.glsl"
@@ -29,10 +30,9 @@ layout(location = 0) out vec4 color;
 // goes some way to white.
 vec3 toned(vec3 c) {
   float peak = max(max(c.r, c.g), c.b);
-  if (peak <= 0.0) return vec3(0.0);
   float limit = eightBit ? 1.0 : 2.5;
   float level = limit * (1.0 - exp(-peak / limit));
-  vec3 kept = c * (level / peak);
+  vec3 kept = c * pick(peak > 0.0, level / peak, 0.0);
   float white = smoothstep(2.0, 12.0, peak) * 0.35;
   return mix(kept, vec3(level), white);
 }
@@ -45,7 +45,7 @@ vec3 contrasted(vec3 c) {
 }
 
 // Share of light that may pass at x for a fade of width `width` from the edge at 0.
-float edge(float x, float width) { return width > 1e-4 ? smoothstep(0.0, width, x) : 1.0; }
+float edge(float x, scalar width) { return width > 1e-4 ? smoothstep(0.0, width, x) : 1.0; }
 
 float barLuminance(vec2 at) {
   vec4 c = textureLod(bar, at, 0.0);
@@ -181,21 +181,18 @@ void main() {
   covered *= passes;
 
   bool finite = all(lessThanEqual(shown, vec3(1e4))) && alpha <= 1.0;
-  if (!finite || alpha + max(shown.r, max(shown.g, shown.b)) <= 0.0) {
-    color = vec4(0.0);
-    return;
-  }
+  bool lit = finite && alpha + max(shown.r, max(shown.g, shown.b)) > 0.0;
   if (eightBit) {
     // Compositors blend encoded values: encode the straight colour, then premultiply. Additive light is encoded as it
     // is.
-    vec3 covering = alpha > 0.0 ? encodedOf(shown / alpha) * alpha : vec3(0.0);
-    float additive = params.opaque > 0.5 ? 0.0 : clamp(params.additive, 0.0, 1.0);
+    vec3 covering = pick(alpha > 0.0, encodedOf(shown / alpha) * alpha, vec3(0.0));
+    scalar additive = params.opaque > 0.5 ? 0.0 : clamp(params.additive, 0.0, 1.0);
     vec3 premultiplied = mix(covering, encodedOf(shown), additive);
     float strongest = max(premultiplied.r, max(premultiplied.g, premultiplied.b));
     vec3 dithered = premultiplied + ditherNoise(pixel) * step(1.0 / 512.0, strongest);
     vec3 kept = clamp(dithered, 0.0, additive > 0.0 ? 1.0 : alpha);
-    color = vec4(target == 2u ? decodedOf(kept) : kept, covered);
+    color = pick(lit, vec4(target == 2u ? decodedOf(kept) : kept, covered), vec4(0.0));
   } else {
-    color = vec4(shown, covered);
+    color = pick(lit, vec4(shown, covered), vec4(0.0));
   }
 }

@@ -1,5 +1,6 @@
 #version 460
 #extension GL_GOOGLE_include_directive : require
+#include "words.glsl"
 #include "RenderParams.glsl"
 #include "unit.glsl"
 #include "noise.glsl"
@@ -36,7 +37,7 @@ float rays(float x) {
   float total = 0.0;
   float amplitude = 1.0;
   for (int i = 0; i < octaves; ++i) {
-    float speed = 14.0 + 9.0 * float(i);
+    scalar speed = 14.0 + 9.0 * float(i);
     Phase phase = Phase(params.rayPhase * speed, rayPeriod * speed);
     float n = noise(x, phase, 0x6a09e6u + uint(i) * 0x9e3779b9u);
     sum += amplitude * (1.0 - abs(n * 2.0 - 1.0));
@@ -108,6 +109,6 @@ void main() {
   color *= clamp(params.exposure, 0.0, 64.0);
 
   bool finite = all(lessThanEqual(color, vec3(1e4)));
-  color = finite ? min(color, vec3(64.0)) : vec3(0.0);
+  color = pick(finite, min(color, vec3(64.0)), vec3(0.0));
   light = vec4(color, luminance(color));
 }

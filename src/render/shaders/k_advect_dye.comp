@@ -1,5 +1,6 @@
 #version 460
 #extension GL_GOOGLE_include_directive : require
+#include "words.glsl"
 #include "SimParams.glsl"
 #include "kernel.glsl"
 #include "unit.glsl"
@@ -52,7 +53,7 @@ float birth(vec2 p, float height) {
   float spread = clamp(sim.emitHeight, 0.02, 4.0);
   float hem = sim.emitCenter - spread * 0.55 + (fine - 0.5) * 0.30 + (broad - 0.5) * 0.25;
   float above = height - hem;
-  float profile = above < 0.0 ? exp(-above * above / (0.012 * spread)) : exp(-above * above / (1.1 * spread * spread));
+  float profile = exp(-above * above / pick(above < 0.0, 0.012 * spread, 1.1 * spread * spread));
   return source * profile;
 }
 
@@ -87,5 +88,5 @@ void main() {
   d += vec4(colorAt(p, height), 1.0) * added;
 
   bool finite = all(lessThanEqual(abs(d), vec4(64.0)));
-  imageStore(dyeOut, c, finite ? max(d, 0.0) : vec4(0.0));
+  imageStore(dyeOut, c, pick(finite, max(d, 0.0), vec4(0.0)));
 }

@@ -1,5 +1,6 @@
 #version 460
 #extension GL_GOOGLE_include_directive : require
+#include "words.glsl"
 #include "kernel.glsl"
 
 // Divergence by central differences. The band is open at its sides and closed above and below: the row beyond a wall
@@ -16,7 +17,7 @@ void main() {
   float left = imageLoad(velocity, ivec2(max(c.x - 1, 0), c.y)).x;
   float below = imageLoad(velocity, ivec2(c.x, min(c.y + 1, last.y))).y;
   float above = imageLoad(velocity, ivec2(c.x, max(c.y - 1, 0))).y;
-  if (c.y == last.y) below = -below;
-  if (c.y == 0) above = -above;
+  below = pick(c.y == last.y, -below, below);
+  above = pick(c.y == 0, -above, above);
   imageStore(divergence, c, vec4(0.5 * ((right - left) + (below - above)), 0.0, 0.0, 0.0));
 }

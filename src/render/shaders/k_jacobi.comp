@@ -1,5 +1,6 @@
 #version 460
 #extension GL_GOOGLE_include_directive : require
+#include "words.glsl"
 #include "kernel.glsl"
 
 // One Jacobi iteration of the pressure's Poisson equation. Outside the sides the pressure is 0 (open), beyond the walls
@@ -16,8 +17,8 @@ void main() {
   ivec2 size = imageSize(pressureOut);
   if (outside(c, size)) return;
   ivec2 last = size - 1;
-  float right = c.x < last.x ? imageLoad(pressure, ivec2(c.x + 1, c.y)).x : 0.0;
-  float left = c.x > 0 ? imageLoad(pressure, ivec2(c.x - 1, c.y)).x : 0.0;
+  float right = pick(c.x < last.x, imageLoad(pressure, ivec2(min(c.x + 1, last.x), c.y)).x, 0.0);
+  float left = pick(c.x > 0, imageLoad(pressure, ivec2(max(c.x - 1, 0), c.y)).x, 0.0);
   float below = imageLoad(pressure, ivec2(c.x, min(c.y + 1, last.y))).x;
   float above = imageLoad(pressure, ivec2(c.x, max(c.y - 1, 0))).x;
   float p = (right + left + below + above - imageLoad(divergence, c).x) * keep;

@@ -1,5 +1,6 @@
 #version 460
 #extension GL_GOOGLE_include_directive : require
+#include "words.glsl"
 #include "kernel.glsl"
 
 // Subtracts the pressure's gradient, with the boundary values of the Jacobi pass.
@@ -12,8 +13,8 @@ void main() {
   ivec2 size = imageSize(velocityOut);
   if (outside(c, size)) return;
   ivec2 last = size - 1;
-  float right = c.x < last.x ? imageLoad(pressure, ivec2(c.x + 1, c.y)).x : 0.0;
-  float left = c.x > 0 ? imageLoad(pressure, ivec2(c.x - 1, c.y)).x : 0.0;
+  float right = pick(c.x < last.x, imageLoad(pressure, ivec2(min(c.x + 1, last.x), c.y)).x, 0.0);
+  float left = pick(c.x > 0, imageLoad(pressure, ivec2(max(c.x - 1, 0), c.y)).x, 0.0);
   float below = imageLoad(pressure, ivec2(c.x, min(c.y + 1, last.y))).x;
   float above = imageLoad(pressure, ivec2(c.x, max(c.y - 1, 0))).x;
   vec2 v = imageLoad(velocity, c).xy - 0.5 * vec2(right - left, below - above);

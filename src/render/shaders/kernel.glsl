@@ -8,7 +8,6 @@ bool outside(ivec2 c, ivec2 size) { return any(greaterThanEqual(c, size)); }
 // x when it is finite and no larger than limit in magnitude, else the nearest that is (0 for NaN).
 vec2 bounded(vec2 x, float limit) {
   float size = length(x);
-  if (!(size < 1e18)) return vec2(0.0);
-  return size > limit ? x * (limit / size) : x;
+  return pick(size < 1e18, pick(size > limit, x * (limit / size), x), vec2(0.0));
 }
-float bounded(float x, float limit) { return abs(x) <= limit ? x : (x > 0.0 ? limit : (x < 0.0 ? -limit : 0.0)); }
+float bounded(float x, float limit) { return pick(x == x, clamp(x, -limit, limit), 0.0); }

@@ -9,13 +9,13 @@ const float rayPeriod = 64.0;
 
 // A phase in lattice steps and the whole number of steps after which it repeats.
 struct Phase {
-  float value;
-  float period;
+  scalar value;
+  scalar period;
 };
 
 // A phase that moves at about `speed` steps a second. The speed must be a constant: a change would make the phase jump.
-Phase phaseOf(float speed, float time) {
-  float period = max(round(abs(speed) * timePeriod), 1.0);
+Phase phaseOf(scalar speed, scalar time) {
+  scalar period = max(round(abs(speed) * timePeriod), 1.0);
   return Phase(time * (period / timePeriod), period);
 }
 
@@ -30,8 +30,8 @@ float unitFloat(uint h) { return float(h >> 8) * (1.0 / 16777216.0); }
 
 // The lattice's two steps in time around a phase, as hash parts. A phase lies between 0 and its period.
 uvec2 timeSteps(Phase phase, uint stride) {
-  float now = floor(phase.value);
-  float next = now + 1.0;
+  scalar now = floor(phase.value);
+  scalar next = now + 1.0;
   return uvec2(uint(now), uint(next < phase.period ? next : 0.0)) * stride;
 }
 
