@@ -1,4 +1,5 @@
 # Everything that is bought rather than built here. script/bootstrap installs it.
+find_package(Threads REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(ICU REQUIRED COMPONENTS uc)
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets Network)

@@ -38,7 +38,7 @@ float rays(float x) {
   float amplitude = 1.0;
   for (int i = 0; i < octaves; ++i) {
     scalar speed = 14.0 + 9.0 * float(i);
-    Phase phase = Phase(params.rayPhase * speed, rayPeriod * speed);
+    Phase phase = phaseAt(params.rayPhase * speed, rayPeriod * speed);
     float n = noise(x, phase, 0x6a09e6u + uint(i) * 0x9e3779b9u);
     sum += amplitude * (1.0 - abs(n * 2.0 - 1.0));
     total += amplitude;
@@ -103,7 +103,7 @@ void main() {
   }
 
   float along = noise(p.x * clamp(params.hueSpreadScale, 0.0, 64.0) * 0.12,
-                      Phase(params.hueDriftPhase, stepPeriod), 0x9b0568u) - 0.5;
+                      phaseAt(params.hueDriftPhase, stepPeriod), 0x9b0568u) - 0.5;
   float hue = params.hueShift + params.hueSwing + params.hueSpread * along * 0.35;
   color = graded(color, hue, clamp(params.saturation, 0.0, 4.0));
   color *= clamp(params.exposure, 0.0, 64.0);

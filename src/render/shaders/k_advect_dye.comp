@@ -43,7 +43,7 @@ vec4 advected(vec2 middle, vec2 v, vec2 grid) {
 // rises above the threshold, each a curtain with a sharp lower hem and a long soft upper end. 0 to 1.
 float birth(vec2 p, float height) {
   float scale = clamp(sim.emitScale, 0.05, 32.0);
-  Phase phase = Phase(sim.emitPhase, stepPeriod);
+  Phase phase = phaseAt(sim.emitPhase, stepPeriod);
   float broad = noise(p.x * scale * 0.30, phase, 0x3c6ef3u);
   float fine = noise(p.x * scale * 1.15 + broad * 2.0, phase, 0xa54ff5u);
   float source = broad * 0.68 + fine * 0.32;

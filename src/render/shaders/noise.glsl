@@ -13,10 +13,17 @@ struct Phase {
   scalar period;
 };
 
+Phase phaseAt(scalar value, scalar period) {
+  Phase phase;
+  phase.value = value;
+  phase.period = period;
+  return phase;
+}
+
 // A phase that moves at about `speed` steps a second. The speed must be a constant: a change would make the phase jump.
 Phase phaseOf(scalar speed, scalar time) {
   scalar period = max(round(abs(speed) * timePeriod), 1.0);
-  return Phase(time * (period / timePeriod), period);
+  return phaseAt(time * (period / timePeriod), period);
 }
 
 // Spreads the pattern that is left in lattice coordinates multiplied by large odd numbers.

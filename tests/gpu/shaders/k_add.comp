@@ -1,15 +1,18 @@
-#version 450
-layout(local_size_x_id = 0, local_size_y_id = 1) in;
-layout(set = 0, binding = 4, r16f) readonly uniform image2D source;
-layout(set = 0, binding = 7, r16f) writeonly uniform image2D target;
+#version 460
+#extension GL_GOOGLE_include_directive : require
+#include "words.glsl"
+#include "kernel.glsl"
+
+layout(set = 0, binding = 4, r16f) uniform readonly image2D source;
+layout(set = 0, binding = 7, r16f) uniform writeonly image2D sumOut;
 layout(set = 1, binding = 0, std140) uniform Block {
-  float amount;
-};
+  scalar amount;
+} block;
 
 void main() {
-  const ivec2 at = ivec2(gl_GlobalInvocationID.xy);
-  const ivec2 size = imageSize(target);
-  if (any(greaterThanEqual(at, size))) return;
+  ivec2 at = cell();
+  ivec2 size = imageSize(sumOut);
+  if (outside(at, size)) return;
   // Reads the opposite corner, so that it depends on what other groups wrote.
-  imageStore(target, at, imageLoad(source, size - 1 - at) + amount);
+  imageStore(sumOut, at, imageLoad(source, size - 1 - at) + block.amount);
 }

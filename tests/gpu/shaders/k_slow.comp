@@ -1,15 +1,18 @@
-#version 450
-layout(local_size_x_id = 0, local_size_y_id = 1) in;
+#version 460
+#extension GL_GOOGLE_include_directive : require
+#include "words.glsl"
+#include "kernel.glsl"
+
 // Takes long enough to be overtaken by whoever does not wait for it.
-layout(set = 0, binding = 7, r16f) writeonly uniform image2D target;
+layout(set = 0, binding = 7, r16f) uniform writeonly image2D slowOut;
 layout(set = 1, binding = 0, std140) uniform Block {
-  float rounds, value;
-};
+  scalar rounds, value;
+} block;
 
 void main() {
-  const ivec2 at = ivec2(gl_GlobalInvocationID.xy);
-  if (any(greaterThanEqual(at, imageSize(target)))) return;
+  ivec2 at = cell();
+  if (outside(at, imageSize(slowOut))) return;
   float x = 0.5;
-  for (float round = 0; round < rounds; ++round) x = fract(sin(x + float(at.x)) * 43.0);
-  imageStore(target, at, vec4(x == 0.123456 ? -1.0 : value));
+  for (scalar round = 0.0; round < block.rounds; ++round) x = fract(sin(x + float(at.x)) * 43.0);
+  imageStore(slowOut, at, vec4(pick(x == 0.123456, -1.0, block.value)));
 }

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "gpu/cpu/Call.h"
+#include "wide/Textures.h"
+
+namespace veloria::gpu::cpu::VELORIA_SET {
+
+/// A uniform block's bytes, as whatever structure they are assigned to.
+struct BlockBytes {
+  const void* bytes;
+  template <class Block>
+  VELORIA_INLINE operator Block() const {
+    Block block;
+    __builtin_memcpy(&block, bytes, sizeof block);
+    return block;
+  }
+};
+
+/// What a function finds around itself; the spelled source becomes a structure derived from it.
+struct Kernel {
+  struct Invocation {
+    Int x, y;
+    VELORIA_INLINE ivec2 xy() const { return {x, y}; }
+  };
+
+  const Call& call;
+  Invocation gl_GlobalInvocationID;
+  vec4 gl_FragCoord;
+  vec2 uv;
+
+  VELORIA_INLINE explicit Kernel(const Call& of) : call(of) {}
+  VELORIA_INLINE BlockBytes blockBytes() const { return {call.bytes}; }
+  // Rows are whole, and a row's last vector may be written beyond its end.
+  static VELORIA_INLINE constexpr bool outside(ivec2, ivec2) { return false; }
+  static constexpr int reach = -1;
+};
+
+template <class Function>
+__attribute__((flatten)) void computeRows(const Call& call, int first, int end) {
+  Function function(call);
+  for (int y = first; y < end; ++y) {
+    for (int x = 0; x < call.target.width; x += lanes) {
+      function.gl_GlobalInvocationID = {Int(laneNumbers() + x), Int(y)};
+      function.main();
+    }
+  }
+}
+
+template <class Function>
+__attribute__((flatten)) void drawRows(const Call& call, int first, int end) {
+  Function function(call);
+  const Planes target = call.target;
+  const float width = 1.0F / (float)target.width;
+  const float height = 1.0F / (float)target.height;
+  for (int y = first; y < end; ++y) {
+    for (int x = 0; x < target.width; x += lanes) {
+      const Float middleX(toFloats(laneNumbers() + x) + 0.5F);
+      const float middleY = (float)y + 0.5F;
+      function.gl_FragCoord = vec4(middleX, middleY, 0.0F, 1.0F);
+      function.uv = vec2(middleX * width, middleY * height);
+      function.main();
+      if (target.pixels != nullptr) {
+        writePixels(target, x, y, function.result());
+      } else {
+        writePlanes(target, x, y, function.result());
+      }
+    }
+  }
+}
+
+}  // namespace veloria::gpu::cpu::VELORIA_SET
