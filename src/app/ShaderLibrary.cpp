@@ -30,6 +30,7 @@ std::vector<std::filesystem::path> shaderLibraryCandidates(const ProgramPlaces& 
 
 std::unique_ptr<gpu::Library> loadShaderLibrary(gpu::Device& device,
                                                 const std::vector<std::filesystem::path>& candidates) {
+  if (device.hasCompiledFunctions()) return device.makeLibrary({});
   std::string tried;
   for (const auto& path : candidates) {
     tried += path.string() + "\n";

@@ -30,6 +30,8 @@ class Device {
   /// Blocks until everything committed has run and its completion handlers have returned.
   virtual void waitIdle() = 0;
 
+  /// True if the functions are compiled into the program: makeLibrary() takes no bytes then.
+  virtual bool hasCompiledFunctions() const { return false; }
   /// Throws DeviceError when the bytes are not a shader library of this back end.
   virtual std::unique_ptr<Library> makeLibrary(std::span<const std::byte> bytes) = 0;
   virtual std::unique_ptr<FrameQueue> makeFrameQueue() = 0;

@@ -18,6 +18,7 @@ class CpuDevice final : public Device {
   std::string name() const override;
   bool lost() const override { return false; }
   void waitIdle() override { worker_.waitIdle(); }
+  bool hasCompiledFunctions() const override { return true; }
   std::unique_ptr<Library> makeLibrary(std::span<const std::byte> bytes) override;
   std::unique_ptr<FrameQueue> makeFrameQueue() override;
 

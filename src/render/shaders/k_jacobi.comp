@@ -11,6 +11,7 @@ layout(set = 0, binding = 5, r16f) uniform readonly image2D divergence;
 layout(set = 0, binding = 7, r16f) uniform writeonly image2D pressureOut;
 
 const float keep = 0.2499;
+const int reach = 1;  // rows above and below that it reads, and nothing beyond: the steps can go down the rows as a wave
 
 void main() {
   ivec2 c = cell();
