@@ -8,7 +8,7 @@ veloria_common_options(veloria_gpu_cpu_backend)
 veloria_test(gpu_cpu_tests
   SOURCES conformance_test.cpp cpu_test.cpp
   LINK veloria_gpu_cpu_backend veloria_gpu_cpu)
-foreach(set IN ITEMS baseline avx2)
+foreach(set IN ITEMS baseline sse42 avx2)
   add_test(NAME gpu_cpu_tests_${set} COMMAND gpu_cpu_tests)
   set_tests_properties(gpu_cpu_tests_${set} PROPERTIES TIMEOUT 300 ENVIRONMENT "VELORIA_TEST_SET=${set}")
 endforeach()

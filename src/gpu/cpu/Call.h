@@ -53,6 +53,7 @@ struct FunctionTable {
 /// has; a table without functions for those that it lacks.
 struct CompiledLibrary {
   FunctionTable baseline;  ///< four lanes, on every processor
+  FunctionTable sse42;     ///< the same where it has SSE4.2
   FunctionTable avx2;      ///< eight lanes; with FMA
   FunctionTable avx512;    ///< sixteen lanes
 };

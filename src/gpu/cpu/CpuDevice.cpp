@@ -16,6 +16,8 @@ constexpr unsigned mostThreads = 64;
 
 const FunctionTable& tableOf(const CompiledLibrary& library, InstructionSet set) {
   switch (set) {
+    case InstructionSet::sse42:
+      return library.sse42;
     case InstructionSet::avx2:
       return library.avx2;
     case InstructionSet::avx512:
@@ -28,17 +30,18 @@ const FunctionTable& tableOf(const CompiledLibrary& library, InstructionSet set)
 
 bool processorRuns(InstructionSet set) {
 #if defined(__x86_64__)
+  if (set == InstructionSet::sse42) return __builtin_cpu_supports("x86-64-v2") != 0;
   if (set == InstructionSet::avx2) return __builtin_cpu_supports("x86-64-v3") != 0;
   if (set == InstructionSet::avx512) return __builtin_cpu_supports("x86-64-v4") != 0;
 #endif
   return set == InstructionSet::baseline;
 }
 
-/// As a person writes it: "baseline", "avx2", "avx512".
+/// As a person writes it: "baseline", "sse42", "avx2", "avx512".
 std::string wishFor(InstructionSet set) {
   std::string wish;
   for (const char* c = instructionSetName(set); *c != '\0'; ++c) {
-    if (*c != '-') wish += static_cast<char>(std::tolower(static_cast<unsigned char>(*c)));
+    if (std::isalnum(static_cast<unsigned char>(*c)) != 0) wish += static_cast<char>(std::tolower(static_cast<unsigned char>(*c)));
   }
   return wish;
 }
@@ -54,6 +57,8 @@ const char* instructionSetName(InstructionSet set) {
   switch (set) {
     case InstructionSet::baseline:
       return "baseline";
+    case InstructionSet::sse42:
+      return "SSE4.2";
     case InstructionSet::avx2:
       return "AVX2";
     case InstructionSet::avx512:
@@ -64,7 +69,7 @@ const char* instructionSetName(InstructionSet set) {
 
 std::vector<InstructionSet> usableInstructionSets(const CompiledLibrary& library) {
   std::vector<InstructionSet> usable;
-  for (const auto set : {InstructionSet::baseline, InstructionSet::avx2, InstructionSet::avx512}) {
+  for (const auto set : {InstructionSet::baseline, InstructionSet::sse42, InstructionSet::avx2, InstructionSet::avx512}) {
     if (tableOf(library, set).count > 0 && processorRuns(set)) usable.push_back(set);
   }
   return usable;

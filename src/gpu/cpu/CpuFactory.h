@@ -16,9 +16,9 @@
 namespace veloria::gpu::cpu {
 
 /// What the functions are compiled for, slowest first.
-enum class InstructionSet : std::uint8_t { baseline, avx2, avx512 };
+enum class InstructionSet : std::uint8_t { baseline, sse42, avx2, avx512 };
 
-/// "baseline", "AVX2", "AVX-512".
+/// "baseline", "SSE4.2", "AVX2", "AVX-512".
 const char* instructionSetName(InstructionSet set);
 
 /// Those that `library` has and this processor runs, slowest first; never empty.
@@ -29,8 +29,8 @@ struct CpuOptions {
   unsigned threads = 0;               ///< 1 to 64; 0: one for each core, at most 8
 };
 
-/// What a person can write to ask for this back end: "cpu", or "cpu:" and the name of an instruction set without its
-/// dash, in any case ("cpu:avx2"). Nothing if `wish` is something else. Throws NoDeviceError, which names the usable
+/// What a person can write to ask for this back end: "cpu", or "cpu:" and the letters and digits of an instruction
+/// set's name, in any case ("cpu:avx512"). Nothing if `wish` is something else. Throws NoDeviceError, which names the usable
 /// ones, if it begins with "cpu:" and is none of them.
 std::optional<CpuOptions> optionsFromWish(std::string_view wish, const CompiledLibrary& library);
 

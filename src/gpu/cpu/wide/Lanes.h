@@ -1,6 +1,6 @@
 #pragma once
 
-#if defined(__AVX512F__) || defined(__AVX2__)
+#if defined(__SSE4_2__)
 #include <immintrin.h>
 #endif
 
@@ -117,19 +117,42 @@ VELORIA_INLINE FloatLanes greatest(FloatLanes a, FloatLanes b) {
   return (FloatLanes)_mm256_max_ps((__m256)a, (__m256)b);
 }
 
-#else  // four lanes, on every processor
+#else
+
+VELORIA_INLINE FloatLanes gather(const float* from, IntLanes at) {
+  return FloatLanes{from[at[0]], from[at[1]], from[at[2]], from[at[3]]};
+}
+#if defined(__SSE4_2__)
+
+VELORIA_INLINE bool any(IntLanes mask) {
+  return _mm_testz_si128((__m128i)mask, (__m128i)mask) == 0;
+}
+VELORIA_INLINE FloatLanes permute(FloatLanes a, IntLanes at) {
+  return (FloatLanes)_mm_shuffle_epi8((__m128i)a, (__m128i)((at & 3) * 0x04040404 + 0x03020100));
+}
+VELORIA_INLINE FloatLanes squareRoot(FloatLanes a) {
+  return (FloatLanes)_mm_sqrt_ps((__m128)a);
+}
+VELORIA_INLINE FloatLanes roundDown(FloatLanes a) {
+  return (FloatLanes)_mm_floor_ps((__m128)a);
+}
+VELORIA_INLINE FloatLanes roundNearest(FloatLanes a) {
+  return (FloatLanes)_mm_round_ps((__m128)a, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+}
+VELORIA_INLINE FloatLanes least(FloatLanes a, FloatLanes b) {
+  return (FloatLanes)_mm_min_ps((__m128)a, (__m128)b);
+}
+VELORIA_INLINE FloatLanes greatest(FloatLanes a, FloatLanes b) {
+  return (FloatLanes)_mm_max_ps((__m128)a, (__m128)b);
+}
+
+#else  // every processor
 
 VELORIA_INLINE bool any(IntLanes mask) {
   return (mask[0] | mask[1] | mask[2] | mask[3]) != 0;
 }
-VELORIA_INLINE FloatLanes gather(const float* from, IntLanes at) {
-  return FloatLanes{from[at[0]], from[at[1]], from[at[2]], from[at[3]]};
-}
 VELORIA_INLINE FloatLanes permute(FloatLanes a, IntLanes at) {
   return FloatLanes{a[at[0] & 3], a[at[1] & 3], a[at[2] & 3], a[at[3] & 3]};
-}
-VELORIA_INLINE FloatLanes permute(FloatLanes a, FloatLanes b, IntLanes at) {
-  return at < 4 ? permute(a, at) : permute(b, at);
 }
 VELORIA_INLINE FloatLanes squareRoot(FloatLanes a) {
   return FloatLanes{__builtin_sqrtf(a[0]), __builtin_sqrtf(a[1]), __builtin_sqrtf(a[2]), __builtin_sqrtf(a[3])};
@@ -155,6 +178,12 @@ VELORIA_INLINE FloatLanes roundNearest(FloatLanes a) {
   const FloatLanes big = (FloatLanes)(((IntLanes)a & (int)0x80000000U) | (IntLanes)splat(8388608.0F));
   const FloatLanes size = (FloatLanes)((IntLanes)a & 0x7FFFFFFF);
   return size < 8388608.0F ? (a + big) - big : a;
+}
+
+#endif
+
+VELORIA_INLINE FloatLanes permute(FloatLanes a, FloatLanes b, IntLanes at) {
+  return at < 4 ? permute(a, at) : permute(b, at);
 }
 
 #endif
