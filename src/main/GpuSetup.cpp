@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "base/PlatformWords.h"
+#include "main/commands/Arguments.h"
 #include "main/commands/Command.h"
 #include "render/RendererError.h"
 
@@ -17,15 +18,21 @@ ProgramPlaces programPlaces() {
   return {(folder / resourceFolderFromProgram).lexically_normal(), folder, std::filesystem::current_path(ignored)};
 }
 
-void addGpuOption(QCommandLineParser& parser) {
-  parser.addOption(
-      {"gpu", "GPU to use: its name, a part of it, or its number ('veloria devices' lists them).", "name"});
+void addGpuOptions(QCommandLineParser& parser) {
+  parser.addOptions(
+      {{"gpu", "GPU to use: its name, a part of it, or its number, or cpu ('veloria devices' lists them).", "name"},
+       {"threads", "Threads that draw on the CPU, 1 to 64 (default: one for each core, at most 8).", "count"}});
 }
 
 Gpu gpuFrom(const QCommandLineParser& parser) {
-  if (deviceLines().empty()) throw RendererError::noDevice();
+  return gpuFrom(parser, parser.value("gpu").toStdString());
+}
+
+Gpu gpuFrom(const QCommandLineParser& parser, const std::string& name) {
+  const long threads =
+      parser.isSet("threads") ? parseCount("--threads", parser.value("threads").toStdString(), 1, 64) : 0;
   Gpu gpu;
-  gpu.device = makeDevice(parser.value("gpu").toStdString());
+  gpu.device = makeDevice(name, static_cast<unsigned>(threads));
   gpu.library = loadShaderLibrary(*gpu.device, shaderLibraryCandidates(programPlaces()));
   return gpu;
 }

@@ -14,9 +14,9 @@ namespace veloria {
 /// the executable's folder and the current one. Needs a QCoreApplication.
 ProgramPlaces programPlaces();
 
-/// Makes a device; `gpu` is a name, an index or empty for the best one. Throws gpu::NoDeviceError when there is none,
-/// gpu::DeviceError when its driver fails.
-std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu);
+/// Makes a device; `gpu` is a name, an index or empty for the best one. `threads` (0: as many as suit) is for one that
+/// draws on the CPU. Throws gpu::NoDeviceError when there is none, gpu::DeviceError when its driver fails.
+std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu, unsigned threads = 0);
 
 /// A line for a person about each device of this computer, whether it can be used or not.
 std::vector<std::string> deviceLines();
@@ -26,8 +26,11 @@ struct Gpu {
   std::unique_ptr<gpu::Device> device;
   std::unique_ptr<gpu::Library> library;
 };
-void addGpuOption(QCommandLineParser& parser);
-/// Throws RendererError::noDevice when there is no GPU at all; otherwise as makeDevice() and loadShaderLibrary().
+/// --gpu and --threads.
+void addGpuOptions(QCommandLineParser& parser);
+/// Throws as makeDevice() and loadShaderLibrary(), and WorkError for a bad number of threads.
 Gpu gpuFrom(const QCommandLineParser& parser);
+/// The same for a device of another name.
+Gpu gpuFrom(const QCommandLineParser& parser, const std::string& name);
 
 }  // namespace veloria

@@ -41,6 +41,7 @@ struct Function {
   RowsFunction rows = nullptr;
   /// How many rows above and below its own a compute function reads of its images; -1 if it may read any.
   int reach = -1;
+  bool draws = false;  ///< a fragment function
 };
 
 /// The functions of a library for one instruction set.

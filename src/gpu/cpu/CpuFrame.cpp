@@ -11,8 +11,10 @@ namespace veloria::gpu::cpu {
 
 namespace {
 
-/// Below this many texels the thread that begins a pass has done it before another one wakes up.
+/// Below this many texels the thread that begins a pass has done it before another one wakes up. Fragment functions do
+/// more for each.
 constexpr int smallPass = 20000;
+constexpr int smallDrawing = 2000;
 constexpr unsigned portionsPerThread = 4;
 
 double secondsNow() {
@@ -110,7 +112,7 @@ void CpuFrame::runRows(const RecordedPass& pass, ThreadPool& pool) {
   Call call;
   prepare(pass, call);
   const int height = call.target.height;
-  const bool small = call.target.width * height < smallPass;
+  const bool small = call.target.width * height < (pass.function->draws ? smallDrawing : smallPass);
   const auto portions = small ? 1U : std::min(static_cast<unsigned>(height), pool.threads() * portionsPerThread);
   const auto edge = [&](unsigned portion) {
     return static_cast<int>(static_cast<unsigned>(height) * portion / portions);

@@ -2,7 +2,7 @@
 /^#version/d
 /^#extension/d
 /^#define scalar/d
-/^float pick|^vec[234] pick/d
+/^(float|vec[234]) (pick|cubeRoot)/d
 /^layout\(local_size/d
 /^bool outside\(/d
 /^layout\(location = 0\) in vec2 uv;/d

@@ -149,6 +149,39 @@ void measurePasses(Bench& bench, Measurement& result) {
   for (auto& [name, values] : samples) result.passes[name] = Samples{values}.median();
 }
 
+/// One of the devices that are compared.
+struct Candidate {
+  Gpu gpu;
+  std::unique_ptr<Bench> bench;
+  Samples milliseconds;  ///< a frame, one sample a turn
+};
+
+/// Draws with the devices in turns, so that whatever else the machine does meets all of them.
+void compare(const QCommandLineParser& parser, gpu::Size size, long frames, const NimbraConfig& config) {
+  constexpr long framesInTurn = 20;
+  std::vector<Candidate> candidates;
+  for (const QString& name : parser.values("compare")) {
+    Candidate& candidate = candidates.emplace_back(Candidate{gpuFrom(parser, name.toStdString()), nullptr, {}});
+    candidate.bench = std::make_unique<Bench>(*candidate.gpu.device, *candidate.gpu.library, size, config);
+    candidate.bench->frames(warmUpFrames);
+    candidate.bench->finish();
+  }
+  const long turns = std::max(frames / framesInTurn, 3L);
+  for (long turn = 0; turn < turns; ++turn) {
+    for (Candidate& candidate : candidates) {
+      const double start = mediaTime();
+      candidate.bench->frames(framesInTurn);
+      candidate.bench->finish();
+      candidate.milliseconds.values.push_back((mediaTime() - start) * 1000 / framesInTurn);
+    }
+  }
+  const double first = candidates.front().milliseconds.median();
+  for (Candidate& candidate : candidates) {
+    const double median = candidate.milliseconds.median();
+    std::printf("%8.3f ms per frame  %5.2f  %s\n", median, median / first, candidate.gpu.device->name().c_str());
+  }
+}
+
 void printJson(const Measurement& result) {
   nlohmann::ordered_json json;
   json["device"] = result.device;
@@ -184,10 +217,12 @@ int runBench(const QStringList& arguments) {
   parser.addOptions({
       {"size", "Size of the picture in pixels (default 1920x32).", "WxH"},
       {"frames", "Frames to measure, 10 to 100000 (default 300).", "count"},
+      {"compare", "Measure this device against others: repeat it for each. Prints times and ratios to the first.",
+       "name"},
       {"json", "Print JSON."},
   });
   addConfigOptions(parser);
-  addGpuOption(parser);
+  addGpuOptions(parser);
   if (!parseArguments(parser, "veloria bench", arguments, 0)) return done;
 
   Measurement result;
@@ -196,6 +231,10 @@ int runBench(const QStringList& arguments) {
   result.frames =
       parser.isSet("frames") ? parseCount("--frames", parser.value("frames").toStdString(), 10, 100000) : 300;
   const NimbraConfig config = configFrom(parser);
+  if (parser.isSet("compare")) {
+    compare(parser, result.drawable, result.frames, config);
+    return done;
+  }
   const Gpu gpu = gpuFrom(parser);
   result.device = gpu.device->name();
   Bench bench(*gpu.device, *gpu.library, result.drawable, config);

@@ -76,7 +76,7 @@ void addOptions(QCommandLineParser& parser) {
       {"raw", "Writes every frame as RGBA rows (straight alpha) to standard output; takes \"-\".", "-"},
   });
   addConfigOptions(parser);
-  addGpuOption(parser);
+  addGpuOptions(parser);
 }
 
 ChannelEvent channelEvent(const std::string& where, const std::string& line) {

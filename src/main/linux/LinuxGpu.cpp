@@ -55,7 +55,7 @@ std::unique_ptr<gpu::Device> makeCpuDevice(const gpu::cpu::CpuOptions& options) 
   return gpu::cpu::makeCpuDevice(gpu::cpu::renderCpuLibrary, options);
 }
 
-std::unique_ptr<gpu::Device> makeBestDevice() {
+std::unique_ptr<gpu::Device> makeBestDevice(unsigned threads) {
   if (const auto hardware = chooseHardware(gpu::vulkan::listDevices())) {
     try {
       return makeVulkanDevice(std::to_string(*hardware));
@@ -63,7 +63,7 @@ std::unique_ptr<gpu::Device> makeBestDevice() {
       systemLog(std::string("Veloria: the GPU can't be used, so the CPU draws: ") + error.what());
     }
   }
-  return makeCpuDevice({});
+  return makeCpuDevice({.set = std::nullopt, .threads = threads});
 }
 
 }  // namespace
@@ -78,10 +78,13 @@ std::optional<std::uint32_t> chooseHardware(const std::vector<gpu::vulkan::Devic
   return best != nullptr ? std::optional(best->index) : std::nullopt;
 }
 
-std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu) {
+std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu, unsigned threads) {
   const std::string wish = gpu.empty() ? processEnvironment()("NIMBRA_GPU").value_or("") : gpu;
-  if (wish.empty()) return makeBestDevice();
-  if (const auto options = gpu::cpu::optionsFromWish(wish, gpu::cpu::renderCpuLibrary)) return makeCpuDevice(*options);
+  if (wish.empty()) return makeBestDevice(threads);
+  if (auto options = gpu::cpu::optionsFromWish(wish, gpu::cpu::renderCpuLibrary)) {
+    options->threads = threads;
+    return makeCpuDevice(*options);
+  }
   return makeVulkanDevice(wish);
 }
 

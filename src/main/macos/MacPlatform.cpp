@@ -30,7 +30,7 @@
 
 namespace veloria {
 
-std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu) {
+std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu, unsigned) {
   return gpu::metal::makeMetalDevice({.gpu = gpu});
 }
 

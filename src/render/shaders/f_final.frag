@@ -187,7 +187,7 @@ void main() {
     // is.
     vec3 covering = pick(alpha > 0.0, encodedOf(shown / alpha) * alpha, vec3(0.0));
     scalar additive = params.opaque > 0.5 ? 0.0 : clamp(params.additive, 0.0, 1.0);
-    vec3 premultiplied = mix(covering, encodedOf(shown), additive);
+    vec3 premultiplied = additive > 0.0 ? mix(covering, encodedOf(shown), additive) : covering;
     float strongest = max(premultiplied.r, max(premultiplied.g, premultiplied.b));
     vec3 dithered = premultiplied + ditherNoise(pixel) * step(1.0 / 512.0, strongest);
     vec3 kept = clamp(dithered, 0.0, additive > 0.0 ? 1.0 : alpha);

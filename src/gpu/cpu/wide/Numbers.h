@@ -133,6 +133,18 @@ VELORIA_INLINE Float log2(Float x) {
 }
 VELORIA_INLINE Float pow(Float x, Float y) { return exp2(log2(max(x, 1.17549435e-38F)) * y); }
 
+/// Of a number that is not negative: the exponent's third, then two steps of Halley's method. 0 gives next to nothing.
+VELORIA_INLINE Float cubeRoot(Float x) {
+  const Float y = x + 1e-30F;
+  const IntLanes third = toInts(toFloats((IntLanes)y.v) * 0.333333333F);
+  Float root((FloatLanes)(third + 0x2A514067));
+  for (int step = 0; step < 2; ++step) {
+    const Float cube = root * root * root;
+    root = root * (cube + y + y) / (cube + cube + y);
+  }
+  return root;
+}
+
 /// Of an angle of some turns at most.
 VELORIA_INLINE Float sin(Float x) {
   const Float halfTurns = round(clamp(x * 0.318309886F, -8388608.0F, 8388608.0F));

@@ -103,6 +103,7 @@ VELORIA_PER_CHANNEL_OF_TWO(min)
 VELORIA_PER_CHANNEL_OF_TWO(max)
 VELORIA_PER_CHANNEL_OF_TWO(pow)
 
+VELORIA_INLINE vec3 cubeRoot(vec3 a) { return {cubeRoot(a.x), cubeRoot(a.y), cubeRoot(a.z)}; }
 VELORIA_INLINE vec3 step(Float edge, vec3 x) { return {step(edge, x.x), step(edge, x.y), step(edge, x.z)}; }
 VELORIA_INLINE vec2 mix(vec2 a, vec2 b, Float t) { return a + (b - a) * t; }
 VELORIA_INLINE vec3 mix(vec3 a, vec3 b, Float t) { return a + (b - a) * t; }

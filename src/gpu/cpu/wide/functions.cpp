@@ -9,8 +9,8 @@ namespace {
 #include VELORIA_FUNCTIONS
 
 constexpr Function functions[] = {
-#define VELORIA_KERNEL(name) {#name, computeRows<name>, name::reach},
-#define VELORIA_FRAGMENT(name) {#name, drawRows<name>, -1},
+#define VELORIA_KERNEL(name) {#name, computeRows<name>, name::reach, false},
+#define VELORIA_FRAGMENT(name) {#name, drawRows<name>, -1, true},
     VELORIA_FUNCTION_LIST};
 }  // namespace
 }  // namespace VELORIA_SET
