@@ -15,7 +15,7 @@ namespace {
 /// more for each.
 constexpr int smallPass = 20000;
 constexpr int smallDrawing = 2000;
-constexpr unsigned portionsPerThread = 4;
+constexpr unsigned portionsPerThread = 3;
 
 double secondsNow() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();

@@ -4,8 +4,10 @@
 /^#define scalar/d
 /^(float|vec[234]) (pick|cubeRoot)/d
 /^layout\(local_size/d
+/^  makeColumn\(\);/d
 /^bool outside\(/d
 /^layout\(location = 0\) in vec2 uv;/d
+s/^(float|uint|int|vec[234]|[iu]vec2|void|Phase) \w+\(.*\) \{/VELORIA_INLINE &/
 s/^layout\(location = 0\) out vec4 (\w+);/vec4 \1; vec4 result() const { return \1; }/
 s/^layout\(constant_id = 2\) const uint (\w+) = [0-9]+u?;/const uint \1 = call.targetKind;/
 s/^layout\(constant_id = 3\) const uint (\w+) = [0-9]+u?;/const uint \1 = call.variant;/

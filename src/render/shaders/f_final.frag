@@ -71,6 +71,13 @@ float ringMean(vec2 to) {
   return (sum - low - high) / 6.0;
 }
 
+struct Column {
+  float passes;  // light that the fades at the sides let pass
+};
+Column column;
+
+void makeColumn() { column.passes = edge(uv.x, params.fadeSide) * edge(1.0 - uv.x, params.fadeSide); }
+
 // x: how much of the bar's own text is here (0 to 1). y: how near text is, for its shadow.
 vec2 textMask() {
   vec2 pixel = 1.0 / vec2(textureSize(bar, 0));
@@ -135,6 +142,7 @@ void main() {
     color = vec4(a, 0.0, a, a);
     return;
   }
+  makeColumn();
   // The place in the scene. The bar's text and the housing are where they are on the screen.
   vec2 place = mirrors ? vec2(uv.x, 1.0 - uv.y) : uv;
   uvec2 pixel = uvec2(gl_FragCoord.xy);
@@ -164,8 +172,7 @@ void main() {
     covered = 1.0;
   }
 
-  float passes = edge(place.y, params.fadeTop) * edge(1.0 - place.y, params.fadeBottom) *
-                 edge(uv.x, params.fadeSide) * edge(1.0 - uv.x, params.fadeSide);
+  float passes = edge(place.y, params.fadeTop) * edge(1.0 - place.y, params.fadeBottom) * column.passes;
   if (masksText && params.textMaskOn > 0.5) {
     vec2 text = textMask();
     float shadow = clamp(params.textShadow, 0.0, 1.0) * text.y;

@@ -14,20 +14,38 @@ layout(set = 0, binding = 1) uniform sampler2D velocity;
 layout(location = 0) in vec2 uv;
 layout(location = 0) out vec4 light;
 
-// Cubic B-spline along x, bilinear along y: the grid is coarser than the picture along the band. Two bilinear taps.
-vec4 smoothDye(vec2 at, vec2 grid) {
-  float x = at.x * grid.x - 0.5;
+struct Column {
+  float left, x0, x1;  // see smoothDye()
+  float co, si;        // of the hue's turn
+};
+Column column;
+
+void makeColumn() {
+  vec2 grid = vec2(textureSize(dye, 0));
+  float x = uv.x * grid.x - 0.5;
   float f = fract(x);
   float g = 1.0 - f;
   float w0 = g * g * g;
   float w1 = 4.0 - 3.0 * f * f * (2.0 - f);
   float w2 = 4.0 - 3.0 * g * g * (2.0 - g);
   float w3 = f * f * f;
-  float left = (w0 + w1) / 6.0;
   float base = x - f + 0.5;
-  float x0 = base + w1 / (w0 + w1) - 1.0;
-  float x1 = base + w3 / (w2 + w3) + 1.0;
-  return mix(textureLod(dye, vec2(x1 / grid.x, at.y), 0.0), textureLod(dye, vec2(x0 / grid.x, at.y), 0.0), left);
+  column.left = (w0 + w1) / 6.0;
+  column.x0 = (base + w1 / (w0 + w1) - 1.0) / grid.x;
+  column.x1 = (base + w3 / (w2 + w3) + 1.0) / grid.x;
+
+  float along = noise(uv.x * grid.x / unitCells(grid) * clamp(params.hueSpreadScale, 0.0, 64.0) * 0.12,
+                      phaseAt(params.hueDriftPhase, stepPeriod), 0x9b0568u) - 0.5;
+  float hue = params.hueShift + params.hueSwing + params.hueSpread * along * 0.35;
+  float angle = 6.28318531 * fract(hue);
+  float saturation = clamp(params.saturation, 0.0, 4.0);
+  column.co = saturation * cos(angle);
+  column.si = saturation * sin(angle);
+}
+
+// Cubic B-spline along x, bilinear along y: the grid is coarser than the picture along the band. Two bilinear taps.
+vec4 smoothDye(float y) {
+  return mix(textureLod(dye, vec2(column.x1, y), 0.0), textureLod(dye, vec2(column.x0, y), 0.0), column.left);
 }
 
 // Rays along the band: 0 (gap) to 1 (core). Finer octaves comb the coarse ones.
@@ -49,6 +67,7 @@ float rays(float x) {
 }
 
 void main() {
+  makeColumn();
   vec2 grid = vec2(textureSize(dye, 0));
   float unit = unitCells(grid);
   vec2 p = uv * grid / unit;
@@ -57,7 +76,7 @@ void main() {
   // Light rises: what is seen here shines from the dye below as well, which draws the flow's eddies out into curtains
   // that are crisp where they begin and soft where they end.
   vec2 below = vec2(0.0, unit / grid.y);
-  vec4 here = smoothDye(uv, grid);
+  vec4 here = smoothDye(uv.y);
   vec4 rising = 0.45 * textureLod(dye, uv + 0.10 * below, 0.0) + 0.33 * textureLod(dye, uv + 0.22 * below, 0.0) +
                 0.22 * textureLod(dye, uv + 0.38 * below, 0.0);
   vec4 d = mix(here, rising, 0.15 + 0.55 * clamp((rising.a - here.a) * 1.5, 0.0, 1.0));
@@ -102,10 +121,7 @@ void main() {
     color += mix(stop1(), vec3(1.0), 0.35) * (params.pointerGlow * exp(-dot(away, away) / (radius * radius)));
   }
 
-  float along = noise(p.x * clamp(params.hueSpreadScale, 0.0, 64.0) * 0.12,
-                      phaseAt(params.hueDriftPhase, stepPeriod), 0x9b0568u) - 0.5;
-  float hue = params.hueShift + params.hueSwing + params.hueSpread * along * 0.35;
-  color = graded(color, hue, clamp(params.saturation, 0.0, 4.0));
+  color = graded(color, column.co, column.si);
   color *= clamp(params.exposure, 0.0, 64.0);
 
   bool finite = all(lessThanEqual(color, vec3(1e4)));

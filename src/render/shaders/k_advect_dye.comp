@@ -39,29 +39,42 @@ vec4 advected(vec2 middle, vec2 v, vec2 grid) {
   return clamp(there + 0.5 * lost, min(min(a, b), min(d, e)), max(max(a, b), max(d, e)));
 }
 
-// How much light is added at p (units) and height (0 bottom to 1 top): sources along the band, where slow noise
-// rises above the threshold, each a curtain with a sharp lower hem and a long soft upper end. 0 to 1.
-float birth(vec2 p, float height) {
+struct Column {
+  float source;  // strength of the source here, 0 to 1
+  float hem;     // height of its lower end
+  float along;   // place in the palette
+};
+Column column;
+
+// Sources along the band, where slow noise rises above the threshold.
+void makeColumn() {
+  vec2 grid = vec2(imageSize(dyeOut));
+  float x = (float(cell().x) + 0.5) / unitCells(grid);
   float scale = clamp(sim.emitScale, 0.05, 32.0);
   Phase phase = phaseAt(sim.emitPhase, stepPeriod);
-  float broad = noise(p.x * scale * 0.30, phase, 0x3c6ef3u);
-  float fine = noise(p.x * scale * 1.15 + broad * 2.0, phase, 0xa54ff5u);
-  float source = broad * 0.68 + fine * 0.32;
+  float broad = noise(x * scale * 0.30, phase, 0x3c6ef3u);
+  float fine = noise(x * scale * 1.15 + broad * 2.0, phase, 0xa54ff5u);
   float low = mix(0.25, 0.75, clamp(sim.emitThreshold, 0.0, 1.0));
-  source = smoothstep(low, low + 0.36, source);
-
+  column.source = smoothstep(low, low + 0.36, broad * 0.68 + fine * 0.32);
   float spread = clamp(sim.emitHeight, 0.02, 4.0);
-  float hem = sim.emitCenter - spread * 0.55 + (fine - 0.5) * 0.30 + (broad - 0.5) * 0.25;
-  float above = height - hem;
-  float profile = exp(-above * above / pick(above < 0.0, 0.012 * spread, 1.1 * spread * spread));
-  return source * profile;
+  column.hem = sim.emitCenter - spread * 0.55 + (fine - 0.5) * 0.30 + (broad - 0.5) * 0.25;
+
+  float colors = clamp(sim.paletteSpread, 0.0, 16.0);
+  float along = smoothstep(0.12, 0.96, noise(x * 0.26 * max(colors, 0.05), phaseOf(0.03, sim.time), 0x1f83d9u));
+  column.along = 0.03 + along * along * along * 0.64 * min(colors, 3.0);
 }
 
-vec3 colorAt(vec2 p, float height) {
-  float spread = clamp(sim.paletteSpread, 0.0, 16.0);
-  Phase phase = phaseOf(0.03, sim.time);
-  float along = smoothstep(0.12, 0.96, noise(p.x * 0.26 * max(spread, 0.05), phase, 0x1f83d9u));
-  float x = 0.03 + height * 0.22 + along * along * along * 0.64 * min(spread, 3.0);
+// How much light is added at a height (0 bottom to 1 top): each source is a curtain with a sharp lower hem and a long
+// soft upper end. 0 to 1.
+float birth(float height) {
+  float spread = clamp(sim.emitHeight, 0.02, 4.0);
+  float above = height - column.hem;
+  float profile = exp(-above * above / pick(above < 0.0, 0.012 * spread, 1.1 * spread * spread));
+  return column.source * profile;
+}
+
+vec3 colorAt(float height) {
+  float x = column.along + height * 0.22;
   return gradient(x, linearOf(vec3(sim.palette0r, sim.palette0g, sim.palette0b)),
                   linearOf(vec3(sim.palette1r, sim.palette1g, sim.palette1b)),
                   linearOf(vec3(sim.palette2r, sim.palette2g, sim.palette2b)),
@@ -72,20 +85,19 @@ void main() {
   ivec2 c = cell();
   ivec2 size = imageSize(dyeOut);
   if (outside(c, size)) return;
+  makeColumn();
   vec2 grid = vec2(size);
-  float unit = unitCells(grid);
   vec2 middle = vec2(c) + 0.5;
-  vec2 p = middle / unit;
   float height = 1.0 - middle.y / grid.y;
 
   vec4 d = advected(middle, imageLoad(velocity, c).xy, grid);
   d *= pow(clamp(sim.dyeDissipation, 0.0, 1.0), sim.dt);
 
-  float born = birth(p, height) * clamp(sim.emitRate, 0.0, 5000.0) * birthRate * sim.dt;
+  float born = birth(height) * clamp(sim.emitRate, 0.0, 5000.0) * birthRate * sim.dt;
   float room = clamp(1.0 - d.a / fullDye, 0.0, 1.0);
   float floorLight = clamp(sim.ambient, 0.0, 4.0) * 0.02 * sim.dt * clamp(1.0 - d.a / max(sim.ambient, 1e-3), 0.0, 1.0);
   float added = min(born * room + floorLight, fullDye);
-  d += vec4(colorAt(p, height), 1.0) * added;
+  d += vec4(colorAt(height), 1.0) * added;
 
   bool finite = all(lessThanEqual(abs(d), vec4(64.0)));
   imageStore(dyeOut, c, pick(finite, max(d, 0.0), vec4(0.0)));

@@ -1,6 +1,8 @@
 // Words that the CPU has its own for. Some say what is the same for every pixel of a call, so that the functions can run many pixels at once. A
 // `scalar` is such a float. Only scalars, constants and the bounds of loops may decide a branch; what depends on the pixel
-// is chosen by pick(), which works out both sides. The compiler of the CPU's functions refuses anything else.
+// is chosen by pick(), which works out both sides. The compiler of the CPU's functions refuses anything else. What
+// depends on the column alone, a function can put into a structure `Column column` by makeColumn(), which main() calls
+// first and the CPU calls once for many rows.
 #define scalar float
 float pick(bool which, float a, float b) { return which ? a : b; }
 vec2 pick(bool which, vec2 a, vec2 b) { return which ? a : b; }

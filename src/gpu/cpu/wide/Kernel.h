@@ -35,37 +35,71 @@ struct Kernel {
   static constexpr int reach = -1;
 };
 
-template <class Function>
-__attribute__((flatten)) void computeRows(const Call& call, int first, int end) {
-  Function function(call);
-  for (int y = first; y < end; ++y) {
-    for (int x = 0; x < call.target.width; x += lanes) {
-      function.gl_GlobalInvocationID = {Int(laneNumbers() + x), Int(y)};
-      function.main();
+/// Vectors whose columns' values are kept while the rows go by.
+constexpr int strip = 32;
+
+/// Calls `place(x, y)` for the rows' vectors, and then `run`, strip by strip; if the function has columns, makes their
+/// values first.
+template <class Function, class Place, class Run>
+VELORIA_INLINE void eachVector(Function& function, const Planes& target, int first, int end, Place place, Run run) {
+  if constexpr (requires { typename Function::Column; }) {
+    typename Function::Column columns[strip];
+    for (int left = 0; left < target.width; left += strip * lanes) {
+      const int right = min(left + strip * lanes, target.width);
+      for (int x = left; x < right; x += lanes) {
+        place(x, first);
+        function.makeColumn();
+        columns[(x - left) / lanes] = function.column;
+      }
+      for (int y = first; y < end; ++y) {
+        for (int x = left; x < right; x += lanes) {
+          place(x, y);
+          function.column = columns[(x - left) / lanes];
+          run(x, y);
+        }
+      }
+    }
+  } else {
+    for (int y = first; y < end; ++y) {
+      for (int x = 0; x < target.width; x += lanes) {
+        place(x, y);
+        run(x, y);
+      }
     }
   }
 }
 
 template <class Function>
-__attribute__((flatten)) void drawRows(const Call& call, int first, int end) {
+void computeRows(const Call& call, int first, int end) {
+  Function function(call);
+  eachVector(
+      function, call.target, first, end,
+      [&](int x, int y) __attribute__((always_inline)) { function.gl_GlobalInvocationID = {Int(laneNumbers() + x), Int(y)}; },
+      [&](int, int) __attribute__((always_inline)) { function.main(); });
+}
+
+template <class Function>
+void drawRows(const Call& call, int first, int end) {
   Function function(call);
   const Planes target = call.target;
   const float width = 1.0F / (float)target.width;
   const float height = 1.0F / (float)target.height;
-  for (int y = first; y < end; ++y) {
-    for (int x = 0; x < target.width; x += lanes) {
-      const Float middleX(toFloats(laneNumbers() + x) + 0.5F);
-      const float middleY = (float)y + 0.5F;
-      function.gl_FragCoord = vec4(middleX, middleY, 0.0F, 1.0F);
-      function.uv = vec2(middleX * width, middleY * height);
-      function.main();
-      if (target.pixels != nullptr) {
-        writePixels(target, x, y, function.result());
-      } else {
-        writePlanes(target, x, y, function.result());
-      }
-    }
-  }
+  eachVector(
+      function, target, first, end,
+      [&](int x, int y) __attribute__((always_inline)) {
+        const Float middleX(toFloats(laneNumbers() + x) + 0.5F);
+        const float middleY = (float)y + 0.5F;
+        function.gl_FragCoord = vec4(middleX, middleY, 0.0F, 1.0F);
+        function.uv = vec2(middleX * width, middleY * height);
+      },
+      [&](int x, int y) __attribute__((always_inline)) {
+        function.main();
+        if (target.pixels != nullptr) {
+          writePixels(target, x, y, function.result());
+        } else {
+          writePlanes(target, x, y, function.result());
+        }
+      });
 }
 
 }  // namespace veloria::gpu::cpu::VELORIA_SET

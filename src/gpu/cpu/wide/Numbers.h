@@ -97,18 +97,15 @@ VELORIA_INLINE Float smoothstep(Float low, Float high, Float x) {
   return t * t * (3.0F - 2.0F * t);
 }
 
-// Minimax polynomials, within about 2 units in the last place over the ranges that the functions use.
+// Minimax polynomials, summed in pairs (Estrin 1960) so that their terms need not wait for each other; within about 2 units in the last place over the ranges that the functions use.
 VELORIA_INLINE Float exp2(Float x) {
   const Float held = clamp(x, -126.0F, 127.0F);
   const Float whole = round(held);
   const Float f = held - whole;
-  Float p = 1.535336188319500e-4F;
-  p = p * f + 1.339887440266574e-3F;
-  p = p * f + 9.618437357674640e-3F;
-  p = p * f + 5.550332471162809e-2F;
-  p = p * f + 2.402264791363012e-1F;
-  p = p * f + 6.931472028550421e-1F;
-  p = p * f + 1.0F;
+  const Float square = f * f;
+  const Float low = (5.550332471162809e-2F * f + 2.402264791363012e-1F) * square + (6.931472028550421e-1F * f + 1.0F);
+  const Float high = 1.535336188319500e-4F * square + (1.339887440266574e-3F * f + 9.618437357674640e-3F);
+  const Float p = high * (square * square) + low;
   return Float((FloatLanes)((IntLanes)p.v + (toInts(whole.v) << 23)));
 }
 VELORIA_INLINE Float exp(Float x) { return exp2(x * 1.44269504F); }
@@ -118,17 +115,13 @@ VELORIA_INLINE Float log2(Float x) {
   const IntLanes bits = (IntLanes)x.v;
   const IntLanes exponent = (bits - 0x3F3504F3) >> 23;
   const Float f = Float((FloatLanes)(bits - (exponent << 23))) - 1.0F;  // sqrt(1/2) - 1 to sqrt(2) - 1
-  Float p = 7.0376836292e-2F;
-  p = p * f - 1.1514610310e-1F;
-  p = p * f + 1.1676998740e-1F;
-  p = p * f - 1.2420140846e-1F;
-  p = p * f + 1.4249322787e-1F;
-  p = p * f - 1.6668057665e-1F;
-  p = p * f + 2.0000714765e-1F;
-  p = p * f - 2.4999993993e-1F;
-  p = p * f + 3.3333331174e-1F;
   const Float square = f * f;
-  const Float natural = p * f * square - 0.5F * square + f;
+  const Float fourth = square * square;
+  const Float lowest = (2.0000714765e-1F * f - 2.4999993993e-1F) * f + 3.3333331174e-1F;
+  const Float middle = (1.1676998740e-1F * f - 1.2420140846e-1F) * square + (1.4249322787e-1F * f - 1.6668057665e-1F);
+  const Float highest = 7.0376836292e-2F * f - 1.1514610310e-1F;
+  const Float p = (highest * fourth + middle) * (square * f) + lowest;
+  const Float natural = p * (f * square) + (f - 0.5F * square);
   return natural * 1.44269504F + Float(toFloats(exponent));
 }
 VELORIA_INLINE Float pow(Float x, Float y) { return exp2(log2(max(x, 1.17549435e-38F)) * y); }

@@ -76,7 +76,7 @@ VELORIA_INLINE vec4 textureLod(const sampler2D& s, vec2 uv, float) {
   const IntLanes cellX = toBoundedInts(wholeX);
   const IntLanes left = held(cellX, t.width);
   const IntLanes right = held(cellX + 1, t.width);
-  const auto perChannel = [&](auto one) {
+  const auto perChannel = [&](auto one) __attribute__((always_inline)) {
     return vec4(Float(one(t.channel[0])), Float(one(t.channel[1])), Float(one(t.channel[2])),
                 Float(one(t.channel[3])));
   };
@@ -92,13 +92,13 @@ VELORIA_INLINE vec4 textureLod(const sampler2D& s, vec2 uv, float) {
     const IntLanes toRight = right - first;
     const UintLanes farthest = (UintLanes)(toLeft | toRight);
     if (!any((IntLanes)(farthest >= (unsigned)lanes))) {
-      return perChannel([&](const float* p) {
+      return perChannel([&](const float* p) __attribute__((always_inline)) {
         const FloatLanes row = blended(load(p + top), load(p + low), splat(fy));
         return blended(permute(row, toLeft), permute(row, toRight), fx);
       });
     }
     if (!any((IntLanes)(farthest >= 2U * lanes))) {
-      return perChannel([&](const float* p) {
+      return perChannel([&](const float* p) __attribute__((always_inline)) {
         const FloatLanes near = blended(load(p + top), load(p + low), splat(fy));
         const FloatLanes far = blended(load(p + top + lanes), load(p + low + lanes), splat(fy));
         return blended(permute(near, far, toLeft), permute(near, far, toRight), fx);
@@ -118,8 +118,8 @@ VELORIA_INLINE vec4 textureLod(const sampler2D& s, vec2 uv, float) {
   if (!any((IntLanes)((UintLanes)(toLeft | toRight) >= 2U * lanes) | (IntLanes)((UintLanes)lower > 1U))) {
     const int rows[3] = {held(base, t.height) * t.stride + first, held(base + 1, t.height) * t.stride + first,
                          held(base + 2, t.height) * t.stride + first};
-    return perChannel([&](const float* p) {
-      const auto row = [&](int from) {
+    return perChannel([&](const float* p) __attribute__((always_inline)) {
+      const auto row = [&](int from) __attribute__((always_inline)) {
         const FloatLanes near = load(p + from);
         const FloatLanes far = load(p + from + lanes);
         return blended(permute(near, far, toLeft), permute(near, far, toRight), fx);
@@ -130,7 +130,7 @@ VELORIA_INLINE vec4 textureLod(const sampler2D& s, vec2 uv, float) {
   }
   const IntLanes top = held(cellY, t.height) * t.stride;
   const IntLanes low = held(cellY + 1, t.height) * t.stride;
-  return perChannel([&](const float* p) { return gathered(p, top, low, left, right, fx, fy); });
+  return perChannel([&](const float* p) __attribute__((always_inline)) { return gathered(p, top, low, left, right, fx, fy); });
 }
 VELORIA_INLINE vec4 texture(const sampler2D& s, vec2 uv) {
   return textureLod(s, uv, 0.0F);
@@ -144,7 +144,7 @@ VELORIA_INLINE void writePlanes(const Planes& t, int x, int y, vec4 color) {
   if (t.channels > 3) store(t.channel[3] + at, color.w.v);
 }
 VELORIA_INLINE void writePixels(const Planes& t, int x, int y, vec4 color) {
-  const auto byte = [](Float f) { return toInts(roundNearest((clamp(f, 0.0F, 1.0F) * 255.0F).v)); };
+  const auto byte = [](Float f) __attribute__((always_inline)) { return toInts(roundNearest((clamp(f, 0.0F, 1.0F) * 255.0F).v)); };
   const IntLanes first = byte(t.blueFirst ? color.z : color.x);
   const IntLanes third = byte(t.blueFirst ? color.x : color.z);
   const IntLanes packed = first | byte(color.y) << 8 | third << 16 | byte(color.w) << 24;
