@@ -21,6 +21,7 @@ constexpr double defaultRate = 60;
 constexpr double shortestWait = 0.001;
 constexpr double afterClosing = 1;
 constexpr double atOnce = 0.001;
+constexpr double longestDrawing = 0.1;
 constexpr double highestPanel = 65535;
 
 double usableRate(double rate) {
@@ -166,6 +167,7 @@ void WaylandBand::show() {
 // What is drawn into goes before what it is drawn for.
 void WaylandBand::hide() {
   nextFrame_.reset();
+  withoutPicture_.reset();
   callback_.reset();
   surface_.reset();
   viewport_.reset();
@@ -240,6 +242,7 @@ void WaylandBand::scheduleFrame() {
 
 void WaylandBand::frameAllowed() {
   callback_.reset();
+  withoutPicture_.reset();
   if (ready() && pacing_.due(mediaTime())) {
     drawFrame();
   } else {
@@ -258,10 +261,16 @@ void WaylandBand::drawFrame() {
   (*draw)();
   if (alive.expired()) return;
   drawing_ = false;
-  // A present that fails sends nothing, and without this the compositor would never ask for another frame.
-  if (callback_ && layer_) wl_surface_commit(layer_->surface());
+  // The request for the next frame goes with the picture, which a device may show later. If none comes, the compositor
+  // would never ask.
+  if (callback_) withoutPicture_ = connection.timers().after(longestDrawing, [this] { commitWithoutPicture(); });
   scheduleFrame();
   connection.dispatchQueued();  // drawing reads the connection
+}
+
+void WaylandBand::commitWithoutPicture() {
+  wl_surface_commit(layer_->surface());
+  connection_.flush();
 }
 
 WaylandBandFactory::WaylandBandFactory(WaylandConnection& connection, WaylandScreenProvider& screens,
