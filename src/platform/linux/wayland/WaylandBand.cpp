@@ -167,8 +167,9 @@ void WaylandBand::show() {
 // What is drawn into goes before what it is drawn for.
 void WaylandBand::hide() {
   nextFrame_.reset();
-  withoutPicture_.reset();
+  late_.reset();
   callback_.reset();
+  asked_ = false;
   surface_.reset();
   viewport_.reset();
   layer_.reset();
@@ -242,7 +243,8 @@ void WaylandBand::scheduleFrame() {
 
 void WaylandBand::frameAllowed() {
   callback_.reset();
-  withoutPicture_.reset();
+  late_.reset();
+  asked_ = true;
   if (ready() && pacing_.due(mediaTime())) {
     drawFrame();
   } else {
@@ -261,14 +263,18 @@ void WaylandBand::drawFrame() {
   (*draw)();
   if (alive.expired()) return;
   drawing_ = false;
-  // The request for the next frame goes with the picture, which a device may show later. If none comes, the compositor
-  // would never ask.
-  if (callback_) withoutPicture_ = connection.timers().after(longestDrawing, [this] { commitWithoutPicture(); });
+  // The request for the next frame goes with the picture, which a device may show later.
+  if (callback_) late_ = connection.timers().after(longestDrawing, [this] { pictureIsLate(); });
   scheduleFrame();
   connection.dispatchQueued();  // drawing reads the connection
 }
 
-void WaylandBand::commitWithoutPicture() {
+// If none comes, the compositor would never ask; it never does for a surface that has shown nothing yet.
+void WaylandBand::pictureIsLate() {
+  if (!asked_ && firstAttempts_.spend(mediaTime())) {
+    callback_.reset();
+    return scheduleFrame();
+  }
   wl_surface_commit(layer_->surface());
   connection_.flush();
 }

@@ -89,7 +89,7 @@ class WaylandBand final : public OverlayPanel {
   void scheduleFrame();
   void frameAllowed();
   void drawFrame();
-  void commitWithoutPicture();
+  void pictureIsLate();
 
   WaylandConnection& connection_;
   WaylandScreenProvider& screens_;
@@ -114,12 +114,14 @@ class WaylandBand final : public OverlayPanel {
   bool paused_ = true;
   bool wanted_ = false;  ///< ordered front
   bool drawing_ = false;
+  bool asked_ = false;  ///< the compositor has asked for a frame of this surface
 
   std::shared_ptr<std::function<void()>> draw_;
   FramePacing pacing_;
   AttemptBudget closedAttempts_{5, 10};
+  AttemptBudget firstAttempts_{5, 10};
   OneShot nextFrame_;
-  OneShot withoutPicture_;
+  OneShot late_;
   OneShot remaking_;
   std::shared_ptr<void> others_;
   std::shared_ptr<void> refresh_;

@@ -30,6 +30,9 @@ class X11PictureBuffers final : public gpu::PictureBuffers {
   void show(gpu::PictureBuffer& picture) override;
   void giveBack(gpu::PictureBuffer& picture) override;
 
+  /// Whether the server reads the memory; it may still refuse that at the first show().
+  bool usesSharedMemory() const { return shared_; }
+
  private:
   struct Picture final : SharedPicture {
     Picture(X11Client& server, gpu::Size wanted) : SharedPicture(wanted), client(server) {}
@@ -47,7 +50,7 @@ class X11PictureBuffers final : public gpu::PictureBuffers {
   xcb_window_t window_;
   xcb_gcontext_t context_ = XCB_NONE;
   std::uint8_t depth_ = 0;
-  bool shared_ = false;
+  std::atomic<bool> shared_{false};
   std::atomic<bool> gone_{false};  ///< the window or the server
   PictureRing<Picture> pictures_;
 
