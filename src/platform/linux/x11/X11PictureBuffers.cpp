@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstddef>
+#include <memory>
 #include <stdexcept>
 
 #include "platform/linux/x11/X11SharedMemory.h"
@@ -45,6 +46,7 @@ X11PictureBuffers::X11PictureBuffers(const std::string& displayName, xcb_window_
     throw std::runtime_error("The X server's pixels are not of 32 bits, blue first, which is all that can be drawn.");
   }
   shared_ = takesSharedMemory(client_);
+  shown_.reserve(mostPictures);
   context_ = xcb_generate_id(client_.raw());
   xcb_create_gc(client_.raw(), context_, window_, 0, nullptr);
   thread_ = std::thread([this] { run(); });
@@ -85,7 +87,7 @@ void X11PictureBuffers::run() {
     work_.wait(lock, [this] { return stopping_ || !shown_.empty(); });
     if (stopping_) return;
     Picture& picture = *shown_.front();
-    shown_.pop_front();
+    shown_.erase(shown_.begin());
     lock.unlock();
     gone_ = !put(picture);
     picture.free = true;

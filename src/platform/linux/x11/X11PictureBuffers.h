@@ -5,10 +5,10 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "gpu/PictureBuffers.h"
 #include "platform/linux/pictures/PictureRing.h"
@@ -56,7 +56,7 @@ class X11PictureBuffers final : public gpu::PictureBuffers {
 
   std::mutex mutex_;
   std::condition_variable work_;
-  std::deque<Picture*> shown_;
+  std::vector<Picture*> shown_;  ///< in order; has room for all
   bool stopping_ = false;
   std::thread thread_;
 };
