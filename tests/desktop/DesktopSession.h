@@ -38,6 +38,8 @@ class DesktopSession final : public Session {
   const std::string& display() const { return environment_.at("DISPLAY"); }  ///< such as ":5"
 
   void stopServer() { server_->stop(); }
+  /// To the server: SIGSTOP makes it one that hangs.
+  void signal(int number) { server_->signal(number); }
   void startWindowManager(const std::string& name);  ///< "openbox" or "xfwm4"
   void stopWindowManager() { windowManager_.reset(); }
   /// tint2, opaque, `height` pixels tall, at the "top" or "bottom"; `monitor` is "all", "primary" or a number from 1.

@@ -22,7 +22,7 @@ veloria_test(gpu_vulkan_tests
 
 veloria_test(gpu_surface_tests
   SOURCES surface_test.cpp
-  LINK veloria_gpu_vulkan_backend veloria_desktop_harness PkgConfig::XCB
+  LINK veloria_gpu_vulkan_backend veloria_desktop_harness veloria_platform_linux_x11 PkgConfig::XCB
   LABELS desktop)
 
 add_test(NAME gpu_bindings_test COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/bindings_test ${CMAKE_SOURCE_DIR}/script/check-bindings)

@@ -8,13 +8,15 @@
 #include "GpuTest.h"
 #include "desktop/DesktopSession.h"
 #include "gpu/vulkan/VulkanFactory.h"
+#include "platform/linux/x11/X11PictureBuffers.h"
 
 namespace veloria::tests {
 namespace {
 
 using namespace gpu;
 
-class SurfaceTest : public GpuTest {
+/// With the driver's own way into the window, and with pictures that are copied to memory.
+class SurfaceTest : public GpuTest, public testing::WithParamInterface<bool> {
  protected:
   static constexpr Size first{320, 40};
 
@@ -24,7 +26,9 @@ class SurfaceTest : public GpuTest {
     desktop_ = std::make_unique<DesktopSession>();
     connection_ = desktop_->observer();
     openWindow();
-    surface_ = vulkan::makeSurface(*device_, [this](VkInstance instance) { return makeNative(instance); });
+    surface_ = GetParam() ? vulkan::makeHostSurface(*device_,
+                                                    std::make_unique<X11PictureBuffers>(desktop_->display(), window_))
+                          : vulkan::makeSurface(*device_, [this](VkInstance instance) { return makeNative(instance); });
     surface_->configure(first, PixelFormat::bgra8Unorm);
   }
 
@@ -110,7 +114,10 @@ class SurfaceTest : public GpuTest {
   int nativeSurfaces_ = 0;
 };
 
-TEST_F(SurfaceTest, ShowsFramesAsTheyWereDrawn) {
+INSTANTIATE_TEST_SUITE_P(Ways, SurfaceTest, testing::Bool(),
+                         [](const auto& each) { return each.param ? "Copied" : "Native"; });
+
+TEST_P(SurfaceTest, ShowsFramesAsTheyWereDrawn) {
   EXPECT_EQ(surface_->format(), PixelFormat::bgra8Unorm);
   for (int frame = 0; frame < 60; ++frame) presentFrame();
   expectPicture(first);
@@ -119,7 +126,7 @@ TEST_F(SurfaceTest, ShowsFramesAsTheyWereDrawn) {
   EXPECT_EQ(surface_->nextDrawable(), nullptr);
 }
 
-TEST_F(SurfaceTest, ADrawableStaysTakenUntilItIsPresented) {
+TEST_P(SurfaceTest, ADrawableStaysTakenUntilItIsPresented) {
   Drawable* drawable = waitForDrawable();
   ASSERT_NE(drawable, nullptr);
   draw(*queue_->begin("never committed"), *drawable);
@@ -130,7 +137,7 @@ TEST_F(SurfaceTest, ADrawableStaysTakenUntilItIsPresented) {
   expectPicture(first);
 }
 
-TEST_F(SurfaceTest, FollowsTheWindowsSize) {
+TEST_P(SurfaceTest, FollowsTheWindowsSize) {
   surface_->configure({0, 40}, PixelFormat::bgra8Unorm);
   EXPECT_EQ(surface_->nextDrawable(), nullptr) << "nothing to draw into";
   for (std::uint32_t round = 0; round < 40; ++round) {
@@ -145,7 +152,10 @@ TEST_F(SurfaceTest, FollowsTheWindowsSize) {
   expectPicture(last);
 }
 
-TEST_F(SurfaceTest, AWindowThatGoesIsMissedAndANewOneFound) {
+class NativeSurfaceTest : public SurfaceTest {};
+INSTANTIATE_TEST_SUITE_P(Ways, NativeSurfaceTest, testing::Values(false), [](const auto&) { return "Native"; });
+
+TEST_P(NativeSurfaceTest, AWindowThatGoesIsMissedAndANewOneFound) {
   presentFrame();
   xcb_destroy_window(connection_, std::exchange(window_, XCB_WINDOW_NONE));
   sync();

@@ -195,8 +195,8 @@ bool needsHostSurface(const Device& device) {
   return vulkan != nullptr && vulkan->context().properties().deviceType == VK_PHYSICAL_DEVICE_TYPE_CPU;
 }
 
-std::unique_ptr<Surface> makeHostSurface(Device& device, PictureSink sink) {
-  return std::make_unique<VulkanHostSurface>(vulkanDevice(device), std::move(sink));
+std::unique_ptr<Surface> makeHostSurface(Device& device, std::unique_ptr<PictureBuffers> buffers) {
+  return std::make_unique<VulkanHostSurface>(vulkanDevice(device), std::move(buffers));
 }
 
 std::uint64_t validationMessageCount(const Device& device) {

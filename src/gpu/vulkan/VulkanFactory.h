@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "gpu/Device.h"
+#include "gpu/PictureBuffers.h"
 #include "gpu/Surface.h"
 #include "gpu/Types.h"
 
@@ -68,13 +69,9 @@ std::unique_ptr<Surface> makeSurface(Device& device, NativeSurfaceFactory makeNa
 /// (seen with Mesa's, 22.3): use makeHostSurface() for such windows.
 bool needsHostSurface(const Device& device);
 
-/// Puts a picture into a window: tightly packed rows from the top, blue, green, red, alpha (pre-multiplied). Called on
-/// the device's completion thread, in the order of presenting; the bytes are valid during the call. Must not throw.
-using PictureSink = std::function<void(std::span<const std::byte> rows, Size size)>;
-
-/// A surface that copies its pictures to memory and passes them to `sink`. Its format is always bgra8Unorm. Its
-/// destructor waits for pictures in flight; `device` must outlive it.
-std::unique_ptr<Surface> makeHostSurface(Device& device, PictureSink sink);
+/// A surface that copies its pictures to `buffers`. Its format is always bgra8Unorm. Its destructor waits for pictures
+/// in flight; `device` must outlive it.
+std::unique_ptr<Surface> makeHostSurface(Device& device, std::unique_ptr<PictureBuffers> buffers);
 
 /// Validation warnings and errors since the device was made.
 std::uint64_t validationMessageCount(const Device& device);

@@ -1,6 +1,7 @@
 #include "gpu/vulkan/VulkanSurface.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <utility>
 
@@ -229,16 +230,22 @@ void VulkanSurface::dropSurface() {
   format_.reset();
 }
 
-HostDrawable::HostDrawable(VulkanDevice& device, const PictureSink& sink, Size size)
+HostDrawable::HostDrawable(VulkanDevice& device, PictureBuffers& buffers, Size size)
     : device_(device),
-      sink_(sink),
+      buffers_(buffers),
       texture_(device, {PixelFormat::bgra8Unorm, size, TextureUsage::renderTarget, StorageMode::gpuPrivate, "drawable"},
                this),
       picture_(device.context().makeBuffer(texture_.byteCount(), VK_BUFFER_USAGE_TRANSFER_DST_BIT,
                                            VK_MEMORY_PROPERTY_HOST_CACHED_BIT)) {}
 
 HostDrawable::~HostDrawable() {
+  if (state_ == State::acquired) buffers_.giveBack(*shown_);
   device_.retirement().retire(std::make_shared<VulkanBuffer>(std::move(picture_)));
+}
+
+void HostDrawable::acquire(PictureBuffer& shown) {
+  shown_ = &shown;
+  state_ = State::acquired;
 }
 
 void HostDrawable::recordPresent(VkCommandBuffer commands) {
@@ -257,12 +264,20 @@ void HostDrawable::recordPresent(VkCommandBuffer commands) {
 }
 
 void HostDrawable::completed(bool failed) noexcept {
-  if (!failed) sink_(picture_.bytes.first(texture_.byteCount()), texture_.size());
+  if (failed) {
+    buffers_.giveBack(*shown_);
+  } else {
+    const std::size_t row = std::size_t{4} * texture_.size().width;
+    for (std::uint32_t y = 0; y < texture_.size().height; ++y) {
+      std::memcpy(shown_->pixels + y * shown_->rowBytes, picture_.bytes.data() + y * row, row);
+    }
+    buffers_.show(*shown_);
+  }
   state_ = State::free;
 }
 
-VulkanHostSurface::VulkanHostSurface(VulkanDevice& device, PictureSink sink)
-    : device_(device), sink_(std::move(sink)) {}
+VulkanHostSurface::VulkanHostSurface(VulkanDevice& device, std::unique_ptr<PictureBuffers> buffers)
+    : device_(device), buffers_(std::move(buffers)) {}
 
 VulkanHostSurface::~VulkanHostSurface() {
   device_.completion().drain();
@@ -283,7 +298,9 @@ Drawable* VulkanHostSurface::nextDrawable() {
   if (stale_) makeDrawables();
   if (HostDrawable* acquired = find(HostDrawable::State::acquired)) return acquired;
   HostDrawable* free = find(HostDrawable::State::free);
-  if (free != nullptr) free->acquire();
+  PictureBuffer* shown = free != nullptr && !stale_ ? buffers_->acquire(size_) : nullptr;
+  if (shown == nullptr) return nullptr;
+  free->acquire(*shown);
   return free;
 }
 
@@ -297,7 +314,7 @@ void VulkanHostSurface::makeDrawables() try {
   std::move(drawables_.begin(), drawables_.end(), std::back_inserter(retired_));
   drawables_.clear();
   while (drawables_.size() < drawableCount) {
-    drawables_.push_back(std::make_unique<HostDrawable>(device_, sink_, size_));
+    drawables_.push_back(std::make_unique<HostDrawable>(device_, *buffers_, size_));
   }
   stale_ = false;
 } catch (const DeviceError& error) {

@@ -9,6 +9,7 @@
 #include <optional>
 #include <vector>
 
+#include "gpu/PictureBuffers.h"
 #include "gpu/Surface.h"
 #include "gpu/vulkan/VulkanContext.h"
 #include "gpu/vulkan/VulkanFactory.h"
@@ -82,7 +83,7 @@ class VulkanDevice;
 /// A texture, and the memory that its picture is copied to when it is presented.
 class HostDrawable final : public VulkanDrawable {
  public:
-  HostDrawable(VulkanDevice& device, const PictureSink& sink, Size size);
+  HostDrawable(VulkanDevice& device, PictureBuffers& buffers, Size size);
   ~HostDrawable() override;
 
   const Texture& texture() const override { return texture_; }
@@ -96,19 +97,21 @@ class HostDrawable final : public VulkanDrawable {
 
   enum class State : std::uint8_t { free, acquired, presented };
   State state() const { return state_; }
-  void acquire() { state_ = State::acquired; }
+  /// `shown`: an acquired picture of the same size.
+  void acquire(PictureBuffer& shown);
 
  private:
   VulkanDevice& device_;
-  const PictureSink& sink_;
+  PictureBuffers& buffers_;
   VulkanTexture texture_;
   VulkanBuffer picture_;
+  PictureBuffer* shown_ = nullptr;
   std::atomic<State> state_{State::free};
 };
 
 class VulkanHostSurface final : public Surface {
  public:
-  VulkanHostSurface(VulkanDevice& device, PictureSink sink);
+  VulkanHostSurface(VulkanDevice& device, std::unique_ptr<PictureBuffers> buffers);
   ~VulkanHostSurface() override;
 
   void configure(Size size, PixelFormat wanted) override;
@@ -121,7 +124,7 @@ class VulkanHostSurface final : public Surface {
   HostDrawable* find(HostDrawable::State state) const;
 
   VulkanDevice& device_;
-  PictureSink sink_;
+  std::unique_ptr<PictureBuffers> buffers_;
   Size size_;
   bool stale_ = true;
   std::vector<std::unique_ptr<HostDrawable>> drawables_;

@@ -34,7 +34,7 @@ bool isSet(const Environment& environment, const char* variable) {
 
 }  // namespace
 
-std::unique_ptr<gpu::Device> VulkanDesktop::makeDevice() {
+std::unique_ptr<gpu::Device> DrawnDesktop::makeDevice() {
   auto device = veloria::makeDevice({});
   device_ = device.get();
   return device;

@@ -35,8 +35,8 @@ DesktopChoice chooseDesktop(const DesktopFacts& facts);
 std::unique_ptr<Desktop> openDesktop(const Environment& environment, const DescriptorWatcher& watch,
                                      TimerFactory& timers);
 
-/// A desktop whose bands the default Vulkan device draws.
-class VulkanDesktop : public Desktop {
+/// A desktop whose bands the default device draws.
+class DrawnDesktop : public Desktop {
  public:
   std::unique_ptr<gpu::Device> makeDevice() override;
 

@@ -19,13 +19,14 @@
 #include "platform/linux/wayland/PlasmaPanels.h"
 #include "platform/linux/wayland/WaylandActivity.h"
 #include "platform/linux/wayland/WaylandBand.h"
+#include "platform/linux/wayland/WaylandPictureBuffers.h"
 #include "platform/linux/wayland/WaylandScreenProvider.h"
 
 namespace veloria {
 
 namespace {
 
-class WaylandDesktop final : public VulkanDesktop {
+class WaylandDesktop final : public DrawnDesktop {
  public:
   WaylandDesktop(std::unique_ptr<WaylandConnection> connection, const Environment& environment)
       : environment_(environment),
@@ -77,6 +78,9 @@ class WaylandDesktop final : public VulkanDesktop {
     return {point.x - space.originX, space.originBottom - point.y};
   }
 
+  std::unique_ptr<gpu::PictureBuffers> makeBuffers(wl_surface* surface) {
+    return std::make_unique<WaylandPictureBuffers>(*connection_, surface);
+  }
   std::unique_ptr<gpu::Surface> makeSurface(wl_display* display, wl_surface* surface) {
     return gpu::vulkan::makeSurface(device(), [display, surface](VkInstance instance) {
       VkWaylandSurfaceCreateInfoKHR info{};

@@ -7,8 +7,9 @@
 #include <vulkan/vulkan_xcb.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
-#include <span>
+#include <string>
 #include <utility>
 
 #include "gpu/vulkan/VulkanFactory.h"
@@ -17,17 +18,20 @@
 #include "platform/linux/x11/X11BandFactory.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11PanelCapture.h"
-#include "platform/linux/x11/X11PictureSink.h"
+#include "platform/linux/x11/X11PictureBuffers.h"
 #include "platform/linux/x11/X11ScreenProvider.h"
 
 namespace veloria {
 
 namespace {
 
-class X11Desktop final : public VulkanDesktop {
+constexpr std::uint8_t depthWithAlpha = 32;
+
+class X11Desktop final : public DrawnDesktop {
  public:
   X11Desktop(const std::string& displayName, bool besideGnome, const DescriptorWatcher& watch, TimerFactory& timers)
-      : connection_(displayName, watch, timers),
+      : displayName_(displayName),
+        connection_(displayName, watch, timers),
         screens_(connection_, screenOverridesFromEnvironment()),
         bands_(connection_, screens_,
                [this](xcb_connection_t* server, xcb_window_t window) { return makeSurface(server, window); }),
@@ -90,13 +94,12 @@ class X11Desktop final : public VulkanDesktop {
     screens_.setForeignPanel(panel ? std::optional(pixelsOf(*panel, screens_.root())) : std::nullopt);
   }
 
+  std::unique_ptr<gpu::PictureBuffers> makeBuffers(xcb_window_t window) {
+    return std::make_unique<X11PictureBuffers>(displayName_, window);
+  }
   std::unique_ptr<gpu::Surface> makeSurface(xcb_connection_t* connection, xcb_window_t window) {
-    const std::uint8_t depth = windowDepth(connection, window);
-    if (depth == 32 && gpu::vulkan::needsHostSurface(device())) {
-      const auto sink = std::make_shared<X11PictureSink>(connection, window, depth);
-      return gpu::vulkan::makeHostSurface(device(), [sink](std::span<const std::byte> rows, gpu::Size size) {
-        sink->put(rows, size.width, size.height);
-      });
+    if (bands_.visual().depth == depthWithAlpha && gpu::vulkan::needsHostSurface(device())) {
+      return gpu::vulkan::makeHostSurface(device(), makeBuffers(window));
     }
     return gpu::vulkan::makeSurface(device(), [connection, window](VkInstance instance) {
       VkXcbSurfaceCreateInfoKHR info{};
@@ -108,6 +111,7 @@ class X11Desktop final : public VulkanDesktop {
     });
   }
 
+  std::string displayName_;
   X11Connection connection_;
   X11ScreenProvider screens_;
   X11BandFactory bands_;

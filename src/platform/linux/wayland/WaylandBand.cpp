@@ -21,6 +21,7 @@ constexpr double defaultRate = 60;
 constexpr double shortestWait = 0.001;
 constexpr double afterClosing = 1;
 constexpr double atOnce = 0.001;
+constexpr double longestDrawing = 0.1;
 constexpr double highestPanel = 65535;
 
 double usableRate(double rate) {
@@ -166,7 +167,9 @@ void WaylandBand::show() {
 // What is drawn into goes before what it is drawn for.
 void WaylandBand::hide() {
   nextFrame_.reset();
+  late_.reset();
   callback_.reset();
+  asked_ = false;
   surface_.reset();
   viewport_.reset();
   layer_.reset();
@@ -240,6 +243,8 @@ void WaylandBand::scheduleFrame() {
 
 void WaylandBand::frameAllowed() {
   callback_.reset();
+  late_.reset();
+  asked_ = true;
   if (ready() && pacing_.due(mediaTime())) {
     drawFrame();
   } else {
@@ -258,10 +263,20 @@ void WaylandBand::drawFrame() {
   (*draw)();
   if (alive.expired()) return;
   drawing_ = false;
-  // A present that fails sends nothing, and without this the compositor would never ask for another frame.
-  if (callback_ && layer_) wl_surface_commit(layer_->surface());
+  // The request for the next frame goes with the picture, which a device may show later.
+  if (callback_) late_ = connection.timers().after(longestDrawing, [this] { pictureIsLate(); });
   scheduleFrame();
   connection.dispatchQueued();  // drawing reads the connection
+}
+
+// If none comes, the compositor would never ask; it never does for a surface that has shown nothing yet.
+void WaylandBand::pictureIsLate() {
+  if (!asked_ && firstAttempts_.spend(mediaTime())) {
+    callback_.reset();
+    return scheduleFrame();
+  }
+  wl_surface_commit(layer_->surface());
+  connection_.flush();
 }
 
 WaylandBandFactory::WaylandBandFactory(WaylandConnection& connection, WaylandScreenProvider& screens,

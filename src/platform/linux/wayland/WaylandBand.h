@@ -37,8 +37,8 @@ class FramePacing {
   double next_ = 0;
 };
 
-/// Makes the GPU surface of a Wayland surface. May return nullptr (then nothing is ever drawn) and may throw
-/// std::exception.
+/// Makes the GPU surface of a Wayland surface. Presenting commits that, at once or on another thread later. May return
+/// nullptr (then nothing is ever drawn) and may throw std::exception.
 using WaylandSurfaceMaker = std::function<std::unique_ptr<gpu::Surface>(wl_display*, wl_surface*)>;
 
 /// The band as a surface of the layer shell, at the top or bottom of one output: over the panel in layer `overlay`; on
@@ -89,6 +89,7 @@ class WaylandBand final : public OverlayPanel {
   void scheduleFrame();
   void frameAllowed();
   void drawFrame();
+  void pictureIsLate();
 
   WaylandConnection& connection_;
   WaylandScreenProvider& screens_;
@@ -113,11 +114,14 @@ class WaylandBand final : public OverlayPanel {
   bool paused_ = true;
   bool wanted_ = false;  ///< ordered front
   bool drawing_ = false;
+  bool asked_ = false;  ///< the compositor has asked for a frame of this surface
 
   std::shared_ptr<std::function<void()>> draw_;
   FramePacing pacing_;
   AttemptBudget closedAttempts_{5, 10};
+  AttemptBudget firstAttempts_{5, 10};
   OneShot nextFrame_;
+  OneShot late_;
   OneShot remaking_;
   std::shared_ptr<void> others_;
   std::shared_ptr<void> refresh_;

@@ -87,6 +87,8 @@ void WaylandConnection::globalAppeared(std::uint32_t number, std::string_view in
   if (interface == wl_compositor_interface.name) {
     compositor_ =
         bind<wl_compositor>(registry_.get(), number, wl_compositor_interface, std::min(version, compositorVersion));
+  } else if (interface == wl_shm_interface.name) {
+    shm_ = bind<wl_shm>(registry_.get(), number, wl_shm_interface, 1);
   } else if (interface == zwlr_layer_shell_v1_interface.name) {
     layerShell_ = bind<zwlr_layer_shell_v1>(registry_.get(), number, zwlr_layer_shell_v1_interface,
                                             std::min(version, layerShellVersion));

@@ -29,6 +29,8 @@ class WaylandConnection {
 
   wl_display* raw() const { return display_.get(); }
   wl_compositor* compositor() const { return compositor_.get(); }
+  /// Null if the compositor takes no pictures from memory, which they all do.
+  wl_shm* shm() const { return shm_.get(); }
   /// Null if the compositor has no layer shell, and so allows no overlays.
   zwlr_layer_shell_v1* layerShell() const { return layerShell_.get(); }
   /// Null if it offers none.
@@ -63,6 +65,7 @@ class WaylandConnection {
   TimerFactory& timers_;
   WaylandPtr<wl_registry> registry_;
   WaylandPtr<wl_compositor> compositor_;
+  WaylandPtr<wl_shm> shm_;
   WaylandPtr<zwlr_layer_shell_v1> layerShell_;
   WaylandPtr<wp_viewporter> viewporter_;
   WaylandPtr<zxdg_output_manager_v1> outputManager_;

@@ -18,6 +18,9 @@ struct WaylandDestroy {
   void operator()(wl_compositor* compositor) const { wl_compositor_destroy(compositor); }
   void operator()(wl_callback* callback) const { wl_callback_destroy(callback); }
   void operator()(wl_surface* surface) const { wl_surface_destroy(surface); }
+  void operator()(wl_shm* shm) const { wl_shm_destroy(shm); }
+  void operator()(wl_shm_pool* pool) const { wl_shm_pool_destroy(pool); }
+  void operator()(wl_buffer* buffer) const { wl_buffer_destroy(buffer); }
   void operator()(wl_region* region) const { wl_region_destroy(region); }
   void operator()(wl_output* output) const {
     if (wl_output_get_version(output) >= WL_OUTPUT_RELEASE_SINCE_VERSION) {

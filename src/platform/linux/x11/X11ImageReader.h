@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/linux/pictures/SharedMemory.h"
 #include "platform/linux/screens/ScreenDescription.h"
 #include "platform/linux/x11/X11Connection.h"
 
@@ -40,17 +41,14 @@ class X11ImageReader {
   bool collect(const Request& request, std::vector<std::byte>& pixels);
 
  private:
-  bool serverTakesDescriptors();
   bool holdSegment(std::size_t bytes);
-  void dropSegment();
   bool collectShared(const Request& request, std::vector<std::byte>& pixels);
   bool collectFromWire(const Request& request, std::vector<std::byte>& pixels);
 
   X11Connection& connection_;
   bool shm_ = false;
   xcb_shm_seg_t segment_ = XCB_NONE;
-  std::byte* memory_ = nullptr;
-  std::size_t memoryBytes_ = 0;
+  SharedMemory memory_;
 };
 
 }  // namespace veloria
