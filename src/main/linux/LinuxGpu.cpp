@@ -1,5 +1,6 @@
 #include "main/linux/LinuxGpu.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
@@ -56,7 +57,9 @@ std::unique_ptr<gpu::Device> makeCpuDevice(const gpu::cpu::CpuOptions& options) 
 }
 
 std::unique_ptr<gpu::Device> makeBestDevice(unsigned threads) {
-  if (const auto hardware = chooseHardware(gpu::vulkan::listDevices())) {
+  const auto hardware =
+      hasGpuFile("/dev") ? chooseHardware(gpu::vulkan::listDevices()) : std::optional<std::uint32_t>();
+  if (hardware) {
     try {
       return makeVulkanDevice(std::to_string(*hardware));
     } catch (const gpu::DeviceError& error) {
@@ -76,6 +79,16 @@ std::optional<std::uint32_t> chooseHardware(const std::vector<gpu::vulkan::Devic
     if (hardware && (best == nullptr || device.type < best->type)) best = &device;
   }
   return best != nullptr ? std::optional(best->index) : std::nullopt;
+}
+
+bool hasGpuFile(const std::filesystem::path& devices) {
+  std::error_code ignored;
+  for (const char* name : {"nvidia0", "nvidiactl", "dxg", "kgsl-3d0", "mali0"}) {
+    if (std::filesystem::exists(devices / name, ignored)) return true;
+  }
+  std::filesystem::directory_iterator files(devices / "dri", ignored);
+  return std::any_of(begin(files), end(files),
+                     [](const auto& file) { return file.path().filename().string().starts_with("renderD"); });
 }
 
 std::unique_ptr<gpu::Device> makeDevice(const std::string& gpu, unsigned threads) {

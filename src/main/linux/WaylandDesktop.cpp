@@ -12,6 +12,7 @@
 #include <span>
 #include <utility>
 
+#include "gpu/cpu/CpuFactory.h"
 #include "gpu/vulkan/VulkanFactory.h"
 #include "platform/linux/files/DesktopNames.h"
 #include "platform/linux/hyprland/HyprlandPointer.h"
@@ -82,6 +83,7 @@ class WaylandDesktop final : public DrawnDesktop {
     return std::make_unique<WaylandPictureBuffers>(*connection_, surface);
   }
   std::unique_ptr<gpu::Surface> makeSurface(wl_display* display, wl_surface* surface) {
+    if (gpu::cpu::isCpuDevice(device())) return gpu::cpu::makeSurface(device(), makeBuffers(surface));
     return gpu::vulkan::makeSurface(device(), [display, surface](VkInstance instance) {
       VkWaylandSurfaceCreateInfoKHR info{};
       info.sType = VK_STRUCTURE_TYPE_WAYLAND_SURFACE_CREATE_INFO_KHR;

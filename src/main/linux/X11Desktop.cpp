@@ -12,6 +12,7 @@
 #include <string>
 #include <utility>
 
+#include "gpu/cpu/CpuFactory.h"
 #include "gpu/vulkan/VulkanFactory.h"
 #include "platform/linux/gnome/ShellFacts.h"
 #include "platform/linux/x11/X11Activity.h"
@@ -98,6 +99,7 @@ class X11Desktop final : public DrawnDesktop {
     return std::make_unique<X11PictureBuffers>(displayName_, window);
   }
   std::unique_ptr<gpu::Surface> makeSurface(xcb_connection_t* connection, xcb_window_t window) {
+    if (gpu::cpu::isCpuDevice(device())) return gpu::cpu::makeSurface(device(), makeBuffers(window));
     if (bands_.visual().depth == depthWithAlpha && gpu::vulkan::needsHostSurface(device())) {
       return gpu::vulkan::makeHostSurface(device(), makeBuffers(window));
     }
