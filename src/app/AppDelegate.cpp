@@ -45,6 +45,8 @@ ScreenStatus screenStatus(const NimbraWindow& window, const NimbraRenderer& rend
           .scale = geometry.backingScale,
           .gridWidth = figures.gridW,
           .gridHeight = figures.gridH,
+          .wantedFps = window.wantedRate(),
+          .rateDivisor = window.rateDivisor(),
           .fps = figures.fps,
           .gpuMs = figures.gpuMsAvg};
 }
@@ -175,6 +177,7 @@ void AppDelegate::makeWindow(const Screen& screen, const NimbraConfig& config) {
         services_.panels->makePanel(screen), renderer, screen, config,
         NimbraWindow::Options{services_.environment("NIMBRA_DEBUG_LEVEL"), services_.settings->extra().edge,
                               [this] { deviceLost(); }});
+    window->setRateDivisor(rate_.divisor());
     renderers_[screen.number] = std::move(renderer);
     windows_[screen.number] = std::move(window);
   } catch (const std::runtime_error& error) {
@@ -229,9 +232,26 @@ void AppDelegate::setRendering(bool rendering) {
     services_.driver->suspend();
   }
   for (const auto& [number, window] : windows_) window->setRendering(rendering && !hidden_.contains(number));
+  if (!drawing_) {
+    rateTimer_.reset();
+  } else if (rateTimer_ == nullptr) {
+    rateTimer_ = services_.timers->repeating(RatePlan::period, RatePlan::period / 4, [this] { judgeRate(); });
+  }
   updatePointerInterest();
   updateCapture();
   watchVisibility();
+}
+
+void AppDelegate::judgeRate() {
+  double load = 0;
+  for (const auto& [number, window] : windows_) {
+    if (hidden_.contains(number)) continue;
+    const RenderStats::Figures figures = renderers_.at(number)->figures();
+    if (figures.fps > 0) load += figures.gpuMsAvg / 1000 * window->wantedRate();
+  }
+  if (!rate_.judge(load)) return;
+  NimbraLog::debugf("frames are drawn at 1/%d of the wanted rate", rate_.divisor());
+  for (const auto& [number, window] : windows_) window->setRateDivisor(rate_.divisor());
 }
 
 Visibility AppDelegate::visibilityOf(const NimbraWindow& window) const {

@@ -21,6 +21,7 @@
 #include "ports/ScreenProvider.h"
 #include "render/MenuBarCapture.h"
 #include "render/NimbraRenderer.h"
+#include "render/RatePlan.h"
 #include "render/PointerTracker.h"
 #include "scene/SceneDriver.h"
 #include "settings/SettingsStore.h"
@@ -129,6 +130,7 @@ class AppDelegate {
   void judgeVisibility(bool mayHide);
   void watchVisibility();
   std::string offerText() const;
+  void judgeRate();
   void deviceLost();
   void recoverDevice();
   void panelsSettled();
@@ -147,6 +149,8 @@ class AppDelegate {
   bool drawing_ = false;            ///< at least one is
   std::set<std::uint32_t> hidden_;  ///< windows that panels cover; nothing is drawn for them
   std::unique_ptr<Timer> visibilityTimer_;
+  RatePlan rate_;
+  std::unique_ptr<Timer> rateTimer_;
   Subscription settingsSubscription_;
   std::unique_ptr<Timer> recovery_;
   int recoveryAttempts_ = 0;

@@ -32,6 +32,8 @@ Json screenJson(const ScreenStatus& screen) {
           {"scale", screen.scale},
           {"grid", Json::array({screen.gridWidth, screen.gridHeight})},
           {"fps", screen.fps},
+          {"wantedFps", screen.wantedFps},
+          {"rateDivisor", screen.rateDivisor},
           {"gpuMs", thousandths(screen.gpuMs)}};
 }
 
@@ -90,12 +92,16 @@ std::string screenText(const Json& screen) {
   const Json& grid = member(screen, "grid");
   const auto at = [](const Json& list, std::size_t i) { return i < list.size() && list.is_array() ? list[i] : Json(); };
   const std::string edge = text(screen, "edge");
+  const Json& divisor = member(screen, "rateDivisor");
+  const bool slowed = divisor.is_number() && divisor.get<double>() > 1;
+  const std::string rate =
+      slowed ? "slowed down from " + number(member(screen, "wantedFps"), 0) + " because frames take too long, " : "";
   const std::string place = (edge.empty() ? "?" : edge) + " edge" +
                             (member(screen, "panel").is_string() ? "" : " (no panel at the top or bottom)");
   return text(screen, "name") + ", " + number(at(frame, 2), 0) + "x" + number(at(frame, 3), 0) + " points at scale " +
          number(member(screen, "scale"), 2) + ", " + place + ", bar " + number(member(screen, "menuBarHeight"), 0) +
          ", grid " + number(at(grid, 0), 0) + "x" + number(at(grid, 1), 0) + ", " + number(member(screen, "fps"), 0) +
-         " frames a second, " + number(member(screen, "gpuMs"), 1) + " ms GPU";
+         " frames a second, " + rate + number(member(screen, "gpuMs"), 1) + " ms GPU";
 }
 
 std::string audioText(const Json& audio) {

@@ -24,7 +24,9 @@ struct ScreenStatus {
   double scale = 1;
   std::int64_t gridWidth = 0;
   std::int64_t gridHeight = 0;
-  int fps = 0;  ///< frames shown in the last second
+  double wantedFps = 60;
+  int rateDivisor = 1;  ///< above 1 while the device can't keep up: see RatePlan
+  int fps = 0;          ///< frames shown in the last second
   double gpuMs = 0;
 };
 

@@ -69,8 +69,14 @@ void NimbraWindow::apply(const NimbraConfig& config, EdgeChoice edge, const Scre
   panel_->setLevel(level_);
   panel_->setFrame(geometry_.windowFrame, geometry_.backingScale);
   panel_->setPixelFormat(pixelFormatFor(config.hdrGlow));
-  panel_->setPreferredFramesPerSecond(frameRateFor(config.framesPerSecond));
+  wantedRate_ = frameRateFor(config.framesPerSecond);
+  panel_->setPreferredFramesPerSecond(wantedRate_ / divisor_);
   if (const auto renderer = renderer_.lock()) renderer->geometry = geometry_;
+}
+
+void NimbraWindow::setRateDivisor(int divisor) {
+  divisor_ = divisor;
+  panel_->setPreferredFramesPerSecond(wantedRate_ / divisor_);
 }
 
 void NimbraWindow::setRendering(bool on) {

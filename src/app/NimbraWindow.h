@@ -42,6 +42,11 @@ class NimbraWindow {
   /// Places and configures the window again for these settings and this screen.
   void apply(const NimbraConfig& config, EdgeChoice edge, const Screen& screen);
 
+  /// Draws at this part of the wanted rate, 1 being all of it, 2 a half.
+  void setRateDivisor(int divisor);
+  int rateDivisor() const { return divisor_; }
+  double wantedRate() const { return wantedRate_; }
+
   /// Shows the band and draws, or hides it and stops drawing.
   void setRendering(bool on);
 
@@ -58,6 +63,8 @@ class NimbraWindow {
   Screen screen_;
   StripGeometry geometry_;
   OverlayLevel level_ = OverlayLevel::desktop;
+  double wantedRate_ = 60;
+  int divisor_ = 1;
 };
 
 }  // namespace veloria

@@ -316,7 +316,7 @@ TEST_F(RemoteControlTest, TellsTheStatus) {
   const Json wanted = Json::parse(R"({"running": true, "rendering": true, "reason": "", "visualizer": "music",
       "layer": "aboveMenuBar", "backend": "x11", "device": "A GPU",
       "screens": [{"name": "DP-1", "frame": [0.0, 1056.0, 1920.0, 24.0], "menuBarHeight": 24.0,
-                   "edge": "top", "panel": null, "notch": [860.0, 0.0, 200.0, 32.0], "scale": 2.0, "grid": [634, 32], "fps": 60, "gpuMs": 1.235}],
+                   "edge": "top", "panel": null, "notch": [860.0, 0.0, 200.0, 32.0], "scale": 2.0, "grid": [634, 32], "fps": 60, "wantedFps": 60.0, "rateDivisor": 1, "gpuMs": 1.235}],
       "script": {"error": "Line 2: unknown parameter 'glw'"},
       "audio": {"running": true, "error": null, "level": 0.5, "bass": 0.25, "mid": 0.125, "treble": 0.063, "beat": 1.0},
       "weather": {"temp": 12.0, "wind": 8.0, "gust": 15.0, "cloud": 0.75, "rain": 0.0, "readout": "12°C",

@@ -1,4 +1,5 @@
 #include "render/FramePlan.h"
+#include "render/RatePlan.h"
 
 #include <gtest/gtest.h>
 
@@ -52,6 +53,28 @@ TEST(FramePlan, AbsurdCountsAreCapped) {
   }
   for (const auto& [wanted, kept] : {std::pair{0, 60}, {1, 1}, {100000, 240}}) EXPECT_EQ(frameRateFor(wanted), kept);
   EXPECT_EQ(octavesFor(1'000'000'000), 8);
+}
+
+TEST(RatePlan, DropsAtOnceComesBackLateAndLearnsFromMistakes) {
+  RatePlan plan;
+  const auto judge = [&](double load, int times) {
+    for (int i = 0; i < times; ++i) plan.judge(load);
+    return plan.divisor();
+  };
+  EXPECT_EQ(judge(0.9, 100), 1);
+  EXPECT_EQ(judge(1.5, 1), 1) << "one busy moment is none";
+  EXPECT_EQ(judge(1.5, 1), 2);
+  EXPECT_EQ(judge(0.8, 100), 2) << "a whole rate would leave no room";
+  EXPECT_EQ(judge(2.5, 2), 3);
+  EXPECT_EQ(judge(9, 20), 4) << "no less than a quarter";
+  EXPECT_EQ(judge(0.1, 6), 3);
+  EXPECT_EQ(judge(0.1, 12), 1);
+  EXPECT_EQ(judge(1.2, 2), 2);
+  EXPECT_EQ(judge(0.5, 11), 2) << "the last try was wrong, so the next waits longer";
+  EXPECT_EQ(judge(0.5, 1), 1);
+  EXPECT_EQ(judge(0.5, 130), 1);
+  EXPECT_EQ(judge(1.2, 2), 2);
+  EXPECT_EQ(judge(0.5, 6), 1) << "that was long ago";
 }
 
 }  // namespace
