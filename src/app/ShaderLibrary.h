@@ -19,7 +19,8 @@ struct ProgramPlaces {
 /// the executable, in the current folder, in its build folder.
 std::vector<std::filesystem::path> shaderLibraryCandidates(const ProgramPlaces& places);
 
-/// Loads the first candidate that is a library; for a device with compiled functions, none. Throws RendererError::noLibrary, which lists them all.
+/// Loads the first candidate that is a library; for a device with compiled functions, none. Throws
+/// RendererError::noLibrary, which lists them all.
 std::unique_ptr<gpu::Library> loadShaderLibrary(gpu::Device& device,
                                                 const std::vector<std::filesystem::path>& candidates);
 

@@ -95,8 +95,8 @@ bool NimbraRenderer::ensureFinalPipeline(gpu::PixelFormat format, std::uint32_t 
   return finalPipeline_ != nullptr;
 }
 
-std::shared_ptr<gpu::Texture> NimbraRenderer::makeTarget(gpu::Size size, const char* label) {
-  return device_.makeTexture({.format = scenePixelFormat,
+std::shared_ptr<gpu::Texture> NimbraRenderer::makeTarget(gpu::Size size, const char* label, gpu::PixelFormat format) {
+  return device_.makeTexture({.format = format,
                               .size = size,
                               .usage = gpu::TextureUsage::shaderRead | gpu::TextureUsage::renderTarget,
                               .storage = gpu::StorageMode::gpuPrivate,
@@ -132,8 +132,9 @@ void NimbraRenderer::draw(FrameTarget& target) {
   if (drawable == nullptr || sceneTex_ == nullptr || sim_.dyeTexture() == nullptr) {
     return skipFrame(target, drawable != nullptr);
   }
-  const std::shared_ptr<gpu::Texture> bar = backdrop ? backdrop->stored() : nullptr;
-  if (!ensureFinalPipeline(target.colorPixelFormat(), compositeExtras(drawable->texture().size(), bar != nullptr)))
+  const Bar bar = backdrop ? backdrop->numbered() : Bar();
+  if (!ensureFinalPipeline(target.colorPixelFormat(),
+                           compositeExtras(drawable->texture().size(), bar.first != nullptr)))
     return;
 
   const double now = clock_();
@@ -146,7 +147,7 @@ void NimbraRenderer::draw(FrameTarget& target) {
 
   gpu::Frame* frame = beginFrame();
   if (frame == nullptr) return;
-  runPasses(*frame, *drawable, bar.get(), elapsed, scaled);
+  runPasses(*frame, *drawable, bar, elapsed, scaled);
   frame->present(*drawable);
   frame->commit([this](const gpu::Completion& completion) { completed(completion); });
   frameDone();
@@ -182,7 +183,25 @@ void NimbraRenderer::runGlow(gpu::Frame& frame) {
              .target = *glowA_});
 }
 
-void NimbraRenderer::runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const gpu::Texture* bar, double elapsed,
+void NimbraRenderer::runMask(gpu::Frame& frame, const Bar& bar, const BandBlock& block) {
+  const RenderParams& params = block.params;
+  const std::array<float, 5> settings{params.textThreshold, params.textSoftness, params.textDilate, params.textBlur,
+                                      params.textShadowSpread};
+  const bool fits = mask_.texture != nullptr && mask_.texture->size() == drawableSize_;
+  if (fits && mask_.bar == bar.second && mask_.settings == settings) return;
+  constexpr gpu::PixelFormat format = gpu::PixelFormat::rg16Float;
+  if (maskPipeline_ == nullptr) maskPipeline_ = pipeline("f_mask", format);
+  if (!fits) mask_.texture = makeTarget(drawableSize_, "text mask", format);
+  mask_.bar = bar.second;
+  mask_.settings = settings;
+  frame.run({.pipeline = *maskPipeline_,
+             .label = "text mask",
+             .textures = {bar.first.get()},
+             .bytes = bytesOf(block),
+             .target = *mask_.texture});
+}
+
+void NimbraRenderer::runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const Bar& bar, double elapsed,
                                double scaledSeconds) {
   const PointerState seen = isMirrored() ? mirrored(pointer, geometry->windowFrame.height) : pointer;
   const Extent view = viewSizeFor(drawableSize_, geometry);
@@ -203,11 +222,13 @@ void NimbraRenderer::runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const
   const bool glows = params.glowAmount > glowThreshold;
   if (glows) runGlow(frame);
 
-  params.textMaskOn = (finalPipelineExtras_ & extraTextMask) != 0 ? 1.0F : 0.0F;
+  const bool masksText = (finalPipelineExtras_ & extraTextMask) != 0;
+  if (masksText) runMask(frame, bar, block);
+  params.textMaskOn = masksText ? 1.0F : 0.0F;
   const gpu::Texture* light = sceneTex_.get();
   frame.run({.pipeline = *finalPipeline_,
              .label = "composite",
-             .textures = {light, glows ? glowA_.get() : light, bar != nullptr ? bar : light},
+             .textures = {light, glows ? glowA_.get() : light, masksText ? mask_.texture.get() : light},
              .bytes = bytesOf(block),
              .target = drawable.texture()});
 }

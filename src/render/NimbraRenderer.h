@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <semaphore>
+#include <utility>
 
 #include "base/MediaClock.h"
 #include "gpu/Device.h"
@@ -70,12 +72,15 @@ class NimbraRenderer {
  private:
   std::shared_ptr<gpu::Pipeline> pipeline(const char* fragment, gpu::PixelFormat format, std::uint32_t variant = 0);
   bool ensureFinalPipeline(gpu::PixelFormat format, std::uint32_t extras);
-  std::shared_ptr<gpu::Texture> makeTarget(gpu::Size size, const char* label);
+  std::shared_ptr<gpu::Texture> makeTarget(gpu::Size size, const char* label,
+                                           gpu::PixelFormat format = scenePixelFormat);
   gpu::Frame* beginFrame();
   void completed(const gpu::Completion& completion);
   void runGlow(gpu::Frame& frame);
-  void runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const gpu::Texture* bar, double elapsed,
-                 double scaledSeconds);
+  /// The newest picture of the bar and its number.
+  using Bar = std::pair<std::shared_ptr<gpu::Texture>, std::uint64_t>;
+  void runPasses(gpu::Frame& frame, gpu::Drawable& drawable, const Bar& bar, double elapsed, double scaledSeconds);
+  void runMask(gpu::Frame& frame, const Bar& bar, const BandBlock& block);
   bool isMirrored() const { return geometry && geometry->edge == PanelEdge::bottom; }
   std::uint32_t compositeExtras(gpu::Size drawable, bool hasBar) const;
   void skipFrame(const FrameTarget& target, bool drawable);
@@ -98,6 +103,14 @@ class NimbraRenderer {
   std::shared_ptr<gpu::Texture> sceneTex_;
   std::shared_ptr<gpu::Texture> glowA_;
   std::shared_ptr<gpu::Texture> glowB_;
+  /// The bar's text, and what it was found from.
+  struct Mask {
+    std::shared_ptr<gpu::Texture> texture;
+    std::uint64_t bar = 0;
+    std::array<float, 5> settings{};
+  };
+  Mask mask_;
+  std::shared_ptr<gpu::Pipeline> maskPipeline_;
   gpu::Size drawableSize_;
   double sceneScale_ = 1.0;
 

@@ -9,9 +9,9 @@ class RatePlan {
   static constexpr double period = 0.5;  ///< seconds between calls of judge()
 
   /// `load`: the share of its time that the device would be busy at the wanted rate, 1 being all of it. To be called
-  /// every `period` while frames are drawn. True if the divisor changed. It goes up after a second of too much work, and
-  /// down after three seconds or more in which the faster rate would leave room; each time that this proves wrong within
-  /// a minute, the wait doubles, up to two minutes.
+  /// every `period` while frames are drawn. True if the divisor changed. It goes up after a second of too much work,
+  /// and down after three seconds or more in which the faster rate would leave room; each time that this proves wrong
+  /// within a minute, the wait doubles, up to two minutes.
   bool judge(double load);
 
   /// 1 to 4: what the wanted rate is divided by.

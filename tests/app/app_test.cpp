@@ -136,7 +136,7 @@ class AppTest : public testing::Test {
     if (devicesLeft_-- <= 0) throw gpu::NoDeviceError("there is no GPU");
     auto device = std::make_unique<RecordingDevice>(
         std::set<std::string>{"k_advect_velocity", "k_curl", "k_forces", "k_divergence", "k_jacobi", "k_project",
-                              "k_advect_dye", "k_clear", "v_fullscreen", "f_nimbra", "f_down", "f_blur", "f_final"});
+                              "k_advect_dye", "k_clear", "v_fullscreen", "f_nimbra", "f_down", "f_blur", "f_mask", "f_final"});
     panels_.device = device.get();
     return device;
   }

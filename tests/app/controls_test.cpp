@@ -262,8 +262,19 @@ AppStatus fullStatus() {
   status.layer = LayerMode::aboveMenuBar;
   status.backend = "x11";
   status.device = "A GPU";
-  status.screens = {
-      {"DP-1", {0, 1056, 1920, 24}, PanelEdge::top, std::nullopt, 24, Rect{860, 0, 200, 32}, 2, 634, 32, 60, 1.23456}};
+  status.screens = {{"DP-1",
+                     {0, 1056, 1920, 24},
+                     PanelEdge::top,
+                     std::nullopt,
+                     24,
+                     Rect{860, 0, 200, 32},
+                     2,
+                     634,
+                     32,
+                     60,
+                     2,
+                     31,
+                     1.23456}};
   status.scriptError = "Line 2: unknown parameter 'glw'";
   status.audio = {true, std::nullopt, {0.5, 0.25, 0.125, 0.0625, 1}};
   status.weather = WeatherStatus{12, 8, 15, 0.75, 0, "12°C", "timed out"};
@@ -316,7 +327,7 @@ TEST_F(RemoteControlTest, TellsTheStatus) {
   const Json wanted = Json::parse(R"({"running": true, "rendering": true, "reason": "", "visualizer": "music",
       "layer": "aboveMenuBar", "backend": "x11", "device": "A GPU",
       "screens": [{"name": "DP-1", "frame": [0.0, 1056.0, 1920.0, 24.0], "menuBarHeight": 24.0,
-                   "edge": "top", "panel": null, "notch": [860.0, 0.0, 200.0, 32.0], "scale": 2.0, "grid": [634, 32], "fps": 60, "wantedFps": 60.0, "rateDivisor": 1, "gpuMs": 1.235}],
+                   "edge": "top", "panel": null, "notch": [860.0, 0.0, 200.0, 32.0], "scale": 2.0, "grid": [634, 32], "fps": 31, "wantedFps": 60.0, "rateDivisor": 2, "gpuMs": 1.235}],
       "script": {"error": "Line 2: unknown parameter 'glw'"},
       "audio": {"running": true, "error": null, "level": 0.5, "bass": 0.25, "mid": 0.125, "treble": 0.063, "beat": 1.0},
       "weather": {"temp": 12.0, "wind": 8.0, "gust": 15.0, "cloud": 0.75, "rain": 0.0, "readout": "12°C",
@@ -331,8 +342,8 @@ TEST(StatusText, IsForPeople) {
   EXPECT_EQ(
       statusText(toJson(fullStatus())),
       "Veloria: drawing\ndrive: music\nlayer: aboveMenuBar\ndevice: A GPU, x11\n"
-      "screen: DP-1, 1920x24 points at scale 2.00, top edge (no panel at the top or bottom), bar 24, grid 634x32, 60 "
-      "frames a second, 1.2 ms GPU\n"
+      "screen: DP-1, 1920x24 points at scale 2.00, top edge (no panel at the top or bottom), bar 24, grid 634x32, 31 "
+      "frames a second, slowed down from 60 because frames take too long, 1.2 ms GPU\n"
       "script: Line 2: unknown parameter 'glw'\n"
       "sound: listening, level 0.50, bass 0.25, mid 0.12, treble 0.06\n"
       "weather: 12°C\nweather error: timed out\n"

@@ -15,7 +15,8 @@ namespace {
 // VELORIA_TEST_SET names an instruction set; without it, the fastest that this processor runs.
 std::unique_ptr<gpu::Device> makeDevice() {
   const char* set = std::getenv("VELORIA_TEST_SET");
-  auto options = gpu::cpu::optionsFromWish(set != nullptr ? std::string("cpu:") + set : "cpu", gpu::cpu::testsCpuLibrary);
+  auto options =
+      gpu::cpu::optionsFromWish(set != nullptr ? std::string("cpu:") + set : "cpu", gpu::cpu::testsCpuLibrary);
   options->threads = 3;
   return gpu::cpu::makeCpuDevice(gpu::cpu::testsCpuLibrary, *options);
 }

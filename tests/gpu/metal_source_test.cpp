@@ -30,7 +30,8 @@ const Function functions[] = {{"k_clear"},
                               {"f_nimbra", 2, 0, sizeof(BandBlock)},
                               {"f_down", 1},
                               {"f_blur", 1, 0, sizeof(BlurParams)},
-                              {"f_final", 3, 0, sizeof(BandBlock)}};
+                              {"f_final", 3, 0, sizeof(BandBlock)},
+                              {"f_mask", 1, 0, sizeof(BandBlock)}};
 
 std::string textOf(const std::string& file) {
   std::ifstream stream(std::filesystem::path(METAL_SOURCE) / file);

@@ -16,7 +16,7 @@ using gpu::recording::RecordingSurface;
 
 const std::set<std::string> allFunctions{
     "k_advect_velocity", "k_curl",       "k_forces", "k_divergence", "k_jacobi", "k_project", "k_advect_dye",
-    "k_clear",           "v_fullscreen", "f_nimbra", "f_down",       "f_blur",   "f_final"};
+    "k_clear",           "v_fullscreen", "f_nimbra", "f_down",       "f_blur",   "f_mask",    "f_final"};
 
 class SurfaceTarget final : public FrameTarget {
  public:
@@ -148,6 +148,35 @@ TEST_F(RendererTest, WithoutGlowTheSceneStandsInForIt) {
     draw();
     EXPECT_EQ(all("f_blur").size(), passes);
     EXPECT_EQ(only("f_final").texture(1) == only("f_final").texture(0), passes == 0);
+  }
+}
+
+TEST_F(RendererTest, TheBarsTextIsSoughtOnlyWhenItsPictureOrASettingChanges) {
+  renderer_.config.preserveMenuBarText = true;
+  renderer_.backdrop = std::make_shared<TextureBox>();
+  const auto picture = device_.makeTexture(
+      {gpu::PixelFormat::bgra8Unorm, {1920, 32}, gpu::TextureUsage::shaderRead, gpu::StorageMode::shared, "bar"});
+  const std::pair<std::function<void()>, std::size_t> changes[] = {
+      {[] {}, 0},  // no picture yet
+      {[&] { renderer_.backdrop->store(picture); }, 1},
+      {[] {}, 0},
+      {[&] { renderer_.backdrop->store(picture); }, 1},  // a new one in the same texture
+      {[&] { renderer_.config.textBlur += 1; }, 1},
+      {[&] {
+         surface_.configure({960, 32}, gpu::PixelFormat::bgra8Unorm);
+       },
+       1},
+      {[&] { renderer_.backdrop->store(nullptr); }, 0}};
+  std::size_t row = 0;
+  for (const auto& [change, count] : changes) {
+    SCOPED_TRACE(row++);
+    change();
+    draw();
+    const auto sought = all("f_mask");
+    ASSERT_EQ(sought.size(), count);
+    if (count == 0) continue;
+    EXPECT_EQ(sought[0].texture(0), picture.get());
+    EXPECT_EQ(only("f_final").texture(2), sought[0].target);
   }
 }
 

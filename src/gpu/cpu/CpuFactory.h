@@ -30,8 +30,8 @@ struct CpuOptions {
 };
 
 /// What a person can write to ask for this back end: "cpu", or "cpu:" and the letters and digits of an instruction
-/// set's name, in any case ("cpu:avx512"). Nothing if `wish` is something else. Throws NoDeviceError, which names the usable
-/// ones, if it begins with "cpu:" and is none of them.
+/// set's name, in any case ("cpu:avx512"). Nothing if `wish` is something else. Throws NoDeviceError, which names the
+/// usable ones, if it begins with "cpu:" and is none of them.
 std::optional<CpuOptions> optionsFromWish(std::string_view wish, const CompiledLibrary& library);
 
 /// `library` must outlive the device. Same input, same output: for any number of threads, and with `baseline` also on

@@ -114,8 +114,8 @@ void CpuStorage::write(std::span<const std::byte> rows) {
   for (std::size_t y = 0; y < size_.height; ++y) {
     for (std::size_t x = 0; x < size_.width; ++x, from += stored * (bytes ? 1 : 2)) {
       for (int channel = 0; channel < planes_.channels; ++channel) {
-        at(planes_, channel, x, y) =
-            bytes ? texels::fromByte(from[place(format_, channel)], format_, channel) : texels::fromHalf(from + 2 * channel);
+        at(planes_, channel, x, y) = bytes ? texels::fromByte(from[place(format_, channel)], format_, channel)
+                                           : texels::fromHalf(from + 2 * channel);
       }
     }
   }

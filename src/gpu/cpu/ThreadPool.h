@@ -23,7 +23,8 @@ class ThreadPool {
   /// are done. One caller at a time.
   template <typename Work>
   void run(unsigned count, const Work& work) {
-    start(count, [](const void* context, unsigned portion) { (*static_cast<const Work*>(context))(portion); }, &work);
+    start(
+        count, [](const void* context, unsigned portion) { (*static_cast<const Work*>(context))(portion); }, &work);
   }
 
  private:

@@ -9,7 +9,7 @@
 // edges. The result is premultiplied.
 layout(set = 0, binding = 0) uniform sampler2D scene;
 layout(set = 0, binding = 1) uniform sampler2D glow;
-layout(set = 0, binding = 2) uniform sampler2D bar;
+layout(set = 0, binding = 2) uniform sampler2D mask;  // f_mask's
 
 // The kind of target: 0 floating point; 1 8 bits a channel, for encoded, dithered values; 2 8 bits that the target
 // encodes itself, so that the result has to be decoded first.
@@ -47,61 +47,12 @@ vec3 contrasted(vec3 c) {
 // Share of light that may pass at x for a fade of width `width` from the edge at 0.
 float edge(float x, scalar width) { return width > 1e-4 ? smoothstep(0.0, width, x) : 1.0; }
 
-float barLuminance(vec2 at) {
-  vec4 c = textureLod(bar, at, 0.0);
-  return luminance(c.rgb) + (1.0 - c.a) * 0.5;
-}
-
-vec2 eighthTurn(vec2 v) { return vec2(v.x - v.y, v.x + v.y) * 0.70710678; }
-
-// The ground's luminance on a ring of eight places around, `to` (pixels) being the first. The two that differ most count
-// for nothing: a stroke of text that the ring happens to cross.
-float ringMean(vec2 to) {
-  vec2 pixel = 1.0 / vec2(textureSize(bar, 0));
-  float sum = 0.0;
-  float low = 1e4;
-  float high = -1e4;
-  for (int i = 0; i < 8; ++i) {
-    float c = barLuminance(uv + to * pixel);
-    sum += c;
-    low = min(low, c);
-    high = max(high, c);
-    to = eighthTurn(to);
-  }
-  return (sum - low - high) / 6.0;
-}
-
 struct Column {
   float passes;  // light that the fades at the sides let pass
 };
 Column column;
 
 void makeColumn() { column.passes = edge(uv.x, params.fadeSide) * edge(1.0 - uv.x, params.fadeSide); }
-
-// x: how much of the bar's own text is here (0 to 1). y: how near text is, for its shadow.
-vec2 textMask() {
-  vec2 pixel = 1.0 / vec2(textureSize(bar, 0));
-  float blur = clamp(params.textBlur, 1.0, 32.0);
-  float nearGround = ringMean(vec2(blur, 0.0));
-  float farGround = ringMean(vec2(1.386, 0.574) * blur);
-  float dilate = clamp(params.textDilate, 0.0, 16.0) * 0.5;
-  float spread = clamp(params.textShadowSpread, 0.0, 32.0);
-  float strongest = 0.0;
-  float around = 0.0;
-  vec2 to = vec2(1.0, 0.0);
-  for (int i = 0; i < 24; ++i) {
-    float radius = i < 8 ? 0.35 * dilate : (i < 16 ? dilate : spread);
-    // Text stands out from both grounds; a place with one wrong ground does not.
-    float c = barLuminance(uv + to * radius * pixel);
-    float stroke = min(abs(c - nearGround), abs(c - farGround));
-    strongest = max(strongest, i < 16 ? stroke : 0.0);
-    around += i < 16 ? 0.0 : stroke;
-    to = eighthTurn(to);
-  }
-  float soft = max(params.textSoftness, 1e-3);
-  return vec2(smoothstep(params.textThreshold, params.textThreshold + soft, strongest),
-              smoothstep(0.0, params.textThreshold + soft, around * 0.25));
-}
 
 // x: light that passes by the housing. y: light that its outline adds. The rectangle's lower corners are round.
 vec2 housing() {
@@ -174,7 +125,7 @@ void main() {
 
   float passes = edge(place.y, params.fadeTop) * edge(1.0 - place.y, params.fadeBottom) * column.passes;
   if (masksText && params.textMaskOn > 0.5) {
-    vec2 text = textMask();
+    vec2 text = textureLod(mask, uv, 0.0).xy;
     float shadow = clamp(params.textShadow, 0.0, 1.0) * text.y;
     shown *= 1.0 - shadow;
     alpha = mix(alpha, max(alpha, shadow), 0.6);
