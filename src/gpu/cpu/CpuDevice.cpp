@@ -28,11 +28,18 @@ const FunctionTable& tableOf(const CompiledLibrary& library, InstructionSet set)
   return library.baseline;
 }
 
+/// The levels x86-64-v2, -v3 and -v4, by the features that no processor of a level lacks.
 bool processorRuns(InstructionSet set) {
 #if defined(__x86_64__)
-  if (set == InstructionSet::sse42) return __builtin_cpu_supports("x86-64-v2") != 0;
-  if (set == InstructionSet::avx2) return __builtin_cpu_supports("x86-64-v3") != 0;
-  if (set == InstructionSet::avx512) return __builtin_cpu_supports("x86-64-v4") != 0;
+  const bool v2 = __builtin_cpu_supports("sse4.2") != 0 && __builtin_cpu_supports("popcnt") != 0;
+  const bool v3 = v2 && __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0 &&
+                  __builtin_cpu_supports("bmi") != 0 && __builtin_cpu_supports("bmi2") != 0;
+  const bool v4 = v3 && __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
+                  __builtin_cpu_supports("avx512cd") != 0 && __builtin_cpu_supports("avx512dq") != 0 &&
+                  __builtin_cpu_supports("avx512vl") != 0;
+  if (set == InstructionSet::sse42) return v2;
+  if (set == InstructionSet::avx2) return v3;
+  if (set == InstructionSet::avx512) return v4;
 #endif
   return set == InstructionSet::baseline;
 }
