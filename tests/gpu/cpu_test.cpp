@@ -10,6 +10,11 @@ extern const CompiledLibrary testsCpuLibrary;
 }
 
 namespace veloria::tests {
+
+const Backend& backend() {
+  return cpuBackend();
+}
+
 namespace {
 
 using namespace gpu;
@@ -36,12 +41,14 @@ TEST_F(CpuTest, HalvesRoundAndKeepWhatIsNotANumber) {
   const auto target = makeTexture(PixelFormat::r16Float, {6, 1});
   writeFloats(*texture, {1, 2048, 65504, 0, 1.0F / 4096, -4});
   // The sum is kept in 32 bits, so reading it back rounds.
-  const std::pair<float, std::vector<float>> cases[] = {
-      {1.0F, {-3, 1, 1, 65504, 2049 - 1, 2}},
-      {NAN, std::vector<float>(6, NAN)},
-      {70000.0F, std::vector<float>(6, INFINITY)}};
+  const std::pair<float, std::vector<float>> cases[] = {{1.0F, {-3, 1, 1, 65504, 2049 - 1, 2}},
+                                                        {NAN, std::vector<float>(6, NAN)},
+                                                        {70000.0F, std::vector<float>(6, INFINITY)}};
   for (const auto& [amount, expected] : cases) {
-    runOne({.pipeline = *computePipeline("k_add"), .images = {texture.get()}, .bytes = floats({amount}), .target = *target});
+    runOne({.pipeline = *computePipeline("k_add"),
+            .images = {texture.get()},
+            .bytes = floats({amount}),
+            .target = *target});
     const auto values = readFloats(*target);
     for (std::size_t index = 0; index < 6; ++index) {
       if (std::isnan(expected[index])) {

@@ -30,9 +30,16 @@ const FunctionTable& tableOf(const CompiledLibrary& library, InstructionSet set)
 
 bool processorRuns(InstructionSet set) {
 #if defined(__x86_64__)
-  if (set == InstructionSet::sse42) return __builtin_cpu_supports("x86-64-v2") != 0;
-  if (set == InstructionSet::avx2) return __builtin_cpu_supports("x86-64-v3") != 0;
-  if (set == InstructionSet::avx512) return __builtin_cpu_supports("x86-64-v4") != 0;
+  // What each level of x86-64 adds, as far as both compilers have a name for it.
+#define VELORIA_HAS(feature) (__builtin_cpu_supports(feature) != 0)
+  const bool level2 = VELORIA_HAS("sse4.2") && VELORIA_HAS("popcnt");
+  const bool level3 = level2 && VELORIA_HAS("avx2") && VELORIA_HAS("fma") && VELORIA_HAS("bmi") && VELORIA_HAS("bmi2");
+  const bool level4 = level3 && VELORIA_HAS("avx512f") && VELORIA_HAS("avx512bw") && VELORIA_HAS("avx512cd") &&
+                      VELORIA_HAS("avx512dq") && VELORIA_HAS("avx512vl");
+#undef VELORIA_HAS
+  if (set == InstructionSet::sse42) return level2;
+  if (set == InstructionSet::avx2) return level3;
+  if (set == InstructionSet::avx512) return level4;
 #endif
   return set == InstructionSet::baseline;
 }
@@ -41,7 +48,8 @@ bool processorRuns(InstructionSet set) {
 std::string wishFor(InstructionSet set) {
   std::string wish;
   for (const char* c = instructionSetName(set); *c != '\0'; ++c) {
-    if (std::isalnum(static_cast<unsigned char>(*c)) != 0) wish += static_cast<char>(std::tolower(static_cast<unsigned char>(*c)));
+    if (std::isalnum(static_cast<unsigned char>(*c)) != 0)
+      wish += static_cast<char>(std::tolower(static_cast<unsigned char>(*c)));
   }
   return wish;
 }
@@ -69,7 +77,8 @@ const char* instructionSetName(InstructionSet set) {
 
 std::vector<InstructionSet> usableInstructionSets(const CompiledLibrary& library) {
   std::vector<InstructionSet> usable;
-  for (const auto set : {InstructionSet::baseline, InstructionSet::sse42, InstructionSet::avx2, InstructionSet::avx512}) {
+  for (const auto set :
+       {InstructionSet::baseline, InstructionSet::sse42, InstructionSet::avx2, InstructionSet::avx512}) {
     if (tableOf(library, set).count > 0 && processorRuns(set)) usable.push_back(set);
   }
   return usable;
@@ -122,8 +131,7 @@ std::shared_ptr<Texture> CpuDevice::doMakeTexture(const TextureDescriptor& descr
 }
 
 std::unique_ptr<Pipeline> CpuDevice::doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) {
-  return std::make_unique<CpuPipeline>(descriptor,
-                                       *static_cast<const CpuLibrary&>(library).find(descriptor.function));
+  return std::make_unique<CpuPipeline>(descriptor, *static_cast<const CpuLibrary&>(library).find(descriptor.function));
 }
 
 std::unique_ptr<Device> makeCpuDevice(const CompiledLibrary& library, const CpuOptions& options) {
