@@ -64,11 +64,13 @@ void save(const QImage& picture, const std::string& path) {
   ASSERT_TRUE(picture.save(QString::fromStdString(path), "PNG")) << path;
 }
 
-QImage draw(std::vector<std::string> arguments) {
+/// `gpu`: as the program's option.
+QImage draw(std::vector<std::string> arguments, const std::string& gpu) {
   const TemporaryFolder folder;
   save(barPicture(), folder.file("bar.png"));
   std::ranges::replace(arguments, "bar.png", folder.file("bar.png"));
-  arguments.insert(arguments.begin(), {"render", "--seconds", "2", "--fps", "30", "--output", folder.file("it.png")});
+  arguments.insert(arguments.begin(),
+                   {"render", "--gpu", gpu, "--seconds", "2", "--fps", "30", "--output", folder.file("it.png")});
   const ProcessResult result = runProcess(VELORIA_BINARY, arguments, {}, {"DISPLAY=", "WAYLAND_DISPLAY="}, 240);
   EXPECT_EQ(result.exitCode, 0) << result.errors;
   return load(folder.file("it.png"));
@@ -101,11 +103,13 @@ std::string difference(const QImage& a, const QImage& b) {
          " % of the pixels are far off";
 }
 
-TEST(Golden, LooksAsBefore) {
+class Golden : public testing::TestWithParam<const char*> {};
+
+TEST_P(Golden, LooksAsBefore) {
   const char* update = std::getenv("VELORIA_UPDATE_GOLDEN");
   for (const Look& look : looks) {
     SCOPED_TRACE(expectedFile(look));
-    const QImage actual = draw(look.arguments);
+    const QImage actual = draw(look.arguments, GetParam());
     ASSERT_FALSE(actual.isNull());
     if (update != nullptr && std::string(update) == "1") {
       save(actual, expectedFile(look));
@@ -116,11 +120,14 @@ TEST(Golden, LooksAsBefore) {
     ASSERT_EQ(expected.size(), actual.size()) << "missing or of another size";
     const std::string differs = difference(expected, actual);
     if (differs.empty()) continue;
-    const std::string report = std::string(VELORIA_GOLDEN_REPORTS) + "/" + look.name + ".png";
+    const std::string report = std::string(VELORIA_GOLDEN_REPORTS) + "/" + look.name + "-" + GetParam() + ".png";
     save(actual, report);
     ADD_FAILURE() << differs << "\nWhat came: " << report;
   }
 }
+
+// The program's own renderer, and the first device of Vulkan's.
+INSTANTIATE_TEST_SUITE_P(Gpus, Golden, testing::Values("cpu", "0"));
 
 }  // namespace
 }  // namespace veloria::tests

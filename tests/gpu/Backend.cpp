@@ -11,8 +11,9 @@ namespace veloria::tests {
 
 namespace {
 
-// Of a number that a half can hold.
+// Of a number that a half can hold, or of none.
 std::uint16_t halfFrom(float value) {
+  if (std::isnan(value)) return 0x7E00;
   const int sign = std::signbit(value) ? 0x8000 : 0;
   const float size = std::fabs(value);
   int exponent = -13;

@@ -10,7 +10,7 @@
 
 namespace veloria::tests {
 
-/// What the suites need of a back end. A program links one file that defines backend().
+/// What the suites need of a back end.
 struct Backend {
   std::function<std::unique_ptr<gpu::Device>()> makeDevice;
   std::function<std::vector<std::byte>()> libraryBytes;  ///< of the suites' own functions
@@ -18,8 +18,13 @@ struct Backend {
   std::function<std::string()> complaints;
 };
 
-/// The back end that this program tests.
+/// The back end that this program tests; the program defines it.
 const Backend& backend();
+
+/// With the validation layer.
+const Backend& vulkanBackend();
+/// VELORIA_TEST_SET names an instruction set; without it, the fastest that this processor runs.
+const Backend& cpuBackend();
 
 std::vector<std::byte> readFile(const std::string& path);
 

@@ -16,20 +16,24 @@ class GpuTest : public testing::Test {
  protected:
   static constexpr auto drawnAndRead = gpu::TextureUsage::shaderRead | gpu::TextureUsage::renderTarget;
 
-  void SetUp() override {
-    device_ = backend().makeDevice();
+  void SetUp() override { open(backend()); }
+
+  void TearDown() override { open({}); }
+
+  /// Goes on with a device of another back end, or with none. Whatever was made from the one before must be gone.
+  void open(const Backend& next) {
+    queue_.reset();
+    library_.reset();
+    device_.reset();
+    EXPECT_EQ(backend_.complaints ? backend_.complaints() : "", "");
+    backend_ = next;
+    if (!next.makeDevice) return;
+    device_ = next.makeDevice();
     library_ = device_->makeLibrary(libraryBytes());
     queue_ = device_->makeFrameQueue();
   }
 
-  void TearDown() override {
-    queue_.reset();
-    library_.reset();
-    device_.reset();
-    EXPECT_EQ(backend().complaints(), "");
-  }
-
-  virtual std::vector<std::byte> libraryBytes() const { return backend().libraryBytes(); }
+  virtual std::vector<std::byte> libraryBytes() const { return backend_.libraryBytes(); }
 
   std::shared_ptr<gpu::Texture> makeTexture(gpu::PixelFormat format, gpu::Size size,
                                             gpu::TextureUsage usage = gpu::TextureUsage::shaderRead |
@@ -66,6 +70,7 @@ class GpuTest : public testing::Test {
     return std::as_bytes(std::span(values.begin(), values.size()));
   }
 
+  Backend backend_;
   std::unique_ptr<gpu::Device> device_;
   std::unique_ptr<gpu::Library> library_;
   std::unique_ptr<gpu::FrameQueue> queue_;

@@ -44,7 +44,7 @@ std::string takeComplaints() {
 
 }  // namespace
 
-const Backend& backend() {
+const Backend& vulkanBackend() {
   static const Backend shared{makeDevice, [] { return readFile(GPU_TEST_LIBRARY); }, takeComplaints};
   return shared;
 }

@@ -10,6 +10,11 @@ extern const CompiledLibrary testsCpuLibrary;
 }
 
 namespace veloria::tests {
+
+const Backend& backend() {
+  return cpuBackend();
+}
+
 namespace {
 
 using namespace gpu;

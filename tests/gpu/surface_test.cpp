@@ -11,6 +11,11 @@
 #include "platform/linux/x11/X11PictureBuffers.h"
 
 namespace veloria::tests {
+
+const Backend& backend() {
+  return vulkanBackend();
+}
+
 namespace {
 
 using namespace gpu;

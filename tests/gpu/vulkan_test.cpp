@@ -10,6 +10,11 @@
 #include "gpu/vulkan/VulkanSwapchain.h"
 
 namespace veloria::tests {
+
+const Backend& backend() {
+  return vulkanBackend();
+}
+
 namespace {
 
 using namespace gpu;

@@ -18,8 +18,10 @@ ProcessResult veloria(const std::vector<std::string>& arguments, const std::stri
   return runProcess(VELORIA_BINARY, arguments, folder, {"DISPLAY=", "WAYLAND_DISPLAY=", validation});
 }
 
+/// With the CPU, unless `more` says otherwise.
 std::string rawFrames(std::vector<std::string> more) {
-  std::vector<std::string> arguments{"render", "--size", "320x16", "--seconds", "0.5", "--fps", "20", "--raw", "-"};
+  std::vector<std::string> arguments{"render", "--gpu", "cpu", "--size", "320x16", "--seconds",
+                                     "0.5",    "--fps", "20",  "--raw",  "-"};
   arguments.insert(arguments.end(), more.begin(), more.end());
   const ProcessResult result = veloria(arguments);
   EXPECT_EQ(result.exitCode, 0);
@@ -39,12 +41,28 @@ double meanDifference(const std::string& a, const std::string& b) {
 TEST(Render, SameInputSameBytesAndLayersOfSettingsApplyInOrder) {
   const TemporaryFolder folder;
   const std::string plain = rawFrames({"--preset", "Flurry"});
-  EXPECT_EQ(plain, rawFrames({"--preset", "Flurry"}));
+  EXPECT_EQ(rawFrames({"--preset", "Flurry", "--gpu", "0"}), rawFrames({"--preset", "Flurry", "--gpu", "0"}));
   // --set comes after --preset wherever it stands; --script after both.
   EXPECT_GT(meanDifference(plain, rawFrames({"--set", "exposure=0.1", "--preset", "Flurry"})), 3);
   const std::string script = folder.write("dark.scene", "set exposure 0\nset ambient 0\n");
   const std::string dark = rawFrames({"--preset", "Flurry", "--set", "opaqueBackground=false", "--script", script});
   EXPECT_EQ(std::count(dark.begin(), dark.end(), '\0'), static_cast<std::ptrdiff_t>(dark.size()));
+}
+
+TEST(Render, TheCpuGivesTheSameBytesWithAnyThreadsAndAnySetOfFourLanes) {
+  // Large enough for every pass to be shared out.
+  const auto film = [](const std::string& gpu, const std::string& threads) {
+    return veloria({"render", "--size", "1920x40", "--seconds", "0.3", "--fps", "20", "--preset", "Rave", "--gpu", gpu,
+                    "--threads", threads, "--raw", "-"});
+  };
+  const ProcessResult one = film("cpu", "1");
+  EXPECT_EQ(one.output.size(), 6U * 1920 * 40 * 4) << one.errors;
+  EXPECT_TRUE(one.output == film("cpu", "2").output);
+  EXPECT_TRUE(one.output == film("cpu", "3").output);
+  const ProcessResult baseline = film("cpu:baseline", "1");
+  const ProcessResult newer = film("cpu:sse42", "3");
+  if (newer.exitCode != 0) GTEST_SKIP() << newer.errors;
+  EXPECT_TRUE(baseline.output == newer.output);
 }
 
 TEST(Render, AtTheBottomEdgeThePictureIsUpsideDown) {

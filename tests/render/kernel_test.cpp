@@ -276,6 +276,23 @@ TEST_F(Kernel, TheFluidStaysFiniteUnderTheWildestSettings) {
   EXPECT_LT(rms(readFloats(*sim.velocityTexture())), 0.5);
 }
 
+TEST_F(Kernel, WhatIsNotANumberIsGoneAfterAStepAndLightComesBack) {
+  SimParams params = still();
+  params.emitRate = 50;
+  params.emitThreshold = 0;
+  params.vorticity = 3;
+  params.curlStrength = 10;
+  const Field spoilt1(1, NAN), spoilt2(2, NAN), spoilt4(4, NAN);
+  const Field flow = run("k_forces", 2, {spoilt2, spoilt1, spoilt4}, params);
+  const Field pressure = run("k_jacobi", 1, {spoilt1, run("k_divergence", 1, {spoilt2})});
+  const Field dye = run("k_advect_dye", 4, {spoilt4, spoilt2}, params);
+  for (const Field& field : {flow, pressure, dye, run("k_curl", 1, {spoilt2}),
+                             run("k_advect_velocity", 2, {spoilt2}, params), run("k_project", 2, {spoilt2, spoilt1})}) {
+    EXPECT_TRUE(allFinite(field.values));
+  }
+  EXPECT_GT(rms(run("k_advect_dye", 4, {dye, flow}, params).values), 0.01);
+}
+
 TEST_F(Kernel, TheFluidIsKeptUntilItIsCleared) {
   FluidSim sim(*device_, *library_);
   const auto dye = [&] { return rms(readFloats(*sim.dyeTexture())); };

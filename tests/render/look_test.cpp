@@ -28,6 +28,16 @@ struct Picture {
     return sum / ((to - from) * height);
   }
   double mean() const { return mean(0, width); }
+  /// The standard deviation of the brightest channels.
+  double contrast() const {
+    const double middle = mean();
+    double sum = 0;
+    for (std::uint32_t i = 0; i < width * height; ++i) {
+      const double away = brightest(i % width, i / width) - middle;
+      sum += away * away;
+    }
+    return std::sqrt(sum / (width * height));
+  }
   /// The share of pixels whose brightest channel is above `level`.
   double shareAbove(int level) const {
     double count = 0;
@@ -125,33 +135,67 @@ bool isOf(const Lab& pixel, const Lab& stop) {
   return pixel.chroma() > 0.3 * stop.chroma() && std::abs(std::remainder(pixel.hue() - stop.hue(), 360.0)) < 22;
 }
 
+/// How the lit pixels of pictures are spread over a palette.
+struct Colors {
+  explicit Colors(const Palette& palette) {
+    for (const auto& [red, green, blue] : palette.stops) stops.push_back(labOf(red, green, blue));
+  }
+  void count(const Picture& picture) {
+    for (std::size_t i = 0; i < picture.rgba.size(); i += 12) {
+      const auto* p = &picture.rgba[i];
+      const auto [low, high] = std::minmax({p[0], p[1], p[2]});
+      if (high <= litLevel) continue;
+      const Lab pixel = labOf(p[0] / 255.0, p[1] / 255.0, p[2] / 255.0);
+      lit += 1;
+      white += low >= 250 ? 1 : 0;
+      for (std::size_t stop = 0; stop < 4; ++stop) ofStop[stop] += isOf(pixel, stops[stop]) ? 1 : 0;
+    }
+  }
+  double share(std::size_t stop) const { return ofStop[stop] / lit; }
+
+  std::vector<Lab> stops;
+  double lit = 0, white = 0;
+  std::array<double, 4> ofStop{};
+};
+
 using LookTest = PictureTest;
 
 TEST_F(LookTest, PresetsShowAllOfTheirPaletteAndHardlyClipToWhite) {
   for (const auto& look : LookPreset::all()) {
     const NimbraConfig config = choose(NimbraConfig(), look);
-    std::vector<Lab> stops;
-    for (const auto& [red, green, blue] : config.palette().stops) stops.push_back(labOf(red, green, blue));
-    double lit = 0;
-    double white = 0;
-    std::array<double, 4> shares{};
-    for (const Picture& picture : pictures(config, {960, 32}, {3, 8})) {
-      for (std::size_t i = 0; i < picture.rgba.size(); i += 12) {
-        const auto* p = &picture.rgba[i];
-        const auto [low, high] = std::minmax({p[0], p[1], p[2]});
-        if (high <= litLevel) continue;
-        const Lab pixel = labOf(p[0] / 255.0, p[1] / 255.0, p[2] / 255.0);
-        lit += 1;
-        white += low >= 250 ? 1 : 0;
-        for (std::size_t stop = 0; stop < 4; ++stop) shares[stop] += isOf(pixel, stops[stop]) ? 1 : 0;
-      }
-    }
-    ASSERT_GT(lit, 500) << look.name;
+    Colors colors(config.palette());
+    for (const Picture& picture : pictures(config, {960, 32}, {3, 8})) colors.count(picture);
+    ASSERT_GT(colors.lit, 500) << look.name;
     // Loud by its description, and around the whole circle of hues.
     const bool loud = look.name == "Rave";
-    EXPECT_LE(white / lit, loud ? 0.03 : 0.01) << look.name;
+    EXPECT_LE(colors.white / colors.lit, loud ? 0.03 : 0.01) << look.name;
     for (std::size_t stop = 0; stop < 4 && !loud; ++stop) {
-      EXPECT_GT(shares[stop] / lit, 0.002) << look.name << ", stop " << stop + 1;
+      EXPECT_GT(colors.share(stop), 0.002) << look.name << ", stop " << stop + 1;
+    }
+  }
+}
+
+TEST_F(LookTest, VulkanAndTheCpuShowTheSameLook) {
+  for (const auto* name : {"Northern Lights", "Rave"}) {
+    const NimbraConfig config = preset(name);
+    std::array<std::vector<Picture>, 2> films;
+    for (std::size_t i = 0; i < 2; ++i) {
+      renderer_.reset();
+      target_.reset();
+      open(i == 0 ? cpuBackend() : vulkanBackend());
+      films[i] = pictures(config, {960, 32}, {0.5, 2});
+    }
+    for (std::size_t i = 0; i < films[0].size(); ++i) {
+      const Picture& cpu = films[0][i];
+      const Picture& vulkan = films[1][i];
+      EXPECT_NEAR(cpu.mean() / vulkan.mean(), 1, 0.02) << name;
+      EXPECT_NEAR(cpu.contrast() / vulkan.contrast(), 1, 0.02) << name;
+      Colors cpuColors(config.palette()), vulkanColors(config.palette());
+      cpuColors.count(cpu);
+      vulkanColors.count(vulkan);
+      for (std::size_t stop = 0; stop < 4; ++stop) {
+        EXPECT_NEAR(cpuColors.share(stop), vulkanColors.share(stop), 0.02) << name << ", stop " << stop + 1;
+      }
     }
   }
 }

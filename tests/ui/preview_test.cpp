@@ -1,4 +1,4 @@
-// Previews as the software GPU really draws them.
+// Previews as the CPU's back end and the software GPU really draw them.
 
 #include <atomic>
 #include <filesystem>
@@ -6,20 +6,29 @@
 
 #include "UiFixture.h"
 #include "app/ShaderLibrary.h"
+#include "gpu/cpu/CpuFactory.h"
 #include "gpu/vulkan/VulkanFactory.h"
 #include "ui/cards/PresetGallery.h"
 #include "ui/preview/PreviewStrip.h"
 
+namespace veloria::gpu::cpu {
+extern const CompiledLibrary renderCpuLibrary;
+}
+
 namespace veloria::tests {
 namespace {
 
-/// The validation layer slows a frame down several times over; one test has it.
-PreviewGpu makeGpu(bool validation = false) {
+std::unique_ptr<gpu::Device> makeVulkanDevice() {
   gpu::vulkan::VulkanOptions options;
-  options.validation = validation;
+  options.validation = true;
   options.validationHandler = [](std::string_view text) { ADD_FAILURE() << "validation: " << text; };
+  return gpu::vulkan::makeVulkanDevice(options);
+}
+
+/// Vulkan with its validation layer is slow; one test has it.
+PreviewGpu makeGpu(bool vulkan = false) {
   PreviewGpu gpu;
-  gpu.device = gpu::vulkan::makeVulkanDevice(options);
+  gpu.device = vulkan ? makeVulkanDevice() : gpu::cpu::makeCpuDevice(gpu::cpu::renderCpuLibrary, {});
   gpu.library = loadShaderLibrary(*gpu.device, {std::filesystem::path(VELORIA_SHADER_LIBRARY)});
   return gpu;
 }
@@ -58,10 +67,10 @@ class PreviewTest : public UiFixture {
   const std::thread::id mainThread_ = std::this_thread::get_id();
   QObject context_;  ///< so that signals come to this thread
   std::atomic<int> devices_ = 0;
-  bool validation_ = false;
+  bool vulkan_ = false;
   PreviewPainter painter_{[this] {
     ++devices_;
-    return makeGpu(validation_);
+    return makeGpu(vulkan_);
   }};
   PreviewStrip strip_{painter_, [this] {
                         EXPECT_EQ(std::this_thread::get_id(), mainThread_);
@@ -71,27 +80,28 @@ class PreviewTest : public UiFixture {
 };
 
 TEST_F(PreviewTest, TheStripShowsLightThatMovesAndFollowsTheRecord) {
-  validation_ = true;
   strip_.show();
   ASSERT_TRUE(runUntil([&] { return frames_ > 20 && hasLight(strip_.picture()); }));
   const QImage before = strip_.picture();
   ASSERT_TRUE(drawsFrames(15));
   EXPECT_GT(differenceOf(before, strip_.picture()), 0.5);
-  // Dye keeps its colour until it fades.
+  // Dye keeps its colour until it fades, soon here.
   editor_.change("customPalette", [&](NimbraConfig& c) {
     c.customPalette = Palette{"one", {4, {1, 0.1F, 0.1F}}};
     c.hueSpread = c.colorCycle = 0;
+    c.dyeDissipation = 0.95;
   });
   EXPECT_TRUE(runUntil(
       [&] {
         const QRgb mean = strip_.picture().scaled(1, 1, {}, Qt::SmoothTransformation).pixel(0, 0);
         return qRed(mean) > 2 * qBlue(mean);
       },
-      40000));
+      20000));
   EXPECT_TRUE(hasLight(strip_.grab().toImage())) << "the picture is on the widget too";
 }
 
 TEST_F(PreviewTest, AHiddenStripDrawsNothingAndKeepsNoDevice) {
+  vulkan_ = true;
   QTest::qWait(100);
   EXPECT_EQ(devices_, 0) << "nothing is made before it is seen";
   strip_.show();
