@@ -126,9 +126,13 @@ class XfcePanelTest : public DesktopPanelsTest {
   std::unique_ptr<ChildProcess> xfconf;
 };
 
-TEST_F(XfcePanelTest, ThePanelAtTheTopIsClearedAndPutBack) {
+TEST_F(XfcePanelTest, ThePanelsAreClearedAndPutBackAndRestartForTheirText) {
   startXfconf();
   if (IsSkipped()) return;
+  const QString panel = "org.xfce.Panel";
+  const QString path = "/org/xfce/Panel";
+  serve(panel, {panel.toStdString(), path.toStdString(), panel.toStdString()});
+  bus().mock(panel, path, "AddMethod", {panel, "Terminate", "b", "", ""});
   const auto value = [&](const std::string& key) {
     return runProcess("/usr/bin/xfconf-query", {"-c", "xfce4-panel", "-p", "/panels/" + key}, "",
                       {"DBUS_SESSION_BUS_ADDRESS=" + bus().address()})
@@ -137,9 +141,11 @@ TEST_F(XfcePanelTest, ThePanelAtTheTopIsClearedAndPutBack) {
   expectRoundTrip(
       "xfce4-panel",
       [&] {
-        return value("panel-1/background-rgba") + value("panel-1/background-style") + value("dark-mode") + values();
+        return value("panel-1/background-rgba") + value("panel-3/background-style") + values() +
+               text("config/gtk-3.0/gtk.css");
       },
-      "4 items:\n\n0.000000\n0.000000\n0.000000\n0.000000\n1\ntrue\n");
+      "4 items:\n\n0.000000\n0.000000\n0.000000\n0.000000\n1\n");
+  EXPECT_EQ(bus().calls(panel, path, "Terminate"), (std::vector<QVariantList>{{true}, {true}}));
 }
 
 TEST_F(XfcePanelTest, ASettingsServiceThatRefusesIsSilentOrAbsentIsNamed) {
@@ -190,24 +196,30 @@ class GsettingsPanelTest : public DesktopPanelsTest {
   EnvironmentChange path{"PATH", folder.file("programs") + ":/usr/bin:/bin"};
 };
 
-TEST_F(GsettingsPanelTest, MatesPanelAtTheTopIsClearedAndPutBack) {
+TEST_F(GsettingsPanelTest, MatesPanelAtTheTopIsClearedAndPutBackAndRestartsForItsText) {
+  variables_["PATH"] = folder.file("programs");
+  folder.writeProgram("programs/mate-panel", "#!/bin/sh\necho $* >>" + folder.file("restarts") + "\n");
+  fs::create_directories(folder.file("config/gtk-3.0"));
+  folder.write("config/gtk-3.0/gtk.css", "my { }\n");
   gsettings({"set", "org.mate.panel.toplevel:/org/mate/panel/toplevels/low/", "orientation", "bottom"});
   expectRoundTrip(
-      "mate-panel", [] { return background("high") + background("low"); },
+      "mate-panel", [&] { return background("high") + background("low") + text("config/gtk-3.0/gtk.css"); },
       "org.mate.panel.toplevel.background color 'rgba(0,0,0,0)'\norg.mate.panel.toplevel.background type 'color'\n"
-      "org.mate.panel.toplevel.background color '#ffffff'\norg.mate.panel.toplevel.background type 'none'\n");
+      "org.mate.panel.toplevel.background color '#ffffff'\norg.mate.panel.toplevel.background type 'none'\n@import ");
+  EXPECT_TRUE(waitFor([&] { return text("restarts") == "--replace\n--replace\n"; })) << text("restarts");
 }
 
 TEST_F(GsettingsPanelTest, SettingsThatRefuseForgetOrFailChangeNothing) {
   const std::string before = background("high") + background("low");
   const std::string real = "exec /usr/bin/gsettings \"$@\"\n";
   for (const std::string& script : {std::string("[ $1 = set ] && exit 1\n") + real, "[ $1 = set ] && exit 0\n" + real,
-                                    "[ $4 = \"'color'\" ] && exit 1\n" + real, std::string("exit 1\n")}) {
+                                    "[ $4 = \"'color'\" ] && exit 1\n" + real, std::string("exit 1\n"), real}) {
     folder.writeProgram("programs/gsettings", "#!/bin/sh\n" + script);
-    start("mate-panel");
+    start("mate-panel");  // there is no such program to restart
     EXPECT_NE(answer(&PanelClearing::clear).problem, "") << script;
     EXPECT_FALSE(clearing->letsLightThrough() || clearing->canRestore()) << script;
     EXPECT_EQ(background("high") + background("low"), before) << script;
+    EXPECT_FALSE(fs::exists(folder.file("config/gtk-3.0/gtk.css"))) << script;
   }
 }
 

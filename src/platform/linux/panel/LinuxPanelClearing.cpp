@@ -26,7 +26,7 @@ std::unique_ptr<PanelSettings> settingsOf(PanelKind kind, const Environment& env
     case xfce:
       return xfcePanel(environment);
     case mate:
-      return matePanel();
+      return matePanel(environment);
     case plasma:
       return plasmaPanel(environment);
     case cinnamon:
@@ -60,15 +60,9 @@ Offer offerFor(std::optional<PanelKind> kind) {
     case gnome:
       return {Way::none, "Veloria can't make GNOME's panel clear.", ""};
     case xfce:
-      return {Way::afterAsking,
-              "The panel's background becomes clear and its style dark. Under a theme without a dark variant its text "
-              "stays dark and is hard to read; choose one that has it, such as Adwaita.",
-              ""};
+      return {Way::oneClick, "The panels become clear and their text light. They restart for a moment.", ""};
     case mate:
-      return {Way::afterAsking,
-              "The panel's background becomes clear, but its text keeps the colour of the theme. Dark text is hard to "
-              "read then; choose a theme with a dark panel.",
-              ""};
+      return {Way::oneClick, "The panel becomes clear and its text light. It restarts for a moment.", ""};
     case plasma:
       return {Way::oneClick,
               "Plasma gets a style that is like yours, but has a clear panel and light text, in its menus too.", ""};

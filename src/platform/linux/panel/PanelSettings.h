@@ -36,9 +36,11 @@ class PanelSettings {
   PanelSettings() = default;
 };
 
-/// Of the panels at the top edge, or of those at the bottom edge if there are none: the band is at one of them.
+/// Of the panels at the top edge, or of those at the bottom edge if there are none: the band is at one of them. A
+/// change of the text restarts them.
+std::unique_ptr<PanelSettings> matePanel(const Environment& environment);
+/// All panels, as their text can't be told apart. A change of the text restarts them.
 std::unique_ptr<PanelSettings> xfcePanel(const Environment& environment);
-std::unique_ptr<PanelSettings> matePanel();
 /// All panels. The desktop can't do it by itself, so these install something small in the user's data folder and
 /// switch it on: a Plasma style that takes everything but the panel's background from the present one, and a Cinnamon
 /// extension.

@@ -9,11 +9,11 @@
 #include <optional>
 #include <utility>
 
-#include "base/PlainNumber.h"
 #include "base/Text.h"
 #include "platform/linux/bus/BusCall.h"
 #include "platform/linux/bus/BusLink.h"
 #include "platform/linux/panel/PanelSettings.h"
+#include "platform/linux/panel/PanelText.h"
 
 namespace veloria {
 
@@ -25,7 +25,6 @@ constexpr int patienceMilliseconds = 3000;
 const auto service = QStringLiteral("org.xfce.Xfconf");
 const auto channel = QStringLiteral("xfce4-panel");
 const auto panels = QStringLiteral("/panels");
-const std::string darkMode = "/panels/dark-mode";
 constexpr std::string_view styleEnd = "/background-style";
 constexpr std::string_view colourEnd = "/background-rgba";
 constexpr unsigned solidColour = 1;
@@ -66,52 +65,44 @@ std::optional<QVariant> colourFrom(const json& value) {
 /// In the type that the panel expects.
 std::optional<QVariant> fromJson(const std::string& key, const json& value) {
   if (key.ends_with(colourEnd)) return colourFrom(value);
-  if (key.ends_with(styleEnd)) {
-    const bool valid = value.is_number_integer() && value >= 0 && value <= mostStyles;
-    return valid ? std::optional<QVariant>(value.get<unsigned>()) : std::nullopt;
-  }
-  return value.is_boolean() ? std::optional<QVariant>(value.get<bool>()) : std::nullopt;
+  const bool valid = key.ends_with(styleEnd) && value.is_number_integer() && value >= 0 && value <= mostStyles;
+  return valid ? std::optional<QVariant>(value.get<unsigned>()) : std::nullopt;
 }
 
-enum class Edge { none, top, bottom };
-
-/// From a panel's position, such as "p=6;x=0;y=0": p is the side of the screen that it snaps to, 0 for none.
-Edge edgeOf(const QString& position) {
-  constexpr double nearTop = 100;  // pixels
-  double side = -1;
-  double y = 0;
-  const std::string text = position.toStdString();
-  for (const std::string_view part : splitText(text, ';')) {
-    const auto entry = keyAndValue(part);
-    if (entry && entry->first == "p") side = plainNumber(entry->second).value_or(-1);
-    if (entry && entry->first == "y") y = plainNumber(entry->second).value_or(0);
-  }
-  for (const double top : {2, 6, 9, 11}) {
-    if (side == top) return Edge::top;
-  }
-  for (const double bottom : {4, 8, 10, 12}) {
-    if (side == bottom) return Edge::bottom;
-  }
-  if (side != 0) return Edge::none;
-  return y < nearTop ? Edge::top : Edge::bottom;
+const char* const textRules = R"(.xfce4-panel {
+  color: #fff;
+  text-shadow: 0 1px 3px rgba(0, 0, 0, 0.85);
+  -gtk-icon-shadow: 0 1px 3px rgba(0, 0, 0, 0.85);
 }
-
-/// The paths of the panels that lie at an edge.
-std::vector<std::string> panelsAt(Edge edge, const QVariantMap& properties) {
-  std::vector<std::string> paths;
-  for (const json& id : toJson(properties.value(panels))) {
-    if (!id.is_number_integer()) continue;
-    const std::string path = "/panels/panel-" + id.dump();
-    const auto property = [&](const char* end) { return properties.value(QString::fromStdString(path + end)); };
-    const bool horizontal = property("/mode").toUInt() == 0;
-    if (horizontal && edgeOf(property("/position").toString()) == edge) paths.push_back(path);
-  }
-  return paths;
+/* Each step is named, so that no button of a menu or a popover is meant. */
+.xfce4-panel > widget > button,
+.xfce4-panel > widget > box > button,
+.xfce4-panel > widget > widget > button,
+.xfce4-panel > widget > widget > box > button,
+.xfce4-panel > widget > widget > box > widget > button,
+.xfce4-panel > widget > widget > box > box > button,
+.xfce4-panel > widget > widget > box > box > widget > button {
+  background: none;
+  border-color: transparent;
+  box-shadow: none;
+  color: #fff;
+  text-shadow: inherit;
+  -gtk-icon-shadow: inherit;
 }
+.xfce4-panel > widget button:hover,
+.xfce4-panel > widget button:checked {
+  background: rgba(255, 255, 255, 0.2);
+}
+.xfce4-panel .popup {
+  text-shadow: none;
+  -gtk-icon-shadow: none;
+}
+)";
 
 class XfcePanel final : public PanelSettings {
  public:
-  explicit XfcePanel(std::string bus) : bus_(std::move(bus)) {}
+  explicit XfcePanel(const Environment& environment)
+      : bus_(busAddresses(environment).session), text_(environment, "xfce", textRules) {}
   ~XfcePanel() override { QDBusConnection::disconnectFromBus(name_); }
 
   Result<std::vector<PanelSetting>> look() override {
@@ -119,56 +110,72 @@ class XfcePanel final : public PanelSettings {
     if (!reply) return Failure{reply.error()};
     const auto properties = propertiesIn(*reply);
     if (!properties) return Failure{"Xfce's settings service gave an answer of another kind."};
-    auto paths = panelsAt(Edge::top, *properties);
-    if (paths.empty()) paths = panelsAt(Edge::bottom, *properties);
-    if (paths.empty()) return Failure{"Xfce has no panel at the top or the bottom of the screen."};
-
     std::vector<PanelSetting> settings;
     const auto add = [&](const std::string& key, json clear) {
       settings.push_back({key, toJson(properties->value(QString::fromStdString(key))), std::move(clear)});
     };
-    for (const std::string& path : paths) {
+    for (const json& id : toJson(properties->value(panels))) {
+      if (!id.is_number_integer()) continue;
+      const std::string path = "/panels/panel-" + id.dump();
       add(path + std::string(colourEnd), json::array({0.0, 0.0, 0.0, 0.0}));
       add(path + std::string(styleEnd), solidColour);
     }
-    add(darkMode, true);
+    if (settings.empty()) return Failure{"Xfce has no panel."};
+    settings.push_back(text_.look());
     return settings;
   }
 
   Result<Done> write(const std::string& key, const json& value) override {
+    if (key == PanelText::key) {
+      auto written = text_.write(value);
+      return written ? restartPanel() : written;
+    }
     const QString property = QString::fromStdString(key);
-    if (value.is_null()) return done(call("ResetProperty", {channel, property, false}));
     const auto typed = fromJson(key, value);
-    if (!typed) return Failure{"The value to put back for " + key + " is of another kind."};
-    return done(call("SetProperty", {channel, property, QVariant::fromValue(QDBusVariant(*typed))}));
+    if (!typed && !value.is_null()) return Failure{"The value to put back for " + key + " is of another kind."};
+    const auto reply = typed ? call("SetProperty", {channel, property, QVariant::fromValue(QDBusVariant(*typed))})
+                             : call("ResetProperty", {channel, property, false});
+    if (!reply) return Failure{reply.error()};
+    return Done{};
   }
 
  private:
-  static Result<Done> done(const Result<QDBusMessage>& reply) {
-    if (reply) return Done{};
-    return Failure{reply.error()};
+  /// One that is not there reads its rules when it starts.
+  Result<Done> restartPanel() {
+    const QDBusMessage reply =
+        ask(QStringLiteral("org.xfce.Panel"), QStringLiteral("/org/xfce/Panel"), "Terminate", {true});
+    if (reply.type() == QDBusMessage::ReplyMessage || reply.errorName().endsWith(QLatin1String(".ServiceUnknown"))) {
+      return Done{};
+    }
+    return Failure{"Xfce's panel did not restart: " + printable(reply.errorMessage().simplified().toStdString())};
   }
 
   Result<QDBusMessage> call(const char* method, const QVariantList& arguments) {
-    QDBusConnection bus = QDBusConnection::connectToBus(QString::fromStdString(bus_), name_);
-    auto message = QDBusMessage::createMethodCall(service, QStringLiteral("/org/xfce/Xfconf"), service,
-                                                  QString::fromLatin1(method));
-    message.setArguments(arguments);
-    message.setAutoStartService(false);
-    const QDBusMessage reply = bus.call(message, QDBus::Block, patienceMilliseconds);
+    const QDBusMessage reply = ask(service, QStringLiteral("/org/xfce/Xfconf"), method, arguments);
     if (reply.type() == QDBusMessage::ReplyMessage) return reply;
-    QDBusConnection::disconnectFromBus(name_);
     return Failure{"Xfce's settings service failed: " + printable(reply.errorMessage().simplified().toStdString())};
   }
 
+  /// The interface has the service's name.
+  QDBusMessage ask(const QString& name, const QString& path, const char* method, const QVariantList& arguments) {
+    QDBusConnection bus = QDBusConnection::connectToBus(QString::fromStdString(bus_), name_);
+    auto message = QDBusMessage::createMethodCall(name, path, name, QString::fromLatin1(method));
+    message.setArguments(arguments);
+    message.setAutoStartService(false);
+    QDBusMessage reply = bus.call(message, QDBus::Block, patienceMilliseconds);
+    if (reply.type() != QDBusMessage::ReplyMessage) QDBusConnection::disconnectFromBus(name_);
+    return reply;
+  }
+
   std::string bus_;
+  PanelText text_;
   QString name_ = QStringLiteral("veloria-panel-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
 };
 
 }  // namespace
 
 std::unique_ptr<PanelSettings> xfcePanel(const Environment& environment) {
-  return std::make_unique<XfcePanel>(busAddresses(environment).session);
+  return std::make_unique<XfcePanel>(environment);
 }
 
 }  // namespace veloria
