@@ -41,7 +41,8 @@ bool processorRuns(InstructionSet set) {
 std::string wishFor(InstructionSet set) {
   std::string wish;
   for (const char* c = instructionSetName(set); *c != '\0'; ++c) {
-    if (std::isalnum(static_cast<unsigned char>(*c)) != 0) wish += static_cast<char>(std::tolower(static_cast<unsigned char>(*c)));
+    if (std::isalnum(static_cast<unsigned char>(*c)) != 0)
+      wish += static_cast<char>(std::tolower(static_cast<unsigned char>(*c)));
   }
   return wish;
 }
@@ -69,10 +70,17 @@ const char* instructionSetName(InstructionSet set) {
 
 std::vector<InstructionSet> usableInstructionSets(const CompiledLibrary& library) {
   std::vector<InstructionSet> usable;
-  for (const auto set : {InstructionSet::baseline, InstructionSet::sse42, InstructionSet::avx2, InstructionSet::avx512}) {
+  for (const auto set :
+       {InstructionSet::baseline, InstructionSet::sse42, InstructionSet::avx2, InstructionSet::avx512}) {
     if (tableOf(library, set).count > 0 && processorRuns(set)) usable.push_back(set);
   }
   return usable;
+}
+
+std::string knownWishes(const CompiledLibrary& library) {
+  std::string known = "cpu";
+  for (const auto set : usableInstructionSets(library)) known += ", cpu:" + wishFor(set);
+  return known;
 }
 
 std::optional<CpuOptions> optionsFromWish(std::string_view wish, const CompiledLibrary& library) {
@@ -81,12 +89,10 @@ std::optional<CpuOptions> optionsFromWish(std::string_view wish, const CompiledL
                  [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
   if (lower == "cpu") return CpuOptions{};
   if (!lower.starts_with("cpu:")) return std::nullopt;
-  std::string known;
   for (const auto set : usableInstructionSets(library)) {
     if (lower == "cpu:" + wishFor(set)) return CpuOptions{.set = set, .threads = 0};
-    known += (known.empty() ? "" : ", ") + ("cpu:" + wishFor(set));
   }
-  throw NoDeviceError("this processor has no \"" + std::string(wish) + "\"; it has cpu, " + known);
+  throw NoDeviceError("this processor has no \"" + std::string(wish) + "\"; it has " + knownWishes(library));
 }
 
 bool CpuLibrary::contains(const std::string& function) const {
@@ -122,8 +128,7 @@ std::shared_ptr<Texture> CpuDevice::doMakeTexture(const TextureDescriptor& descr
 }
 
 std::unique_ptr<Pipeline> CpuDevice::doMakePipeline(const Library& library, const PipelineDescriptor& descriptor) {
-  return std::make_unique<CpuPipeline>(descriptor,
-                                       *static_cast<const CpuLibrary&>(library).find(descriptor.function));
+  return std::make_unique<CpuPipeline>(descriptor, *static_cast<const CpuLibrary&>(library).find(descriptor.function));
 }
 
 std::unique_ptr<Device> makeCpuDevice(const CompiledLibrary& library, const CpuOptions& options) {

@@ -24,14 +24,17 @@ const char* instructionSetName(InstructionSet set);
 /// Those that `library` has and this processor runs, slowest first; never empty.
 std::vector<InstructionSet> usableInstructionSets(const CompiledLibrary& library);
 
+/// What optionsFromWish() takes, for a person: "cpu, cpu:baseline, cpu:avx2".
+std::string knownWishes(const CompiledLibrary& library);
+
 struct CpuOptions {
   std::optional<InstructionSet> set;  ///< the fastest if none; one of usableInstructionSets()
   unsigned threads = 0;               ///< 1 to 64; 0: one for each core, at most 8
 };
 
 /// What a person can write to ask for this back end: "cpu", or "cpu:" and the letters and digits of an instruction
-/// set's name, in any case ("cpu:avx512"). Nothing if `wish` is something else. Throws NoDeviceError, which names the usable
-/// ones, if it begins with "cpu:" and is none of them.
+/// set's name, in any case ("cpu:avx512"). Nothing if `wish` is something else. Throws NoDeviceError, which names the
+/// usable ones, if it begins with "cpu:" and is none of them.
 std::optional<CpuOptions> optionsFromWish(std::string_view wish, const CompiledLibrary& library);
 
 /// `library` must outlive the device. Same input, same output: for any number of threads, and with `baseline` also on
