@@ -6,7 +6,13 @@ find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets Network)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(KISSFFT REQUIRED IMPORTED_TARGET kissfft-float)
 if(NOT APPLE)
+  # Vulkan's library is loaded at run time, if it is there; volk is a header that does so.
   find_package(Vulkan REQUIRED)
+  find_path(VOLK_INCLUDE volk.h REQUIRED)
+  add_library(veloria_volk INTERFACE IMPORTED)
+  target_include_directories(veloria_volk INTERFACE ${VOLK_INCLUDE} ${Vulkan_INCLUDE_DIRS})
+  target_compile_definitions(veloria_volk INTERFACE VK_NO_PROTOTYPES)
+  target_link_libraries(veloria_volk INTERFACE ${CMAKE_DL_LIBS})
   find_package(Qt6 6.4 REQUIRED COMPONENTS DBus)
   pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-randr xcb-shape xcb-ewmh xcb-icccm xcb-composite xcb-xfixes
                     xcb-render xcb-damage xcb-shm xcb-dpms)

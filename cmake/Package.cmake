@@ -9,8 +9,8 @@ set(CPACK_PACKAGE_VENDOR "The Veloria authors")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "living band of coloured light over the top panel")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Veloria paints curtains of light over the strip of the screen that the top
-panel occupies: a real fluid, simulated on the GPU for every frame. It can
-lie behind all windows, over the panel, or fill the screen, and it can be
+panel occupies: a real fluid, simulated for every frame on the GPU, or on the
+CPU if there is none. It can lie behind all windows, over the panel, or fill the screen, and it can be
 driven by music, by programs and coding agents, by the weather, or by a
 script. Clicks go through it.
 .
@@ -27,7 +27,7 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 # come with its libraries.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${CMAKE_SOURCE_DIR}/packaging/debian/prerm")
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "mesa-vulkan-drivers | vulkan-icd")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "ca-certificates, libqt6svg6, qt6-image-formats-plugins, qt6-wayland")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+    "mesa-vulkan-drivers | vulkan-icd, libvulkan1, ca-certificates, libqt6svg6, qt6-image-formats-plugins, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "pulseaudio | pipewire-pulse")
 include(CPack)

@@ -28,11 +28,6 @@ constexpr double widePointerMargin = 120;
 constexpr const char* variablesThatChoose[] = {"NIMBRA_VISUALIZER", "NIMBRA_LAYER", "NIMBRA_HDR", "NIMBRA_SCRIPT",
                                                "NIMBRA_DEBUG_LEVEL"};
 
-std::string noDeviceText() {
-  return "This " + std::string(machineName) + " has no " + std::string(gpuSystemName) +
-         " device, so Veloria cannot run.";
-}
-
 ScreenStatus screenStatus(const NimbraWindow& window, const NimbraRenderer& renderer) {
   const StripGeometry& geometry = window.geometry();
   const RenderStats::Figures figures = renderer.figures();
@@ -49,6 +44,10 @@ ScreenStatus screenStatus(const NimbraWindow& window, const NimbraRenderer& rend
           .rateDivisor = window.rateDivisor(),
           .fps = figures.fps,
           .gpuMs = figures.gpuMsAvg};
+}
+
+bool isEightBit(gpu::PixelFormat format) {
+  return format == gpu::PixelFormat::bgra8Unorm || format == gpu::PixelFormat::rgba8Unorm;
 }
 
 AudioStatus audioStatus(const AudioSource* audio) {
@@ -101,28 +100,44 @@ AppDelegate::~AppDelegate() {
   library_.reset();
 }
 
-std::string AppDelegate::makeGpu() {
+std::string AppDelegate::noDeviceText(const std::string& problem) const {
+  const auto named = services_.environment("NIMBRA_GPU");
+  if (named && !named->empty()) return "Veloria can't use the GPU that NIMBRA_GPU names: " + problem + ".";
+  return "This " + std::string(machineName) + " has no " + std::string(gpuSystemName) +
+         " device, so Veloria cannot run.";
+}
+
+std::optional<AppDelegate::GpuProblem> AppDelegate::makeGpu(
+    const std::function<std::unique_ptr<gpu::Device>()>& makeDevice) {
   try {
-    device_ = services_.makeDevice();
-  } catch (const std::runtime_error& error) {
-    NimbraLog::debug(error.what());
-    return noDeviceText();
-  }
-  try {
+    device_ = makeDevice();
     library_ = loadShaderLibrary(*device_, services_.shaderLibraries);
+  } catch (const gpu::DeviceError& error) {
+    NimbraLog::debug(error.what());
+    device_.reset();
+    return GpuProblem{noDeviceText(error.what()), error.what()};
   } catch (const std::runtime_error& error) {
     device_.reset();
-    return error.what();
+    return GpuProblem{error.what(), {}};
   }
+  whySubstitute_.clear();
   if (services_.captureStream != nullptr)
     capture_ = std::make_unique<MenuBarCapture>(*device_, *services_.captureStream);
-  return {};
+  return std::nullopt;
+}
+
+bool AppDelegate::makeSubstitute(const GpuProblem& problem, const std::string& reason) {
+  if (problem.ofDevice.empty() || makeGpu(services_.makeSubstitute)) return false;
+  whySubstitute_ = reason;
+  systemLog("Veloria: the CPU draws: " + reason);
+  return true;
 }
 
 bool AppDelegate::startGpu() {
-  const std::string problem = makeGpu();
-  if (!problem.empty()) services_.alert(alertTitle, problem);
-  return problem.empty();
+  const auto problem = makeGpu(services_.makeDevice);
+  if (!problem || makeSubstitute(*problem, problem->ofDevice)) return true;
+  services_.alert(alertTitle, problem->text);
+  return false;
 }
 
 void AppDelegate::didFinishLaunching() {
@@ -366,19 +381,15 @@ void AppDelegate::recoverDevice() {
   renderers_.clear();
   library_.reset();
   device_.reset();
-  const std::string problem = makeGpu();
-  if (problem.empty()) {
-    recovery_.reset();
-    rebuildWindows();
-    return;
-  }
+  const auto problem = makeGpu(services_.makeDevice);
   const double pause = std::min(1.0, 0.1 * (1 << std::min(++recoveryAttempts_, 4)));
-  if (recoveryAttempts_ < maximumRecoveryAttempts) {
+  if (problem && recoveryAttempts_ < maximumRecoveryAttempts) {
     recovery_ = services_.timers->repeating(pause, 0, [this] { recoverDevice(); });
     return;
   }
   recovery_.reset();
-  services_.alert("Veloria lost the GPU", problem);
+  if (!problem || makeSubstitute(*problem, "the GPU was lost")) return rebuildWindows();
+  services_.alert("Veloria lost the GPU", problem->text);
   services_.terminate();
 }
 
@@ -413,7 +424,9 @@ AppStatus AppDelegate::status() const {
   status.layer = config.layerMode;
   status.backend = services_.backendName;
   if (device_ != nullptr) status.device = device_->name();
+  if (!whySubstitute_.empty()) status.device += " (" + whySubstitute_ + ")";
   for (const auto& [number, window] : windows_) {
+    if (config.hdrGlow && isEightBit(window->pixelFormat())) status.hdr = "the band is drawn with 8 bits a colour here";
     status.screens.push_back(screenStatus(*window, *renderers_.at(number)));
     if (status.hint.empty() && rendering_) status.hint = visibilityOf(*window).hint;
   }

@@ -33,6 +33,9 @@ namespace veloria {
 struct AppServices {
   /// Makes the GPU device. Throws gpu::NoDeviceError when there is none, gpu::DeviceError when its driver fails.
   std::function<std::unique_ptr<gpu::Device>()> makeDevice;
+  /// Makes the device that draws on the CPU in a GPU's place. Throws gpu::NoDeviceError if there is none, or if the
+  /// user wants a certain device and no other.
+  std::function<std::unique_ptr<gpu::Device>()> makeSubstitute;
   std::vector<std::filesystem::path> shaderLibraries;
   ScreenProvider* screens = nullptr;
   OverlayPanelFactory* panels = nullptr;
@@ -86,8 +89,8 @@ class AppDelegate {
   AppDelegate(const AppDelegate&) = delete;
   AppDelegate& operator=(const AppDelegate&) = delete;
 
-  /// Makes the device, its shader library and the capture. If that fails, shows the alert and returns false; the
-  /// program should then end.
+  /// Makes the device, or its substitute, the shader library and the capture. If that fails, shows the alert and
+  /// returns false; the program should then end.
   bool startGpu();
   /// Starts everything else, once startGpu() has returned true.
   void didFinishLaunching();
@@ -111,8 +114,16 @@ class AppDelegate {
   const std::map<std::uint32_t, std::shared_ptr<NimbraRenderer>>& renderers() const { return renderers_; }
 
  private:
-  /// Why the GPU can't be used; empty if it can.
-  std::string makeGpu();
+  /// Why there is nothing to draw with.
+  struct GpuProblem {
+    std::string text;      ///< for an alert
+    std::string ofDevice;  ///< what is wrong with the device; empty if it is the shader library
+  };
+  /// No problem: device, library and capture are made.
+  std::optional<GpuProblem> makeGpu(const std::function<std::unique_ptr<gpu::Device>()>& makeDevice);
+  /// False, and nothing made, if the problem is another one or there is no substitute.
+  bool makeSubstitute(const GpuProblem& problem, const std::string& reason);
+  std::string noDeviceText(const std::string& problem) const;
   void rebuildWindows();
   void makeWindow(const Screen& screen, const NimbraConfig& config);
   void removeWindows(const std::set<std::uint32_t>& keep);
@@ -139,6 +150,7 @@ class AppDelegate {
   AppServices services_;
   std::unique_ptr<gpu::Device> device_;
   std::unique_ptr<gpu::Library> library_;
+  std::string whySubstitute_;  ///< empty while the device is no substitute
   std::unique_ptr<MenuBarCapture> capture_;
   std::map<std::uint32_t, std::shared_ptr<NimbraRenderer>> renderers_;
   std::map<std::uint32_t, std::unique_ptr<NimbraWindow>> windows_;

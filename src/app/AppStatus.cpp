@@ -123,6 +123,7 @@ Json toJson(const AppStatus& status) {
             {"layer", rawValue(status.layer)},
             {"backend", status.backend},
             {"device", status.device},
+            {"hdr", {{"reason", status.hdr}}},
             {"screens", Json::array()},
             {"script", {{"error", orNull(status.scriptError)}}},
             {"audio", audioJson(status.audio)},

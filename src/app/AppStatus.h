@@ -59,7 +59,8 @@ struct AppStatus {
   Visualizer visualizer = Visualizer::autonomous;
   LayerMode layer = LayerMode::desktopStrip;
   std::string backend;  ///< the display system, "x11" or "wayland"
-  std::string device;   ///< the GPU's name
+  std::string device;   ///< its name and, if it is not the one that should draw, why
+  std::string hdr;      ///< why HDR glow has no effect; empty if it has, or is off
   std::vector<ScreenStatus> screens;
   std::optional<std::string> scriptError;
   AudioStatus audio;

@@ -53,6 +53,8 @@ class NimbraWindow {
   const StripGeometry& geometry() const { return geometry_; }
   OverlayLevel level() const { return level_; }
   const Screen& screen() const { return screen_; }
+  /// `invalid` before the first frame.
+  gpu::PixelFormat pixelFormat() const { return panel_->colorPixelFormat(); }
 
  private:
   void draw();

@@ -98,6 +98,7 @@ class LiveBand {
   AppServices appServices() {
     return {
         .makeDevice = [this] { return desktop_->makeDevice(); },
+        .makeSubstitute = [this] { return desktop_->makeSubstitute(); },
         .shaderLibraries = shaderLibraries_,
         .screens = &desktop_->screens(),
         .panels = &desktop_->panels(),

@@ -32,6 +32,8 @@ class Desktop {
   virtual OverlayPanelFactory& panels() = 0;
   /// The device that draws bands which are made from now on. Throws as veloria::makeDevice().
   virtual std::unique_ptr<gpu::Device> makeDevice() = 0;
+  /// The same, on the CPU, in a GPU's place. Throws gpu::NoDeviceError if there is none, or if another one was named.
+  virtual std::unique_ptr<gpu::Device> makeSubstitute() { throw gpu::NoDeviceError("nothing replaces the GPU here"); }
   /// Null if the panel can't be captured without our own windows; captureProblem() then says why.
   virtual BarCaptureStream* captureStream() = 0;
   virtual std::string captureProblem() const { return {}; }

@@ -73,6 +73,7 @@ Readouts readoutsOf(const AppStatus& status, const Screen* mainScreen) {
   if (!status.capture.running) {
     readouts.capture = sentence("Panel text can't be kept readable: ", status.capture.error.value_or(""));
   }
+  readouts.hdr = sentence("HDR glow has no effect: ", status.hdr);
   if (!status.pointer.available) readouts.pointer = sentence("Can't follow the pointer: ", status.pointer.reason);
   readouts.script = status.scriptError.value_or("");
   return readouts;
@@ -136,6 +137,8 @@ class SettingsHost::Window {
       return palettes;
     });
     add(SettingTab::look, "Your own palette", "custom colours hex", [&] { return new PaletteEditor(editor); });
+    add(
+        SettingTab::look, "", "", [this] { return ReadoutCard::makeGlow(ticker_, &window_); }, "Glow");
     add(SettingTab::look, "Glass compensation", "clear tinted", [&] { return new GlassCard(editor); });
   }
 

@@ -131,9 +131,9 @@ class FakeStream final : public BarCaptureStream {
 
 class AppTest : public testing::Test {
  protected:
-  std::unique_ptr<gpu::Device> makeDevice() {
+  std::unique_ptr<gpu::Device> makeDevice(int& left) {
     EXPECT_TRUE(drawsWithOldDevice_.expired()) << "what the old device made ends before it";
-    if (devicesLeft_-- <= 0) throw gpu::NoDeviceError("there is no GPU");
+    if (left-- <= 0) throw gpu::NoDeviceError("there is no GPU");
     auto device = std::make_unique<RecordingDevice>(
         std::set<std::string>{"k_advect_velocity", "k_curl", "k_forces", "k_divergence", "k_jacobi", "k_project",
                               "k_advect_dye", "k_clear", "v_fullscreen", "f_nimbra", "f_down", "f_blur", "f_mask", "f_final"});
@@ -168,7 +168,7 @@ class AppTest : public testing::Test {
 
   const Screen left_ = screenNamed("left", 1, 0);
   const Screen right_ = screenNamed("right", 2, 1920);
-  int devicesLeft_ = 1000;
+  int devicesLeft_ = 1000, substitutesLeft_ = 0;
   std::weak_ptr<NimbraRenderer> drawsWithOldDevice_;
   bool fullScreen_ = false;
   FakeScreens screens_{{left_, right_}};
@@ -190,7 +190,8 @@ class AppTest : public testing::Test {
   std::vector<std::string> alerts_, hints_;
   int terminations_ = 0;
   AppServices services_{
-      .makeDevice = [this] { return makeDevice(); },
+      .makeDevice = [this] { return makeDevice(devicesLeft_); },
+      .makeSubstitute = [this] { return makeDevice(substitutesLeft_); },
       .shaderLibraries = {VELORIA_TEST_DATA "/CMakeLists.txt"},
       .screens = &screens_,
       .panels = &panels_,
@@ -385,9 +386,14 @@ TEST_F(AppTest, AStartWithoutAGpuOrALibraryIsExplained) {
   services_.shaderLibraries = shaderLibraryCandidates({"/nowhere/share", "/nowhere/bin", "/nowhere/here"});
   for (const int devices : {1, 0}) {
     devicesLeft_ = devices;
+    substitutesLeft_ = devices;
     EXPECT_FALSE(AppDelegate(services_).startGpu());
   }
-  EXPECT_THAT(alerts_, ElementsAre(HasSubstr("Looked in:\n/nowhere/bin/default.spv\n"), HasSubstr("no Vulkan device")));
+  EXPECT_EQ(substitutesLeft_, -1) << "none for a library that is missing";
+  services_.environment = [](std::string_view) { return std::optional<std::string>("quantum"); };
+  EXPECT_FALSE(AppDelegate(services_).startGpu());
+  EXPECT_THAT(alerts_, ElementsAre(HasSubstr("Looked in:\n/nowhere/bin/default.spv\n"), HasSubstr("no Vulkan device"),
+                                   HasSubstr("that NIMBRA_GPU names: there is no GPU.")));
 }
 
 TEST_F(AppTest, ALostGpuIsReplacedWithTheSettingsIntactOrEndsTheProgram) {
@@ -411,6 +417,24 @@ TEST_F(AppTest, ALostGpuIsReplacedWithTheSettingsIntactOrEndsTheProgram) {
   for (int i = 0; i < 100 && terminations_ == 0; ++i) timers_.fire();
   EXPECT_EQ(terminations_, 1);
   EXPECT_EQ(alerts_.size(), 1U);
+}
+
+TEST_F(AppTest, TheCpuTakesThePlaceOfAGpuThatCannotBeUsed) {
+  devicesLeft_ = 0;
+  substitutesLeft_ = 2;
+  launch();
+  EXPECT_EQ(delegate_->status().device, "recording (there is no GPU)");
+  delegate_.reset();
+  devicesLeft_ = 2;
+  launch();
+  for (const char* device : {"recording", "recording (the GPU was lost)"}) {
+    loseGpu();
+    for (int i = 0; i < 100 && delegate_->windowCount() == 0; ++i) timers_.fire();
+    ASSERT_EQ(delegate_->windowCount(), 1U);
+    EXPECT_EQ(delegate_->status().device, device);
+  }
+  EXPECT_TRUE(panels_.live.at("left")->shown);
+  EXPECT_THAT(alerts_, IsEmpty());
 }
 
 TEST_F(AppTest, TheHintIsGivenOnceAndOnlyAboutABandThatIsDrawn) {

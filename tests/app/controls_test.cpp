@@ -325,7 +325,7 @@ TEST_F(RemoteControlTest, SaysWhatIsWrongAndChangesNothing) {
 
 TEST_F(RemoteControlTest, TellsTheStatus) {
   const Json wanted = Json::parse(R"({"running": true, "rendering": true, "reason": "", "visualizer": "music",
-      "layer": "aboveMenuBar", "backend": "x11", "device": "A GPU",
+      "layer": "aboveMenuBar", "backend": "x11", "device": "A GPU", "hdr": {"reason": ""},
       "screens": [{"name": "DP-1", "frame": [0.0, 1056.0, 1920.0, 24.0], "menuBarHeight": 24.0,
                    "edge": "top", "panel": null, "notch": [860.0, 0.0, 200.0, 32.0], "scale": 2.0, "grid": [634, 32], "fps": 31, "wantedFps": 60.0, "rateDivisor": 2, "gpuMs": 1.235}],
       "script": {"error": "Line 2: unknown parameter 'glw'"},

@@ -1,4 +1,4 @@
-#include <vulkan/vulkan.h>
+#include <volk.h>
 #include <xcb/xcb.h>
 // After the two above, which it takes for granted.
 #include <vulkan/vulkan_xcb.h>

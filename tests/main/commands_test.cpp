@@ -161,7 +161,7 @@ TEST(Commands, BadInputGivesOneLineAndLeavesNothingBehind) {
       {1, {"render", "--output", out, "--config", huge}, "huge.json"},
       {1, {"render", "--output", out, "--background", noPicture}, "bad.png"},
       {1, {"render", "--output", out, "--channels", noChannels}, "line 1"},
-      {1, {"render", "--output", out, "--gpu", "no such gpu"}, "no such gpu"},
+      {1, {"render", "--output", out, "--gpu", "no such gpu"}, "\"no such gpu\"; there are: cpu, cpu:"},
       {1, {"render", "--size", "16x16", "--seconds", "0", "--output", nowhere}, "no/such"},
       {1, {"check", folder.file("absent.scene")}, "absent.scene"},
       {1, {}, "DISPLAY"},
@@ -194,7 +194,10 @@ TEST(Commands, NumbersHaveAPointInEveryLanguage) {
 
 TEST(Commands, VersionAndDevicesAreListed) {
   EXPECT_EQ(veloria({"--version"}).output.substr(0, 10), "veloria 0.");
-  EXPECT_EQ(veloria({"devices"}).output.substr(0, 3), "0  ");
+  const std::string devices = veloria({"devices"}).output;
+  EXPECT_EQ(devices.substr(0, 3), "0  ");
+  EXPECT_NE(devices.find("\ncpu "), std::string::npos);
+  EXPECT_NE(devices.find("[default]\n"), std::string::npos);
 }
 
 }  // namespace

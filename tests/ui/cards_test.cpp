@@ -333,6 +333,7 @@ TEST_F(CardsTest, ReadoutsAreAskedForOnlyWhileTheWindowIsSeenAndCardsShowThem) {
   auto* pointer = ReadoutCard::makePointer(*ticker, &window);
   auto* weather = ReadoutCard::makeWeather(*ticker, &window);
   ReadoutCard::makeAudio(*ticker, &window);
+  ReadoutCard::makeGlow(*ticker, &window);
   const auto expectSilence = [&] {
     QTest::qWait(20);
     const int before = asked;
@@ -346,9 +347,9 @@ TEST_F(CardsTest, ReadoutsAreAskedForOnlyWhileTheWindowIsSeenAndCardsShowThem) {
   expectSilence();
   window.show();
   Readouts all;
-  all.pointer = all.weather = all.weatherError = all.audio = "what is told";
+  all.pointer = all.weather = all.weatherError = all.audio = all.hdr = "what is told";
   tellAndWait(all);
-  EXPECT_EQ(sentences(window).count("what is told"), 4);
+  EXPECT_EQ(sentences(window).count("what is told"), 5);
   tellAndWait({});
   EXPECT_FALSE(pointer->isVisible()) << "there is nothing to tell";
   EXPECT_TRUE(sentences(*weather).contains("No weather data yet."));

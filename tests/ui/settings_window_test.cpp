@@ -309,7 +309,7 @@ class WholeWindowTest : public SettingsWindowTest {
  protected:
   WholeWindowTest() {
     const std::string path = "/a/path/without/a/single/space/in/it/that/is/longer/than/the/window/is/wide";
-    readouts_ = {path, path, path, path, path, path, path, path, path, path, path};
+    readouts_ = {path, path, path, path, path, path, path, path, path, path, path, path};
     commands_.look = [path] { return CommandLineToolState{{}, {}, false, false, "ln -sf " + path}; };
     system_.now = {true, true, 1};
     state_.refresh();

@@ -84,18 +84,22 @@ std::vector<InstructionSet> usableInstructionSets(const CompiledLibrary& library
   return usable;
 }
 
+std::string knownWishes(const CompiledLibrary& library) {
+  std::string known = "cpu";
+  for (const auto set : usableInstructionSets(library)) known += ", cpu:" + wishFor(set);
+  return known;
+}
+
 std::optional<CpuOptions> optionsFromWish(std::string_view wish, const CompiledLibrary& library) {
   std::string lower(wish);
   std::transform(lower.begin(), lower.end(), lower.begin(),
                  [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
   if (lower == "cpu") return CpuOptions{};
   if (!lower.starts_with("cpu:")) return std::nullopt;
-  std::string known;
   for (const auto set : usableInstructionSets(library)) {
     if (lower == "cpu:" + wishFor(set)) return CpuOptions{.set = set, .threads = 0};
-    known += (known.empty() ? "" : ", ") + ("cpu:" + wishFor(set));
   }
-  throw NoDeviceError("this processor has no \"" + std::string(wish) + "\"; it has cpu, " + known);
+  throw NoDeviceError("this processor has no \"" + std::string(wish) + "\"; it has " + knownWishes(library));
 }
 
 bool CpuLibrary::contains(const std::string& function) const {

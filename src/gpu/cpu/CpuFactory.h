@@ -24,6 +24,9 @@ const char* instructionSetName(InstructionSet set);
 /// Those that `library` has and this processor runs, slowest first; never empty.
 std::vector<InstructionSet> usableInstructionSets(const CompiledLibrary& library);
 
+/// What optionsFromWish() takes, for a person: "cpu, cpu:baseline, cpu:avx2".
+std::string knownWishes(const CompiledLibrary& library);
+
 struct CpuOptions {
   std::optional<InstructionSet> set;  ///< the fastest if none; one of usableInstructionSets()
   unsigned threads = 0;               ///< 1 to 64; 0: one for each core, at most 8

@@ -62,8 +62,7 @@ void VulkanContext::makeDevice() {
   features.shaderStorageImageWriteWithoutFormat = VK_TRUE;
 
   // The extension may exist although the instance has no surfaces; the loader then refuses it.
-  limits_.swapchains = offersSwapchain(physicalDevice_) &&
-                       vkGetInstanceProcAddr(instance_.get(), "vkGetPhysicalDeviceSurfaceSupportKHR") != nullptr;
+  limits_.swapchains = offersSwapchain(physicalDevice_) && vkGetPhysicalDeviceSurfaceSupportKHR != nullptr;
   const std::array<const char*, 1> extensions{VK_KHR_SWAPCHAIN_EXTENSION_NAME};
   auto info = typed<VkDeviceCreateInfo>(VK_STRUCTURE_TYPE_DEVICE_CREATE_INFO);
   info.pNext = &timeline;

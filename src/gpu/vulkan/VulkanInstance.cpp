@@ -132,6 +132,7 @@ VkDebugUtilsMessengerCreateInfoEXT VulkanInstance::messengerInfo() const {
 }
 
 VulkanInstance::VulkanInstance(bool validation, ValidationHandler handler) : messages_(std::make_shared<Messages>()) {
+  loadVulkan();
   messages_->handler = std::move(handler);
   if (validation && !validationLayerPresent()) {
     throw DeviceError(std::string("validation is wanted, but ") + validationLayer + " is not installed");
@@ -161,6 +162,7 @@ VulkanInstance::VulkanInstance(bool validation, ValidationHandler handler) : mes
   VkInstance instance = VK_NULL_HANDLE;
   const VkResult result = vkCreateInstance(&info, nullptr, &instance);
   if (result != VK_SUCCESS) throw NoDeviceError(std::string("no Vulkan here: vkCreateInstance: ") + resultName(result));
+  loadFunctions(instance);
   instance_.reset(instance);
   if (validation) makeMessenger();
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <vulkan/vulkan_core.h>
-
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -11,12 +9,13 @@
 
 #include "gpu/vulkan/VulkanError.h"
 #include "gpu/vulkan/VulkanFactory.h"
+#include "gpu/vulkan/VulkanLoader.h"
 
 namespace veloria::gpu::vulkan {
 
 /// The owner of a Vulkan object made from a VkDevice or VkInstance: move-only, destroys the object with itself.
-/// `Destroy` is the vkDestroy or vkFree function of (parent, handle, allocator).
-template <typename Parent, typename Object, auto Destroy>
+/// `Destroy` is the vkDestroy or vkFree function, or the pointer to it, of (parent, handle, allocator).
+template <typename Parent, typename Object, auto& Destroy>
 class Owned {
  public:
   using Handle = Object;
@@ -63,7 +62,7 @@ Owner created(Create create, VkDevice device, const Info& info, const char* what
   return {device, handle};
 }
 
-template <typename Handle, auto Destroy>
+template <typename Handle, auto& Destroy>
 using DeviceOwned = Owned<VkDevice, Handle, Destroy>;
 
 using BufferOwner = DeviceOwned<VkBuffer, vkDestroyBuffer>;
@@ -122,7 +121,7 @@ class VulkanInstance {
 
   std::shared_ptr<Messages> messages_;
   InstanceOwner instance_;
-  Owned<VkInstance, VkDebugUtilsMessengerEXT, &VulkanInstance::destroyMessenger> messenger_;
+  Owned<VkInstance, VkDebugUtilsMessengerEXT, VulkanInstance::destroyMessenger> messenger_;
 };
 
 /// Describes a physical device and whether this back end can use it.

@@ -4,7 +4,6 @@
 #include <stdexcept>
 
 #include "base/Log.h"
-#include "main/GpuSetup.h"
 #include "main/commands/Command.h"
 #include "platform/linux/files/DesktopNames.h"
 
@@ -33,12 +32,6 @@ bool isSet(const Environment& environment, const char* variable) {
 }
 
 }  // namespace
-
-std::unique_ptr<gpu::Device> DrawnDesktop::makeDevice() {
-  auto device = veloria::makeDevice({});
-  device_ = device.get();
-  return device;
-}
 
 std::unique_ptr<Desktop> openDesktop(const Environment& environment, const DescriptorWatcher& watch,
                                      TimerFactory& timers) {

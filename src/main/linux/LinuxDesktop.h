@@ -5,6 +5,7 @@
 
 #include "base/Environment.h"
 #include "main/Desktop.h"
+#include "main/linux/LinuxGpu.h"
 #include "platform/linux/wayland/WaylandConnection.h"
 #include "ports/EventLoop.h"
 
@@ -35,16 +36,22 @@ DesktopChoice chooseDesktop(const DesktopFacts& facts);
 std::unique_ptr<Desktop> openDesktop(const Environment& environment, const DescriptorWatcher& watch,
                                      TimerFactory& timers);
 
-/// A desktop whose bands the default device draws.
+/// A desktop whose bands the device draws that NIMBRA_GPU names; else the best GPU, or the CPU in its place.
 class DrawnDesktop : public Desktop {
  public:
-  std::unique_ptr<gpu::Device> makeDevice() override;
+  std::unique_ptr<gpu::Device> makeDevice() override { return keep(makeNamedDeviceOrGpu()); }
+  std::unique_ptr<gpu::Device> makeSubstitute() override { return keep(veloria::makeSubstitute()); }
 
  protected:
-  /// The device that makeDevice() made last.
+  /// The device that was made last.
   gpu::Device& device() const { return *device_; }
 
  private:
+  std::unique_ptr<gpu::Device> keep(std::unique_ptr<gpu::Device> device) {
+    device_ = device.get();
+    return device;
+  }
+
   gpu::Device* device_ = nullptr;
 };
 

@@ -3,7 +3,7 @@
 #include <wayland-client.h>
 
 // Needs the names of the one above.
-#include <vulkan/vulkan_core.h>
+#include <volk.h>
 #include <vulkan/vulkan_wayland.h>
 
 #include <QDBusConnection>
@@ -90,7 +90,10 @@ class WaylandDesktop final : public DrawnDesktop {
       info.display = display;
       info.surface = surface;
       VkSurfaceKHR made = VK_NULL_HANDLE;
-      return vkCreateWaylandSurfaceKHR(instance, &info, nullptr, &made) == VK_SUCCESS ? made : VK_NULL_HANDLE;
+      const auto create =
+          reinterpret_cast<PFN_vkCreateWaylandSurfaceKHR>(vkGetInstanceProcAddr(instance, "vkCreateWaylandSurfaceKHR"));
+      if (create != nullptr) create(instance, &info, nullptr, &made);
+      return made;
     });
   }
 

@@ -3,7 +3,7 @@
 #include <xcb/xcb.h>
 
 // Needs the names of the one above.
-#include <vulkan/vulkan_core.h>
+#include <volk.h>
 #include <vulkan/vulkan_xcb.h>
 
 #include <cstdint>
@@ -109,7 +109,10 @@ class X11Desktop final : public DrawnDesktop {
       info.connection = connection;
       info.window = window;
       VkSurfaceKHR surface = VK_NULL_HANDLE;
-      return vkCreateXcbSurfaceKHR(instance, &info, nullptr, &surface) == VK_SUCCESS ? surface : VK_NULL_HANDLE;
+      const auto create =
+          reinterpret_cast<PFN_vkCreateXcbSurfaceKHR>(vkGetInstanceProcAddr(instance, "vkCreateXcbSurfaceKHR"));
+      if (create != nullptr) create(instance, &info, nullptr, &surface);
+      return surface;
     });
   }
 

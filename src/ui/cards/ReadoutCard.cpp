@@ -95,6 +95,12 @@ ReadoutCard* ReadoutCard::makeNotch(ReadoutTicker& ticker, QWidget* parent) {
   return card;
 }
 
+ReadoutCard* ReadoutCard::makeGlow(ReadoutTicker& ticker, QWidget* parent) {
+  auto* card = new ReadoutCard(tr("HDR glow"), ticker, parent);
+  card->addLine(&Readouts::hdr);
+  return card;
+}
+
 ReadoutCard* ReadoutCard::makeWeather(ReadoutTicker& ticker, QWidget* parent) {
   auto* card = new ReadoutCard(tr("Weather now"), ticker, parent);
   card->addLine(&Readouts::weather);

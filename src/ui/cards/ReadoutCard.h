@@ -24,6 +24,8 @@ class ReadoutCard : public Card {
   static ReadoutCard* makeStatus(ReadoutTicker& ticker, QWidget* parent = nullptr);
   /// The camera housing.
   static ReadoutCard* makeNotch(ReadoutTicker& ticker, QWidget* parent = nullptr);
+  /// Why HDR glow has no effect.
+  static ReadoutCard* makeGlow(ReadoutTicker& ticker, QWidget* parent = nullptr);
   static ReadoutCard* makeWeather(ReadoutTicker& ticker, QWidget* parent = nullptr);
   static ReadoutCard* makeAudio(ReadoutTicker& ticker, QWidget* parent = nullptr);
   /// Why the pointer is not followed.

@@ -21,6 +21,7 @@ struct Readouts {
   std::string audio;    ///< the levels of the sound, or why there are none
   std::string picture;  ///< why the wallpaper gives no colours, while they are wanted
   std::string capture;  ///< why the bar's text is not kept; empty while it is or need not be
+  std::string hdr;      ///< why HDR glow has no effect; empty if it has, or is off
   std::string pointer;  ///< why the pointer is not followed; empty if it is
   std::string script;   ///< the running script's error
 };
