@@ -10,9 +10,9 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "living band of coloured light over the to
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Veloria paints curtains of light over the strip of the screen that the top
 panel occupies: a real fluid, simulated for every frame on the GPU, or on the
-CPU if there is none. It can lie behind all windows, over the panel, or fill the screen, and it can be
-driven by music, by programs and coding agents, by the weather, or by a
-script. Clicks go through it.
+CPU if there is none. It can lie behind all windows, over the panel, or fill
+the screen, and it can be driven by music, by programs and coding agents, by
+the weather, or by a script. Clicks go through it.
 .
 The command nimbra tells it what programs do. It runs on X11, and on Wayland
 compositors that have the layer shell.")
@@ -24,7 +24,7 @@ endif()
 set(CPACK_DEBIAN_PACKAGE_SECTION x11)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 # Shared libraries are found by dpkg-shlibdeps; what is loaded by name at run time is not. Qt's plugins for X11 and TLS
-# come with its libraries.
+# come with its libraries. Without Vulkan, or a driver for it, the CPU draws.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${CMAKE_SOURCE_DIR}/packaging/debian/prerm")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS

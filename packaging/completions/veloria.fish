@@ -16,7 +16,7 @@ complete -c veloria -n __veloria_no_command -a bench -d 'measure drawing'
 complete -c veloria -n __veloria_no_command -a check -d 'check a scene script'
 complete -c veloria -n __veloria_no_command -a status -d 'show the state of the running band'
 complete -c veloria -n __veloria_no_command -a panel -d 'let the light through the panel, or put the panel back'
-complete -c veloria -n __veloria_no_command -a devices -d 'list the GPUs'
+complete -c veloria -n __veloria_no_command -a devices -d 'list the GPUs and the CPU'
 complete -c veloria -n __veloria_no_command -l version -d 'show the version'
 complete -c veloria -s h -l help -d 'show the help'
 

@@ -129,7 +129,7 @@ std::optional<AppDelegate::GpuProblem> AppDelegate::makeGpu(
 bool AppDelegate::makeSubstitute(const GpuProblem& problem, const std::string& reason) {
   if (problem.ofDevice.empty() || makeGpu(services_.makeSubstitute)) return false;
   whySubstitute_ = reason;
-  systemLog("Veloria: the CPU draws: " + reason);
+  NimbraLog::debug("the CPU draws: " + reason);
   return true;
 }
 

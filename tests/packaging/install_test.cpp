@@ -40,8 +40,8 @@ class InstallTest : public testing::Test {
 };
 
 TEST_F(InstallTest, DrawsWithTheInstalledShaderLibraryOnly) {
-  const ProcessResult result =
-      run({installed("bin/veloria"), "render", "--size", "160x16", "--seconds", "1", "--fps", "20", "--raw", "-"});
+  const ProcessResult result = run({installed("bin/veloria"), "render", "--size", "160x16", "--seconds", "1", "--fps",
+                                    "20", "--gpu", "llvmpipe", "--raw", "-"});
   EXPECT_THAT(result.errors, HasSubstr("library from " + installed("share/veloria/default.spv")));
   ASSERT_EQ(result.output.size(), 20U * 160 * 16 * 4);
   const auto light =
