@@ -7,7 +7,8 @@
 namespace veloria::gpu::cpu {
 
 /// A texture's memory. Floats in planes, one a channel; a channel that the format lacks points to the first one. Up to
-/// `slack` floats beyond a row's end may be read, and a row's last vector may be written as a whole.
+/// `slack` floats beyond a row's end may be read, and a row's last vector may be written as a whole; its lanes beyond the
+/// end may read up to `widestLanes` floats before a row's begin.
 /// A picture of 8 bits a channel has `pixels` instead.
 struct Planes {
   int width = 0;

@@ -47,13 +47,14 @@ CpuStorage::Floats CpuStorage::allocate(std::size_t count) {
 void CpuStorage::makePlanes(Planes& planes, int channels) {
   const std::size_t stride = (std::size_t{size_.width} + widestLanes - 1) / widestLanes * widestLanes;
   const std::size_t plane = stride * size_.height;
-  memory_ = allocate(plane * static_cast<std::size_t>(channels) + slack);
+  memory_ = allocate(widestLanes + plane * static_cast<std::size_t>(channels) + slack);
   planes.width = static_cast<int>(size_.width);
   planes.height = static_cast<int>(size_.height);
   planes.stride = static_cast<int>(stride);
   planes.channels = channels;
   for (int channel = 0; channel < 4; ++channel) {
-    planes.channel[channel] = memory_.get() + (channel < channels ? plane * static_cast<std::size_t>(channel) : 0);
+    planes.channel[channel] =
+        memory_.get() + widestLanes + (channel < channels ? plane * static_cast<std::size_t>(channel) : 0);
   }
 }
 
