@@ -24,6 +24,16 @@ const char* const metadata = R"({
 }
 )";
 
+const char* const sheet = R"(.veloria-clear .applet-label,
+.veloria-clear .applet-box,
+.veloria-clear .applet-icon,
+.veloria-clear .system-status-icon {
+  color: #fff;
+  text-shadow: 0 1px 3px rgba(0, 0, 0, 0.85);
+  icon-shadow: 0 1px 3px rgba(0, 0, 0, 0.85);
+}
+)";
+
 const char* const program = R"(const Main = imports.ui.main;
 const Mainloop = imports.mainloop;
 
@@ -34,7 +44,10 @@ let later = 0;
 
 function setStyle(style) {
   for (const panel of Main.getPanels()) {
-    if (panel) panel.actor.set_style(style);
+    if (!panel) continue;
+    panel.actor.set_style(style);
+    if (style) panel.actor.add_style_class_name('veloria-clear');
+    else panel.actor.remove_style_class_name('veloria-clear');
   }
 }
 
@@ -97,7 +110,8 @@ class CinnamonPanel final : public PanelSettings {
     if (folder_.empty()) return Failure{"There is no home folder to install the extension in."};
     const bool enable = value == true;
     if (enable) {
-      auto installed = installFiles(folder_, {{"metadata.json", metadata}, {"extension.js", program}});
+      auto installed =
+          installFiles(folder_, {{"metadata.json", metadata}, {"stylesheet.css", sheet}, {"extension.js", program}});
       if (!installed) return installed;
     }
     const auto list = readGsetting(schema, listKey);

@@ -54,7 +54,10 @@ const char* nameOf(PanelKind kind) {
 
 Offer offerFor(std::optional<PanelKind> kind) {
   if (!kind) {
-    return {Way::none, "Veloria does not know this desktop's panel. If its settings offer transparency, use that.", ""};
+    return {Way::none,
+            "Veloria does not know this desktop's panel: make it transparent in its own settings, or choose the layer "
+            "\"Over the bar\".",
+            ""};
   }
   switch (*kind) {
     case gnome:
