@@ -13,13 +13,13 @@ _veloria_words() {
 }
 
 _veloria_options() {
-  local -a look=(--config --preset --set --script --gpu)
+  local -a look=(--config --preset --set --script --gpu --threads)
   case $1 in
     render)
       _veloria_words --size --scale --bar-height --edge --notch --seconds --fps --background --mask --channel \
         --channels --state --pointer --output --raw "${look[@]}" --help
       ;;
-    bench) _veloria_words --size --frames --json "${look[@]}" --help ;;
+    bench) _veloria_words --size --frames --compare --json "${look[@]}" --help ;;
     check) _veloria_words --channel --json --help ;;
     status) _veloria_words --json --help ;;
     panel) _veloria_words --yes --help ;;
@@ -58,7 +58,8 @@ _veloria() {
     --preset) _veloria_preset ;;
     --raw) _veloria_words - ;;
     --edge) _veloria_words top bottom ;;
-    --size | --scale | --bar-height | --notch | --seconds | --fps | --frames | --channel | --pointer | --set | --gpu) ;;
+    --size | --scale | --bar-height | --notch | --seconds | --fps | --frames | --channel | --pointer | --set | --gpu | --threads | \
+      --compare) ;;
     *)
       if [[ $word == -* ]]; then
         _veloria_options "$command"

@@ -42,8 +42,10 @@ complete -c veloria -n $drawing -l preset -x -a '"Northern Lights" "Geomagnetic 
 complete -c veloria -n $drawing -l set -x -d 'key=json: set one setting'
 complete -c veloria -n $drawing -l script -r -F -d 'scene script'
 complete -c veloria -n $drawing -l gpu -x -d 'name or number of the GPU'
+complete -c veloria -n $drawing -l threads -x -d 'threads that draw on the CPU'
 
 complete -c veloria -n '__veloria_command bench' -l frames -x -d 'frames to measure'
+complete -c veloria -n '__veloria_command bench' -l compare -x -d 'device to compare'
 complete -c veloria -n '__veloria_command render check' -l channel -x -d 'name=value: hold an input channel'
 complete -c veloria -n '__veloria_command bench check status' -l json -d 'print JSON'
 complete -c veloria -n '__veloria_command check' -F
