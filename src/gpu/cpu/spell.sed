@@ -1,10 +1,8 @@
 # Spells GLSL as the C++ of wide/: literals, declarations and swizzles. The functions keep to what this file knows.
 /^#version/d
 /^#extension/d
-/^#define scalar/d
-/^(float|vec[234]) (pick|cubeRoot)/d
 /^layout\(local_size/d
-/^  makeColumn\(\);/d
+/^  make(Column|Row)\(\);/d
 /^bool outside\(/d
 /^layout\(location = 0\) in vec2 uv;/d
 s/^(float|uint|int|vec[234]|[iu]vec2|void|Phase) \w+\(.*\) \{/VELORIA_INLINE &/

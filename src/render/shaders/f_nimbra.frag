@@ -15,25 +15,16 @@ layout(location = 0) in vec2 uv;
 layout(location = 0) out vec4 light;
 
 struct Column {
-  float left, x0, x1;  // see smoothDye()
-  float co, si;        // of the hue's turn
+  Linear plain;
+  Cubic smoothed;  // the grid is coarser than the picture along the band
+  float co, si;    // of the hue's turn
 };
 Column column;
 
 void makeColumn() {
   vec2 grid = vec2(textureSize(dye, 0));
-  float x = uv.x * grid.x - 0.5;
-  float f = fract(x);
-  float g = 1.0 - f;
-  float w0 = g * g * g;
-  float w1 = 4.0 - 3.0 * f * f * (2.0 - f);
-  float w2 = 4.0 - 3.0 * g * g * (2.0 - g);
-  float w3 = f * f * f;
-  float base = x - f + 0.5;
-  column.left = (w0 + w1) / 6.0;
-  column.x0 = (base + w1 / (w0 + w1) - 1.0) / grid.x;
-  column.x1 = (base + w3 / (w2 + w3) + 1.0) / grid.x;
-
+  column.plain = linearAt(dye, uv.x);
+  column.smoothed = cubicAt(dye, uv.x);
   float along = noise(uv.x * grid.x / unitCells(grid) * clamp(params.hueSpreadScale, 0.0, 64.0) * 0.12,
                       phaseAt(params.hueDriftPhase, stepPeriod), 0x9b0568u) - 0.5;
   float hue = params.hueShift + params.hueSwing + params.hueSpread * along * 0.35;
@@ -43,9 +34,28 @@ void makeColumn() {
   column.si = saturation * sin(angle);
 }
 
-// Cubic B-spline along x, bilinear along y: the grid is coarser than the picture along the band. Two bilinear taps.
-vec4 smoothDye(float y) {
-  return mix(textureLod(dye, vec2(column.x1, y), 0.0), textureLod(dye, vec2(column.x0, y), 0.0), column.left);
+struct Row {
+  scalar height;  // above the band's lower edge
+  Rows1 here, under;
+  Rows2 above;
+  Rows3 below;
+  vec3 tint;  // of luminance 1
+  scalar tinted;
+};
+Row row;
+
+void makeRow() {
+  vec2 grid = vec2(textureSize(dye, 0));
+  scalar y = rowOf(uv);
+  scalar below = rowOf(vec2(unitCells(grid) / grid.y));
+  row.height = 1.0 - y;
+  row.here = rowsAt(dye, y);
+  row.under = rowsAt(dye, y + 0.12 * below);
+  row.below = rowsAt(dye, y + 0.10 * below, 0.45, y + 0.22 * below, 0.33, y + 0.38 * below, 0.22);
+  row.above = rowsAt(velocity, y + 0.25 * row.height, 1.0, y + 0.75 * row.height, 1.0);
+  vec3 tint = gradient(row.height * 0.9 + 0.1, stop0(), stop1(), stop2(), stop3());
+  row.tint = tint / max(luminance(tint), 0.05);
+  row.tinted = clamp(params.heightTint * 1.7, 0.0, 1.0) * smoothstep(0.2, 0.95, row.height);
 }
 
 // Rays along the band: 0 (gap) to 1 (core). Finer octaves comb the coarse ones.
@@ -68,23 +78,21 @@ float rays(float x) {
 
 void main() {
   makeColumn();
+  makeRow();
   vec2 grid = vec2(textureSize(dye, 0));
   float unit = unitCells(grid);
   vec2 p = uv * grid / unit;
-  float height = 1.0 - uv.y;
+  scalar height = row.height;
 
   // Light rises: what is seen here shines from the dye below as well, which draws the flow's eddies out into curtains
   // that are crisp where they begin and soft where they end.
-  vec2 below = vec2(0.0, unit / grid.y);
-  vec4 here = smoothDye(uv.y);
-  vec4 rising = 0.45 * textureLod(dye, uv + 0.10 * below, 0.0) + 0.33 * textureLod(dye, uv + 0.22 * below, 0.0) +
-                0.22 * textureLod(dye, uv + 0.38 * below, 0.0);
+  vec4 here = textureAt(dye, column.smoothed, row.here);
+  vec4 rising = textureAt(dye, column.plain, row.below);
   vec4 d = mix(here, rising, 0.15 + 0.55 * clamp((rising.a - here.a) * 1.5, 0.0, 1.0));
 
   // Rays stand on the lower edge and bend with the flow between there and here (softly limited, or fast flow would tear
   // them); they differ in their reach.
-  vec2 flow = textureLod(velocity, vec2(uv.x, uv.y + 0.25 * height), 0.0).xy +
-              textureLod(velocity, vec2(uv.x, uv.y + 0.75 * height), 0.0).xy;
+  vec2 flow = textureAt(velocity, column.plain, row.above).xy;
   float lean = clamp(params.rayFlow, -4.0, 4.0) * (flow.x + 0.4 * flow.y) * height * 270.0 / unit;
   lean = 0.5 * lean / (0.5 + abs(lean));
   float x = (p.x + lean) * clamp(params.rayScale, 0.05, 64.0);
@@ -101,17 +109,14 @@ void main() {
   float dense = d.a * d.a / (d.a * d.a + 0.3);
 
   // Where the dye begins from below, the hem glows.
-  float under = textureLod(dye, uv + 0.12 * below, 0.0).a;
+  float under = textureAt(dye, column.plain, row.under).a;
   float hem = clamp((here.a - under) * 1.6, 0.0, 1.0) * (1.0 - 0.7 * height);
 
   float sparkle = noise(x * 2.7, phaseOf(3.5, params.time), 0x510e52u) - 0.5;
   float amount = dense * combed * (1.0 + hem * 1.6) * max(1.0 + clamp(params.shimmer, 0.0, 4.0) * sparkle, 0.0);
   vec3 color = d.rgb * (amount / max(d.a, 0.6));
 
-  vec3 tint = gradient(height * 0.9 + 0.1, stop0(), stop1(), stop2(), stop3());
-  float bright = luminance(color);
-  vec3 tinted = tint * (bright / max(luminance(tint), 0.05));
-  color = mix(color, tinted, clamp(params.heightTint * 1.7, 0.0, 1.0) * smoothstep(0.2, 0.95, height));
+  color = mix(color, row.tint * luminance(color), row.tinted);
 
   color += clamp(params.ambientLevel, 0.0, 4.0) * 0.24 * mix(stop0(), stop2(), uv.x * 0.4 + height * 0.3);
 

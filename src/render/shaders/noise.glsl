@@ -49,34 +49,28 @@ const uint strideX = 0x8da6b343u;
 const uint strideY = 0xd8163841u;
 const uint strideZ = 0xcb1ab31fu;
 
-// Value noise along a line that changes with the phase; 0 to 1.
-float noise(float x, Phase phase, uint seed) {
-  float cx = floor(x);
-  vec2 f = fade(vec2(x - cx, fract(phase.value)));
-  uint hx = uint(int(cx)) * strideX + seed;
+// A lattice's value at a place of one of its lines: `row` is what the line's number adds to the hash.
+float latticeValue(uint x, uint row, uint seed, Phase phase) {
+  uint h = (x * strideX + seed) ^ row;
   uvec2 t = timeSteps(phase, strideZ);
-  float a = unitFloat(mixBits(hx ^ t.x));
-  float b = unitFloat(mixBits((hx + strideX) ^ t.x));
-  float c = unitFloat(mixBits(hx ^ t.y));
-  float d = unitFloat(mixBits((hx + strideX) ^ t.y));
-  return mix(mix(a, b, f.x), mix(c, d, f.x), f.y);
+  return mix(unitFloat(mixBits(h ^ t.x)), unitFloat(mixBits(h ^ t.y)), fade(fract(phase.value)));
 }
 
-// Value noise in the plane that changes with the phase; 0 to 1.
+// Value noise along a line that changes with the phase; 0 to 1.
+float noise(float x, Phase phase, uint seed) {
+  float cell = floor(x);
+  vec2 ends = neighbours(latticeValue, uint(int(cell)), 0u, seed, phase);
+  return mix(ends.x, ends.y, fade(x - cell));
+}
+
+// Value noise in the plane that changes with the phase; 0 to 1. p's y must be the same for a whole row of pixels.
 float noise(vec2 p, Phase phase, uint seed) {
-  vec2 c = floor(p);
-  vec2 f = fade(p - c);
-  float ft = fade(fract(phase.value));
-  uint hx0 = uint(int(c.x)) * strideX + seed;
-  uint hx1 = hx0 + strideX;
-  uint hy0 = uint(int(c.y)) * strideY;
-  uint hy1 = hy0 + strideY;
-  uvec2 t = timeSteps(phase, strideZ);
-  vec4 near = vec4(unitFloat(mixBits(hx0 ^ hy0 ^ t.x)), unitFloat(mixBits(hx1 ^ hy0 ^ t.x)),
-                   unitFloat(mixBits(hx0 ^ hy1 ^ t.x)), unitFloat(mixBits(hx1 ^ hy1 ^ t.x)));
-  vec4 far = vec4(unitFloat(mixBits(hx0 ^ hy0 ^ t.y)), unitFloat(mixBits(hx1 ^ hy0 ^ t.y)),
-                  unitFloat(mixBits(hx0 ^ hy1 ^ t.y)), unitFloat(mixBits(hx1 ^ hy1 ^ t.y)));
-  vec4 now = mix(near, far, ft);
-  vec2 row = mix(now.xz, now.yw, f.x);
-  return mix(row.x, row.y, f.y);
+  vec2 cell = floor(p);
+  vec2 f = fade(p - cell);
+  uint x = uint(int(cell.x));
+  uint row = uint(int(cell.y)) * strideY;
+  vec2 near = neighbours(latticeValue, x, row, seed, phase);
+  vec2 far = neighbours(latticeValue, x, row + strideY, seed, phase);
+  vec2 ends = mix(near, far, f.y);
+  return mix(ends.x, ends.y, f.x);
 }

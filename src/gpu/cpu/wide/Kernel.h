@@ -1,7 +1,8 @@
 #pragma once
 
 #include "gpu/cpu/Call.h"
-#include "wide/Textures.h"
+#include "wide/Lattice.h"
+#include "wide/Sampling.h"
 
 namespace veloria::gpu::cpu::VELORIA_SET {
 
@@ -24,22 +25,30 @@ struct Kernel {
   };
 
   const Call& call;
+  Lattices& lattices;
   Invocation gl_GlobalInvocationID;
   vec4 gl_FragCoord;
   vec2 uv;
 
-  VELORIA_INLINE explicit Kernel(const Call& of) : call(of) {}
+  VELORIA_INLINE Kernel(const Call& of, Lattices& kept) : call(of), lattices(kept) {}
   VELORIA_INLINE BlockBytes blockBytes() const { return {call.bytes}; }
   // Rows are whole, and a row's last vector may be written beyond its end.
   static VELORIA_INLINE constexpr bool outside(ivec2, ivec2) { return false; }
+  /// Of a place that is the same for all pixels of a row.
+  static VELORIA_INLINE float rowOf(vec2 place) { return place.y.v[0]; }
   static constexpr int reach = -1;
 };
 
-/// Vectors whose columns' values are kept while the rows go by.
-constexpr int strip = 32;
+// A macro, since what it is given is the name of a function among the members.
+#define neighbours(valueAt, x, row, seed, phase)                   \
+  lattices.neighboursOf(x, Uint(row).v[0], Uint(seed).v[0],        \
+                        [&](Uint at) __attribute__((always_inline)) { return valueAt(at, row, seed, phase); })
 
-/// Calls `place(x, y)` for the rows' vectors, and then `run`, strip by strip; if the function has columns, makes their
-/// values first.
+/// Vectors whose columns' values are kept while the rows go by.
+constexpr int strip = 16;
+
+/// Calls `place(x, y)` for the rows' vectors, and then `run`, strip by strip; makes the values of the columns and of the
+/// rows first, if the function has some.
 template <class Function, class Place, class Run>
 VELORIA_INLINE void eachVector(Function& function, const Planes& target, int first, int end, Place place, Run run) {
   if constexpr (requires { typename Function::Column; }) {
@@ -52,6 +61,10 @@ VELORIA_INLINE void eachVector(Function& function, const Planes& target, int fir
         columns[(x - left) / lanes] = function.column;
       }
       for (int y = first; y < end; ++y) {
+        if constexpr (requires { typename Function::Row; }) {
+          place(left, y);
+          function.makeRow();
+        }
         for (int x = left; x < right; x += lanes) {
           place(x, y);
           function.column = columns[(x - left) / lanes];
@@ -71,7 +84,8 @@ VELORIA_INLINE void eachVector(Function& function, const Planes& target, int fir
 
 template <class Function>
 void computeRows(const Call& call, int first, int end) {
-  Function function(call);
+  Lattices lattices;
+  Function function(call, lattices);
   eachVector(
       function, call.target, first, end,
       [&](int x, int y) __attribute__((always_inline)) { function.gl_GlobalInvocationID = {Int(laneNumbers() + x), Int(y)}; },
@@ -80,7 +94,8 @@ void computeRows(const Call& call, int first, int end) {
 
 template <class Function>
 void drawRows(const Call& call, int first, int end) {
-  Function function(call);
+  Lattices lattices;
+  Function function(call, lattices);
   const Planes target = call.target;
   const float width = 1.0F / (float)target.width;
   const float height = 1.0F / (float)target.height;

@@ -97,7 +97,8 @@ VELORIA_INLINE Float smoothstep(Float low, Float high, Float x) {
   return t * t * (3.0F - 2.0F * t);
 }
 
-// Minimax polynomials, summed in pairs (Estrin 1960) so that their terms need not wait for each other; within about 2 units in the last place over the ranges that the functions use.
+// Minimax polynomials, summed in pairs (Estrin 1960) so that their terms need not wait for each other; within about 2
+// units in the last place over the ranges that the functions use.
 VELORIA_INLINE Float exp2(Float x) {
   const Float held = clamp(x, -126.0F, 127.0F);
   const Float whole = round(held);
@@ -126,16 +127,16 @@ VELORIA_INLINE Float log2(Float x) {
 }
 VELORIA_INLINE Float pow(Float x, Float y) { return exp2(log2(max(x, 1.17549435e-38F)) * y); }
 
-/// Of a number that is not negative: the exponent's third, then two steps of Halley's method. 0 gives next to nothing.
+/// Of a number that is not negative: its inverse by the exponent's third, then two steps of Householder's method of the
+/// second order, without a division. 0 gives next to nothing.
 VELORIA_INLINE Float cubeRoot(Float x) {
   const Float y = x + 1e-30F;
-  const IntLanes third = toInts(toFloats((IntLanes)y.v) * 0.333333333F);
-  Float root((FloatLanes)(third + 0x2A514067));
+  Float root((FloatLanes)(0x54A1F000 - toInts(toFloats((IntLanes)y.v) * 0.333333333F)));
   for (int step = 0; step < 2; ++step) {
-    const Float cube = root * root * root;
-    root = root * (cube + y + y) / (cube + cube + y);
+    const Float error = 1.0F - (y * root) * (root * root);
+    root += root * error * (0.222222222F * error + 0.333333333F);
   }
-  return root;
+  return y * root * root;
 }
 
 /// Of an angle of some turns at most.
@@ -171,6 +172,7 @@ VELORIA_OF_TWO(min)
 VELORIA_OF_TWO(max)
 VELORIA_OF_TWO(pow)
 VELORIA_INLINE float clamp(float x, float low, float high) { return min(max(x, low), high); }
+VELORIA_INLINE float smoothstep(float low, float high, float x) { return smoothstep(Float(low), Float(high), Float(x)).v[0]; }
 VELORIA_INLINE int min(int a, int b) { return a < b ? a : b; }
 VELORIA_INLINE int max(int a, int b) { return a > b ? a : b; }
 template <class T>
