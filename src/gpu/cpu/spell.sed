@@ -3,6 +3,8 @@
 /^#extension/d
 /^layout\(local_size/d
 /^  make(Column|Row)\(\);/d
+s/^Column column;/Column* column;/
+s/\bcolumn\./column->/g
 /^bool outside\(/d
 /^layout\(location = 0\) in vec2 uv;/d
 s/^(float|uint|int|vec[234]|[iu]vec2|void|Phase) \w+\(.*\) \{/VELORIA_INLINE &/

@@ -31,28 +31,43 @@ layout(location = 0) out vec4 color;
 vec3 toned(vec3 c) {
   float peak = max(max(c.r, c.g), c.b);
   float limit = eightBit ? 1.0 : 2.5;
-  float level = limit * (1.0 - exp(-peak / limit));
-  vec3 kept = c * pick(peak > 0.0, level / peak, 0.0);
+  float level = limit * (1.0 - exp(peak * (-1.0 / limit)));
   float white = smoothstep(2.0, 12.0, peak) * 0.35;
-  return mix(kept, vec3(level), white);
+  return mix(c * (level * (1.0 / max(peak, 1e-9))), vec3(level), white);
 }
 
-vec3 contrasted(vec3 c) {
-  float contrast = clamp(params.contrast, 0.05, 8.0);
+// The factor that spreads luminances around a middle grey.
+float contrasted(float y) {
   const float pivot = 0.18;
-  float y = max(luminance(c), 1e-5);
-  return c * (pivot * pow(y / pivot, contrast) / y);
+  return pow(max(y, 1e-5) * (1.0 / pivot), clamp(params.contrast, 0.05, 8.0) - 1.0);
 }
 
 // Share of light that may pass at x for a fade of width `width` from the edge at 0.
 float edge(float x, scalar width) { return width > 1e-4 ? smoothstep(0.0, width, x) : 1.0; }
 
 struct Column {
+  Linear glow;
   float passes;  // light that the fades at the sides let pass
 };
 Column column;
 
-void makeColumn() { column.passes = edge(uv.x, params.fadeSide) * edge(1.0 - uv.x, params.fadeSide); }
+void makeColumn() {
+  column.glow = linearAt(glow, uv.x);
+  column.passes = edge(uv.x, params.fadeSide) * edge(1.0 - uv.x, params.fadeSide);
+}
+
+struct Row {
+  scalar y;  // in the scene
+  Rows1 glow;
+  float passes;  // light that the fades at the top and the bottom let pass
+};
+Row row;
+
+void makeRow() {
+  row.y = mirrors ? 1.0 - rowOf(uv) : rowOf(uv);
+  row.glow = rowsAt(glow, row.y);
+  row.passes = edge(row.y, params.fadeTop) * edge(1.0 - row.y, params.fadeBottom);
+}
 
 // x: light that passes by the housing. y: light that its outline adds. The rectangle's lower corners are round.
 vec2 housing() {
@@ -94,13 +109,14 @@ void main() {
     return;
   }
   makeColumn();
-  // The place in the scene. The bar's text and the housing are where they are on the screen.
-  vec2 place = mirrors ? vec2(uv.x, 1.0 - uv.y) : uv;
+  makeRow();
   uvec2 pixel = uvec2(gl_FragCoord.xy);
   if (mirrors && !enlarges) pixel.y = uint(textureSize(scene, 0).y) - 1u - pixel.y;
-  vec3 light = enlarges ? textureLod(scene, place, 0.0).rgb : texelFetch(scene, ivec2(pixel), 0).rgb;
-  if (params.glowAmount > 0.001) light += textureLod(glow, place, 0.0).rgb * (clamp(params.glowAmount, 0.0, 16.0) * 0.55);
+  vec3 light = enlarges ? textureLod(scene, vec2(uv.x, row.y), 0.0).rgb : texelFetch(scene, ivec2(pixel), 0).rgb;
+  if (params.glowAmount > 0.001)
+    light += textureAt(glow, column.glow, row.glow).rgb * (clamp(params.glowAmount, 0.0, 16.0) * 0.55);
 
+  // The bar's text and the housing are where they are on the screen, even if the picture is upside down.
   float open = 1.0;
   if (hasHousing && params.notchPresent > 0.5) {
     vec2 notch = housing();
@@ -108,10 +124,13 @@ void main() {
     light += (stop0() * 0.4 + stop2() * 0.6 + light) * notch.y * 0.9;
   }
 
-  light = contrasted(toned(light));
+  light = toned(light);
+  float bright = luminance(light);
+  float strength = max(bright, max(light.r, max(light.g, light.b)) * 0.5);
+  float gain = contrasted(bright);
+  light *= gain;
   float opacity = clamp(params.opacity, 0.0, 1.0);
-  float cover = 1.0 - exp(-max(luminance(light), max(light.r, max(light.g, light.b)) * 0.5) *
-                          clamp(params.coverGain, 0.0, 16.0) * 3.2);
+  float cover = 1.0 - exp(-strength * gain * (clamp(params.coverGain, 0.0, 16.0) * 3.2));
   float alpha = max(cover, 0.0) * opacity;
   // How much of what lies behind is taken away; additive light leaves it all.
   float covered = alpha * (1.0 - clamp(params.additive, 0.0, 1.0));
@@ -123,7 +142,7 @@ void main() {
     covered = 1.0;
   }
 
-  float passes = edge(place.y, params.fadeTop) * edge(1.0 - place.y, params.fadeBottom) * column.passes;
+  float passes = row.passes * column.passes;
   if (masksText && params.textMaskOn > 0.5) {
     vec2 text = textureLod(mask, uv, 0.0).xy;
     float shadow = clamp(params.textShadow, 0.0, 1.0) * text.y;
@@ -143,7 +162,7 @@ void main() {
   if (eightBit) {
     // Compositors blend encoded values: encode the straight colour, then premultiply. Additive light is encoded as it
     // is.
-    vec3 covering = pick(alpha > 0.0, encodedOf(shown / alpha) * alpha, vec3(0.0));
+    vec3 covering = encodedOf(shown * (1.0 / max(alpha, 1e-9))) * alpha;
     scalar additive = params.opaque > 0.5 ? 0.0 : clamp(params.additive, 0.0, 1.0);
     vec3 premultiplied = additive > 0.0 ? mix(covering, encodedOf(shown), additive) : covering;
     float strongest = max(premultiplied.r, max(premultiplied.g, premultiplied.b));

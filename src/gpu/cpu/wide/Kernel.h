@@ -57,8 +57,8 @@ VELORIA_INLINE void eachVector(Function& function, const Planes& target, int fir
       const int right = min(left + strip * lanes, target.width);
       for (int x = left; x < right; x += lanes) {
         place(x, first);
+        function.column = &columns[(x - left) / lanes];
         function.makeColumn();
-        columns[(x - left) / lanes] = function.column;
       }
       for (int y = first; y < end; ++y) {
         if constexpr (requires { typename Function::Row; }) {
@@ -67,7 +67,7 @@ VELORIA_INLINE void eachVector(Function& function, const Planes& target, int fir
         }
         for (int x = left; x < right; x += lanes) {
           place(x, y);
-          function.column = columns[(x - left) / lanes];
+          function.column = &columns[(x - left) / lanes];
           run(x, y);
         }
       }

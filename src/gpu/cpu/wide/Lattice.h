@@ -16,15 +16,17 @@ struct LatticeLine {
 
 class Lattices {
  public:
-  VELORIA_INLINE Lattices() {
-    for (LatticeLine& line : lines_) start(line, 0U, 0U);
-  }
-
   /// The values at x and x + 1. `valueAt` gives those of other places of the same line.
   template <class ValueAt>
   VELORIA_INLINE vec2 neighboursOf(Uint x, unsigned row, unsigned seed, ValueAt valueAt) {
-    LatticeLine& line = lines_[((row ^ seed) * 0x9E3779B1U) >> 27];
-    if (line.row != row || line.seed != seed) start(line, row, seed);
+    const unsigned number = ((row ^ seed) * 0x9E3779B1U) >> 27;
+    LatticeLine& line = lines_[number];
+    if ((begun_ >> number & 1U) == 0U || line.row != row || line.seed != seed) {
+      begun_ |= 1U << number;
+      line.row = row;
+      line.seed = seed;
+      for (int& each : line.page) each = none;
+    }
     const int first = (int)(x.v[0] - 2U);  // x need not grow from lane to lane
     const int page = first >> bits;
     const IntLanes at = (IntLanes)(x.v - (unsigned)first);
@@ -51,12 +53,6 @@ class Lattices {
   static constexpr int bits = lanes == 16 ? 4 : lanes == 8 ? 3 : 2;
   static constexpr int none = -0x7FFFFFFF;
 
-  static VELORIA_INLINE void start(LatticeLine& line, unsigned row, unsigned seed) {
-    line.row = row;
-    line.seed = seed;
-    for (int& page : line.page) page = none;
-  }
-
   template <class ValueAt>
   static VELORIA_INLINE void fill(LatticeLine& line, int number, ValueAt valueAt) {
     const int place = number & (LatticeLine::pages - 1);
@@ -67,6 +63,7 @@ class Lattices {
     if (place < 2) store(line.values + LatticeLine::places + place * lanes, values);
   }
 
+  unsigned begun_ = 0;  // a bit a line; the rest of a line that was not begun has no value
   LatticeLine lines_[32];
 };
 
