@@ -194,7 +194,7 @@ void CpuWorker::work() {
     lock.unlock();
     frame.execute(pool_);
     lock.lock();
-    frames_.pop_front();
+    frames_.erase(frames_.begin());
     frame.running_ = false;
     finished_.notify_all();
   }

@@ -4,7 +4,6 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -85,7 +84,7 @@ class CpuWorker {
   std::mutex mutex_;
   std::condition_variable added_;
   std::condition_variable finished_;
-  std::deque<CpuFrame*> frames_;  ///< the first is running
+  std::vector<CpuFrame*> frames_;  ///< the first is running
   bool ending_ = false;
   std::thread thread_;
 };

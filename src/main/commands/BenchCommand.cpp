@@ -201,8 +201,8 @@ void printTable(const Measurement& result) {
   std::printf("device       %s\n", result.device.c_str());
   std::printf("drawable     %ux%u, grid %lldx%lld, %ld frames\n", result.drawable.width, result.drawable.height,
               static_cast<long long>(result.grid.width), static_cast<long long>(result.grid.height), result.frames);
-  std::printf("GPU          %.3f ms per frame\n", result.gpuMs);
-  std::printf("CPU          %.3f ms per frame on our side\n", result.cpuMs);
+  std::printf("drawing      %.3f ms per frame, on the device\n", result.gpuMs);
+  std::printf("submitting   %.3f ms per frame, on our side\n", result.cpuMs);
   std::printf("rate         %.1f frames per second, unpaced\n", result.fps);
   std::printf("memory       %.1f MiB at most\n", result.rssMiB);
   for (const auto& [name, ms] : result.passes) std::printf("  %-20s %.3f ms\n", name.c_str(), ms);
