@@ -175,9 +175,10 @@ TEST_F(LookTest, PresetsShowAllOfTheirPaletteAndHardlyClipToWhite) {
   }
 }
 
+// Two seconds at most: the software driver cuts halves off where they should be rounded, so its dye fades faster.
 TEST_F(LookTest, VulkanAndTheCpuShowTheSameLook) {
-  for (const auto* name : {"Northern Lights", "Rave"}) {
-    const NimbraConfig config = preset(name);
+  for (const auto& look : LookPreset::all()) {
+    const NimbraConfig config = choose(NimbraConfig(), look);
     std::array<std::vector<Picture>, 2> films;
     for (std::size_t i = 0; i < 2; ++i) {
       renderer_.reset();
@@ -188,13 +189,13 @@ TEST_F(LookTest, VulkanAndTheCpuShowTheSameLook) {
     for (std::size_t i = 0; i < films[0].size(); ++i) {
       const Picture& cpu = films[0][i];
       const Picture& vulkan = films[1][i];
-      EXPECT_NEAR(cpu.mean() / vulkan.mean(), 1, 0.02) << name;
-      EXPECT_NEAR(cpu.contrast() / vulkan.contrast(), 1, 0.02) << name;
+      EXPECT_NEAR(cpu.mean() / vulkan.mean(), 1, 0.02) << look.name;
+      EXPECT_NEAR(cpu.contrast() / vulkan.contrast(), 1, 0.02) << look.name;
       Colors cpuColors(config.palette()), vulkanColors(config.palette());
       cpuColors.count(cpu);
       vulkanColors.count(vulkan);
       for (std::size_t stop = 0; stop < 4; ++stop) {
-        EXPECT_NEAR(cpuColors.share(stop), vulkanColors.share(stop), 0.02) << name << ", stop " << stop + 1;
+        EXPECT_NEAR(cpuColors.share(stop), vulkanColors.share(stop), 0.02) << look.name << ", stop " << stop + 1;
       }
     }
   }
