@@ -2,6 +2,8 @@
 
 #if defined(__SSE4_2__)
 #include <immintrin.h>
+#elif defined(__aarch64__)
+#include <arm_neon.h>
 #endif
 
 // Vectors of a fixed number of lanes, and the few operations that need to know the instruction set. This folder is
@@ -146,6 +148,32 @@ VELORIA_INLINE FloatLanes greatest(FloatLanes a, FloatLanes b) {
   return (FloatLanes)_mm_max_ps((__m128)a, (__m128)b);
 }
 
+#else
+
+VELORIA_INLINE FloatLanes least(FloatLanes a, FloatLanes b) {
+  return a < b ? a : b;
+}
+VELORIA_INLINE FloatLanes greatest(FloatLanes a, FloatLanes b) {
+  return a > b ? a : b;
+}
+#if defined(__aarch64__)
+
+VELORIA_INLINE bool any(IntLanes mask) {
+  return vmaxvq_u32((uint32x4_t)mask) != 0;
+}
+VELORIA_INLINE FloatLanes permute(FloatLanes a, IntLanes at) {
+  return (FloatLanes)vqtbl1q_u8((uint8x16_t)a, (uint8x16_t)((at & 3) * 0x04040404 + 0x03020100));
+}
+VELORIA_INLINE FloatLanes squareRoot(FloatLanes a) {
+  return (FloatLanes)vsqrtq_f32((float32x4_t)a);
+}
+VELORIA_INLINE FloatLanes roundDown(FloatLanes a) {
+  return (FloatLanes)vrndmq_f32((float32x4_t)a);
+}
+VELORIA_INLINE FloatLanes roundNearest(FloatLanes a) {
+  return (FloatLanes)vrndnq_f32((float32x4_t)a);
+}
+
 #else  // every processor
 
 VELORIA_INLINE bool any(IntLanes mask) {
@@ -156,12 +184,6 @@ VELORIA_INLINE FloatLanes permute(FloatLanes a, IntLanes at) {
 }
 VELORIA_INLINE FloatLanes squareRoot(FloatLanes a) {
   return FloatLanes{__builtin_sqrtf(a[0]), __builtin_sqrtf(a[1]), __builtin_sqrtf(a[2]), __builtin_sqrtf(a[3])};
-}
-VELORIA_INLINE FloatLanes least(FloatLanes a, FloatLanes b) {
-  return a < b ? a : b;
-}
-VELORIA_INLINE FloatLanes greatest(FloatLanes a, FloatLanes b) {
-  return a > b ? a : b;
 }
 /// Of numbers from -2^30 to 2^30; beyond 2^23 all floats are whole, so nothing is lost by holding them there.
 VELORIA_INLINE FloatLanes truncated(FloatLanes a) {
@@ -180,6 +202,7 @@ VELORIA_INLINE FloatLanes roundNearest(FloatLanes a) {
   return size < 8388608.0F ? (a + big) - big : a;
 }
 
+#endif
 #endif
 
 VELORIA_INLINE FloatLanes permute(FloatLanes a, FloatLanes b, IntLanes at) {
