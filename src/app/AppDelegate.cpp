@@ -14,6 +14,7 @@ namespace {
 
 constexpr const char* alertTitle = "Veloria could not start";
 constexpr int maximumRecoveryAttempts = 20;
+constexpr double steadySeconds = 10;  // after these, a GPU that came back counts as sound
 /// Panels and compositors that start with us need a moment before they can be inspected.
 constexpr double hintDelay = 2.0;
 /// Panels change without telling. A band that comes into view has to be lit soon; one that is drawn in vain may wait.
@@ -371,7 +372,7 @@ CaptureStatus AppDelegate::captureStatus() const {
 
 void AppDelegate::deviceLost() {
   if (recovery_) return;
-  recoveryAttempts_ = 0;
+  steady_.reset();
   recovery_ = services_.timers->repeating(0.1, 0, [this] { recoverDevice(); });
 }
 
@@ -381,13 +382,16 @@ void AppDelegate::recoverDevice() {
   renderers_.clear();
   library_.reset();
   device_.reset();
-  const auto problem = makeGpu(services_.makeDevice);
+  const std::string unsound = "it was lost again and again";
+  const auto problem = recoveryAttempts_ < maximumRecoveryAttempts ? makeGpu(services_.makeDevice)
+                                                                   : GpuProblem{noDeviceText(unsound), unsound};
   const double pause = std::min(1.0, 0.1 * (1 << std::min(++recoveryAttempts_, 4)));
   if (problem && recoveryAttempts_ < maximumRecoveryAttempts) {
     recovery_ = services_.timers->repeating(pause, 0, [this] { recoverDevice(); });
     return;
   }
   recovery_.reset();
+  steady_ = services_.timers->after(steadySeconds, [this] { recoveryAttempts_ = 0; });
   if (!problem || makeSubstitute(*problem, "the GPU was lost")) return rebuildWindows();
   services_.alert("Veloria lost the GPU", problem->text);
   services_.terminate();

@@ -165,7 +165,8 @@ class AppDelegate {
   std::unique_ptr<Timer> rateTimer_;
   Subscription settingsSubscription_;
   std::unique_ptr<Timer> recovery_;
-  int recoveryAttempts_ = 0;
+  int recoveryAttempts_ = 0;  ///< since a GPU was last sound
+  OneShot steady_;
   OneShot hintTimer_;
   std::set<std::string> hintsGiven_;
 };

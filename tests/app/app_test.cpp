@@ -437,6 +437,21 @@ TEST_F(AppTest, TheCpuTakesThePlaceOfAGpuThatCannotBeUsed) {
   EXPECT_THAT(alerts_, IsEmpty());
 }
 
+TEST_F(AppTest, TheCpuTakesThePlaceOfAGpuThatIsLostAgainAndAgain) {
+  substitutesLeft_ = 1;
+  launch();
+  int losses = 0;
+  for (; losses < 100 && delegate_->status().device == "recording"; ++losses) {
+    loseGpu();
+    timers_.fire();
+    if (losses == 15) timers_.fire();  // it was sound for a while
+  }
+  EXPECT_GT(losses, 30);
+  EXPECT_LT(losses, 40);
+  EXPECT_EQ(delegate_->status().device, "recording (the GPU was lost)");
+  EXPECT_THAT(alerts_, IsEmpty());
+}
+
 TEST_F(AppTest, TheHintIsGivenOnceAndOnlyAboutABandThatIsDrawn) {
   panels_.kind = Visibility::Kind::mayBeHidden;
   services_.clearing = &clearing_;
