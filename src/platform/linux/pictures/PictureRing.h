@@ -38,8 +38,9 @@ class PictureRing {
   template <typename Make>
   Picture* acquire(gpu::Size size, Make make) {
     std::erase_if(pictures_, [&](const auto& picture) { return picture->free && picture->size != size; });
-    const auto found =
-        std::find_if(pictures_.begin(), pictures_.end(), [](const auto& picture) { return picture->free.load(); });
+    // One of another size may have become free since.
+    const auto found = std::find_if(pictures_.begin(), pictures_.end(),
+                                    [&](const auto& picture) { return picture->free && picture->size == size; });
     if (found != pictures_.end()) {
       (*found)->free = false;
       return found->get();
